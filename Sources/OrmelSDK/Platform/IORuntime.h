@@ -1,0 +1,39 @@
+#pragma once
+
+#include <asio/executor_work_guard.hpp>
+#include <asio/io_context.hpp>
+#include <thread>
+#include <vector>
+
+namespace ormel::detail {
+
+/// The threads on which everything asynchronous of the library runs: one small pool for the whole process.
+///
+/// All signals are blocked in its threads: a write to a dead peer is an error code there and never a SIGPIPE, and
+/// the application's signal handlers never run on them. The pool starts on first use and is joined when the
+/// process ends.
+///
+/// *Thread safety*: all members may be called from any thread.
+class IORuntime {
+ public:
+  static IORuntime& shared();
+
+  /// Work that is posted here runs on any thread of the pool, in no order. It must not block.
+  asio::io_context& context() noexcept { return context_; }
+
+  /// Whether the calling thread belongs to the pool.
+  static bool isPoolThread() noexcept;
+
+  IORuntime(const IORuntime&) = delete;
+  IORuntime& operator=(const IORuntime&) = delete;
+  ~IORuntime();
+
+ private:
+  IORuntime();
+
+  asio::io_context context_;
+  asio::executor_work_guard<asio::io_context::executor_type> work_;
+  std::vector<std::thread> threads_;
+};
+
+}  // namespace ormel::detail

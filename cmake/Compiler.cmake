@@ -1,0 +1,28 @@
+# The options that every target of this project is built with.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+add_library(OrmelCompilerOptions INTERFACE)
+target_compile_options(OrmelCompilerOptions INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # g++ 12 reports moved-from and union members as uninitialised in optimised builds.
+  target_compile_options(OrmelCompilerOptions INTERFACE -Wno-maybe-uninitialized)
+endif()
+if(ORMEL_WARNINGS_AS_ERRORS)
+  target_compile_options(OrmelCompilerOptions INTERFACE -Werror)
+endif()
+
+if(ORMEL_SANITIZERS)
+  add_compile_options(-fsanitize=${ORMEL_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${ORMEL_SANITIZERS})
+endif()
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+  add_link_options(-Wl,--as-needed -Wl,-O1)
+endif()
