@@ -18,7 +18,7 @@ namespace ormel {
 ///
 /// Texts, numbers and booleans convert on their own:
 ///
-///     options.config = {
+///     options.config = OrmelConfigValue::Object{
 ///         {"model", "large"},
 ///         {"tools", OrmelConfigValue::object({{"search", true}, {"limits", OrmelConfigValue::array({1, 2.5})}})},
 ///     };
