@@ -26,6 +26,13 @@ std::string joined(const std::vector<std::string>& parts, std::string_view separ
   return text;
 }
 
+std::string enclosed(char opening, const std::vector<std::string>& parts, char closing) {
+  std::string text(1, opening);
+  text += joined(parts, ", ");
+  text += closing;
+  return text;
+}
+
 void requireKey(const std::string& key) {
   if (key.empty()) {
     throw OrmelProcessError::invalidConfigOverride("Ormel config override keys must be non-empty strings");
@@ -62,7 +69,7 @@ std::string tomlArray(const OrmelConfigValue::Array& elements, const std::string
   for (const auto& element : elements) {
     texts.push_back(toTomlValueForCLI(element, path + "[" + std::to_string(texts.size()) + "]"));
   }
-  return "[" + joined(texts, ", ") + "]";
+  return enclosed('[', texts, ']');
 }
 
 std::string tomlInlineTable(const OrmelConfigValue::Object& members, const std::string& path) {
@@ -73,7 +80,7 @@ std::string tomlInlineTable(const OrmelConfigValue::Object& members, const std::
     texts.push_back((isBareTomlKey(key) ? key : quoteForTomlCLI(key)) + " = " +
                     toTomlValueForCLI(value, path + "." + key));
   }
-  return "{" + joined(texts, ", ") + "}";
+  return enclosed('{', texts, '}');
 }
 
 }  // namespace
