@@ -33,6 +33,14 @@ std::string enclosed(char opening, const std::vector<std::string>& parts, char c
   return text;
 }
 
+std::string memberPath(const std::string& path, const std::string& key) {
+  if (path.empty()) return key;
+  std::string below = path;
+  below += '.';
+  below += key;
+  return below;
+}
+
 void requireKey(const std::string& key) {
   if (key.empty()) {
     throw OrmelProcessError::invalidConfigOverride("Ormel config override keys must be non-empty strings");
@@ -77,10 +85,21 @@ std::string tomlInlineTable(const OrmelConfigValue::Object& members, const std::
   texts.reserve(members.size());
   for (const auto& [key, value] : members) {
     requireKey(key);
-    texts.push_back((isBareTomlKey(key) ? key : quoteForTomlCLI(key)) + " = " +
-                    toTomlValueForCLI(value, path + "." + key));
+    std::string text = isBareTomlKey(key) ? key : quoteForTomlCLI(key);
+    text += " = ";
+    text += toTomlValueForCLI(value, memberPath(path, key));
+    texts.push_back(std::move(text));
   }
   return enclosed('{', texts, '}');
+}
+
+// Empty for a text that is too large for a JSON value.
+std::string writtenOrEmpty(std::string_view text, const JSONTextArrayWriter& write) {
+  try {
+    return write(text);
+  } catch (const std::length_error&) {
+    return {};
+  }
 }
 
 }  // namespace
@@ -157,7 +176,7 @@ void flattenConfigOverridesForCLI(const OrmelConfigValue& value, const std::stri
   if (members->empty() && !prefix.empty()) overrides.push_back(prefix + "={}");
   for (const auto& [key, member] : *members) {
     requireKey(key);
-    flattenConfigOverridesForCLI(member, prefix.empty() ? key : prefix + "." + key, overrides);
+    flattenConfigOverridesForCLI(member, memberPath(prefix, key), overrides);
   }
 }
 
@@ -173,12 +192,8 @@ std::string toTomlValueForCLI(const OrmelConfigValue& value, const std::string& 
 std::string writeJSONTextArray(std::string_view text) { return JSONValue::array({JSONValue(text)}).encode(); }
 
 std::string quoteForTomlCLI(std::string_view text, const JSONTextArrayWriter& write) {
-  try {
-    const std::string array = write(text);
-    if (array.size() > 1) return array.substr(1, array.size() - 2);
-  } catch (const std::length_error&) {
-    // The text is too large for a JSON value; the plain form below has no limit.
-  }
+  const std::string array = writtenOrEmpty(text, write);
+  if (array.size() > 1) return array.substr(1, array.size() - 2);
   // A reader of TOML takes the two backslashes for one and the quote after them for the end. The form is kept as
   // servers have always been given it.
   std::string quoted = "\"";

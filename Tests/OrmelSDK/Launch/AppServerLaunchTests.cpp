@@ -273,7 +273,10 @@ TEST(ToTomlValue, WritesADeeplyNestedValue) {
   constexpr std::size_t depth = 1'000;
   OrmelConfigValue value = 1;
   for (std::size_t level = 0; level < depth; ++level) value = array({value});
-  EXPECT_EQ(toml(value), std::string(depth, '[') + "1" + std::string(depth, ']'));
+  std::string expected(depth, '[');
+  expected += '1';
+  expected.append(depth, ']');
+  EXPECT_EQ(toml(value), expected);
 }
 
 TEST(QuoteForToml, EscapesControlCharactersQuotesAndBackslashes) {
@@ -382,7 +385,9 @@ TEST(PrependPathDirectories, SurvivesAPathOfNonsense) {
   EXPECT_EQ(pathAfter(":::", {"/b"}), "/b");
   EXPECT_EQ(pathAfter(" :\n:\xFF", {"/b"}), "/b: :\n:\xFF");
   EXPECT_EQ(pathAfter("/a:/b", {}), "/a:/b");
-  EXPECT_EQ(pathAfter(std::string(100'000, ':') + "/a", {"/b"}), "/b:/a");
+  std::string manyColons(100'000, ':');
+  manyColons += "/a";
+  EXPECT_EQ(pathAfter(manyColons, {"/b"}), "/b:/a");
 }
 
 }  // namespace
