@@ -211,13 +211,16 @@ TEST_F(AppServerProcessExitCoordinatorTest, IsNotKeptAliveByItsTimer) {
 }
 
 TEST_F(AppServerProcessExitCoordinatorTest, DropsWhatTheReportOwnsOnceItIsNotNeeded) {
-  for (const bool byEOF : {true, false}) {
-    coordinator = AppServerProcessExitCoordinator::create([] { return false; }, timers.starter());
+  for (const std::string_view way : {"report", "end of file", "cancel"}) {
+    ManualTimers ownTimers;
+    coordinator = AppServerProcessExitCoordinator::create([] { return false; }, ownTimers.starter());
     const auto owned = std::make_shared<int>();
     coordinator->processDidExit(100ms, [owned] {});
     EXPECT_EQ(owned.use_count(), 2);
-    byEOF ? coordinator->readerDidReachEOF() : coordinator->cancel();
-    EXPECT_EQ(owned.use_count(), 1);
+    if (way == "report") ownTimers.fire(0);
+    if (way == "end of file") coordinator->readerDidReachEOF();
+    if (way == "cancel") coordinator->cancel();
+    EXPECT_EQ(owned.use_count(), 1) << way;
   }
 }
 
