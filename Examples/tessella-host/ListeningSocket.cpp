@@ -20,12 +20,12 @@ namespace {
 constexpr std::size_t longestPath = 103;  // bytes
 
 /// Makes what is created private from birth; a chmod afterwards would leave a gap.
-class PrivateFiles {
+class CreationMask {
  public:
-  PrivateFiles() : previousMask_(::umask(0077)) {}
-  PrivateFiles(const PrivateFiles&) = delete;
-  PrivateFiles& operator=(const PrivateFiles&) = delete;
-  ~PrivateFiles() { ::umask(previousMask_); }
+  explicit CreationMask(mode_t withheld) : previousMask_(::umask(withheld)) {}
+  CreationMask(const CreationMask&) = delete;
+  CreationMask& operator=(const CreationMask&) = delete;
+  ~CreationMask() { ::umask(previousMask_); }
 
  private:
   mode_t previousMask_;
@@ -67,21 +67,23 @@ void removeStaleSocket(const std::string& path, const sockaddr_un& address) {
 }
 
 void createDirectory(const std::filesystem::path& directory) {
+  const CreationMask onlyThisUser(0077);
   if (!directory.empty()) std::filesystem::create_directories(directory);
+}
+
+void bindTo(int descriptor, const std::string& path, const sockaddr_un& address) {
+  const CreationMask onlyThisUserToReadAndWrite(0177);
+  const auto result = ::bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  requireSuccess(result, "Cannot create the socket " + path);
 }
 
 }  // namespace
 
 ListeningSocket::ListeningSocket(std::filesystem::path path) : path_(std::move(path)), descriptor_(openSocket()) {
   const auto address = addressOf(path_.string());
-
-  {
-    const PrivateFiles privateFiles;
-    createDirectory(path_.parent_path());
-    removeStaleSocket(path_.string(), address);
-    const auto bound = ::bind(descriptor_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
-    requireSuccess(bound, "Cannot create the socket " + path_.string());
-  }
+  createDirectory(path_.parent_path());
+  removeStaleSocket(path_.string(), address);
+  bindTo(descriptor_.get(), path_.string(), address);
 
   struct stat status;
   requireSuccess(::lstat(path_.c_str(), &status), "Cannot examine the socket");
