@@ -31,8 +31,6 @@ if(ORMEL_BUILD_TESTS)
     # A standard library other than the packaged one's needs GoogleTest built with it.
     set(INSTALL_GTEST OFF)
     add_subdirectory("${ORMEL_GOOGLETEST_SOURCE}" "${CMAKE_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL SYSTEM)
-    add_library(GTest::gtest_main ALIAS gtest_main)
-    add_library(GTest::gmock ALIAS gmock)
   else()
     find_package(GTest REQUIRED)
   endif()

@@ -21,7 +21,8 @@ JSONValue property(std::string_view type, std::string_view description) {
 /// A schema of an object whose properties are all required.
 JSONValue objectSchema(const JSONValue& properties) {
   std::vector<JSONValue> required;
-  for (const auto& member : *properties.objectValue()) required.emplace_back(member.key);
+  const auto members = properties.objectValue();
+  for (const auto& member : *members) required.emplace_back(member.key);
   return JSONValue::object({{"type", "object"}, {"properties", properties}, {"required", JSONValue::array(required)}});
 }
 
@@ -54,7 +55,8 @@ Tool openPageTool() {
                                          {"title", property("string", "The page's title.")},
                                          {"text", property("string", "What a reader sees, one block a line.")}});
   ormel::JSONObjectBuilder declaration;
-  for (const auto& member : *tool.declaration.objectValue()) declaration.set(member.key, member.value);
+  const auto members = tool.declaration.objectValue();
+  for (const auto& member : *members) declaration.set(member.key, member.value);
   tool.declaration = declaration.set("outputSchema", objectSchema(output)).build();
   return tool;
 }
