@@ -27,10 +27,10 @@ class Detacher {
   void measure(const JSONValue& value) {
     if (const auto text = value.stringValue()) {
       textsSize_ += text->size() + detail::textOverhead;
-    } else if (const auto array = value.arrayValue()) {
+    } else if (const auto* array = value.arrayValue()) {
       nodesSize_ += detail::containerSize(array->size(), false);
       for (const auto& element : *array) measure(element);
-    } else if (const auto object = value.objectValue()) {
+    } else if (const auto* object = value.objectValue()) {
       nodesSize_ += detail::containerSize(object->size(), true);
       for (const auto& [key, member] : *object) {
         textsSize_ += key.size() + detail::textOverhead;
@@ -43,7 +43,7 @@ class Detacher {
     if (value.stringValue()) return JSONAccess::make(copyText(JSONAccess::data(value)), block_, value.kind());
     if (!JSONAccess::isContainer(value)) return value;
     const auto& source = JSONAccess::header(value);
-    auto* header = new (nodes_) JSONContainerHeader(source);
+    auto* header = JSONAccess::beginContainer(nodes_, source);
     const std::size_t size = detail::containerSize(source.count, source.isObject);
     nodes_ += size;
     if (source.isObject) {

@@ -2,22 +2,18 @@
 
 #include <unistd.h>
 
-#include <cerrno>
 #include <optional>
 #include <string_view>
 #include <utility>
 
-#include "OrmelSDK/ByteBuffer.h"
 #include "OrmelSDK/CodingErrors.h"
 #include "OrmelSDK/JSONDecoding.h"
-#include "OrmelSDK/JSONEncoding.h"
 #include "OrmelSDK/UTF8.h"
 #include "TessellaBrowserMCP/BridgeEnvironment.h"
 #include "TessellaBrowserMCP/BridgeFailure.h"
-#include "TessellaBrowserMCP/DescriptorIO.h"
 #include "TessellaBrowserMCP/LineReader.h"
+#include "TessellaBrowserMCP/LineWriter.h"
 #include "TessellaBrowserMCP/NativePipeClient.h"
-#include "TessellaBrowserMCP/OutputError.h"
 
 namespace ormel {
 
@@ -43,22 +39,7 @@ std::optional<JSONValue> decodeLine(std::string_view line) {
   }
 }
 
-void writeOutput(std::string_view bytes) {
-  if (!detail::writeAllWaiting(STDOUT_FILENO, bytes)) throw OutputError(errno);
-}
-
-// Takes the value over, so that a large one is gone before its text waits for the reader.
-void write(JSONValue value) {
-  detail::ByteBuffer line;
-  try {
-    detail::encodeJSON(value, line);
-  } catch (const EncodingError&) {
-    return;
-  }
-  value = nullptr;
-  writeOutput(line.view());
-  writeOutput("\n");
-}
+void write(JSONValue value) { writeLine(STDOUT_FILENO, std::move(value)); }
 
 void serve(NativePipeClient& client, const BridgeEnvironment& environment, JSONValue message) {
   const JSONValue* found = message.find("id");

@@ -153,3 +153,11 @@ test("a host that ends during a call fails the call and the bridge", patience, a
   await closed;
   assert.equal(client.standardError(), "Tessella browser MCP bridge: Kestrion's browser socket disconnected.\n");
 });
+
+test("a host that ended between two calls ends the bridge at the next one", patience, async (t) => {
+  const { host, client } = await connectedClient(cleanup(t));
+  const bridgePID = client.transport.pid;
+  assert.equal(await host.stop("SIGTERM"), 0);
+  await assert.rejects(client.ping(), { code: -32000 });
+  assert.equal(isRunning(bridgePID), false);
+});

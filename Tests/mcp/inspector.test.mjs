@@ -1,15 +1,14 @@
 // The MCP inspector's command line, through the bridge.
 
 import assert from "node:assert/strict";
-import { join } from "node:path";
 import test from "node:test";
 
-import { cleanup, bridgeProgram, Host, nodeModules, patience, runProgram } from "./support/programs.mjs";
+import { inspectorProgram } from "./support/packages.mjs";
+import { bridgeProgram, cleanup, Host, patience, runProgram } from "./support/programs.mjs";
 
 async function inspect(t, ...args) {
   const host = await Host.start(cleanup(t));
-  const inspector = join(nodeModules, ".bin", "mcp-inspector");
-  const run = await runProgram(inspector, ["--cli", bridgeProgram, ...args], { env: host.environment() });
+  const run = await runProgram(inspectorProgram, ["--cli", bridgeProgram, ...args], { env: host.environment() });
   assert.equal(run.status, 0, run.stderr);
   return JSON.parse(run.stdout);
 }

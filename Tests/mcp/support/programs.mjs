@@ -7,13 +7,6 @@ import { existsSync, mkdtempSync, rmSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { createInterface } from "node:readline";
-import { fileURLToPath } from "node:url";
-
-export const nodeModules = fileURLToPath(new URL("../node_modules", import.meta.url));
-assert.ok(
-  existsSync(join(nodeModules, ".package-lock.json")),
-  "Tests/mcp/node_modules is missing or not complete: run scripts/setup, or npm ci in Tests/mcp.",
-);
 
 function program(variable) {
   const path = process.env[variable];
