@@ -95,6 +95,7 @@ JSONValue MCPServer::dispatch(std::string_view method, const JSONValue& params, 
 
 JSONValue MCPServer::listTools() const {
   std::vector<JSONValue> declarations;
+  declarations.reserve(tools_.size());
   for (const auto& tool : tools_) declarations.push_back(tool.declaration);
   return JSONValue::object({{"tools", JSONValue::array(declarations)}});
 }

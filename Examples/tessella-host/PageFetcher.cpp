@@ -18,7 +18,7 @@ namespace tessella {
 namespace {
 
 constexpr long timeoutSeconds = 10;
-constexpr std::size_t largestPage = 4 * 1024 * 1024;  // bytes
+constexpr std::size_t largestPage = std::size_t{4} * 1024 * 1024;  // bytes
 
 template <auto function>
 struct Releaser {
