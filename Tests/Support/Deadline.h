@@ -5,7 +5,7 @@
 #include <thread>
 #include <utility>
 
-namespace ormel::tests {
+namespace ormel::testing {
 
 /// Far longer than anything that is waited for takes, and shorter than the limit of the test runner.
 inline constexpr std::chrono::seconds generousDeadline{60};
@@ -22,4 +22,4 @@ bool endsInTime(Work work) {
   return true;
 }
 
-}  // namespace ormel::tests
+}  // namespace ormel::testing

@@ -9,15 +9,15 @@
 #include <string_view>
 #include <system_error>
 
-namespace ormel::tests {
+namespace ormel::testing {
 
-/// A directory of its own for one test, removed with everything in it.
+/// A fresh directory with a short path, removed with all that is in it at the end.
 class TemporaryDirectory {
  public:
   TemporaryDirectory() {
-    std::string name = (std::filesystem::temp_directory_path() / "ormel-test-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) throw std::system_error(errno, std::generic_category(), "mkdtemp");
-    // The system's own directory may lie behind a symbolic link.
+    std::string name = "/tmp/ormel-XXXXXX";
+    if (!::mkdtemp(name.data())) throw std::system_error(errno, std::generic_category(), "mkdtemp");
+    // Where "/tmp" is a symbolic link, a resolved path would not be found again under the given one.
     path_ = std::filesystem::canonical(name);
   }
   TemporaryDirectory(const TemporaryDirectory&) = delete;
@@ -27,7 +27,9 @@ class TemporaryDirectory {
     std::filesystem::remove_all(path_, ignored);
   }
 
-  std::string path() const { return path_.string(); }
+  const std::filesystem::path& path() const noexcept { return path_; }
+
+  /// The path of what stands, or may be made, at `relative`.
   std::string operator/(std::string_view relative) const { return (path_ / relative).string(); }
 
   /// Makes a directory, with those above it.
@@ -63,4 +65,4 @@ class TemporaryDirectory {
   std::filesystem::path path_;
 };
 
-}  // namespace ormel::tests
+}  // namespace ormel::testing

@@ -235,7 +235,7 @@ void callEverything(AppServerProcessExitCoordinator& coordinator) {
 }
 
 TEST(AppServerProcessExitCoordinator, CallsNothingUnderItsLock) {
-  EXPECT_TRUE(ormel::tests::endsInTime([] {
+  EXPECT_TRUE(ormel::testing::endsInTime([] {
     for (const std::string_view way : {"report", "report by a chunk", "end of file", "cancel", "replace"}) {
       auto fire = std::make_shared<std::function<void()>>();
       auto entered = std::make_shared<bool>(false);
@@ -279,7 +279,7 @@ TEST(AppServerProcessExitCoordinator, DestroysADroppedReportOutsideOfItsLock) {
     }
     std::weak_ptr<AppServerProcessExitCoordinator> coordinator;
   };
-  EXPECT_TRUE(ormel::tests::endsInTime([] {
+  EXPECT_TRUE(ormel::testing::endsInTime([] {
     for (const std::string_view way : {"end of file", "cancel", "replace", "refuse"}) {
       ManualTimers timers;
       const auto coordinator = AppServerProcessExitCoordinator::create([] { return false; }, timers.starter());

@@ -54,7 +54,7 @@ class OrmelBinaryLocatorTest : public testing::Test {
     return vendorTree(modules + "/@velnor/" + std::string(OrmelPackageNames::of(platform).platformPackage));
   }
 
-  ormel::tests::TemporaryDirectory machine;
+  ormel::testing::TemporaryDirectory machine;
   std::map<std::string, std::string> variables;
   std::optional<std::string> resources;
   HostPlatform platform = HostPlatform::linuxX64;
@@ -341,7 +341,7 @@ TEST(OrmelPackageNames, AreAPairOfTheirOwnForEachPlatform) {
 }
 
 TEST(ResourceDirectoryOfProgram, IsBesideTheExecutablesFolderInABundle) {
-  const ormel::tests::TemporaryDirectory machine;
+  const ormel::testing::TemporaryDirectory machine;
   const std::string program = machine / "App.app/Contents/MacOS/App";
   EXPECT_EQ(ormel::detail::resourceDirectoryOfProgram(program), std::nullopt);
   const std::string resources = machine.addDirectory("App.app/Contents/Resources");
@@ -349,7 +349,7 @@ TEST(ResourceDirectoryOfProgram, IsBesideTheExecutablesFolderInABundle) {
 }
 
 TEST(ResourceDirectoryOfProgram, IsTheSharedDirectoryOfAnInstalledProgram) {
-  const ormel::tests::TemporaryDirectory machine;
+  const ormel::testing::TemporaryDirectory machine;
   machine.addDirectory("usr/Resources");
   const std::string program = machine / "usr/bin/app";
   EXPECT_EQ(ormel::detail::resourceDirectoryOfProgram(program), std::nullopt);
