@@ -105,9 +105,13 @@ void ProcessHandle::killAndReap() noexcept {
   reapIfEnded();
 }
 
-void ProcessHandle::reapInBackground() {
+void ProcessHandle::reapInBackground() noexcept {
   const AllSignalsBlocked blocked;
-  std::thread([pid = pid_] { waitAndReap(pid); }).detach();
+  try {
+    std::thread([pid = pid_] { waitAndReap(pid); }).detach();
+  } catch (const std::system_error&) {
+    // Without a thread to spare the child stays until this process ends, which is the lesser evil.
+  }
 }
 
 }  // namespace ormel::detail

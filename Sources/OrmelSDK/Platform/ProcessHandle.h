@@ -53,7 +53,7 @@ class ProcessHandle {
   void killAndReap() noexcept;
 
   /// Leaves a running child to a thread that ends with it.
-  void reapInBackground();
+  void reapInBackground() noexcept;
 
  private:
   std::optional<Termination> reapByIdentifier() const noexcept;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,8 +19,8 @@ struct LaunchSettings {
   std::string executable;
   /// The arguments behind the program's own name.
   std::vector<std::string> arguments;
-  /// Entries of the form `NAME=value`; absent, the child inherits the environment of this process.
-  std::optional<std::vector<std::string>> environment;
+  /// Absent, the child inherits the environment of this process.
+  std::optional<std::map<std::string, std::string>> environment;
 };
 
 enum class TerminationReason {

@@ -126,6 +126,13 @@ class CStrings {
   std::vector<char*> strings_{nullptr};
 };
 
+std::vector<std::string> environmentEntries(const std::map<std::string, std::string>& variables) {
+  std::vector<std::string> entries;
+  entries.reserve(variables.size());
+  for (const auto& [name, value] : variables) entries.push_back(name + "=" + value);
+  return entries;
+}
+
 }  // namespace
 
 pid_t spawn(const LaunchSettings& settings, const StandardStreams& streams) {
@@ -133,8 +140,9 @@ pid_t spawn(const LaunchSettings& settings, const StandardStreams& streams) {
   CStrings arguments(check);
   arguments.add(settings.executable);
   arguments.add(settings.arguments);
+  const auto variables = settings.environment ? environmentEntries(*settings.environment) : std::vector<std::string>();
   CStrings environment(check);
-  if (settings.environment) environment.add(*settings.environment);
+  environment.add(variables);
 
   FileActions actions(check);
   actions.map(streams.input, STDIN_FILENO);

@@ -81,7 +81,7 @@ std::string inheritedDescriptors() {
 TEST(Spawn, GivesTheArgumentsAndTheEnvironment) {
   auto settings = shell("printf '%s|%s' \"$1\" \"$GREETING\"");
   settings.arguments.insert(settings.arguments.end(), {"name", "a b\"c"});
-  settings.environment = {"GREETING=hello world"};
+  settings.environment.emplace()["GREETING"] = "hello world";
   EXPECT_EQ(outputOf(settings), "a b\"c|hello world");
 }
 
