@@ -13,7 +13,11 @@ struct ProcessResources {
 
   static ProcessResources now();
 
-  friend bool operator==(const ProcessResources&, const ProcessResources&) = default;
+  /// Whether there is no child and nothing more than before. Less than before is no leak: what an earlier test used
+  /// may have gone away since.
+  bool isNoMoreThan(const ProcessResources& before) const {
+    return !hasChildren && descriptors <= before.descriptors && threads <= before.threads;
+  }
 };
 
 }  // namespace ormel::testing

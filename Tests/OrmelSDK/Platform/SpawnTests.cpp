@@ -141,14 +141,14 @@ TEST(Spawn, KeepsTheSystemsErrorNumber) {
 TEST(Spawn, StartsTheChildWithDefaultSignals) {
   ::signal(SIGPIPE, SIG_IGN);
   ::signal(SIGINT, SIG_IGN);
-  ::signal(SIGRTMIN + 1, SIG_IGN);
+  ::signal(SIGUSR1, SIG_IGN);
   sigset_t all;
   sigfillset(&all);
   sigset_t before;
   pthread_sigmask(SIG_SETMASK, &all, &before);
   EXPECT_EQ(outputOf(helper({"signals"})), "unusual:");
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
-  for (const int number : {SIGPIPE, SIGINT, SIGRTMIN + 1}) {
+  for (const int number : {SIGPIPE, SIGINT, SIGUSR1}) {
     EXPECT_EQ(::signal(number, SIG_DFL), SIG_IGN) << "the application's own disposition is left alone";
   }
 }
@@ -192,9 +192,10 @@ TEST_F(SpawnWithClosedStandardStreams, MapsDescriptorsThatAreStandardStreamsThem
     Pipe input = makePipe();
     Pipe output = makePipe();
     // The child's input arrives at number 1 and its output leaves by number 0; its errors stay where they are.
-    ::dup3(output.writeEnd.number(), 0, O_CLOEXEC);
-    ::dup3(input.readEnd.number(), 1, O_CLOEXEC);
-    ::dup3(output.writeEnd.number(), 2, O_CLOEXEC);
+    ::dup2(output.writeEnd.number(), 0);
+    ::dup2(input.readEnd.number(), 1);
+    ::dup2(output.writeEnd.number(), 2);
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
     const pid_t pid = spawn(shell("cat; echo done >&2"), {1, 0, 2});
     output.writeEnd.close();
     ::close(0);
