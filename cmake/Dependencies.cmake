@@ -26,6 +26,10 @@ set_target_properties(utf8proc::utf8proc PROPERTIES
   INTERFACE_INCLUDE_DIRECTORIES "${UTF8PROC_INCLUDE_DIR}"
   INTERFACE_COMPILE_DEFINITIONS UTF8PROC_STATIC)
 
+if(ORMEL_BUILD_TOOLS)
+  find_package(CLI11 REQUIRED)
+endif()
+
 if(ORMEL_BUILD_TESTS)
   if(ORMEL_GOOGLETEST_SOURCE)
     # A standard library other than the packaged one's needs GoogleTest built with it.
