@@ -207,6 +207,7 @@ Player::Ending Player::playAction(const Fork& action) {
     recorder_.record("fork", members.set("child", child));
     return std::nullopt;
   }
+  recorder_.closeOtherDescriptors();
   reading_ = false;
   start_ = Clock::now();
   setTimeLimit(std::min(timeLimit_, longestFork));

@@ -89,6 +89,13 @@ void Recorder::recordStart(const std::vector<std::string>& arguments) {
   ::flock(file_, LOCK_UN);
 }
 
+void Recorder::closeOtherDescriptors() const noexcept {
+  constexpr int likelyLimit = 1024;
+  for (int file = STDERR_FILENO + 1; file < likelyLimit; ++file) {
+    if (file != file_) ::close(file);
+  }
+}
+
 void Recorder::record(std::string_view event, JSONObjectBuilder members) {
   if (file_ < 0) return;
   const auto elapsed =

@@ -26,6 +26,9 @@ class Recorder {
   /// How many processes have been started with this record file, this one included; 1 without a file.
   std::size_t run() const noexcept { return run_; }
 
+  /// Closes what this process has inherited besides the standard streams and the record.
+  void closeOtherDescriptors() const noexcept;
+
   void record(std::string_view event, JSONObjectBuilder members = {});
 
   /// Records bytes as text: `key`, and with `key` + "Hex" if they are not UTF-8.
