@@ -45,8 +45,9 @@ TEST(SimulatorMisbehaviour, WritesATextManyTimes) {
 
 TEST(SimulatorMisbehaviour, WritesToStandardError) {
   Simulation simulation("server writes stderr \"some \" then \"trouble\\n\"");
-  EXPECT_EQ(simulation.finish(), 0);
+  simulation.child().closeInput();
   EXPECT_EQ(simulation.child().readErrors(), "some trouble\n");
+  EXPECT_EQ(simulation.end(), 0);
 }
 
 TEST(SimulatorMisbehaviour, FloodsAStream) {

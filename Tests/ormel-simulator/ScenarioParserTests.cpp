@@ -83,6 +83,7 @@ TEST(ScenarioParser, ReadsEveryFormOfAnAnswerOfTheServer) {
 TEST(ScenarioParser, ReadsEveryFormOfAnAnswerOfTheClient) {
   EXPECT_EQ(only<Expect>("client answers true").expectation.kind, Expectation::Kind::answer);
   EXPECT_EQ(only<Expect>("client answers with error {}").expectation.kind, Expectation::Kind::errorAnswer);
+  EXPECT_EQ(only<Expect>("client answers error {}").expectation.kind, Expectation::Kind::errorAnswer);
   EXPECT_TRUE(only<Expect>("client answers exactly {}").expectation.example->exact);
   const Scenario named = parseScenario("s", "server asks a as first\nclient answers first exactly {}");
   EXPECT_EQ(std::get<Expect>(named.statements[1].action).expectation.name, "first");
@@ -192,6 +193,7 @@ INSTANTIATE_TEST_SUITE_P(
         SyntaxErrorCase{"client asks a b", "s:1:15: expected the end of the line, not \"b\""},
         SyntaxErrorCase{"client asks a as 1x", "s:1:18: \"1x\" is no name: use letters, digits and \"_\""},
         SyntaxErrorCase{"client asks a as string", "s:1:18: \"string\" has a meaning of its own and cannot be a name"},
+        SyntaxErrorCase{"client asks a as error", "s:1:18: \"error\" has a meaning of its own and cannot be a name"},
         SyntaxErrorCase{"client asks a \"$wrong:x\"",
                         "s:1:15: \"$wrong:x\" means nothing in an example; write \"$$\" for a dollar sign"},
         SyntaxErrorCase{"client asks a \"$matches:(\"", "s:1:15: \"(\" is no regular expression"},

@@ -18,13 +18,7 @@ Expectation parseClientAnswer(StatementParsing& parsing) {
   Expectation expectation;
   expectation.kind = Expectation::Kind::answer;
   ScenarioCursor& cursor = parsing.cursor;
-  const bool named = !cursor.isNext("with") && !cursor.isNext("exactly") && cursor.atName();
-  if (named) {
-    const SourcePlace place = cursor.place();
-    expectation.name = cursor.name("the name of a request");
-    parsing.names.use(NameLedger::Kind::serverRequest, expectation.name, place);
-  }
-  cursor.accept("with");
+  expectation.name = parseRequestNamed(parsing, NameLedger::Kind::serverRequest);
   if (cursor.accept("error")) expectation.kind = Expectation::Kind::errorAnswer;
   expectation.example = parseExample(parsing);
   return expectation;

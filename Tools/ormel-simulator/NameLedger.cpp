@@ -7,7 +7,10 @@
 namespace ormel::simulator {
 
 void NameLedger::define(Kind kind, const std::string& name, SourcePlace place) {
-  if (!isVariableName(name)) cursor_.failAt(place, "\"" + name + "\" has a meaning of its own and cannot be a name");
+  // Words of the language that stand where a name could.
+  const bool taken = name == "with" || name == "error" || name == "exactly" || name == "true" || name == "false";
+  if (taken || !isVariableName(name))
+    cursor_.failAt(place, "\"" + name + "\" has a meaning of its own and cannot be a name");
   defined_[kind].insert(name);
 }
 

@@ -1,5 +1,6 @@
 #include "ormel-simulator/Player.h"
 
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,7 +20,7 @@ namespace {
 constexpr milliseconds glance{5};
 
 // How long the pieces of a raw write wait for a client that does not read.
-constexpr milliseconds pieceWait{2000};
+constexpr milliseconds pieceWait{5000};
 
 // A forked child holds other processes' pipes, so it never stays longer than this.
 constexpr milliseconds longestFork{30'000};
@@ -48,9 +49,14 @@ std::string repeated(const std::string& text, std::size_t times) {
   return result;
 }
 
-void setAlarm(milliseconds duration) {
-  const auto seconds = std::chrono::ceil<std::chrono::seconds>(duration).count();
-  ::alarm(static_cast<unsigned int>(seconds) + 1);
+// A little later than the limit, which is also noticed between reads, with a message.
+void setAlarm(milliseconds limit) {
+  const auto time = std::chrono::duration_cast<std::chrono::microseconds>(limit + milliseconds(250));
+  constexpr std::chrono::microseconds::rep microsecondsPerSecond = 1'000'000;
+  itimerval timer = {};
+  timer.it_value.tv_sec = static_cast<time_t>(time.count() / microsecondsPerSecond);
+  timer.it_value.tv_usec = static_cast<suseconds_t>(time.count() % microsecondsPerSecond);
+  ::setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
 }  // namespace

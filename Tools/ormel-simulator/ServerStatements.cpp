@@ -7,12 +7,7 @@ namespace {
 Action parseAnswer(StatementParsing& parsing) {
   Answer answer;
   ScenarioCursor& cursor = parsing.cursor;
-  if (!cursor.isNext("with") && cursor.atName()) {
-    const SourcePlace place = cursor.place();
-    answer.name = cursor.name("the name of a request");
-    parsing.names.use(NameLedger::Kind::clientRequest, answer.name, place);
-  }
-  cursor.accept("with");
+  answer.name = parseRequestNamed(parsing, NameLedger::Kind::clientRequest);
   answer.isError = cursor.accept("error");
   answer.payload = parsePayload(parsing, answer.isError ? "error" : "result");
   return answer;

@@ -33,6 +33,19 @@ int parseSignal(StatementParsing& parsing) {
   return *signal;
 }
 
+std::string parseRequestNamed(StatementParsing& parsing, NameLedger::Kind kind) {
+  ScenarioCursor& cursor = parsing.cursor;
+  std::string name;
+  const bool named = cursor.atName() && !cursor.isNext("with") && !cursor.isNext("error") && !cursor.isNext("exactly");
+  if (named) {
+    const SourcePlace place = cursor.place();
+    name = cursor.name("the name of a request");
+    parsing.names.use(kind, name, place);
+  }
+  cursor.accept("with");
+  return name;
+}
+
 std::string parseNameGiven(StatementParsing& parsing, NameLedger::Kind kind) {
   if (!parsing.cursor.accept("as")) return {};
   const SourcePlace place = parsing.cursor.place();

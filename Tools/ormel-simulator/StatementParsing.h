@@ -27,6 +27,8 @@ std::optional<Example> parseOptionalExample(StatementParsing& parsing);
 Example parseExample(StatementParsing& parsing);
 JSONValue parsePayload(StatementParsing& parsing, std::string_view what);
 int parseSignal(StatementParsing& parsing);
+/// Reads the name of an earlier request and "with", both optional.
+std::string parseRequestNamed(StatementParsing& parsing, NameLedger::Kind kind);
 /// Reads an optional "as" and a name.
 std::string parseNameGiven(StatementParsing& parsing, NameLedger::Kind kind);
 
