@@ -18,6 +18,8 @@ struct FailureCase {
   const char* reason;
 };
 
+void PrintTo(const FailureCase& row, std::ostream* stream) { *stream << ::testing::PrintToString(row.scenario); }
+
 class SimulatorFailures : public ::testing::TestWithParam<FailureCase> {};
 
 TEST_P(SimulatorFailures, SayWhatWasExpectedWhereAndWhatCame) {
@@ -165,6 +167,8 @@ struct ScenarioFaultCase {
   const char* input;
   const char* message;
 };
+
+void PrintTo(const ScenarioFaultCase& row, std::ostream* stream) { *stream << ::testing::PrintToString(row.scenario); }
 
 class SimulatorScenarioFaults : public ::testing::TestWithParam<ScenarioFaultCase> {};
 

@@ -81,6 +81,8 @@ struct UsageCase {
   const char* message;
 };
 
+void PrintTo(const UsageCase& row, std::ostream* stream) { *stream << ::testing::PrintToString(row.arguments); }
+
 class SimulatorUsage : public ::testing::TestWithParam<UsageCase> {};
 
 TEST_P(SimulatorUsage, IsCheckedBeforeAnythingElse) {
@@ -127,7 +129,7 @@ TEST(SimulatorProgram, RecordsItsArgumentsAndEnvironment) {
   EXPECT_EQ(run(arguments, environment).status, 0);
   const auto starts = scenario.record("start");
   ASSERT_EQ(starts.size(), 1u);
-  const auto recorded = *starts[0].find("arguments")->arrayValue();
+  const auto& recorded = *starts[0].find("arguments")->arrayValue();
   ASSERT_EQ(recorded.size(), arguments.size());
   for (std::size_t index = 0; index < arguments.size(); ++index) EXPECT_EQ(recorded[index], arguments[index]);
   const JSONValue& values = *starts[0].find("environment");

@@ -180,6 +180,8 @@ struct SyntaxErrorCase {
   const char* message;
 };
 
+void PrintTo(const SyntaxErrorCase& row, std::ostream* stream) { *stream << ::testing::PrintToString(row.text); }
+
 class ScenarioParserSyntaxErrors : public ::testing::TestWithParam<SyntaxErrorCase> {};
 
 TEST_P(ScenarioParserSyntaxErrors, AreReportedWithTheirPlace) {

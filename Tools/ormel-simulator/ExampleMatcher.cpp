@@ -86,8 +86,8 @@ class Matcher {
   }
 
   Difference compareArrays(const JSONValue& example, const JSONValue& actual, const std::string& path) {
-    const auto wanted = *example.arrayValue();
-    const auto elements = actual.arrayValue();
+    const auto& wanted = *example.arrayValue();
+    const auto* elements = actual.arrayValue();
     if (!elements) return path + " is " + actual.encode() + " instead of an array";
     const bool open = !wanted.empty() && wanted.back() == JSONValue("$rest");
     const std::size_t count = wanted.size() - (open ? 1 : 0);
@@ -103,8 +103,8 @@ class Matcher {
   }
 
   Difference compareObjects(const JSONValue& example, const JSONValue& actual, const std::string& path) {
-    const auto wanted = *example.objectValue();
-    const auto members = actual.objectValue();
+    const auto& wanted = *example.objectValue();
+    const auto* members = actual.objectValue();
     if (!members) return path + " is " + actual.encode() + " instead of an object";
     for (const auto& [key, value] : wanted) {
       if (key == "$others") continue;

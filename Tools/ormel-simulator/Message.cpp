@@ -18,7 +18,7 @@ std::optional<JSONValue> member(const JSONValue& object, std::string_view key) {
 }
 
 std::string unknownMember(const JSONValue& object, std::initializer_list<std::string_view> known) {
-  const auto members = *object.objectValue();
+  const auto& members = *object.objectValue();
   for (const auto& entry : members) {
     if (std::find(known.begin(), known.end(), entry.key) == known.end()) {
       return "it has a member \"" + std::string(entry.key) + "\", which such a message does not have";

@@ -44,14 +44,14 @@ void NameLedger::enterExampleText(std::string_view text, SourcePlace place) {
 
 void NameLedger::enterExample(const JSONValue& example, SourcePlace place) {
   if (const auto text = example.stringValue()) enterExampleText(*text, place);
-  if (const auto array = example.arrayValue()) {
+  if (const auto* array = example.arrayValue()) {
     for (std::size_t index = 0; index < array->size(); ++index) {
       const JSONValue& element = (*array)[index];
       const bool isRest = index + 1 == array->size() && element == JSONValue("$rest");
       if (!isRest) enterExample(element, place);
     }
   }
-  if (const auto object = example.objectValue()) {
+  if (const auto* object = example.objectValue()) {
     for (const auto& [key, value] : *object) {
       if (key == "$others" && value != JSONValue("$any") && value != JSONValue("$absent")) {
         cursor_.failAt(place, R"("$others" is either "$any" or "$absent")");
@@ -70,10 +70,10 @@ void NameLedger::enterPayload(const JSONValue& payload, SourcePlace place) {
       enterText(read.text, place);
     }
   }
-  if (const auto array = payload.arrayValue()) {
+  if (const auto* array = payload.arrayValue()) {
     for (const JSONValue& element : *array) enterPayload(element, place);
   }
-  if (const auto object = payload.objectValue()) {
+  if (const auto* object = payload.objectValue()) {
     for (const auto& member : *object) enterPayload(member.value, place);
   }
 }

@@ -28,12 +28,12 @@ JSONValue Variables::filledInString(std::string_view text) const {
 
 JSONValue Variables::filledIn(const JSONValue& payload) const {
   if (const auto text = payload.stringValue()) return filledInString(*text);
-  if (const auto array = payload.arrayValue()) {
+  if (const auto* array = payload.arrayValue()) {
     std::vector<JSONValue> elements;
     for (const JSONValue& element : *array) elements.push_back(filledIn(element));
     return JSONValue::array(elements);
   }
-  if (const auto object = payload.objectValue()) {
+  if (const auto* object = payload.objectValue()) {
     JSONObjectBuilder members;
     for (const auto& [key, value] : *object) members.set(key, filledIn(value));
     return members.build();
