@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include "ormel-simulator/Simulation.h"
 
@@ -117,6 +118,9 @@ TEST(SimulatorMisbehaviour, IgnoresASignalAndRecordsIt) {
   ::kill(simulation.child().processID(), SIGTERM);
   simulation.send(R"({"method":"go"})");
   EXPECT_EQ(simulation.end(), 4);
+  const auto signals = simulation.scenario().record("signal");
+  ASSERT_EQ(signals.size(), 1u);
+  EXPECT_EQ(*signals[0].find("name"), JSONValue("SIGTERM"));
 }
 
 TEST(SimulatorMisbehaviour, WaitsForAnIgnoredSignal) {
@@ -129,8 +133,7 @@ TEST(SimulatorMisbehaviour, WaitsForAnIgnoredSignal) {
   ::kill(simulation.child().processID(), SIGTERM);
   EXPECT_EQ(simulation.end(), 4);
   const auto signals = simulation.scenario().record("signal");
-  ASSERT_EQ(signals.size(), 2u);
-  EXPECT_EQ(*signals[0].find("name"), JSONValue("SIGTERM"));
+  EXPECT_EQ(signals.size(), 2u);
 }
 
 TEST(SimulatorMisbehaviour, StaysUntilItIsKilledWhateverTheClientCloses) {
@@ -150,9 +153,7 @@ TEST(SimulatorMisbehaviour, StopsReadingSoThatTheClientsPipeFills) {
   testing::setNonBlocking(simulation.child().inputDescriptor(), true);
   const std::string line = "{\"method\":\"a\",\"params\":\"" + std::string(60000, 'x') + "\"}\n";
   simulation.child().write(line);
-  std::size_t accepted = 0;
-  for (ssize_t count = 0; (count = ::write(simulation.child().inputDescriptor(), line.data(), line.size())) > 0;) {
-    accepted += static_cast<std::size_t>(count);
+  while (::write(simulation.child().inputDescriptor(), line.data(), line.size()) > 0) {
   }
   EXPECT_EQ(errno, EAGAIN);
   EXPECT_EQ(simulation.scenario().receivedLines().size(), 0u);

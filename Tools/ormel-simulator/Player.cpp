@@ -89,6 +89,7 @@ Player::Ending Player::playBlock(const Block& block) {
 
 Player::Ending Player::playStatement(const Statement& statement) {
   current_ = &statement;
+  recordSignals();
   try {
     return std::visit([this](const auto& action) { return playAction(action); }, statement.action);
   } catch (const UnsetVariable& error) {
@@ -223,7 +224,8 @@ Player::Ending Player::playAction(const Fork& action) {
 Player::Ending Player::playAction(const Wait& action) {
   const auto start = Clock::now();
   while (!isOver(action, start)) {
-    noteTime();
+    recordSignals();
+    checkTimeLimit();
     if (!reading_) {
       std::this_thread::sleep_for(glance);
       continue;
@@ -311,7 +313,8 @@ std::optional<Message> Player::nextMessage() {
     if (Clock::now() - start >= patience_) {
       fail("nothing", "nothing came within " + std::to_string(patience_.count()) + " ms");
     }
-    noteTime();
+    recordSignals();
+    checkTimeLimit();
     wire_.pump(glance);
     collectLines();
   }
@@ -372,7 +375,7 @@ bool Player::isOver(const Wait& wait, Clock::time_point start) {
       int& awaited = awaitedSignals_[wait.signal];
       if (signalArrivals(wait.signal) <= awaited) return false;
       ++awaited;
-      noteTime();
+      recordSignals();
       return true;
     }
     case Wait::Until::killed:
@@ -381,14 +384,19 @@ bool Player::isOver(const Wait& wait, Clock::time_point start) {
   return false;
 }
 
-// Records signals that came since the last look, and ends what takes too long.
-void Player::noteTime() {
+// Records the ignored signals that came since the last look.
+void Player::recordSignals() {
   for (auto& [signal, recorded] : recordedSignals_) {
-    for (const int arrived = signalArrivals(signal); recorded < arrived; ++recorded) {
+    const int arrived = signalArrivals(signal);
+    while (recorded < arrived) {
+      ++recorded;
       JSONObjectBuilder members;
       recorder_.record("signal", members.set("name", signalName(signal)));
     }
   }
+}
+
+void Player::checkTimeLimit() const {
   if (Clock::now() - start_ >= timeLimit_) {
     fail("nothing", "the time limit of " + std::to_string(timeLimit_.count()) + " ms is over");
   }
@@ -398,7 +406,8 @@ void Player::noteTime() {
 void Player::playEnd() {
   current_ = nullptr;
   while (reading_ ? !wire_.inputEnded() || !pending_.empty() : !wire_.inputClosedUnread()) {
-    noteTime();
+    recordSignals();
+    checkTimeLimit();
     if (!reading_) {
       std::this_thread::sleep_for(glance);
       continue;

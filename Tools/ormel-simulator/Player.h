@@ -71,7 +71,8 @@ class Player {
   void collectLines();
   bool isOver(const Wait& wait, Clock::time_point start);
   void servePending();
-  void noteTime();
+  void recordSignals();
+  void checkTimeLimit() const;
   void playEnd();
 
   void send(const JSONValue& message);

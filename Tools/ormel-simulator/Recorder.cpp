@@ -13,6 +13,7 @@
 #include "OrmelSDK/Error.h"
 #include "OrmelSDK/UTF8.h"
 
+// NOLINTNEXTLINE(readability-redundant-declaration): not every system declares it in a header.
 extern "C" char** environ;
 
 namespace ormel::simulator {

@@ -160,12 +160,12 @@ std::size_t ScenarioCursor::count(std::string_view what) {
 }
 
 milliseconds ScenarioCursor::duration() {
-  constexpr std::size_t longest = 24 * 60 * 60;
+  constexpr std::size_t secondsInADay = 86'400;
   const SourcePlace start = place();
   const std::size_t value = count("a duration such as 250 ms or 3 s");
-  if (!accept("ms") && !accept("s")) failExpecting({"ms", "s"});
-  const bool inSeconds = text_[at_ - 2] != 'm';
-  if (value > (inSeconds ? longest : longest * 1000)) failAt(start, "a duration is at most a day");
+  const bool inSeconds = accept("s");
+  if (!inSeconds && !accept("ms")) failExpecting({"ms", "s"});
+  if (value > (inSeconds ? secondsInADay : secondsInADay * 1000)) failAt(start, "a duration is at most a day");
   return milliseconds(inSeconds ? value * 1000 : value);
 }
 
@@ -179,7 +179,9 @@ std::size_t ScenarioCursor::endOfJSON(std::string_view what) {
     if (depth == 0 && part == QuoteTracker::Part::quoted && !tracker.insideQuotes()) return end + 1;
     if (part != QuoteTracker::Part::plain) continue;
     if (byte == '{' || byte == '[') ++depth;
-    if ((byte == '}' || byte == ']') && (depth == 0 || --depth == 0)) return end + 1;
+    if (byte != '}' && byte != ']') continue;
+    if (depth <= 1) return end + 1;
+    --depth;
   }
   if (depth > 0 || tracker.insideQuotes()) fail("the " + std::string(what) + " that starts here has no end");
   return text_.size();
