@@ -94,8 +94,8 @@ TEST(SimulatorConversation, RepeatsWithACount) {
       "repeat 3 times as i\n  client asks a {\"n\": \"$i\"}\n  server answers {\"text\": \"number ${i}\"}\nend\n"
       "repeat 0 times\n  server notifies never\nend");
   for (int index = 1; index <= 3; ++index) {
-    simulation.send(R"({"id":1,"method":"a","params":{"n":)" + std::to_string(index) + "}}");
-    EXPECT_EQ(simulation.receive(), json(R"({"id":1,"result":{"text":"number )" + std::to_string(index) + "\"}}"));
+    simulation.send(numbered(R"({"id":1,"method":"a","params":{"n":%}})", index));
+    EXPECT_EQ(simulation.receive(), json(numbered(R"({"id":1,"result":{"text":"number %"}})", index)));
   }
   simulation.child().closeInput();
   EXPECT_EQ(simulation.child().readRestOfOutput(), "");
@@ -187,8 +187,8 @@ TEST(SimulatorConversation, ExpectsTheEndOfTheInputAndGoesOn) {
 TEST(SimulatorConversation, StaysAfterTheLastStatementUntilTheInputEnds) {
   Simulation simulation("always answer ping with 1");
   for (int id = 1; id <= 2; ++id) {
-    simulation.send(R"({"method":"ping","id":)" + std::to_string(id) + "}");
-    EXPECT_EQ(simulation.receive(), json(R"({"result":1,"id":)" + std::to_string(id) + "}"));
+    simulation.send(numbered(R"({"method":"ping","id":%})", id));
+    EXPECT_EQ(simulation.receive(), json(numbered(R"({"result":1,"id":%})", id)));
   }
   EXPECT_EQ(simulation.finish(), 0);
 }

@@ -157,7 +157,7 @@ TEST(SimulatorFailure, ReportsAClosedOutput) {
 
 TEST(SimulatorFailure, ShortensAReceivedLineThatIsVeryLong) {
   Simulation simulation("client asks a");
-  simulation.send("{\"method\":\"" + std::string(5000, 'x') + "\"}");
+  simulation.send(std::string(R"({"method":")").append(5000, 'x').append("\"}"));
   EXPECT_EQ(simulation.finish(), 97);
   EXPECT_THAT(simulation.failureText(), HasSubstr("xxx... (5013 bytes)\n"));
 }

@@ -17,7 +17,7 @@ class Simulation {
   const testing::SimulatorScenario& scenario() const { return scenario_; }
   testing::ChildProgram& child() { return child_; }
 
-  void send(std::string_view line) { child_.write(std::string(line) + "\n"); }
+  void send(std::string_view line) { child_.write(std::string(line).append("\n")); }
 
   /// The next line of the server, as a value.
   JSONValue receive() { return JSONValue::decode(child_.readLine()); }
@@ -41,7 +41,8 @@ class Simulation {
 
   /// What a failed expectation at that line says.
   std::string failureAt(int line, std::string_view expected, std::string_view received, std::string_view reason) const {
-    std::string text = scenario_.path().string() + (line > 0 ? ":" + std::to_string(line) : "");
+    std::string text = scenario_.path().string();
+    if (line > 0) text.append(":").append(std::to_string(line));
     text.append(": the scenario does not go on as written\n  expected: ").append(expected);
     text.append("\n  received: ").append(received).append("\n  because:  ").append(reason);
     return text;
@@ -58,6 +59,11 @@ class Simulation {
   testing::SimulatorScenario scenario_;
   testing::ChildProgram child_;
 };
+
+/// The text with its one "%" replaced by the number.
+inline std::string numbered(std::string text, int number) {
+  return text.replace(text.find('%'), 1, std::to_string(number));
+}
 
 inline JSONValue json(std::string_view text) { return JSONValue::decode(text); }
 

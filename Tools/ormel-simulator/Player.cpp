@@ -387,9 +387,9 @@ bool Player::isOver(const Wait& wait, Clock::time_point start) {
 // Records the ignored signals that came since the last look.
 void Player::recordSignals() {
   for (auto& [signal, recorded] : recordedSignals_) {
-    const int arrived = signalArrivals(signal);
-    while (recorded < arrived) {
-      ++recorded;
+    int missed = signalArrivals(signal) - recorded;
+    recorded += missed;
+    for (; missed > 0; --missed) {
       JSONObjectBuilder members;
       recorder_.record("signal", members.set("name", signalName(signal)));
     }
