@@ -2,6 +2,7 @@
 
 #include <coroutine>
 #include <exception>
+#include <utility>
 
 namespace ormel::testing {
 
@@ -32,8 +33,9 @@ class OwnedForeignCoroutine {
     void unhandled_exception() const noexcept { std::terminate(); }
   };
 
-  OwnedForeignCoroutine(const OwnedForeignCoroutine&) = delete;
-  OwnedForeignCoroutine& operator=(const OwnedForeignCoroutine&) = delete;
+  OwnedForeignCoroutine(OwnedForeignCoroutine&& other) noexcept
+      : coroutine_(std::exchange(other.coroutine_, nullptr)) {}
+  OwnedForeignCoroutine& operator=(OwnedForeignCoroutine&&) = delete;
   ~OwnedForeignCoroutine() { destroy(); }
 
   void destroy() noexcept {
