@@ -107,7 +107,6 @@ TEST_F(BridgeStart, EndsWellWithoutAStandardInput) {
   ChildOptions options = this->options();
   options.closedStreams = {0};
   start(options);
-  sendRaw("{\"id\":1}\n");
   expectCleanEnd();
 }
 
