@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "OrmelSDK/JSONStorage.h"
@@ -44,10 +46,9 @@ class Detacher {
     if (!JSONAccess::isContainer(value)) return value;
     const auto& source = JSONAccess::header(value);
     auto* header = JSONAccess::beginContainer(nodes_, source);
-    const std::size_t size = detail::containerSize(source.count, source.isObject);
-    nodes_ += size;
+    nodes_ += detail::containerSize(source.count, source.isObject);
     if (source.isObject) {
-      copyMembers(*header, JSONAccess::members(JSONAccess::object(value)), size);
+      copyMembers(*header, JSONAccess::members(JSONAccess::object(value)));
     } else {
       auto* slot = detail::elementsOf(header);
       for (const auto& element : JSONAccess::array(value)) new (slot++) JSONValue(copy(element));
@@ -55,15 +56,15 @@ class Detacher {
     return JSONAccess::make(header, block_, value.kind());
   }
 
-  void copyMembers(JSONContainerHeader& header, const detail::JSONStoredMember* source, std::size_t size) {
+  void copyMembers(JSONContainerHeader& header, const detail::JSONStoredMember* source) {
     auto* slot = detail::membersOf(&header);
     for (const auto* member = source; member != source + header.count; ++member, ++slot) {
       slot->key = copyText(member->key);
       new (&slot->value) JSONValue(copy(member->value));
     }
     if (!(header.flags & JSONContainerHeader::hasIndex)) return;
-    const std::size_t beforeIndex = sizeof header + header.count * sizeof(detail::JSONStoredMember);
-    std::memcpy(static_cast<void*>(slot), source + header.count, size - beforeIndex);
+    const auto* index = reinterpret_cast<const std::uint32_t*>(source + header.count);
+    std::copy_n(index, header.count, reinterpret_cast<std::uint32_t*>(slot));
   }
 
   const std::byte* copyText(const std::byte* text) {

@@ -60,7 +60,6 @@ void releaseJSONBlock(const JSONBlock* block) noexcept {
 }  // namespace detail
 
 using detail::JSONAccess;
-using detail::JSONContainerHeader;
 using detail::JSONStorageBlock;
 
 namespace {

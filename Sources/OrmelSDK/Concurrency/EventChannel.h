@@ -1,0 +1,432 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <coroutine>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <exception>
+#include <iterator>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+#include <utility>
+
+#include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
+#include "OrmelSDK/Concurrency/TaskPromise.h"
+#include "OrmelSDK/Concurrency/UniqueFunction.h"
+#include "OrmelSDK/Concurrency/Wakeup.h"
+
+namespace ormel {
+
+/// Which side brought an event channel to its end.
+enum class ChannelTermination {
+  /// The producer finished it or failed it.
+  producerEnded,
+  /// The consumer cancelled or dropped it.
+  consumerGone,
+};
+
+/// How many undelivered events a channel keeps.
+class ChannelLimit {
+ public:
+  static constexpr ChannelLimit unbounded() noexcept { return ChannelLimit(0); }
+  /// The newest `count`, at least one; older ones are dropped without notice.
+  static constexpr ChannelLimit newest(std::size_t count) noexcept { return ChannelLimit(count == 0 ? 1 : count); }
+
+  constexpr bool isUnbounded() const noexcept { return count_ == 0; }
+  constexpr std::size_t count() const noexcept { return count_; }
+
+ private:
+  explicit constexpr ChannelLimit(std::size_t count) noexcept : count_(count) {}
+  std::size_t count_;
+};
+
+namespace detail {
+
+using TerminationCallback = UniqueFunction<void(ChannelTermination)>;
+
+template <class T>
+class EventChannelState final : public Wakeup {
+ public:
+  EventChannelState(ChannelLimit limit, const char* name) noexcept : Wakeup(name), limit_(limit) {}
+
+  // The producers' side.
+
+  bool yield(T&& value) {
+    std::optional<T> dropped;
+    Waiter waiter;
+    {
+      const std::lock_guard lock(mutex_);
+      if (termination_) return false;
+      if (!limit_.isUnbounded() && arrived_.size() == limit_.count()) {
+        dropped.emplace(std::move(arrived_.front()));
+        arrived_.pop_front();
+      }
+      arrived_.push_back(std::move(value));
+      waiter = std::exchange(waiter_, Waiter::none);
+    }
+    wakeUp(waiter);
+    return true;
+  }
+
+  bool end(std::exception_ptr error) {
+    return terminate(ChannelTermination::producerEnded, [&] { error_ = std::move(error); });
+  }
+
+  void setTerminationCallback(TerminationCallback callback) {
+    std::optional<ChannelTermination> already;
+    {
+      const std::lock_guard lock(mutex_);
+      already = termination_;
+      if (!already) std::swap(onTermination_, callback);
+    }
+    if (already && callback) callback(*already);
+  }
+
+  bool isOpen() const {
+    const std::lock_guard lock(mutex_);
+    return !termination_;
+  }
+
+  void addProducer() noexcept { producers_.fetch_add(1, std::memory_order_relaxed); }
+  void removeProducer() {
+    if (producers_.fetch_sub(1, std::memory_order_acq_rel) == 1 && isOpen()) {
+      end(std::make_exception_ptr(AbandonedError()));
+    }
+  }
+
+  // The consumer's side.
+
+  void cancel() {
+    std::deque<T> undelivered;
+    terminate(ChannelTermination::consumerGone, [] {});
+    {
+      const std::lock_guard lock(mutex_);
+      error_ = nullptr;
+      undelivered.swap(arrived_);
+    }
+    taken_.clear();
+  }
+
+  /// Whether `next` need not wait.
+  bool isReady() {
+    if (!taken_.empty()) return true;
+    const std::lock_guard lock(mutex_);
+    return isReadyLocked();
+  }
+
+  bool beginWaiting() {
+    const std::lock_guard lock(mutex_);
+    if (isReadyLocked() || stopped_) return false;
+    waiter_ = Waiter::coroutine;
+    return true;
+  }
+
+  void stopWaiting() {
+    {
+      const std::lock_guard lock(mutex_);
+      waiter_ = Waiter::none;
+    }
+    forget();
+  }
+
+  void stopWait() {
+    Waiter waiter;
+    {
+      const std::lock_guard lock(mutex_);
+      stopped_ = true;
+      waiter = std::exchange(waiter_, Waiter::none);
+    }
+    wakeUp(waiter);
+  }
+
+  void waitBlocking() {
+    requireBlockingAllowed();
+    std::unique_lock lock(mutex_);
+    while (taken_.empty() && !isReadyLocked()) {
+      waiter_ = Waiter::thread;
+      somethingArrived_.wait(lock);
+    }
+    waiter_ = Waiter::none;
+  }
+
+  /// The next event, or nothing at the end. Throws what the channel failed with, once, or that the wait was stopped.
+  std::optional<T> take() {
+    bool stopped = false;
+    if (taken_.empty()) {
+      std::exception_ptr error;
+      {
+        const std::lock_guard lock(mutex_);
+        stopped = std::exchange(stopped_, false);
+        takeArrivedLocked();
+        if (taken_.empty()) error = std::exchange(error_, nullptr);
+        if (termination_) stopped = false;
+      }
+      if (error) std::rethrow_exception(error);
+    }
+    if (taken_.empty()) {
+      if (stopped) throw CancelledError();
+      return std::nullopt;
+    }
+    std::optional<T> event(std::move(taken_.front()));
+    taken_.pop_front();
+    return event;
+  }
+
+ private:
+  enum class Waiter { none, coroutine, thread };
+
+  template <class Note>
+  bool terminate(ChannelTermination termination, Note note) {
+    TerminationCallback callback;
+    Waiter waiter;
+    {
+      const std::lock_guard lock(mutex_);
+      if (termination_) return false;
+      termination_ = termination;
+      note();
+      callback = std::move(onTermination_);
+      waiter = std::exchange(waiter_, Waiter::none);
+    }
+    wakeUp(waiter);
+    if (callback) callback(termination);
+    return true;
+  }
+
+  void wakeUp(Waiter waiter) {
+    if (waiter == Waiter::coroutine) wake();
+    if (waiter == Waiter::thread) somethingArrived_.notify_one();
+  }
+
+  bool isReadyLocked() const { return !arrived_.empty() || termination_; }
+
+  /// An unbounded channel is emptied at once, so that most events cost their consumer no lock. What a bounded one
+  /// keeps must stay where newer events can push it out.
+  void takeArrivedLocked() {
+    if (limit_.isUnbounded()) {
+      taken_.swap(arrived_);
+    } else if (!arrived_.empty()) {
+      taken_.push_back(std::move(arrived_.front()));
+      arrived_.pop_front();
+    }
+  }
+
+  const ChannelLimit limit_;
+  std::atomic<std::uint32_t> producers_{0};
+
+  mutable std::mutex mutex_;
+  std::condition_variable somethingArrived_;
+  std::deque<T> arrived_;
+  std::optional<ChannelTermination> termination_;
+  std::exception_ptr error_;
+  TerminationCallback onTermination_;
+  Waiter waiter_ = Waiter::none;
+  bool stopped_ = false;
+
+  /// Taken out of `arrived_`, touched by the consumer only.
+  std::deque<T> taken_;
+};
+
+template <class T>
+class [[nodiscard]] NextEventAwaiter final : public PlaceAware {
+ public:
+  explicit NextEventAwaiter(Ref<EventChannelState<T>> state) noexcept : state_(std::move(state)) {}
+  NextEventAwaiter(const NextEventAwaiter&) = delete;
+  NextEventAwaiter& operator=(const NextEventAwaiter&) = delete;
+  ~NextEventAwaiter() {
+    if (!suspended_) return;
+    onStop_.reset();
+    state_->stopWaiting();
+  }
+
+  bool await_ready() const { return state_->isReady(); }
+
+  template <class Promise>
+  bool await_suspend(std::coroutine_handle<Promise> coroutine) {
+    const auto* token = stopTokenOf(coroutine);
+    state_->prepare(coroutine);
+    suspended_ = true;
+    if (token && token->stop_possible()) onStop_.emplace(*token, StopWait(*state_));
+    if (state_->beginWaiting()) return true;
+    suspended_ = false;
+    state_->unprepare();
+    return false;
+  }
+
+  std::optional<T> await_resume() {
+    suspended_ = false;
+    onStop_.reset();
+    return state_->take();
+  }
+
+ private:
+  class StopWait {
+   public:
+    explicit StopWait(EventChannelState<T>& state) noexcept : state_(&state) {}
+    void operator()() const noexcept { state_->stopWait(); }
+
+   private:
+    EventChannelState<T>* state_;
+  };
+
+  Ref<EventChannelState<T>> state_;
+  std::optional<std::stop_callback<StopWait>> onStop_;
+  bool suspended_ = false;
+};
+
+}  // namespace detail
+
+template <class T>
+class EventChannel;
+
+/// The producing end of an `EventChannel`. Copies share it.
+///
+/// *Thread safety*: any number of copies may be used by any threads at a time. No member blocks or runs a consumer's
+/// code.
+///
+/// *Object lifetimes*: when the last copy goes and the channel is still open, the channel fails with `AbandonedError`.
+///
+/// *Errors*: after the end of the channel, whichever side brought it about, the members do nothing and return false.
+template <class T>
+class EventProducer {
+ public:
+  EventProducer() noexcept = default;
+  EventProducer(const EventProducer& other) noexcept : state_(other.state_) {
+    if (state_) state_->addProducer();
+  }
+  EventProducer(EventProducer&& other) noexcept = default;
+  EventProducer& operator=(EventProducer other) noexcept {
+    std::swap(state_, other.state_);
+    return *this;
+  }
+  ~EventProducer() {
+    if (state_) state_->removeProducer();
+  }
+
+  /// Adds an event at the end.
+  bool yield(T event) const { return state_ && state_->yield(std::move(event)); }
+
+  /// Ends the channel; the consumer still gets the events before.
+  bool finish() const { return state_ && state_->end(nullptr); }
+
+  /// The same, and then `next` throws the error: an exception, or a pointer to one.
+  template <class E>
+  bool fail(E&& error) const {
+    if constexpr (std::is_convertible_v<E&&, std::exception_ptr>) {
+      return state_ && state_->end(std::forward<E>(error));
+    } else {
+      return state_ && state_->end(std::make_exception_ptr(std::forward<E>(error)));
+    }
+  }
+
+  bool isOpen() const { return state_ && state_->isOpen(); }
+
+  /// Sets what is called, once, when the channel ends, with the side that brought it about, on the thread that did so,
+  /// under no lock. A second callback replaces the first. If the channel has ended already it is called at once.
+  void onTermination(detail::TerminationCallback callback) const {
+    if (state_) state_->setTerminationCallback(std::move(callback));
+  }
+
+ private:
+  friend class EventChannel<T>;
+  explicit EventProducer(detail::Ref<detail::EventChannelState<T>> state) noexcept : state_(std::move(state)) {
+    state_->addProducer();
+  }
+
+  detail::Ref<detail::EventChannelState<T>> state_;
+};
+
+/// A sequence of events that arrive over time, from producers on any thread to one consumer:
+/// `while (auto event = co_await events.next())`, or, blocking, `for (const auto& event : events)`.
+///
+/// *Thread safety*: one consumer at a time. A waiting coroutine is resumed where it was, never within a producer's
+/// call.
+///
+/// *Object lifetimes*: move-only. Destroying it is `cancel`. A coroutine that is destroyed while it waits, which has to
+/// happen where it would have been resumed, is not resumed and takes no event with it.
+///
+/// *Cancellation*:
+///
+/// | state of the consumer | stop request of its task                | `cancel`, or destruction            |
+/// |-----------------------|-----------------------------------------|-------------------------------------|
+/// | not waiting           | an event that is there is still given,  | ends the channel, drops what was not|
+/// |                       | else `next` throws `CancelledError`     | delivered; `next` gives nothing     |
+/// | waiting               | `next` throws `CancelledError`; the     | the same, and the wait ends         |
+/// |                       | channel stays open and loses nothing    |                                     |
+/// | at the end            | does nothing                            | does nothing                        |
+///
+/// *Errors*: `next` throws what the producer failed the channel with, after the events before it, once; from then on
+/// there is nothing. It throws `CancelledError` as above, and `AbandonedError` if all producers went without ending it.
+template <class T>
+class EventChannel {
+ public:
+  /// Both ends of a new channel.
+  static std::pair<EventProducer<T>, EventChannel> make(ChannelLimit limit = ChannelLimit::unbounded(),
+                                                        const char* name = "event") {
+    auto state = detail::Ref<detail::EventChannelState<T>>::adopt(new detail::EventChannelState<T>(limit, name));
+    return {EventProducer<T>(state), EventChannel(state)};
+  }
+
+  EventChannel() noexcept = default;
+  EventChannel(EventChannel&&) noexcept = default;
+  EventChannel& operator=(EventChannel&& other) noexcept {
+    if (this != &other) {
+      cancel();
+      state_ = std::move(other.state_);
+    }
+    return *this;
+  }
+  ~EventChannel() { cancel(); }
+
+  /// `co_await events.next()`: the next event, or nothing at the end.
+  ///
+  /// *Preconditions*: not moved from.
+  detail::NextEventAwaiter<T> next() noexcept { return detail::NextEventAwaiter<T>(state_); }
+
+  /// The next event, or nothing at the end; blocks the calling thread. Throws `WouldDeadlockError` on a thread of the
+  /// library. Not cancelled by stop tokens.
+  std::optional<T> nextBlocking() {
+    state_->waitBlocking();
+    return state_->take();
+  }
+
+  /// Ends the channel from this side: the producers learn of it, and events not yet delivered are dropped.
+  void cancel() noexcept {
+    if (state_) state_->cancel();
+  }
+
+  /// Walks through the events as they come, blocking like `nextBlocking`.
+  class Iterator {
+   public:
+    using value_type = T;
+    using difference_type = std::ptrdiff_t;
+    using iterator_concept = std::input_iterator_tag;
+
+    explicit Iterator(EventChannel& channel) : channel_(&channel), event_(channel.nextBlocking()) {}
+
+    const T& operator*() const noexcept { return *event_; }
+    const T* operator->() const noexcept { return &*event_; }
+    Iterator& operator++() {
+      event_ = channel_->nextBlocking();
+      return *this;
+    }
+    void operator++(int) { ++*this; }
+    friend bool operator==(const Iterator& iterator, std::default_sentinel_t) noexcept { return !iterator.event_; }
+
+   private:
+    EventChannel* channel_;
+    std::optional<T> event_;
+  };
+
+  Iterator begin() { return Iterator(*this); }
+  std::default_sentinel_t end() const noexcept { return {}; }
+
+ private:
+  explicit EventChannel(detail::Ref<detail::EventChannelState<T>> state) noexcept : state_(std::move(state)) {}
+
+  detail::Ref<detail::EventChannelState<T>> state_;
+};
+
+}  // namespace ormel

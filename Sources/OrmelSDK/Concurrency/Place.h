@@ -1,0 +1,48 @@
+#pragma once
+
+#include <coroutine>
+
+#include "OrmelSDK/Concurrency/StrandCore.h"
+#include "OrmelSDK/Concurrency/WaitRegistry.h"
+
+namespace ormel::detail {
+
+/// An item that resumes a coroutine; it lives in the coroutine's frame.
+class ResumeItem final : public WorkItem {
+ public:
+  std::coroutine_handle<> coroutine;
+
+  void run() noexcept override { drive(coroutine); }
+  void discard() noexcept override {}
+  const char* name() const noexcept override { return "coroutine"; }
+};
+
+/// Where a coroutine was when it suspended, and so where it goes on: on its strand, or else as a piece of its
+/// scheduler. A coroutine that has not yet met either goes on wherever what it awaits ends, but never on a strand.
+///
+/// A place does not keep its strand alive. While a coroutine waits somewhere, either that strand is running a piece
+/// that the coroutine awaits, or whoever has left the strand last holds a reference to it.
+class Place {
+ public:
+  static Place current() noexcept {
+    const ThreadState& state = threadState();
+    return Place(state.strand, state.strand ? &state.strand->scheduler() : state.scheduler);
+  }
+  Place() noexcept = default;
+  Place(StrandCore* strand, Scheduler* scheduler) noexcept : strand_(strand), scheduler_(scheduler) {}
+
+  Ref<StrandCore> strand() const noexcept { return Ref<StrandCore>(strand_); }
+  Scheduler* scheduler() const noexcept { return scheduler_; }
+
+  /// Whether the calling thread is running a piece of this place.
+  bool isHere() const noexcept;
+  void post(WorkItem& item) const noexcept;
+  /// Resumes the coroutine: after the calling one if that is here, or else by way of `item`.
+  void resume(std::coroutine_handle<> coroutine, ResumeItem& item) const noexcept;
+
+ private:
+  StrandCore* strand_ = nullptr;
+  Scheduler* scheduler_ = nullptr;
+};
+
+}  // namespace ormel::detail

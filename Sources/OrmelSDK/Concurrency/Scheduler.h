@@ -1,0 +1,117 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+
+#include "OrmelSDK/Concurrency/Ref.h"
+#include "OrmelSDK/Concurrency/WaitRegistry.h"
+#include "OrmelSDK/Concurrency/WorkItem.h"
+
+namespace ormel {
+
+class Scheduler;
+
+namespace detail {
+
+class StrandCore;
+class TimerNode;
+
+/// An item that is queued when its time has come.
+class TimerItem : public WorkItem {
+ public:
+  /// Queues the item where it is to run. Called in the order of the deadlines.
+  virtual void fallDue() noexcept = 0;
+
+  static constexpr std::size_t notQueued = static_cast<std::size_t>(-1);
+
+  /// These belong to the timer queue in which the item stands.
+  std::uint64_t deadline = 0;
+  std::uint64_t sequence = 0;
+  std::size_t position = notQueued;
+
+ protected:
+  ~TimerItem() = default;
+};
+
+}  // namespace detail
+
+/// Work that is due later, and the right to take it back.
+///
+/// *Object lifetimes*: move-only; destroying or overwriting the timer cancels it. The scheduler must outlive it.
+///
+/// *Thread safety*: one timer is used by one thread at a time, which may be the one that runs its work.
+///
+/// *Cancellation*: what `cancel` does depends on how far the work is:
+///
+/// | state            | `cancel` returns | the work                                               |
+/// |------------------|------------------|--------------------------------------------------------|
+/// | waiting          | true             | never runs                                             |
+/// | due but not begun| true             | never runs; certain for a strand's timer on its strand |
+/// | begun or done    | false            | goes on, is not waited for                             |
+/// | cancelled, empty | false            | stays as it is                                         |
+class [[nodiscard]] Timer {
+ public:
+  Timer() noexcept;
+  Timer(Timer&&) noexcept;
+  Timer& operator=(Timer&&) noexcept;
+  ~Timer();
+
+  /// Whether this call has kept the work from running.
+  bool cancel() noexcept;
+
+ private:
+  friend class Scheduler;
+  friend class Strand;
+  explicit Timer(detail::Ref<detail::TimerNode> node) noexcept;
+  static Timer armed(Scheduler& scheduler, detail::Ref<detail::StrandCore> strand, std::chrono::nanoseconds delay,
+                     Work work, const char* name);
+
+  detail::Ref<detail::TimerNode> node_;
+};
+
+/// Where work is done, and what time it is there: the only source of concurrency and of time for the library.
+///
+/// *Thread safety*: all members may be called from any thread, unless the implementation says otherwise.
+///
+/// *Object lifetimes*: a scheduler outlives everything that was made on it.
+///
+/// *Errors*: work must not throw; an exception that leaves it ends the process.
+///
+/// Names given to work are not copied and are meant to be literals. They appear in the reports of a simulation.
+class Scheduler {
+ public:
+  virtual ~Scheduler() = default;
+  Scheduler(const Scheduler&) = delete;
+  Scheduler& operator=(const Scheduler&) = delete;
+
+  /// Runs `work` soon, in no order with other work, never within this call.
+  void post(Work work, const char* name = "work") { post(detail::makeWorkItem(std::move(work), name)); }
+
+  /// Runs `work` once `delay` has passed. A delay of zero or less means soon.
+  Timer postAfter(std::chrono::nanoseconds delay, Work work, const char* name = "timer");
+
+  /// Nanoseconds on a clock that never goes back. Its zero means nothing.
+  virtual std::uint64_t now() const noexcept = 0;
+
+  virtual void post(detail::WorkItem& item) noexcept = 0;
+  virtual void arm(detail::TimerItem& item, std::uint64_t deadline) = 0;
+  /// Whether the item was still waiting. If so, it belongs to the caller again.
+  virtual bool disarm(detail::TimerItem& item) noexcept = 0;
+  /// How many pieces of a strand may run in a row before other work has its turn.
+  virtual std::size_t strandBatch() const noexcept = 0;
+
+  /// Where waits are noted, if anybody cares to know of them.
+  detail::WaitRegistry* waitRegistry() const noexcept { return waitRegistry_; }
+
+ protected:
+  explicit Scheduler(detail::WaitRegistry* waitRegistry = nullptr) noexcept : waitRegistry_(waitRegistry) {}
+
+ private:
+  detail::WaitRegistry* waitRegistry_;
+};
+
+/// The scheduler of the library's own thread pool.
+Scheduler& productionScheduler();
+
+}  // namespace ormel

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <chrono>
+
+#include "OrmelSDK/Concurrency/Scheduler.h"
+#include "OrmelSDK/Concurrency/Task.h"
+
+namespace ormel {
+
+/// Ends once `duration` has passed on the scheduler's clock, not before.
+///
+/// *Cancellation*: throws `CancelledError` as soon as the stop token of the task is triggered.
+///
+/// *Object lifetimes*: the scheduler must outlive the task.
+Task<void> sleepFor(Scheduler& scheduler, std::chrono::nanoseconds duration);
+
+}  // namespace ormel

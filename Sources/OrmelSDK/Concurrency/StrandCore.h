@@ -1,0 +1,44 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+
+#include "OrmelSDK/Concurrency/Ref.h"
+#include "OrmelSDK/Concurrency/Scheduler.h"
+#include "OrmelSDK/Concurrency/ThreadState.h"
+
+namespace ormel::detail {
+
+/// The run queue behind `Strand`. Any thread adds to `incoming_`, a stack; whoever finds it idle posts the strand to
+/// its scheduler. Only the piece that drains the strand touches `local_`, the queue proper, into which it turns the
+/// stack over. While the strand is posted or draining it owns a reference to itself.
+class StrandCore final : public WorkItem, public RefCounted {
+ public:
+  StrandCore(Scheduler& scheduler, const char* name) noexcept;
+
+  bool isCurrent() const noexcept { return threadState().strand == this; }
+  Scheduler& scheduler() const noexcept { return scheduler_; }
+
+  void post(WorkItem& item) noexcept;
+
+  /// Runs a batch: what a scheduler calls.
+  void run() noexcept override;
+  void discard() noexcept override;
+  const char* name() const noexcept override { return name_; }
+
+ private:
+  ~StrandCore() override = default;
+
+  void postFromOutside(WorkItem& item) noexcept;
+  void takeIncoming() noexcept;
+  WorkItem* takeNext() noexcept;
+  bool becomeIdle() noexcept;
+
+  Scheduler& scheduler_;
+  const char* name_;
+  std::atomic<WorkItem*> incoming_;
+  WorkItem* localFirst_ = nullptr;
+  WorkItem* localLast_ = nullptr;
+};
+
+}  // namespace ormel::detail

@@ -1,0 +1,249 @@
+#pragma once
+
+#include <coroutine>
+#include <exception>
+#include <stop_token>
+#include <utility>
+
+#include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
+#include "OrmelSDK/Concurrency/TaskPromise.h"
+#include "OrmelSDK/Concurrency/TaskResult.h"
+
+namespace ormel {
+
+namespace detail {
+
+/// The frame of a task that has not ended.
+template <class T>
+class TaskFrame {
+ public:
+  using Handle = std::coroutine_handle<TaskPromise<T>>;
+
+  TaskFrame() noexcept = default;
+  explicit TaskFrame(Handle handle) noexcept : handle_(handle) {}
+  TaskFrame(TaskFrame&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+  TaskFrame& operator=(TaskFrame&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    return *this;
+  }
+  ~TaskFrame() {
+    if (handle_) handle_.destroy();
+  }
+
+  Handle handle() const noexcept { return handle_; }
+  TaskPromise<T>& promise() const noexcept { return handle_.promise(); }
+
+ private:
+  Handle handle_;
+};
+
+template <class T>
+class [[nodiscard]] TaskAwaiter final : public PlaceAware, private Completion {
+ public:
+  TaskAwaiter(TaskFrame<T> frame, bool mayLeave) noexcept : frame_(std::move(frame)), mayLeave_(mayLeave) {}
+  TaskAwaiter(const TaskAwaiter&) = delete;
+  TaskAwaiter& operator=(const TaskAwaiter&) = delete;
+
+  bool await_ready() const noexcept { return false; }
+
+  template <class Promise>
+  void await_suspend(std::coroutine_handle<Promise> awaiting) noexcept {
+    awaiting_ = awaiting;
+    place_ = Place::current();
+    auto& promise = frame_.promise();
+    if (!promise.stopToken) promise.stopToken = stopTokenOf(awaiting);
+    if (!PromiseOfTask<Promise> || mayLeave_ || promise.startsElsewhere()) leftStrand_ = place_.strand();
+    startAwaited(promise, frame_.handle(), *this);
+  }
+
+  T await_resume() { return frame_.promise().result.take(); }
+
+ private:
+  void completed() noexcept override { place_.resume(awaiting_, startItem); }
+
+  TaskFrame<T> frame_;
+  std::coroutine_handle<> awaiting_;
+  Place place_;
+  Ref<StrandCore> leftStrand_;
+  bool mayLeave_;
+};
+
+/// Lets a thread wait for the end of a task.
+void runAndBlock(TaskPromiseBase& promise, std::coroutine_handle<> coroutine);
+
+template <class T, class Callback>
+class CallbackCompletion final : public Completion {
+ public:
+  CallbackCompletion(TaskFrame<T> frame, Callback callback)
+      : frame_(std::move(frame)), callback_(std::move(callback)) {}
+
+  void completed() noexcept override {
+    auto result = std::move(frame_.promise().result);
+    auto callback = std::move(callback_);
+    delete this;
+    callback(std::move(result));
+  }
+
+  void begin() noexcept { startAlone(frame_.promise(), frame_.handle(), *this); }
+
+ private:
+  TaskFrame<T> frame_;
+  Callback callback_;
+};
+
+[[noreturn]] void failForSpentTask() noexcept;
+
+/// Drops how a task ended that nobody awaits. A failure has nowhere to go and ends the process.
+template <class T>
+void takeUnlessCancelled(TaskResult<T> result) noexcept {
+  try {
+    result.take();
+  } catch (const CancelledError&) {
+  }
+}
+
+}  // namespace detail
+
+/// An asynchronous function of the library, called but not yet running: `co_await` it, or start it by `get`, `start` or
+/// `detach`. Any of these uses the task up.
+///
+/// What it runs on: it begins where it is awaited or started. A coroutine goes on, after each `co_await` inside it,
+/// where it was before: on the same strand if it was on one, else on the scheduler that it was on, else, in a task
+/// started by an ordinary thread, wherever the awaited thing ended, which is then a thread of the library's pool.
+/// `onStrand` and `onScheduler` make it begin, and so stay, elsewhere; whoever awaits it is brought back.
+///
+/// *Thread safety*: a task object is used by one thread at a time.
+///
+/// *Object lifetimes*: move-only. A task that was never started is destroyed without having run. A started one lives
+/// until it ends; it cannot be destroyed from outside. The arguments of the function that returned the task live as
+/// long as coroutine parameters do: what was passed by reference must outlive the task.
+///
+/// *Cancellation*: cooperative, by a `std::stop_token` that is set by `withStopToken` or `start` and inherited by the
+/// tasks awaited inside. Waits of the library end with `CancelledError` when it is triggered; code reads it by
+/// `co_await currentStopToken()`. A task that does neither runs to its end.
+///
+/// | state of the task        | a stop request                                                            |
+/// |--------------------------|---------------------------------------------------------------------------|
+/// | not started              | is seen by the first wait of the library that is not complete at once     |
+/// | running                  | is seen by the next such wait                                             |
+/// | waiting in the library   | ends the wait with `CancelledError`, on the task's strand                 |
+/// | waiting for anything else| is that one's business                                                    |
+/// | ended                    | does nothing                                                              |
+///
+/// *Errors*: an exception that leaves the task is thrown by `co_await` and `get`, and handed to the callback of
+/// `start`.
+///
+/// *Preconditions*: a task that is empty (moved from, or used up) is not awaited or started; doing so ends the process.
+template <class T = void>
+class [[nodiscard]] Task {
+ public:
+  using promise_type = detail::TaskPromise<T>;
+
+  Task() noexcept = default;
+  explicit Task(detail::TaskFrame<T> frame) noexcept : frame_(std::move(frame)) {}
+
+  /// Whether there is something to await.
+  explicit operator bool() const noexcept { return static_cast<bool>(frame_.handle()); }
+
+  /// Sets the token that the task and all it awaits observe, in place of the one it would inherit. An empty token
+  /// shields the task from cancellation.
+  Task withStopToken(std::stop_token token) && noexcept {
+    promise().setStopToken(std::move(token));
+    return std::move(*this);
+  }
+
+  /// Has the task begin on the strand.
+  Task onStrand(const Strand& strand) && noexcept {
+    promise().startStrand = strand.core();
+    return std::move(*this);
+  }
+
+  /// Has the task begin as a piece of the scheduler, on no strand.
+  Task onScheduler(Scheduler& scheduler) && noexcept {
+    promise().startScheduler = &scheduler;
+    return std::move(*this);
+  }
+
+  detail::TaskAwaiter<T> operator co_await() && noexcept { return {takeFrame(), mayLeave_}; }
+
+  /// Runs the task and blocks the calling thread until it ends. Throws `WouldDeadlockError`, and leaves the task as it
+  /// is, on a thread of the library.
+  T get() {
+    detail::requireBlockingAllowed();
+    const auto frame = takeFrame();
+    detail::runAndBlock(frame.promise(), frame.handle());
+    return frame.promise().result.take();
+  }
+
+  /// Runs the task on its own; `callback` is called once, with its `TaskResult<T>`, where the task ended: possibly
+  /// within this call. The callback must not throw.
+  template <class Callback>
+  void start(Callback callback) {
+    (new detail::CallbackCompletion<T, Callback>(takeFrame(), std::move(callback)))->begin();
+  }
+
+  /// The same, with a stop token.
+  template <class Callback>
+  void start(Callback callback, std::stop_token token) {
+    promise().setStopToken(std::move(token));
+    start(std::move(callback));
+  }
+
+  /// Runs the task on its own. Its value is dropped, and so is its cancellation; any other exception ends the process.
+  void detach() {
+    start([](TaskResult<T> result) noexcept { detail::takeUnlessCancelled(std::move(result)); });
+  }
+
+  /// For a task that awaits what may resume it on any thread.
+  Task resumingAnywhere() && noexcept {
+    mayLeave_ = true;
+    return std::move(*this);
+  }
+
+ private:
+  promise_type& promise() const noexcept {
+    if (!frame_.handle()) detail::failForSpentTask();
+    return frame_.promise();
+  }
+  detail::TaskFrame<T> takeFrame() noexcept {
+    if (!frame_.handle()) detail::failForSpentTask();
+    return std::move(frame_);
+  }
+
+  detail::TaskFrame<T> frame_;
+  bool mayLeave_ = false;
+};
+
+namespace detail {
+
+template <class T>
+Task<T> TaskPromiseOf<T>::get_return_object() noexcept {
+  return Task<T>(TaskFrame<T>(TaskFrame<T>::Handle::from_promise(static_cast<TaskPromise<T>&>(*this))));
+}
+
+template <class Awaitable>
+TaskOfResult<AwaitResult<Awaitable>> awaitForeign(Awaitable&& awaitable) {
+  co_return co_await Foreign<Awaitable>(static_cast<Awaitable&&>(awaitable));
+}
+
+class [[nodiscard]] StopTokenAwaiter final : public PlaceAware {
+ public:
+  StopTokenAwaiter() noexcept {}
+  bool await_ready() const noexcept { return false; }
+  template <class Promise>
+  bool await_suspend(std::coroutine_handle<Promise> coroutine) noexcept {
+    if (const auto* token = stopTokenOf(coroutine)) token_ = *token;
+    return false;
+  }
+  std::stop_token await_resume() noexcept { return std::move(token_); }
+
+ private:
+  std::stop_token token_;
+};
+
+}  // namespace detail
+
+/// `co_await currentStopToken()`: the token of the calling task; an empty one in any other coroutine.
+inline detail::StopTokenAwaiter currentStopToken() noexcept { return {}; }
+
+}  // namespace ormel

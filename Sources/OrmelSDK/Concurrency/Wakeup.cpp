@@ -1,0 +1,38 @@
+#include "OrmelSDK/Concurrency/Wakeup.h"
+
+#include <utility>
+
+namespace ormel::detail {
+
+void Wakeup::prepare(std::coroutine_handle<> coroutine) noexcept {
+  coroutine_ = coroutine;
+  place_ = Place::current();
+  strand_ = place_.strand();
+  if (Scheduler* scheduler = place_.scheduler()) {
+    if (WaitRegistry* registry = scheduler->waitRegistry()) registry->add(record_);
+  }
+}
+
+void Wakeup::unprepare() noexcept {
+  forget();
+  strand_ = {};
+}
+
+void Wakeup::wake() noexcept {
+  retain();
+  record_.leave();
+  place_.post(*this);
+}
+
+void Wakeup::forget() noexcept {
+  coroutine_ = nullptr;
+  record_.leave();
+}
+
+void Wakeup::run() noexcept {
+  strand_ = {};
+  if (const auto coroutine = std::exchange(coroutine_, nullptr)) drive(coroutine);
+  release();
+}
+
+}  // namespace ormel::detail
