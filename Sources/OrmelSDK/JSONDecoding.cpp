@@ -308,6 +308,15 @@ JSONValue decodePaddedJSON(std::string_view text) {
   return text.size() > keptParserLimit ? decodeLarge(text) : decodeBy(text, threadParser());
 }
 
+JSONValue decodePaddedJSON(ByteBuffer text) {
+  if (text.size() <= keptParserLimit) return decodeBy(text.view(), threadParser());
+  const auto parser = std::make_unique<Parser>();
+  if (const auto error = parser->run(text.view())) return decodeRefused(text.view(), error);
+  text = ByteBuffer();
+  parser->parser = simdjson::dom::parser();
+  return buildByAdoption(parser->document);
+}
+
 }  // namespace detail
 
 JSONValue JSONValue::decode(std::string_view text) {
