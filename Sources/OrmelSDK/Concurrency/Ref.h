@@ -19,11 +19,13 @@ class RefCounted {
 
  protected:
   RefCounted() noexcept = default;
-  virtual ~RefCounted() = default;
+  virtual ~RefCounted() = 0;
 
  private:
   std::atomic<std::uint32_t> references_{1};
 };
+
+inline RefCounted::~RefCounted() = default;
 
 /// A counted reference to a `RefCounted` object, possibly empty.
 template <class T>
