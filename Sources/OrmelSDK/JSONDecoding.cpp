@@ -22,9 +22,16 @@ namespace {
 
 static_assert(jsonPadding >= simdjson::SIMDJSON_PADDING);
 
-// A thread keeps its parser for texts up to this size. A larger text gets one of its own, whose string buffer then
-// becomes the message's: a single huge message neither pins its working memory nor has its texts copied.
+// A thread keeps its parser for texts up to this size. A larger text gets one of its own, so that a single huge
+// message does not pin its working memory.
 constexpr std::size_t keptParserLimit = std::size_t{2} << 20;
+
+// From this size on a message takes over the parser's string buffer instead of copying out of it.
+constexpr std::size_t adoptionThreshold = std::size_t{256} << 10;
+
+// simdjson counts a container only once it meets something inside, so its own limit lets an empty one pass a level
+// deeper; what it is given here admits every text that may pass, and `decodeBy` refuses the rest.
+constexpr std::size_t parserDepth = JSONValue::maximumDecodingDepth + 1;
 
 // simdjson's tape: a word is a type in its top byte and a payload below. A container's payload is the position
 // behind it in 32 bits and its element count in 24; a count that does not fit reads as all ones.
@@ -34,135 +41,163 @@ constexpr std::uint32_t saturatedCount = 0xFFFFFF;
 char tapeType(std::uint64_t word) { return static_cast<char>(word >> 56); }
 std::uint32_t tapeEnd(std::uint64_t word) { return static_cast<std::uint32_t>(word); }
 
-std::uint32_t tapeCount(const std::uint64_t* tape, std::size_t at) {
-  const auto count = static_cast<std::uint32_t>(tape[at] >> 32) & saturatedCount;
-  if (count != saturatedCount) return count;
-  const bool isObject = tapeType(tape[at]) == '{';
-  const std::size_t last = tapeEnd(tape[at]) - 1;
+// Counts what a container with more elements than its word can say really holds.
+std::uint32_t countElements(const std::uint64_t* container, const std::uint64_t* tape) {
+  const bool isObject = tapeType(*container) == '{';
+  const std::uint64_t* const last = tape + tapeEnd(*container) - 1;
   std::uint32_t counted = 0;
-  for (std::size_t next = at + 1; next < last; ++counted) {
-    if (isObject) ++next;
-    switch (tapeType(tape[next])) {
+  for (const auto* word = container + 1; word < last; ++counted) {
+    if (isObject) ++word;
+    switch (tapeType(*word)) {
       case '{':
       case '[':
-        next = tapeEnd(tape[next]);
+        word = tape + tapeEnd(*word);
         break;
       case 'l':
       case 'u':
       case 'd':
-        next += 2;
+        word += 2;
         break;
       default:
-        ++next;
+        ++word;
     }
   }
   return counted;
 }
 
-// Turns a tape into a message block: walks it once, without recursion, with the open containers on a stack.
+std::uint32_t tapeCount(const std::uint64_t* container, const std::uint64_t* tape) {
+  const auto count = static_cast<std::uint32_t>(*container >> 32) & saturatedCount;
+  if (count != saturatedCount) [[likely]]
+    return count;
+  return countElements(container, tape);
+}
+
+// Turns a tape into a message block: walks it once, without recursion. The container being filled is kept in locals,
+// the ones around it on a stack.
 class MessageBuilder {
  public:
-  MessageBuilder(const std::uint64_t* tape, JSONStorageBlock* block, const std::byte* texts)
-      : tape_(tape), block_(block), free_(block->payload()), texts_(texts) {}
+  MessageBuilder(const std::uint64_t* tape, JSONStorageBlock* block, JSONTextPlace texts)
+      : start_(tape), tape_(tape + 1), block_(block), free_(block->payload()), texts_(texts) {}
 
   JSONValue build() {
-    JSONValue root = readElement();
-    while (depth_ > 0) {
-      Frame& frame = frames_[depth_ - 1];
-      if (frame.remaining == 0) {
-        close(frame);
-        continue;
+    JSONValue root = readScalar();
+    if (!JSONAccess::isContainer(root)) return root;
+    Frame current = openContainer(root);
+    for (;;) {
+      while (current.next != current.end) {
+        auto* slot = reinterpret_cast<JSONValue*>(current.next);
+        if (current.header->isObject) {
+          auto* member = reinterpret_cast<JSONStoredMember*>(current.next);
+          member->key = readText();
+          slot = &member->value;
+          current.next += sizeof(JSONStoredMember);
+        } else {
+          current.next += sizeof(JSONValue);
+        }
+        new (slot) JSONValue(readScalar());
+        if (!JSONAccess::isContainer(*slot)) continue;
+        stack_[depth_++] = current;
+        current = openContainer(*slot);
       }
-      --frame.remaining;
-      if (frame.header->isObject) {
-        auto* member = static_cast<JSONStoredMember*>(frame.next);
-        frame.next = member + 1;
-        member->key = takeText();
-        frame.keys.add(member->key);
-        new (&member->value) JSONValue(readElement());
-      } else {
-        auto* element = static_cast<JSONValue*>(frame.next);
-        frame.next = element + 1;
-        new (element) JSONValue(readElement());
-      }
+      ++tape_;
+      if (current.header->isObject) finishObject(current.header, texts_);
+      if (depth_ == 0) return root;
+      const auto height = static_cast<std::uint16_t>(current.header->height + 1);
+      current = stack_[--depth_];
+      current.header->height = std::max(current.header->height, height);
     }
-    return root;
   }
 
  private:
   struct Frame {
     JSONContainerHeader* header;
-    void* next;
-    std::uint32_t remaining;
-    JSONKeyWatch keys;
+    std::byte* next;
+    std::byte* end;
   };
 
-  const std::byte* takeText() { return texts_ + (tape_[at_++] & tapePayload); }
+  const std::byte* readText() { return texts_.stored + (*tape_++ & tapePayload); }
 
+  // Reads a value; of a container only the shell, whose place is still free and whose word is left on the tape.
   // Values inside of a block carry its address but hold no reference: `make` adds none, and none is released.
-  JSONValue readElement() {
-    const std::uint64_t word = tape_[at_];
+  JSONValue readScalar() {
+    const std::uint64_t word = *tape_;
     switch (tapeType(word)) {
       case '"':
-        return JSONAccess::make(takeText(), block_, JSONValue::Kind::string);
+        return JSONAccess::make(readText(), block_, JSONValue::Kind::string);
       case 'l':
-        at_ += 2;
-        return JSONValue(static_cast<double>(static_cast<std::int64_t>(tape_[at_ - 1])));
+        tape_ += 2;
+        return JSONValue(static_cast<double>(static_cast<std::int64_t>(tape_[-1])));
       case 'u':
-        at_ += 2;
-        return JSONValue(static_cast<double>(tape_[at_ - 1]));
+        tape_ += 2;
+        return JSONValue(static_cast<double>(tape_[-1]));
       case 'd':
-        at_ += 2;
-        return JSONValue(std::bit_cast<double>(tape_[at_ - 1]));
+        tape_ += 2;
+        return JSONValue(std::bit_cast<double>(tape_[-1]));
+      case '{':
+        return JSONAccess::make(free_, block_, JSONValue::Kind::object);
+      case '[':
+        return JSONAccess::make(free_, block_, JSONValue::Kind::array);
       case 't':
       case 'f':
-        ++at_;
+        ++tape_;
         return JSONValue(tapeType(word) == 't');
-      case '{':
-      case '[':
-        return openContainer(tapeType(word) == '{');
       default:
-        ++at_;
+        ++tape_;
         return JSONValue();
     }
   }
 
-  JSONValue openContainer(bool isObject) {
-    const std::uint32_t count = tapeCount(tape_, at_++);
-    auto* header = new (free_) JSONContainerHeader{.count = count, .height = 1, .flags = 0, .isObject = isObject};
+  Frame openContainer(const JSONValue& shell) {
+    const bool isObject = shell.kind() == JSONValue::Kind::object;
+    const std::uint32_t count = tapeCount(tape_++, start_);
+    auto* header = JSONAccess::beginContainer(free_, {.count = count, .height = 1, .flags = 0, .isObject = isObject});
+    auto* const elements = reinterpret_cast<std::byte*>(header + 1);
     free_ += containerSize(count, isObject);
-    frames_[depth_++] = Frame{header, header + 1, count, {}};
-    return JSONAccess::make(header, block_, isObject ? JSONValue::Kind::object : JSONValue::Kind::array);
+    return {header, elements, elements + count * (isObject ? sizeof(JSONStoredMember) : sizeof(JSONValue))};
   }
 
-  void close(Frame& frame) {
-    ++at_;
-    --depth_;
-    if (frame.header->isObject) finishObject(frame.header, frame.keys);
-    if (depth_ == 0) return;
-    auto& parent = *frames_[depth_ - 1].header;
-    parent.height = std::max<std::uint16_t>(parent.height, static_cast<std::uint16_t>(frame.header->height + 1));
-  }
-
+  const std::uint64_t* start_;
   const std::uint64_t* tape_;
   JSONStorageBlock* block_;
   std::byte* free_;
-  const std::byte* texts_;
-  std::size_t at_ = 1;
+  JSONTextPlace texts_;
   std::size_t depth_ = 0;
-  std::array<Frame, JSONValue::maximumDecodingDepth> frames_;
+  std::array<Frame, parserDepth> stack_;
 };
+
+// What the parser may write for a text of this size: of `["",""]` each three bytes become five, and it copies in
+// blocks.
+constexpr std::size_t parserTextsSize(std::size_t textSize) { return 5 * textSize / 3 + 2 * jsonPadding; }
 
 struct Parser {
   simdjson::dom::parser parser;
   simdjson::dom::document document;
+  std::unique_ptr<char[]> padded;
+  std::size_t paddedSize = 0;
+  // The longest text for which the document's string buffer is large enough.
+  std::size_t textsCapacity = 0;
+
+  // A copy of a text with readable bytes behind it.
+  std::string_view pad(std::string_view text) {
+    if (paddedSize < text.size() + jsonPadding) {
+      paddedSize = std::bit_ceil(text.size() + jsonPadding);
+      padded = std::make_unique_for_overwrite<char[]>(paddedSize);
+    }
+    if (!text.empty()) std::memcpy(padded.get(), text.data(), text.size());
+    return {padded.get(), text.size()};
+  }
 
   simdjson::error_code run(std::string_view text) {
     if (text.size() > parser.capacity()) {
       // Growing in powers of two keeps a slowly rising line length from reallocating at every line.
       const std::size_t capacity = text.size() > keptParserLimit ? text.size() : std::bit_ceil(text.size() | 4096);
-      if (const auto error = parser.allocate(capacity, JSONValue::maximumDecodingDepth)) return error;
+      if (const auto error = parser.allocate(capacity, parserDepth)) return error;
       if (const auto error = document.allocate(capacity)) return error;
+      textsCapacity = capacity;
+    }
+    if (!document.string_buf || textsCapacity < text.size()) {
+      textsCapacity = std::max(text.size(), adoptionThreshold);
+      document.string_buf = std::make_unique_for_overwrite<std::uint8_t[]>(parserTextsSize(textsCapacity));
     }
     return parser.parse_into_document(document, text.data(), text.size(), false).error();
   }
@@ -184,19 +219,29 @@ std::size_t textsBound(const simdjson::dom::document& document, std::size_t sour
   return std::min(sourceSize + 3 * tapeWords(document), sourceSize * 5 / 3 + 3) + keySlack;
 }
 
+// Builds into a new block, which the value then owns; a value without parts needs none.
+JSONValue buildInto(JSONStorageBlock* block, const simdjson::dom::document& document, JSONTextPlace texts) {
+  JSONValue root = MessageBuilder(document.tape.get(), block, texts).build();
+  if (!JSONAccess::owner(root)) releaseJSONBlock(block);
+  return root;
+}
+
 JSONValue buildByCopy(const simdjson::dom::document& document, std::size_t sourceSize) {
   const std::size_t nodes = nodesBound(document);
   const std::size_t texts = textsBound(document, sourceSize);
   auto* block = JSONStorageBlock::allocate(nodes + texts, JSONStorageBlock::Contents::message);
-  std::byte* const copiedTexts = block->payload() + nodes;
-  std::memcpy(copiedTexts, document.string_buf.get(), texts);
-  return MessageBuilder(document.tape.get(), block, copiedTexts).build();
+  std::byte* const copy = block->payload() + nodes;
+  const auto* source = reinterpret_cast<const std::byte*>(document.string_buf.get());
+  JSONValue root = buildInto(block, document, {.stored = copy, .readable = source});
+  // Not before the walk: by now the parser's last stores have left the store buffer and can be loaded in blocks.
+  if (JSONAccess::owner(root)) std::memcpy(copy, source, texts);
+  return root;
 }
 
 JSONValue buildByAdoption(simdjson::dom::document& document) {
   auto* block = JSONStorageBlock::allocate(nodesBound(document), JSONStorageBlock::Contents::message);
   block->adoptedTexts = reinterpret_cast<std::byte*>(document.string_buf.release());
-  return MessageBuilder(document.tape.get(), block, block->adoptedTexts).build();
+  return buildInto(block, document, {.stored = block->adoptedTexts, .readable = block->adoptedTexts});
 }
 
 // Makes every integer that may exceed 64 bits a number with an exponent, which simdjson reads as the nearest double.
@@ -216,9 +261,35 @@ std::string withWideIntegersAsDoubles(std::string_view text, const std::vector<s
 
 [[noreturn]] void failUnsupported() { throw DecodingError::dataCorrupted(DecodingContext("Unsupported JSON value")); }
 
-JSONValue decodePadded(std::string_view text, bool mayHaveWideIntegers);
+JSONValue decodeRefused(std::string_view text, simdjson::error_code error);
 
-JSONValue decodeRefused(std::string_view text, simdjson::error_code error, bool mayHaveWideIntegers) {
+JSONValue decodeBy(std::string_view text, Parser& parser) {
+  if (const auto error = parser.run(text)) [[unlikely]]
+    return decodeRefused(text, error);
+  JSONValue value =
+      text.size() >= adoptionThreshold ? buildByAdoption(parser.document) : buildByCopy(parser.document, text.size());
+  if (JSONAccess::height(value) > JSONValue::maximumDecodingDepth) [[unlikely]] {
+    return decodeRefused(text, simdjson::DEPTH_ERROR);
+  }
+  return value;
+}
+
+JSONValue decodeLarge(std::string_view text) {
+  const auto parser = std::make_unique<Parser>();
+  if (const auto error = parser->run(text)) return decodeRefused(text, error);
+  return buildByAdoption(parser->document);
+}
+
+JSONValue decodeWithWideIntegers(std::string_view text, const std::vector<std::size_t>& ends) {
+  std::string rewritten = withWideIntegersAsDoubles(text, ends);
+  const std::size_t size = rewritten.size();
+  rewritten.append(jsonPadding, ' ');
+  Parser parser;
+  if (parser.run(std::string_view(rewritten).substr(0, size))) failUnsupported();
+  return buildByAdoption(parser.document);
+}
+
+JSONValue decodeRefused(std::string_view text, simdjson::error_code error) {
   if (error == simdjson::MEMALLOC) throw std::bad_alloc();
   const JSONExamination examination = examineJSON(text, JSONValue::maximumDecodingDepth);
   if (examination.failure) {
@@ -227,47 +298,28 @@ JSONValue decodeRefused(std::string_view text, simdjson::error_code error, bool 
         std::make_shared<JSONSyntaxError>(examination.failure->reason, examination.failure->byteOffset);
     throw DecodingError::dataCorrupted(std::move(context));
   }
-  if (!mayHaveWideIntegers || examination.wideIntegerEnds.empty()) failUnsupported();
-  std::string rewritten = withWideIntegersAsDoubles(text, examination.wideIntegerEnds);
-  const std::size_t size = rewritten.size();
-  rewritten.append(jsonPadding, ' ');
-  return decodePadded(std::string_view(rewritten).substr(0, size), false);
-}
-
-JSONValue decodePadded(std::string_view text, bool mayHaveWideIntegers) {
-  if (text.size() > keptParserLimit) {
-    auto own = std::make_unique<Parser>();
-    if (const auto error = own->run(text)) return decodeRefused(text, error, mayHaveWideIntegers);
-    return buildByAdoption(own->document);
-  }
-  Parser& parser = threadParser();
-  if (const auto error = parser.run(text)) return decodeRefused(text, error, mayHaveWideIntegers);
-  return buildByCopy(parser.document, text.size());
+  if (examination.wideIntegerEnds.empty()) failUnsupported();
+  return decodeWithWideIntegers(text, examination.wideIntegerEnds);
 }
 
 }  // namespace
 
-JSONValue decodePaddedJSON(std::string_view text) { return decodePadded(text, true); }
+JSONValue decodePaddedJSON(std::string_view text) {
+  return text.size() > keptParserLimit ? decodeLarge(text) : decodeBy(text, threadParser());
+}
 
 }  // namespace detail
 
 JSONValue JSONValue::decode(std::string_view text) {
-  thread_local std::unique_ptr<char[]> kept;
-  thread_local std::size_t keptSize = 0;
-  const std::size_t needed = text.size() + detail::jsonPadding;
-  std::unique_ptr<char[]> own;
-  char* buffer = kept.get();
   if (text.size() > detail::keptParserLimit) {
-    own = std::make_unique_for_overwrite<char[]>(needed);
-    buffer = own.get();
-  } else if (keptSize < needed) {
-    keptSize = std::bit_ceil(needed);
-    kept = std::make_unique_for_overwrite<char[]>(keptSize);
-    buffer = kept.get();
+    std::string padded;
+    padded.reserve(text.size() + detail::jsonPadding);
+    padded = text;
+    padded.append(detail::jsonPadding, ' ');
+    return detail::decodeLarge(std::string_view(padded).substr(0, text.size()));
   }
-  if (!text.empty()) std::memcpy(buffer, text.data(), text.size());
-  std::memset(buffer + text.size(), ' ', detail::jsonPadding);
-  return detail::decodePaddedJSON({buffer, text.size()});
+  detail::Parser& parser = detail::threadParser();
+  return detail::decodeBy(parser.pad(text), parser);
 }
 
 }  // namespace ormel

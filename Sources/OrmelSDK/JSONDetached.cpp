@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "OrmelSDK/JSONStorage.h"
@@ -27,10 +29,10 @@ class Detacher {
   void measure(const JSONValue& value) {
     if (const auto text = value.stringValue()) {
       textsSize_ += text->size() + detail::textOverhead;
-    } else if (const auto array = value.arrayValue()) {
+    } else if (const auto* array = value.arrayValue()) {
       nodesSize_ += detail::containerSize(array->size(), false);
       for (const auto& element : *array) measure(element);
-    } else if (const auto object = value.objectValue()) {
+    } else if (const auto* object = value.objectValue()) {
       nodesSize_ += detail::containerSize(object->size(), true);
       for (const auto& [key, member] : *object) {
         textsSize_ += key.size() + detail::textOverhead;
@@ -43,11 +45,10 @@ class Detacher {
     if (value.stringValue()) return JSONAccess::make(copyText(JSONAccess::data(value)), block_, value.kind());
     if (!JSONAccess::isContainer(value)) return value;
     const auto& source = JSONAccess::header(value);
-    auto* header = new (nodes_) JSONContainerHeader(source);
-    const std::size_t size = detail::containerSize(source.count, source.isObject);
-    nodes_ += size;
+    auto* header = JSONAccess::beginContainer(nodes_, source);
+    nodes_ += detail::containerSize(source.count, source.isObject);
     if (source.isObject) {
-      copyMembers(*header, JSONAccess::members(JSONAccess::object(value)), size);
+      copyMembers(*header, JSONAccess::members(JSONAccess::object(value)));
     } else {
       auto* slot = detail::elementsOf(header);
       for (const auto& element : JSONAccess::array(value)) new (slot++) JSONValue(copy(element));
@@ -55,15 +56,15 @@ class Detacher {
     return JSONAccess::make(header, block_, value.kind());
   }
 
-  void copyMembers(JSONContainerHeader& header, const detail::JSONStoredMember* source, std::size_t size) {
+  void copyMembers(JSONContainerHeader& header, const detail::JSONStoredMember* source) {
     auto* slot = detail::membersOf(&header);
     for (const auto* member = source; member != source + header.count; ++member, ++slot) {
       slot->key = copyText(member->key);
       new (&slot->value) JSONValue(copy(member->value));
     }
     if (!(header.flags & JSONContainerHeader::hasIndex)) return;
-    const std::size_t beforeIndex = sizeof header + header.count * sizeof(detail::JSONStoredMember);
-    std::memcpy(static_cast<void*>(slot), source + header.count, size - beforeIndex);
+    const auto* index = reinterpret_cast<const std::uint32_t*>(source + header.count);
+    std::copy_n(index, header.count, reinterpret_cast<std::uint32_t*>(slot));
   }
 
   const std::byte* copyText(const std::byte* text) {

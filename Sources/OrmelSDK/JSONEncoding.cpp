@@ -62,7 +62,7 @@ class Writer {
   }
 
  private:
-  void writeObject(JSONObject object) {
+  void writeObject(const JSONObject& object) {
     char separator = '{';
     for (const auto& [key, value] : object) {
       output_.append(separator);
@@ -75,7 +75,7 @@ class Writer {
     output_.append('}');
   }
 
-  void writeArray(JSONArray array) {
+  void writeArray(const JSONArray& array) {
     char separator = '[';
     for (const auto& element : array) {
       output_.append(separator);

@@ -7,12 +7,12 @@ namespace ormel {
 
 namespace {
 
-bool equalArrays(JSONArray left, JSONArray right) {
+bool equalArrays(const JSONArray& left, const JSONArray& right) {
   return std::equal(left.begin(), left.end(), right.begin(), right.end());
 }
 
 // Keys are unique on both sides, so equal sizes and every member found make equal key sets.
-bool equalObjects(JSONObject left, JSONObject right) {
+bool equalObjects(const JSONObject& left, const JSONObject& right) {
   if (left.size() != right.size()) return false;
   return std::all_of(left.begin(), left.end(), [&](const JSONMember& member) {
     const auto* other = right.find(member.key);

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,12 +13,6 @@ namespace ormel {
 namespace detail {
 
 namespace {
-
-std::uint64_t wordAt(const char* at) noexcept {
-  std::uint64_t word;
-  std::memcpy(&word, at, sizeof word);
-  return word;
-}
 
 // The first eight bytes of a text, big-endian so that the order of numbers is the order of bytes.
 std::uint64_t orderedPrefix(std::string_view text) noexcept {
@@ -41,18 +36,66 @@ bool precedes(const SortKey& left, const SortKey& right) noexcept {
 }
 
 // The members' keys in their canonical form, sorted. `forms` keeps the texts that differ from the stored ones.
-std::vector<SortKey> sortedKeys(const JSONStoredMember* members, std::uint32_t count, bool plainASCII,
-                                std::vector<std::string>& forms) {
+std::vector<SortKey> sortedKeys(const JSONStoredMember* members, std::uint32_t count, JSONTextPlace texts,
+                                bool plainASCII, std::vector<std::string>& forms) {
   if (!plainASCII) forms.reserve(count);
   std::vector<SortKey> keys;
   keys.reserve(count);
   for (std::uint32_t position = 0; position < count; ++position) {
-    std::string_view key = storedText(members[position].key);
+    std::string_view key = texts.text(members[position].key);
     if (!plainASCII && !isASCII(key)) key = forms.emplace_back(canonicalForm(key));
     keys.push_back({orderedPrefix(key), key, position});
   }
   std::sort(keys.begin(), keys.end(), precedes);
   return keys;
+}
+
+std::uint64_t wordAt(const char* at) noexcept {
+  std::uint64_t word;
+  std::memcpy(&word, at, sizeof word);
+  return word;
+}
+
+// A mask for the first `count` bytes in memory, below eight.
+constexpr std::uint64_t firstBytes(std::size_t count) noexcept {
+  return std::endian::native == std::endian::little ? (std::uint64_t{1} << 8 * count) - 1
+                                                    : ~(~std::uint64_t{0} >> 8 * count);
+}
+
+bool occursBefore(std::string_view key, const JSONStoredMember* begin, const JSONStoredMember* end,
+                  JSONTextPlace texts) noexcept {
+  return std::any_of(begin, end, [&](const auto& member) { return texts.text(member.key) == key; });
+}
+
+struct KeySurvey {
+  bool nonASCII;
+  bool duplicate;
+};
+
+// One cheap pass that clears almost every object: keys are hashed into a set of 64 bits, and only a key whose bit is
+// taken is compared with those before it. Beyond the index threshold the sort for the index finds duplicates anyway.
+KeySurvey surveyKeys(const JSONStoredMember* members, std::uint32_t count, JSONTextPlace texts) noexcept {
+  const bool isSmall = count <= indexThreshold;
+  std::uint64_t seen = 0;
+  std::uint64_t bytes = 0;
+  bool duplicate = false;
+  for (const auto* member = members; member != members + count; ++member) {
+    const std::string_view key = texts.text(member->key);
+    std::uint64_t head = wordAt(key.data());
+    std::uint64_t tail = 0;
+    if (key.size() < sizeof head) {
+      head &= firstBytes(key.size());
+    } else {
+      tail = wordAt(key.data() + key.size() - sizeof tail);
+      for (std::size_t at = sizeof head; at + sizeof head < key.size(); at += sizeof head) bytes |= wordAt(&key[at]);
+    }
+    bytes |= head | tail;
+    const std::uint64_t mixed = (head ^ std::rotl(tail, 23) ^ key.size()) * 0x9E3779B97F4A7C15u;
+    const std::uint64_t bit = std::uint64_t{1} << (mixed >> 58);
+    if (seen & bit && isSmall) duplicate = duplicate || occursBefore(key, members, member, texts);
+    seen |= bit;
+  }
+  return {(bytes & 0x8080808080808080u) != 0, duplicate};
 }
 
 // Of each run of equal keys the last value moves to the first one's place; the others fall away.
@@ -83,6 +126,18 @@ void buildIndex(JSONContainerHeader* header, const std::vector<SortKey>& keys) {
   header->flags |= JSONContainerHeader::hasIndex;
 }
 
+void settleKeys(JSONContainerHeader* header, JSONTextPlace texts, bool plainASCII) {
+  std::vector<std::string> forms;
+  auto keys = sortedKeys(membersOf(header), header->count, texts, plainASCII, forms);
+  const auto same = [](const SortKey& left, const SortKey& right) { return left.text == right.text; };
+  if (std::adjacent_find(keys.begin(), keys.end(), same) != keys.end()) {
+    dropDuplicates(header, keys);
+    forms.clear();
+    keys = sortedKeys(membersOf(header), header->count, texts, plainASCII, forms);
+  }
+  if (header->count > indexThreshold) buildIndex(header, keys);
+}
+
 const JSONValue* findInIndex(const JSONStoredMember* members, std::uint32_t count, std::string_view key) {
   const auto* index = reinterpret_cast<const std::uint32_t*>(members + count);
   const auto* found = std::partition_point(index, index + count, [&](std::uint32_t position) {
@@ -94,60 +149,24 @@ const JSONValue* findInIndex(const JSONStoredMember* members, std::uint32_t coun
 
 }  // namespace
 
-void JSONKeyWatch::add(const std::byte* storedKey) noexcept {
-  const std::string_view key = storedText(storedKey);
-  const char* text = key.data();
-  std::uint64_t head = wordAt(text);
-  std::uint64_t tail = 0;
-  if (key.size() >= sizeof head) {
-    tail = wordAt(text + key.size() - sizeof tail);
-    for (std::size_t at = sizeof head; at + sizeof head < key.size(); at += sizeof head) bytes_ |= wordAt(text + at);
-  } else {
-    head = std::endian::native == std::endian::little ? head & ((std::uint64_t{1} << 8 * key.size()) - 1)
-                                                      : head & ~(~std::uint64_t{0} >> 8 * key.size());
-  }
-  bytes_ |= head | tail;
-  const std::uint64_t mixed = (head ^ std::rotl(tail, 23) ^ key.size()) * 0x9E3779B97F4A7C15u;
-  const std::uint64_t bit = std::uint64_t{1} << (mixed >> 58);
-  mayHaveDuplicate_ |= (seen_ & bit) != 0;
-  seen_ |= bit;
-}
-
-void finishObject(JSONContainerHeader* header, const JSONKeyWatch& watch) {
-  if (watch.hasNonASCIIKey()) header->flags |= JSONContainerHeader::hasNonASCIIKey;
-  const bool wantsIndex = header->count > indexThreshold;
-  if (!wantsIndex && !watch.hasNonASCIIKey()) {
-    if (!watch.mayHaveDuplicate()) return;
-    const auto* members = membersOf(header);
-    bool duplicate = false;
-    for (std::uint32_t later = 1; later < header->count && !duplicate; ++later) {
-      for (std::uint32_t earlier = 0; earlier < later && !duplicate; ++earlier) {
-        duplicate = storedText(members[earlier].key) == storedText(members[later].key);
-      }
-    }
-    if (!duplicate) return;
-  }
-  std::vector<std::string> forms;
-  auto keys = sortedKeys(membersOf(header), header->count, !watch.hasNonASCIIKey(), forms);
-  const auto same = [](const SortKey& left, const SortKey& right) { return left.text == right.text; };
-  if (std::adjacent_find(keys.begin(), keys.end(), same) != keys.end()) {
-    dropDuplicates(header, keys);
-    forms.clear();
-    keys = sortedKeys(membersOf(header), header->count, !watch.hasNonASCIIKey(), forms);
-  }
-  if (header->count > indexThreshold) buildIndex(header, keys);
+void finishObject(JSONContainerHeader* header, JSONTextPlace texts) {
+  const KeySurvey survey = surveyKeys(membersOf(header), header->count, texts);
+  if (survey.nonASCII) header->flags |= JSONContainerHeader::hasNonASCIIKey;
+  if (survey.duplicate || survey.nonASCII || header->count > indexThreshold)
+    settleKeys(header, texts, !survey.nonASCII);
 }
 
 }  // namespace detail
 
 const JSONValue* JSONObject::find(std::string_view key) const noexcept {
-  if (flags_ & detail::JSONContainerHeader::hasIndex) return detail::findInIndex(members_, size_, key);
-  const auto* end = members_ + size_;
-  for (const auto* member = members_; member != end; ++member) {
+  const auto* const begin = members();
+  if (header_.flags & detail::JSONContainerHeader::hasIndex) return detail::findInIndex(begin, header_.count, key);
+  const auto* const end = begin + header_.count;
+  for (const auto* member = begin; member != end; ++member) {
     if (detail::storedText(member->key) == key) return &member->value;
   }
-  if (!(flags_ & detail::JSONContainerHeader::hasNonASCIIKey) && detail::isASCII(key)) return nullptr;
-  for (const auto* member = members_; member != end; ++member) {
+  if (!(header_.flags & detail::JSONContainerHeader::hasNonASCIIKey) && detail::isASCII(key)) return nullptr;
+  for (const auto* member = begin; member != end; ++member) {
     if (detail::canonicallyEquivalent(detail::storedText(member->key), key)) return &member->value;
   }
   return nullptr;

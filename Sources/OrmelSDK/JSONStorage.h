@@ -11,12 +11,13 @@
 // A text is a 32-bit byte count, the bytes, and a zero byte: exactly what simdjson leaves in its string buffer, so
 // that the texts of a message arrive by a single copy. It has no alignment.
 //
-// A container is a JSONContainerHeader, its elements, and, for an object beyond `indexThreshold` members, the
-// member positions in the order of their keys.
+// A container is a JSONArray or JSONObject, which holds a JSONContainerHeader, then its elements, and, for an object
+// beyond `indexThreshold` members, the member positions in the order of their keys.
 
 #include <cstddef>
 #include <cstdint>
 #include <new>
+#include <string_view>
 
 #include "OrmelSDK/JSONValue.h"
 
@@ -39,17 +40,6 @@ struct JSONStorageBlock : JSONBlock {
   }
 };
 
-struct JSONContainerHeader {
-  static constexpr std::uint8_t hasNonASCIIKey = 1;
-  static constexpr std::uint8_t hasIndex = 2;
-
-  std::uint32_t count = 0;
-  /// Levels of containers from here down: 1 when no element is a container.
-  std::uint16_t height = 1;
-  std::uint8_t flags = 0;
-  bool isObject = false;
-};
-
 /// Up to this many members a scan of the keys beats a search in an index.
 inline constexpr std::size_t indexThreshold = 32;
 
@@ -58,6 +48,7 @@ inline constexpr std::size_t textOverhead = sizeof(std::uint32_t) + 1;
 /// Keys are examined in words of this size; storage that holds keys ends in as many bytes of slack.
 inline constexpr std::size_t keySlack = sizeof(std::uint64_t);
 
+static_assert(sizeof(JSONArray) == 8 && sizeof(JSONObject) == 8);
 static_assert(sizeof(JSONValue) == 16 && sizeof(JSONStoredMember) == 24 && sizeof(JSONContainerHeader) == 8);
 static_assert(alignof(JSONStorageBlock) >= 8, "the low three bits of a block's address carry the kind");
 
@@ -73,28 +64,20 @@ inline JSONStoredMember* membersOf(JSONContainerHeader* header) noexcept {
 
 inline JSONValue* elementsOf(JSONContainerHeader* header) noexcept { return reinterpret_cast<JSONValue*>(header + 1); }
 
-inline const JSONContainerHeader* headerOf(const JSONStoredMember* members) noexcept {
-  return reinterpret_cast<const JSONContainerHeader*>(members) - 1;
-}
+/// Where the texts of a block will be, and where they can be read while it is being built.
+struct JSONTextPlace {
+  const std::byte* stored;
+  const std::byte* readable;
 
-/// Gathers the facts about an object's keys that decide how much work `finishObject` has. Starts as
-/// `JSONKeyWatch{}`; plain default initialisation is left trivial for the sake of arrays of them.
-class JSONKeyWatch {
- public:
-  /// Takes a stored key, behind whose start at least `keySlack` bytes can be read.
-  void add(const std::byte* storedKey) noexcept;
-  bool mayHaveDuplicate() const noexcept { return mayHaveDuplicate_; }
-  bool hasNonASCIIKey() const noexcept { return (bytes_ & 0x8080808080808080u) != 0; }
-
- private:
-  std::uint64_t seen_;
-  std::uint64_t bytes_;
-  bool mayHaveDuplicate_;
+  std::string_view text(const std::byte* storedText) const noexcept {
+    return detail::storedText(readable + (storedText - stored));
+  }
 };
 
 /// Makes the keys of a filled object unique (the last value stands) and builds its index if it needs one. Members
-/// that fall away are left, alive, behind the ones that count.
-void finishObject(JSONContainerHeader* header, const JSONKeyWatch& keys);
+/// that fall away are left, alive, behind the ones that count. Behind the start of each key's text `keySlack` bytes
+/// must be readable.
+void finishObject(JSONContainerHeader* header, JSONTextPlace texts);
 
 /// The only door from the storage to the value's private parts.
 struct JSONAccess {
@@ -118,24 +101,27 @@ struct JSONAccess {
   static const std::byte* data(const JSONValue& value) noexcept { return value.payload_.data; }
   static const JSONBlock* owner(const JSONValue& value) noexcept { return value.owner(); }
 
+  /// Begins a container at `place`; the elements behind it are the caller's to fill.
+  static JSONContainerHeader* beginContainer(void* place, JSONContainerHeader header) noexcept {
+    if (header.isObject) return &(new (place) JSONObject(header))->header_;
+    return &(new (place) JSONArray(header))->header_;
+  }
+
   static const JSONContainerHeader& header(const JSONValue& value) noexcept {
-    return *reinterpret_cast<const JSONContainerHeader*>(value.payload_.data);
+    return value.kind() == JSONValue::Kind::object ? object(value).header_ : array(value).header_;
   }
 
   static std::size_t height(const JSONValue& value) noexcept { return isContainer(value) ? header(value).height : 0; }
 
-  static JSONObject object(const JSONValue& value) noexcept {
-    const auto& head = header(value);
-    return JSONObject(reinterpret_cast<const JSONStoredMember*>(&head + 1), head.count, head.flags);
+  static const JSONObject& object(const JSONValue& value) noexcept {
+    return *reinterpret_cast<const JSONObject*>(value.payload_.data);
   }
 
-  static JSONArray array(const JSONValue& value) noexcept {
-    const auto& head = header(value);
-    return JSONArray(reinterpret_cast<const JSONValue*>(&head + 1), head.count);
+  static const JSONArray& array(const JSONValue& value) noexcept {
+    return *reinterpret_cast<const JSONArray*>(value.payload_.data);
   }
 
-  static const JSONStoredMember* members(JSONObject object) noexcept { return object.members_; }
-  static std::uint8_t flags(JSONObject object) noexcept { return object.flags_; }
+  static const JSONStoredMember* members(const JSONObject& object) noexcept { return object.members(); }
 };
 
 }  // namespace ormel::detail

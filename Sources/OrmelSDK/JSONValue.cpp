@@ -60,7 +60,6 @@ void releaseJSONBlock(const JSONBlock* block) noexcept {
 }  // namespace detail
 
 using detail::JSONAccess;
-using detail::JSONContainerHeader;
 using detail::JSONStorageBlock;
 
 namespace {
@@ -104,19 +103,19 @@ JSONValue JSONValue::object(std::span<const JSONMemberInit> members) {
   const std::size_t elementsSize = detail::containerSize(count, true);
   auto* block =
       JSONStorageBlock::allocate(elementsSize + textSize + detail::keySlack, JSONStorageBlock::Contents::container);
-  auto* header = new (block->payload()) JSONContainerHeader{.count = 0, .height = height, .flags = 0, .isObject = true};
+  auto* header =
+      JSONAccess::beginContainer(block->payload(), {.count = 0, .height = height, .flags = 0, .isObject = true});
   JSONValue result = JSONAccess::make(header, block, Kind::object);
 
-  detail::JSONKeyWatch keys{};
-  std::byte* texts = block->payload() + elementsSize;
+  std::byte* const firstText = block->payload() + elementsSize;
+  std::byte* texts = firstText;
   auto* slots = detail::membersOf(header);
   for (const auto& member : members) {
     std::byte* const key = texts;
     texts = detail::storeText(texts, member.key);
     new (slots + header->count++) detail::JSONStoredMember{key, member.value};
-    keys.add(key);
   }
-  detail::finishObject(header, keys);
+  detail::finishObject(header, {.stored = firstText, .readable = firstText});
   std::destroy(slots + header->count, slots + count);
   return result;
 }
@@ -128,19 +127,17 @@ JSONValue JSONValue::array(std::span<const JSONValue> elements) {
   const std::uint16_t height = detail::heightAbove(tallest);
   auto* block = JSONStorageBlock::allocate(detail::containerSize(count, false), JSONStorageBlock::Contents::container);
   auto* header =
-      new (block->payload()) JSONContainerHeader{.count = count, .height = height, .flags = 0, .isObject = false};
+      JSONAccess::beginContainer(block->payload(), {.count = count, .height = height, .flags = 0, .isObject = false});
   std::uninitialized_copy(elements.begin(), elements.end(), detail::elementsOf(header));
   return JSONAccess::make(block->payload(), block, Kind::array);
 }
 
-std::optional<JSONObject> JSONValue::objectValue() const& noexcept {
-  if (kind() != Kind::object) return std::nullopt;
-  return JSONAccess::object(*this);
+const JSONObject* JSONValue::objectValue() const& noexcept {
+  return kind() == Kind::object ? &JSONAccess::object(*this) : nullptr;
 }
 
-std::optional<JSONArray> JSONValue::arrayValue() const& noexcept {
-  if (kind() != Kind::array) return std::nullopt;
-  return JSONAccess::array(*this);
+const JSONArray* JSONValue::arrayValue() const& noexcept {
+  return kind() == Kind::array ? &JSONAccess::array(*this) : nullptr;
 }
 
 std::optional<std::string_view> JSONValue::stringValue() const& noexcept {

@@ -132,13 +132,13 @@ class JSONValue {
   Kind kind() const noexcept { return static_cast<Kind>(ownerAndKind_ & kindMask); }
   bool isNull() const noexcept { return kind() == Kind::null; }
 
-  /// The members of an `object`, else empty.
-  std::optional<JSONObject> objectValue() const& noexcept;
-  std::optional<JSONObject> objectValue() && = delete;
+  /// The members of an `object`, else null.
+  const JSONObject* objectValue() const& noexcept;
+  const JSONObject* objectValue() && = delete;
 
-  /// The elements of an `array`, else empty.
-  std::optional<JSONArray> arrayValue() const& noexcept;
-  std::optional<JSONArray> arrayValue() && = delete;
+  /// The elements of an `array`, else null.
+  const JSONArray* arrayValue() const& noexcept;
+  const JSONArray* arrayValue() && = delete;
 
   /// The text of a `string`, else empty. No other case is converted.
   std::optional<std::string_view> stringValue() const& noexcept;
@@ -224,32 +224,19 @@ struct JSONMember {
   const JSONValue& value;
 };
 
-/// The elements of an array: a read-only view, cheap to copy, valid as long as the array's value.
-class JSONArray {
- public:
-  using value_type = JSONValue;
-  using const_iterator = const JSONValue*;
-
-  std::size_t size() const noexcept { return size_; }
-  bool empty() const noexcept { return size_ == 0; }
-  const JSONValue* begin() const noexcept { return elements_; }
-  const JSONValue* end() const noexcept { return elements_ + size_; }
-
-  /// The element at `index`, which must be below `size()`.
-  const JSONValue& operator[](std::size_t index) const noexcept { return elements_[index]; }
-  const JSONValue& front() const noexcept { return elements_[0]; }
-  const JSONValue& back() const noexcept { return elements_[size_ - 1]; }
-
- private:
-  friend struct detail::JSONAccess;
-
-  JSONArray(const JSONValue* elements, std::size_t size) noexcept : elements_(elements), size_(size) {}
-
-  const JSONValue* elements_;
-  std::size_t size_;
-};
-
 namespace detail {
+
+/// What stands in front of a container's elements in memory.
+struct JSONContainerHeader {
+  static constexpr std::uint8_t hasNonASCIIKey = 1;
+  static constexpr std::uint8_t hasIndex = 2;
+
+  std::uint32_t count = 0;
+  /// Levels of containers from here down: 1 when no element is a container.
+  std::uint16_t height = 1;
+  std::uint8_t flags = 0;
+  bool isObject = false;
+};
 
 /// A key (a 32-bit byte count followed by the text) and its value, as stored.
 struct JSONStoredMember {
@@ -265,9 +252,38 @@ inline std::string_view storedText(const std::byte* text) noexcept {
 
 }  // namespace detail
 
-/// The members of an object: a read-only view, cheap to copy, valid as long as the object's value.
+/// The elements of an array.
 ///
-/// Keys are unique. Iteration gives each member once, in an order that means nothing.
+/// It lies in the storage of its value and cannot be copied; it is valid as long as a handle to that value exists.
+class JSONArray {
+ public:
+  using value_type = JSONValue;
+  using const_iterator = const JSONValue*;
+
+  JSONArray(const JSONArray&) = delete;
+  JSONArray& operator=(const JSONArray&) = delete;
+
+  std::size_t size() const noexcept { return header_.count; }
+  bool empty() const noexcept { return size() == 0; }
+  const JSONValue* begin() const noexcept { return reinterpret_cast<const JSONValue*>(this + 1); }
+  const JSONValue* end() const noexcept { return begin() + size(); }
+
+  /// The element at `index`, which must be below `size()`.
+  const JSONValue& operator[](std::size_t index) const noexcept { return begin()[index]; }
+  const JSONValue& front() const noexcept { return begin()[0]; }
+  const JSONValue& back() const noexcept { return begin()[size() - 1]; }
+
+ private:
+  friend struct detail::JSONAccess;
+
+  explicit JSONArray(detail::JSONContainerHeader header) noexcept : header_(header) {}
+
+  detail::JSONContainerHeader header_;
+};
+
+/// The members of an object. Keys are unique. Iteration gives each member once, in an order that means nothing.
+///
+/// It lies in the storage of its value and cannot be copied; it is valid as long as a handle to that value exists.
 class JSONObject {
  public:
   class const_iterator {
@@ -298,12 +314,15 @@ class JSONObject {
   };
   using value_type = JSONMember;
 
-  std::size_t size() const noexcept { return size_; }
-  bool empty() const noexcept { return size_ == 0; }
-  const_iterator begin() const noexcept { return const_iterator(members_); }
-  const_iterator end() const noexcept { return const_iterator(members_ + size_); }
+  JSONObject(const JSONObject&) = delete;
+  JSONObject& operator=(const JSONObject&) = delete;
 
-  /// The value under `key`, or null if there is none. A present JSON null is not null here. Keys compare by
+  std::size_t size() const noexcept { return header_.count; }
+  bool empty() const noexcept { return size() == 0; }
+  const_iterator begin() const noexcept { return const_iterator(members()); }
+  const_iterator end() const noexcept { return const_iterator(members() + size()); }
+
+  /// The value under `key`, or null if there is none; a present JSON null is not a null pointer. Keys compare by
   /// canonical equivalence. Linear in small objects, logarithmic in large ones.
   const JSONValue* find(std::string_view key) const noexcept;
   bool contains(std::string_view key) const noexcept { return find(key) != nullptr; }
@@ -311,12 +330,13 @@ class JSONObject {
  private:
   friend struct detail::JSONAccess;
 
-  JSONObject(const detail::JSONStoredMember* members, std::uint32_t size, std::uint8_t flags) noexcept
-      : members_(members), size_(size), flags_(flags) {}
+  explicit JSONObject(detail::JSONContainerHeader header) noexcept : header_(header) {}
 
-  const detail::JSONStoredMember* members_;
-  std::uint32_t size_;
-  std::uint8_t flags_;
+  const detail::JSONStoredMember* members() const noexcept {
+    return reinterpret_cast<const detail::JSONStoredMember*>(this + 1);
+  }
+
+  detail::JSONContainerHeader header_;
 };
 
 /// Collects members for an object whose shape is known only at run time.

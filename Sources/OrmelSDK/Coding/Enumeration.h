@@ -1,0 +1,113 @@
+#pragma once
+
+// Enumerations on the wire. A table stands beside the records that use it:
+//
+//   template <>
+//   struct ormel::coding::EnumerationTable<ormel::SandboxMode> {
+//     static constexpr auto words = closed(std::array{
+//         Word{SandboxMode::readOnly, "read-only"}, Word{SandboxMode::workspaceWrite, "workspace-write"}});
+//   };
+//   ORMEL_DECLARE_ENUMERATION(SandboxMode)
+//
+// A closed enumeration reads its words exactly and fails on any other. A tolerant one compares canonical forms and
+// reads every other text as its fallback, so it never fails on a text.
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "OrmelSDK/Coding/Codec.h"
+#include "OrmelSDK/Coding/TypeName.h"
+#include "OrmelSDK/RecordCoding.h"
+
+namespace ormel::coding {
+
+template <typename Enumeration>
+struct EnumerationTable;
+
+template <typename Enumeration>
+struct Word {
+  Enumeration value;
+  std::string_view text;
+};
+template <typename Enumeration>
+Word(Enumeration, const char*) -> Word<Enumeration>;
+
+template <typename Enumeration, std::size_t count>
+struct Words {
+  std::array<Word<Enumeration>, count> all;
+  std::optional<Enumeration> fallback;
+};
+
+template <typename Enumeration, std::size_t count>
+constexpr Words<Enumeration, count> closed(std::array<Word<Enumeration>, count> words) {
+  return {words, std::nullopt};
+}
+
+template <typename Enumeration, std::size_t count>
+constexpr Words<Enumeration, count> tolerant(Enumeration fallback, std::array<Word<Enumeration>, count> words) {
+  return {words, fallback};
+}
+
+/// Trimmed of white space and line ends at both ends, without "_" and "-", in lower case.
+std::string canonicalWord(std::string_view text);
+
+/// The case that a text stands for, or nothing if the enumeration is closed and does not have it.
+template <typename Enumeration>
+std::optional<Enumeration> enumerationCase(std::string_view text) {
+  constexpr const auto& words = EnumerationTable<Enumeration>::words;
+  if (!words.fallback) {
+    for (const auto& word : words.all) {
+      if (word.text == text) return word.value;
+    }
+    return std::nullopt;
+  }
+  const std::string canonical = canonicalWord(text);
+  for (const auto& word : words.all) {
+    if (canonicalWord(word.text) == canonical) return word.value;
+  }
+  return words.fallback;
+}
+
+template <typename Enumeration>
+std::string_view enumerationWord(Enumeration value) {
+  for (const auto& word : EnumerationTable<Enumeration>::words.all) {
+    if (word.value == value) return word.text;
+  }
+  return {};
+}
+
+template <typename Enumeration>
+Enumeration decodeEnumeration(const JSONValue& value, const CodingPath& path) {
+  const auto text = value.stringValue();
+  if (!text) failUnexpected("String", value, path);
+  const auto found = enumerationCase<Enumeration>(*text);
+  if (!found) {
+    failCorrupted("Cannot initialize " + std::string(typeName<Enumeration>()) + " from invalid String value " +
+                      std::string(*text),
+                  path);
+  }
+  return *found;
+}
+
+template <typename Enumeration>
+JSONValue encodeEnumeration(Enumeration value) {
+  return enumerationWord(value);
+}
+
+}  // namespace ormel::coding
+
+/// At global scope.
+#define ORMEL_DECLARE_ENUMERATION(Type) \
+  ORMEL_DECLARE_CODEC(Type)             \
+  template <>                           \
+  std::string_view ormel::rawValue<ormel::Type>(ormel::Type value);
+
+#define ORMEL_DEFINE_ENUMERATION(Type)                               \
+  template <>                                                        \
+  std::string_view ormel::rawValue<ormel::Type>(ormel::Type value) { \
+    return coding::enumerationWord(value);                           \
+  }                                                                  \
+  ORMEL_DEFINE_CODEC_BY(Type, decodeEnumeration<ormel::Type>, encodeEnumeration)

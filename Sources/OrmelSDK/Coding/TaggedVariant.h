@@ -1,0 +1,113 @@
+#pragma once
+
+// Variants that the wire tells apart by a `type` word in the same object as the record's own keys. A variant is a
+// class with a `std::variant` member `value`; its table names its cases in the order in which words are compared:
+//
+//   template <>
+//   struct ormel::coding::VariantTable<ormel::UserInput> {
+//     static constexpr auto cases = std::tuple(
+//         variantCase<UserInputImage>("image"),
+//         variantCase<UserInputLocalImage>("localImage", "local_image"));
+//     static UserInput decodeUnknown(std::string_view type, const JSONValue& value, const CodingPath& path);
+//   };
+//
+// The first word is written. Alternatives without a case are the business of `encodeUnknown`.
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "OrmelSDK/Coding/RecordCodec.h"
+
+namespace ormel::coding {
+
+template <typename Variant>
+struct VariantTable;
+
+template <typename Record_, typename Table_, std::size_t wordCount>
+struct VariantCase {
+  using Record = Record_;
+  using Table = Table_;
+
+  std::array<std::string_view, wordCount> words;
+  bool writesType = true;
+  std::string_view writtenType;
+
+  /// The record is written by itself, with no `type` to read it back by.
+  constexpr VariantCase withoutType() const {
+    VariantCase changed = *this;
+    changed.writesType = false;
+    return changed;
+  }
+
+  constexpr VariantCase writtenAs(std::string_view type) const {
+    VariantCase changed = *this;
+    changed.writtenType = type;
+    return changed;
+  }
+
+  bool reads(std::string_view type) const {
+    for (const auto word : words) {
+      if (word == type) return true;
+    }
+    return false;
+  }
+};
+
+/// A case whose record is read and written by `Table` in the variant's form.
+template <typename Record, typename Table = RecordTable<Record>, typename... Words>
+constexpr auto variantCase(Words... words) {
+  const std::array<std::string_view, sizeof...(Words)> list{std::string_view(words)...};
+  return VariantCase<Record, Table, sizeof...(Words)>{list, true, list[0]};
+}
+
+/// The required text under `type`.
+std::string_view decodeType(const JSONValue& value, std::string_view variantName, const CodingPath& path);
+
+template <typename Variant>
+Variant decodeVariant(const JSONValue& value, const CodingPath& path) {
+  const std::string_view type = decodeType(value, typeName<Variant>(), path);
+  std::optional<Variant> decoded;
+  const auto tryCase = [&](const auto& variantCase) {
+    using Case = std::remove_cvref_t<decltype(variantCase)>;
+    if (!variantCase.reads(type)) return false;
+    decoded.emplace(decodeRecord<typename Case::Record, typename Case::Table>(value, path));
+    return true;
+  };
+  std::apply([&](const auto&... cases) { return (tryCase(cases) || ...); }, VariantTable<Variant>::cases);
+  if (!decoded) return VariantTable<Variant>::decodeUnknown(type, value, path);
+  return *std::move(decoded);
+}
+
+template <typename Variant>
+JSONValue encodeVariant(const Variant& variant) {
+  std::optional<JSONValue> encoded;
+  const auto tryCase = [&](const auto& variantCase) {
+    using Case = std::remove_cvref_t<decltype(variantCase)>;
+    const auto* record = std::get_if<typename Case::Record>(&variant.value);
+    if (!record) return false;
+    std::vector<JSONMemberInit> members;
+    if (variantCase.writesType) members.emplace_back("type", variantCase.writtenType);
+    encodeMembers<typename Case::Record, typename Case::Table>(*record, members);
+    encoded = JSONValue::object(members);
+    return true;
+  };
+  std::apply([&](const auto&... cases) { return (tryCase(cases) || ...); }, VariantTable<Variant>::cases);
+  if (encoded) return *std::move(encoded);
+  if constexpr (requires { VariantTable<Variant>::encodeUnknown(variant); }) {
+    return VariantTable<Variant>::encodeUnknown(variant);
+  } else {
+    return JSONValue();
+  }
+}
+
+}  // namespace ormel::coding
+
+#define ORMEL_DEFINE_VARIANT(Type) ORMEL_DEFINE_CODEC_BY(Type, decodeVariant<ormel::Type>, encodeVariant)

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <utility>
+#include <variant>
+
+namespace ormel {
+
+template <typename... Functions>
+struct Overloaded : Functions... {
+  using Functions::operator()...;
+};
+
+/// Calls the one of `functions` that takes the value's current case. A case that none of them takes is an error at
+/// compile time; a function of a base class serves all cases derived from it.
+template <typename Variant, typename... Functions>
+decltype(auto) visit(Variant&& variant, Functions&&... functions) {
+  return std::visit(Overloaded<std::decay_t<Functions>...>{std::forward<Functions>(functions)...},
+                    std::forward<Variant>(variant).value);
+}
+
+}  // namespace ormel

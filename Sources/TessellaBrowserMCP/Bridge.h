@@ -1,0 +1,21 @@
+#pragma once
+
+#include <exception>
+
+#include "OrmelSDK/JSONValue.h"
+
+namespace ormel {
+
+/// Serves the MCP client on standard input and output until the input ends.
+///
+/// Each request is forwarded to the host application and its reply written as one line, strictly in order. A line
+/// that is no JSON object with an `id` is dropped: it is owed no answer, or there is no id to give it.
+///
+/// Fails with `BridgeFailure` when the environment is incomplete, the host cannot be reached or has gone, and with
+/// `OutputError` when standard output takes no more. Any other failure is answered and forgotten.
+void runBridge();
+
+/// The answer to a request that could not be served.
+JSONValue errorEnvelope(const JSONValue& id, const std::exception& error);
+
+}  // namespace ormel

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "OrmelSDK/Error.h"
+
+namespace ormel {
+
+/// Standard output takes no more: nobody is left to answer.
+class OutputError : public Error {
+ public:
+  explicit OutputError(int errorNumber)
+      : Error("Could not write to standard output (errno " + std::to_string(errorNumber) + ").") {}
+};
+
+}  // namespace ormel
