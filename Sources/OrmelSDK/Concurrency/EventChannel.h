@@ -125,11 +125,16 @@ class EventChannelState final : public Wakeup {
   }
 
   void stopWaiting() {
+    Waiter waiter;
     {
       const std::lock_guard lock(mutex_);
-      waiter_ = Waiter::none;
+      waiter = std::exchange(waiter_, Waiter::none);
     }
-    forget();
+    if (waiter == Waiter::coroutine) {
+      unprepare();
+    } else {
+      forget();
+    }
   }
 
   void stopWait() {
