@@ -71,8 +71,8 @@ class EventChannelState final : public Wakeup {
     return true;
   }
 
-  bool end(std::exception_ptr error) {
-    return terminate(ChannelTermination::producerEnded, [&] { error_ = std::move(error); });
+  bool end(const std::exception_ptr& error) {
+    return terminate(ChannelTermination::producerEnded, [&] { error_ = error; });
   }
 
   void setTerminationCallback(TerminationCallback callback) {

@@ -45,7 +45,7 @@ class OneShotStateBase : public Wakeup {
     }
   }
 
-  virtual void fail(std::exception_ptr error) noexcept = 0;
+  virtual void fail(const std::exception_ptr& error) noexcept = 0;
 
   void addResolver() noexcept { resolvers_.fetch_add(1, std::memory_order_relaxed); }
   void removeResolver() noexcept {
@@ -82,13 +82,13 @@ class OneShotState final : public OneShotStateBase {
     publish();
     return true;
   }
-  bool resumeWithError(std::exception_ptr error) noexcept {
+  bool resumeWithError(const std::exception_ptr& error) noexcept {
     if (!claim()) return false;
-    fail(std::move(error));
+    fail(error);
     return true;
   }
-  void fail(std::exception_ptr error) noexcept override {
-    result.setError(std::move(error));
+  void fail(const std::exception_ptr& error) noexcept override {
+    result.setError(error);
     publish();
   }
 

@@ -28,8 +28,6 @@ class RefCounted {
   std::atomic<std::uint32_t> references_{1};
 };
 
-inline RefCounted::~RefCounted() = default;
-
 /// A counted reference to a `RefCounted` object, possibly empty.
 template <class T>
 class Ref {

@@ -99,6 +99,7 @@ void takeUnlessCancelled(TaskResult<T> result) noexcept {
   try {
     result.take();
   } catch (const CancelledError&) {
+    return;
   }
 }
 
