@@ -1,7 +1,6 @@
 #include "OrmelSDK/Platform/IORuntime.h"
 
-#include <pthread.h>
-#include <signal.h>
+#include "OrmelSDK/Platform/AllSignalsBlocked.h"
 
 namespace ormel::detail {
 
@@ -10,22 +9,6 @@ namespace {
 constexpr int threadCount = 2;
 
 thread_local bool onPoolThread = false;
-
-/// Blocks all signals in the calling thread, and so in the threads that it starts, until it goes away.
-class AllSignalsBlocked {
- public:
-  AllSignalsBlocked() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before_);
-  }
-  ~AllSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  AllSignalsBlocked(const AllSignalsBlocked&) = delete;
-  AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
-
- private:
-  sigset_t before_;
-};
 
 }  // namespace
 

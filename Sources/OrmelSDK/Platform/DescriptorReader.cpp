@@ -1,0 +1,111 @@
+#include "OrmelSDK/Platform/DescriptorReader.h"
+
+#include <errno.h>
+#include <unistd.h>
+
+#include "OrmelSDK/Platform/WatchedDescriptor.h"
+
+namespace ormel::detail {
+
+namespace {
+
+/// What a pipe of the usual size holds, in bytes.
+constexpr std::size_t largestChunk = 64 * 1024;
+
+/// A chunk that fills less of the buffer than this is copied out, so that a queue of short lines stays small.
+constexpr std::size_t worthKeepingWhole = largestChunk / 2;
+
+/// After this many chunks without a pause other work of the thread has its turn.
+constexpr int chunksPerTurn = 16;
+
+/// One read of up to the largest chunk; empty at the end of the stream.
+ByteBuffer readChunk(int descriptor) {
+  thread_local ByteBuffer buffer;
+  buffer.clear();
+  char* const room = buffer.room(largestChunk);
+  ssize_t count = 0;
+  do {
+    count = ::read(descriptor, room, largestChunk);
+  } while (count < 0 && errno == EINTR);
+  if (count <= 0) return ByteBuffer();
+  buffer.commit(static_cast<std::size_t>(count));
+  if (buffer.size() >= worthKeepingWhole) return std::move(buffer);
+  ByteBuffer copy;
+  copy.append(buffer.view());
+  return copy;
+}
+
+}  // namespace
+
+DescriptorReader::DescriptorReader(asio::io_context& context, FileDescriptor descriptor)
+    : descriptor_(watchedDescriptor(context, std::move(descriptor))) {}
+
+void DescriptorReader::start(PipeReadHandlers handlers) {
+  const std::lock_guard lock(mutex_);
+  if (!descriptor_.is_open() || handlers_) return;
+  handlers_ = std::make_shared<const PipeReadHandlers>(std::move(handlers));
+  waitLocked();
+}
+
+void DescriptorReader::stop() noexcept {
+  Handlers released;
+  const std::lock_guard lock(mutex_);
+  released = closeLocked();
+}
+
+bool DescriptorReader::hasUnreadBytes() const noexcept {
+  const std::lock_guard lock(mutex_);
+  return descriptor_.is_open() && hasReadableBytes(descriptor_.native_handle());
+}
+
+void DescriptorReader::waitLocked() {
+  descriptor_.async_wait(asio::posix::stream_descriptor::wait_read,
+                         [self = shared_from_this()](const asio::error_code&) { self->readWhatIsThere(); });
+}
+
+void DescriptorReader::readWhatIsThere() {
+  for (int chunks = 0; chunks < chunksPerTurn; ++chunks) {
+    const auto handlers = handlersIfReadable();
+    if (!handlers) return;
+    if (handlers->onReadStart) handlers->onReadStart();
+    auto chunk = take();
+    if (!chunk) return;
+    if (chunk->empty()) {
+      if (handlers->onEnd) handlers->onEnd();
+      return;
+    }
+    if (handlers->onChunk) handlers->onChunk(std::move(*chunk));
+  }
+  const std::lock_guard lock(mutex_);
+  if (descriptor_.is_open()) waitLocked();
+}
+
+/// The handlers if a read would find something, else nothing, with a new wait under way unless the reader was stopped.
+/// A wait can be over without anything to read; no read may be announced then, since nothing would answer it.
+DescriptorReader::Handlers DescriptorReader::handlersIfReadable() {
+  const std::lock_guard lock(mutex_);
+  if (!descriptor_.is_open()) return nullptr;
+  if (isReadable(descriptor_.native_handle())) return handlers_;
+  waitLocked();
+  return nullptr;
+}
+
+/// The next chunk, an empty one at the end of the stream, or nothing if the reader was stopped.
+std::optional<ByteBuffer> DescriptorReader::take() {
+  Handlers released;
+  const std::lock_guard lock(mutex_);
+  if (!descriptor_.is_open()) return std::nullopt;
+  auto chunk = readChunk(descriptor_.native_handle());
+  if (chunk.empty()) released = closeLocked();
+  return chunk;
+}
+
+/// Closes the pipe and gives the handlers away, for the caller to let go of them after unlocking: what they own may
+/// call back.
+DescriptorReader::Handlers DescriptorReader::closeLocked() noexcept {
+  asio::error_code ignored;
+  descriptor_.close(ignored);
+  return std::move(handlers_);
+}
+
+}  // namespace ormel::detail

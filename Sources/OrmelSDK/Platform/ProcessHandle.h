@@ -1,0 +1,68 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <mutex>
+#include <optional>
+
+#include "OrmelSDK/Platform/FileDescriptor.h"
+#include "OrmelSDK/Platform/ProcessLauncher.h"
+
+namespace ormel::detail {
+
+/// How the end of a child is noticed.
+enum class EndNotice {
+  /// By a descriptor of the system that names the child, where there is one, else by a thread.
+  automatic,
+  /// By a thread that waits for this one child.
+  waiterThread,
+};
+
+/// One child process of ours: its end, its status, and signals to it.
+///
+/// The end is noticed for this child alone and without SIGCHLD, so it does not matter what the application does with
+/// that signal. An application that reaps every child of the process takes the status away, not the notice.
+///
+/// *Thread safety*: all members may be called from any thread.
+///
+/// *Object lifetimes*: the destructor does not wait for the child; who destroys the handle of a running child calls
+/// `reapInBackground` before.
+class ProcessHandle {
+ public:
+  /// Takes charge of a child that was just started. Fails with `ProcessLaunchError` when its end could not be
+  /// noticed; the child is then killed and reaped.
+  ProcessHandle(pid_t pid, EndNotice notice);
+  ProcessHandle(const ProcessHandle&) = delete;
+  ProcessHandle& operator=(const ProcessHandle&) = delete;
+
+  pid_t identifier() const noexcept { return pid_; }
+
+  /// A descriptor that becomes readable when the child has ended; open until the child is reaped.
+  int endDescriptor() const noexcept;
+
+  /// Reaps the child if it has ended, and tells how it ended. Never blocks.
+  std::optional<Termination> reapIfEnded() noexcept;
+
+  /// How the child ended, as far as `reapIfEnded` has found out.
+  std::optional<Termination> termination() const noexcept;
+
+  /// Sends a signal unless the child has been reaped: its number may belong to a stranger then.
+  void signal(int number) noexcept;
+
+  /// Kills the child and waits until it is reaped.
+  void killAndReap() noexcept;
+
+  /// Leaves a running child to a thread that ends with it.
+  void reapInBackground() noexcept;
+
+ private:
+  std::optional<Termination> reapByIdentifier() const noexcept;
+
+  const pid_t pid_;
+  mutable std::mutex mutex_;
+  FileDescriptor pidfd_;
+  FileDescriptor waiterPipe_;
+  std::optional<Termination> termination_;
+};
+
+}  // namespace ormel::detail

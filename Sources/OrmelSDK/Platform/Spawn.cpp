@@ -1,0 +1,159 @@
+#include "OrmelSDK/Platform/Spawn.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <unistd.h>
+
+#include <array>
+
+#include "OrmelSDK/Platform/FileDescriptor.h"
+#include "OrmelSDK/Platform/ProcessLaunchError.h"
+
+#if defined(__APPLE__)
+#include <crt_externs.h>
+#else
+extern char** environ;
+#endif
+
+namespace ormel::detail {
+
+namespace {
+
+char** inheritedEnvironment() {
+#if defined(__APPLE__)
+  return *_NSGetEnviron();
+#else
+  return environ;
+#endif
+}
+
+/// Turns the result of one of the `posix_spawn` functions into a failure.
+class Checker {
+ public:
+  explicit Checker(const std::string& executable) : executable_(executable) {}
+  void operator()(int result) const {
+    if (result != 0) throw ProcessLaunchError(executable_, result);
+  }
+
+ private:
+  const std::string& executable_;
+};
+
+/// What the child does with descriptors before it becomes the program.
+class FileActions {
+ public:
+  explicit FileActions(const Checker& check) : check_(check) { check_(posix_spawn_file_actions_init(&actions_)); }
+  ~FileActions() { posix_spawn_file_actions_destroy(&actions_); }
+  FileActions(const FileActions&) = delete;
+  FileActions& operator=(const FileActions&) = delete;
+
+  void map(int descriptor, int standardStream) {
+    if (descriptor == StandardStreams::inherited) return inherit(standardStream);
+    // A descriptor that is itself a standard stream would be overwritten by an earlier mapping, or keep its
+    // close-on-exec flag when mapped onto itself.
+    if (descriptor <= STDERR_FILENO) {
+      auto& copy = copies_.at(static_cast<std::size_t>(standardStream));
+      copy = FileDescriptor::duplicate(descriptor);
+      if (!copy.isOpen()) check_(errno);
+      descriptor = copy.number();
+    }
+    check_(posix_spawn_file_actions_adddup2(&actions_, descriptor, standardStream));
+  }
+
+  const posix_spawn_file_actions_t* get() const noexcept { return &actions_; }
+
+ private:
+  void inherit([[maybe_unused]] int standardStream) {
+#if defined(__APPLE__)
+    if (::fcntl(standardStream, F_GETFD) < 0) return;
+    check_(posix_spawn_file_actions_addinherit_np(&actions_, standardStream));
+#endif
+  }
+
+  const Checker& check_;
+  posix_spawn_file_actions_t actions_;
+  std::array<FileDescriptor, 3> copies_;
+};
+
+class Attributes {
+ public:
+  explicit Attributes(const Checker& check) {
+    check(posix_spawnattr_init(&attributes_));
+    sigset_t everySignal;
+    sigfillset(&everySignal);
+    // These two have no other disposition than the default.
+    sigdelset(&everySignal, SIGKILL);
+    sigdelset(&everySignal, SIGSTOP);
+    sigset_t none;
+    sigemptyset(&none);
+    int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
+#if defined(__APPLE__)
+    flags |= POSIX_SPAWN_CLOEXEC_DEFAULT;
+#endif
+    posix_spawnattr_setsigdefault(&attributes_, &everySignal);
+    posix_spawnattr_setsigmask(&attributes_, &none);
+    posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
+  }
+  ~Attributes() { posix_spawnattr_destroy(&attributes_); }
+  Attributes(const Attributes&) = delete;
+  Attributes& operator=(const Attributes&) = delete;
+
+  const posix_spawnattr_t* get() const noexcept { return &attributes_; }
+
+ private:
+  posix_spawnattr_t attributes_;
+};
+
+/// The null-terminated array of C strings that the system takes. A text with a zero byte in it would silently
+/// become a shorter one, so it is refused.
+class CStrings {
+ public:
+  explicit CStrings(const Checker& check) : check_(check) {}
+  void add(const std::string& text) {
+    if (text.find('\0') != std::string::npos) check_(EINVAL);
+    strings_.insert(strings_.end() - 1, const_cast<char*>(text.c_str()));
+  }
+  void add(const std::vector<std::string>& texts) {
+    strings_.reserve(strings_.size() + texts.size());
+    for (const auto& text : texts) add(text);
+  }
+  char* const* get() const noexcept { return strings_.data(); }
+
+ private:
+  const Checker& check_;
+  std::vector<char*> strings_{nullptr};
+};
+
+std::vector<std::string> environmentEntries(const std::map<std::string, std::string>& variables) {
+  std::vector<std::string> entries;
+  entries.reserve(variables.size());
+  for (const auto& [name, value] : variables) entries.push_back(name + "=" + value);
+  return entries;
+}
+
+}  // namespace
+
+pid_t spawn(const LaunchSettings& settings, const StandardStreams& streams) {
+  const Checker check(settings.executable);
+  CStrings arguments(check);
+  arguments.add(settings.executable);
+  arguments.add(settings.arguments);
+  const auto variables = settings.environment ? environmentEntries(*settings.environment) : std::vector<std::string>();
+  CStrings environment(check);
+  environment.add(variables);
+
+  FileActions actions(check);
+  actions.map(streams.input, STDIN_FILENO);
+  actions.map(streams.output, STDOUT_FILENO);
+  actions.map(streams.error, STDERR_FILENO);
+  const Attributes attributes(check);
+
+  pid_t pid = 0;
+  check(posix_spawn(&pid, settings.executable.c_str(), actions.get(), attributes.get(), arguments.get(),
+                    settings.environment ? environment.get() : inheritedEnvironment()));
+  return pid;
+}
+
+}  // namespace ormel::detail

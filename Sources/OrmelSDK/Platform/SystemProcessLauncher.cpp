@@ -1,0 +1,70 @@
+#include "OrmelSDK/Platform/SystemProcessLauncher.h"
+
+#include <signal.h>
+
+#include "OrmelSDK/Platform/DescriptorReader.h"
+#include "OrmelSDK/Platform/DescriptorWriter.h"
+#include "OrmelSDK/Platform/IORuntime.h"
+#include "OrmelSDK/Platform/TerminationWatch.h"
+
+namespace ormel::detail {
+
+namespace {
+
+class SystemChildProcess final : public ChildProcess {
+ public:
+  SystemChildProcess(asio::io_context& context, const LaunchSettings& settings, EndNotice notice,
+                     TerminationHandler onTermination) {
+    Pipe input = makePipe();
+    Pipe output = makePipe();
+    Pipe error = makePipe();
+    input_ = std::make_shared<DescriptorWriter>(context, std::move(input.writeEnd));
+    output_ = std::make_shared<DescriptorReader>(context, std::move(output.readEnd));
+    errorOutput_ = std::make_shared<DescriptorReader>(context, std::move(error.readEnd));
+    const StandardStreams streams{input.readEnd.number(), output.writeEnd.number(), error.writeEnd.number()};
+    watch_ = std::make_shared<TerminationWatch>(settings, streams, notice, std::move(onTermination));
+    watch_->begin(context);
+  }
+
+  ~SystemChildProcess() override {
+    input_->close();
+    output_->stop();
+    errorOutput_->stop();
+    watch_->forgetHandler();
+  }
+
+  std::shared_ptr<PipeReader> output() override { return output_; }
+  std::shared_ptr<PipeReader> errorOutput() override { return errorOutput_; }
+
+  void write(std::string bytes) override { input_->write(std::move(bytes)); }
+  void closeInput() override { input_->closeWhenWritten(); }
+  bool acceptsInput() const override { return input_->isOpen(); }
+
+  void terminate() override { watch_->process().signal(SIGTERM); }
+  void kill() override { watch_->process().signal(SIGKILL); }
+
+  int processIdentifier() const override { return watch_->process().identifier(); }
+  bool isRunning() const override { return !termination(); }
+  std::optional<Termination> termination() const override { return watch_->process().termination(); }
+
+ private:
+  std::shared_ptr<DescriptorWriter> input_;
+  std::shared_ptr<DescriptorReader> output_;
+  std::shared_ptr<DescriptorReader> errorOutput_;
+  std::shared_ptr<TerminationWatch> watch_;
+};
+
+}  // namespace
+
+SystemProcessLauncher& SystemProcessLauncher::shared() {
+  static SystemProcessLauncher launcher;
+  return launcher;
+}
+
+std::unique_ptr<ChildProcess> SystemProcessLauncher::launch(const LaunchSettings& settings,
+                                                            TerminationHandler onTermination) {
+  return std::make_unique<SystemChildProcess>(IORuntime::shared().context(), settings, notice_,
+                                              std::move(onTermination));
+}
+
+}  // namespace ormel::detail

@@ -1,0 +1,46 @@
+#include "OrmelSDK/Platform/TerminationWatch.h"
+
+#include <errno.h>
+
+#include "OrmelSDK/Platform/ProcessLaunchError.h"
+#include "OrmelSDK/Platform/WatchedDescriptor.h"
+
+namespace ormel::detail {
+
+void TerminationWatch::begin(asio::io_context& context) {
+  try {
+    auto descriptor = FileDescriptor::duplicate(process_.endDescriptor());
+    if (!descriptor.isOpen()) throw ProcessLaunchError("descriptor", errno);
+    const std::lock_guard lock(mutex_);
+    endDescriptor_.emplace(watchedDescriptor(context, std::move(descriptor)));
+    waitLocked();
+  } catch (...) {
+    process_.killAndReap();
+    throw;
+  }
+}
+
+void TerminationWatch::waitLocked() {
+  endDescriptor_->async_wait(asio::posix::stream_descriptor::wait_read,
+                             [self = shared_from_this()](const asio::error_code&) { self->checkForEnd(); });
+}
+
+void TerminationWatch::checkForEnd() {
+  const auto termination = process_.reapIfEnded();
+  TerminationHandler handler;
+  {
+    const std::lock_guard lock(mutex_);
+    if (!termination) return waitLocked();
+    endDescriptor_.reset();
+    handler = std::exchange(onTermination_, nullptr);
+  }
+  if (handler) handler(*termination);
+}
+
+void TerminationWatch::forgetHandler() noexcept {
+  TerminationHandler released;
+  const std::lock_guard lock(mutex_);
+  released.swap(onTermination_);
+}
+
+}  // namespace ormel::detail

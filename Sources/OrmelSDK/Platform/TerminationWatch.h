@@ -1,0 +1,45 @@
+#pragma once
+
+#include <asio/io_context.hpp>
+#include <asio/posix/stream_descriptor.hpp>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+#include "OrmelSDK/Platform/ProcessHandle.h"
+#include "OrmelSDK/Platform/Spawn.h"
+
+namespace ormel::detail {
+
+/// One child from its start to its end: starts it, waits on the threads of an I/O context for its end, reaps it and
+/// tells the handler.
+///
+/// *Thread safety*: all members may be called from any thread.
+///
+/// *Object lifetimes*: from `begin` on the watch lives until the child has ended, whoever else holds it.
+class TerminationWatch final : public std::enable_shared_from_this<TerminationWatch> {
+ public:
+  /// Starts the child. Fails with `ProcessLaunchError`. To be followed by `begin`.
+  TerminationWatch(const LaunchSettings& settings, const StandardStreams& streams, EndNotice notice,
+                   TerminationHandler onTermination)
+      : process_(spawn(settings, streams), notice), onTermination_(std::move(onTermination)) {}
+
+  /// Begins to wait. Fails with `ProcessLaunchError`; the child is then killed and reaped.
+  void begin(asio::io_context& context);
+
+  /// Lets go of the handler, so that it is not called any more.
+  void forgetHandler() noexcept;
+
+  ProcessHandle& process() noexcept { return process_; }
+
+ private:
+  void waitLocked();
+  void checkForEnd();
+
+  ProcessHandle process_;
+  std::mutex mutex_;
+  std::optional<asio::posix::stream_descriptor> endDescriptor_;
+  TerminationHandler onTermination_;
+};
+
+}  // namespace ormel::detail

@@ -1,0 +1,227 @@
+#include "OrmelSDK/Platform/Spawn.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "OrmelSDK/Platform/FileDescriptor.h"
+#include "OrmelSDK/Platform/ProcessLaunchError.h"
+#include "Support/RecordedChild.h"
+#include "Support/TemporaryDirectory.h"
+
+namespace ormel::detail {
+
+namespace {
+
+using testing::helper;
+using testing::shell;
+using testing::TemporaryDirectory;
+
+std::string readToEnd(const FileDescriptor& descriptor) {
+  std::string text;
+  char block[4096];
+  for (ssize_t count = 0; (count = ::read(descriptor.number(), block, sizeof block)) > 0;) {
+    text.append(block, static_cast<std::size_t>(count));
+  }
+  return text;
+}
+
+/// What a program writes to its standard output, with the other streams inherited.
+std::string outputOf(const LaunchSettings& settings) {
+  Pipe output = makePipe();
+  StandardStreams streams;
+  streams.output = output.writeEnd.number();
+  const pid_t pid = spawn(settings, streams);
+  output.writeEnd.close();
+  auto text = readToEnd(output.readEnd);
+  ::waitpid(pid, nullptr, 0);
+  return text;
+}
+
+/// The text of the failure to start a program, with its path replaced by "FILE".
+std::string failureOf(const std::filesystem::path& executable) {
+  LaunchSettings settings;
+  settings.executable = executable;
+  try {
+    const pid_t pid = spawn(settings, {});
+    ::waitpid(pid, nullptr, 0);
+    return "started";
+  } catch (const ProcessLaunchError& error) {
+    auto text = error.description();
+    return text.replace(0, settings.executable.size(), "FILE");
+  }
+}
+
+void writeExecutable(const std::filesystem::path& path, const std::string& text, mode_t mode) {
+  std::ofstream(path) << text;
+  ::chmod(path.c_str(), mode);
+}
+
+/// The descriptors that a child inherits from this test program without any doing of ours.
+std::string inheritedDescriptors() {
+  std::string text;
+  for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+    const int flags = ::fcntl(descriptor, F_GETFD);
+    if (flags >= 0 && (flags & FD_CLOEXEC) == 0) text += std::to_string(descriptor) + " ";
+  }
+  return text;
+}
+
+}  // namespace
+
+TEST(Spawn, GivesTheArgumentsAndTheEnvironment) {
+  auto settings = shell("printf '%s|%s' \"$1\" \"$GREETING\"");
+  settings.arguments.insert(settings.arguments.end(), {"name", "a b\"c"});
+  settings.environment.emplace()["GREETING"] = "hello world";
+  EXPECT_EQ(outputOf(settings), "a b\"c|hello world");
+}
+
+TEST(Spawn, LetsTheChildInheritTheEnvironment) {
+  ::setenv("ORMEL_TEST_INHERITED", "yes", 1);
+  EXPECT_EQ(outputOf(shell("printf %s \"$ORMEL_TEST_INHERITED\"")), "yes");
+}
+
+TEST(Spawn, GivesAnEmptyEnvironmentWhereThatIsAsked) {
+  auto settings = shell("/usr/bin/env | /bin/grep -c HOME");
+  settings.environment.emplace();
+  EXPECT_EQ(outputOf(settings), "0\n");
+}
+
+TEST(Spawn, TellsWhyAProgramCannotBeStarted) {
+  const TemporaryDirectory directory;
+  EXPECT_EQ(failureOf(directory.path() / "missing"), "FILE: No such file or directory");
+  EXPECT_EQ(failureOf("/tmp"), "FILE: Permission denied");
+  EXPECT_EQ(failureOf(""), "FILE: No such file or directory");
+}
+
+TEST(Spawn, RefusesADanglingLink) {
+  const TemporaryDirectory directory;
+  std::filesystem::create_symlink(directory.path() / "nowhere", directory.path() / "link");
+  EXPECT_EQ(failureOf(directory.path() / "link"), "FILE: No such file or directory");
+}
+
+TEST(Spawn, RefusesAFileThatIsNotExecutable) {
+  const TemporaryDirectory directory;
+  writeExecutable(directory.path() / "text", "#!/bin/sh\n", 0600);
+  EXPECT_EQ(failureOf(directory.path() / "text"), "FILE: Permission denied");
+}
+
+TEST(Spawn, RefusesAScriptWithoutItsInterpreter) {
+  const TemporaryDirectory directory;
+  writeExecutable(directory.path() / "script", "#!/no/such/interpreter\n", 0700);
+  EXPECT_EQ(failureOf(directory.path() / "script"), "FILE: No such file or directory");
+}
+
+TEST(Spawn, RefusesATextWithAZeroByte) {
+  auto settings = shell("true");
+  settings.arguments.push_back(std::string("a\0b", 3));
+  EXPECT_THROW(spawn(settings, {}), ProcessLaunchError);
+}
+
+TEST(Spawn, KeepsTheSystemsErrorNumber) {
+  LaunchSettings settings;
+  settings.executable = "/no/such/file";
+  try {
+    spawn(settings, {});
+    FAIL();
+  } catch (const ProcessLaunchError& error) {
+    EXPECT_EQ(error.errorNumber(), ENOENT);
+  }
+}
+
+TEST(Spawn, StartsTheChildWithDefaultSignals) {
+  ::signal(SIGPIPE, SIG_IGN);
+  ::signal(SIGINT, SIG_IGN);
+  ::signal(SIGUSR1, SIG_IGN);
+  sigset_t all;
+  sigfillset(&all);
+  sigset_t before;
+  pthread_sigmask(SIG_SETMASK, &all, &before);
+  EXPECT_EQ(outputOf(helper({"signals"})), "unusual:");
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  for (const int number : {SIGPIPE, SIGINT, SIGUSR1}) {
+    EXPECT_EQ(::signal(number, SIG_DFL), SIG_IGN) << "the application's own disposition is left alone";
+  }
+}
+
+TEST(Spawn, LeaksNoDescriptorWhenManyThreadsSpawnAtOnce) {
+  const std::string expected = inheritedDescriptors();
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 8; ++thread) {
+    threads.emplace_back([&expected] {
+      for (int child = 0; child < 25; ++child) EXPECT_EQ(outputOf(helper({"descriptors"})), expected);
+    });
+  }
+  for (auto& thread : threads) thread.join();
+}
+
+/// The descriptors 0, 1 and 2 are closed for good in these, so each runs in a process of its own.
+class SpawnWithClosedStandardStreams : public ::testing::Test {
+ protected:
+  void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+
+  static void closeStandardStreams() {
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) ::close(descriptor);
+  }
+};
+
+TEST_F(SpawnWithClosedStandardStreams, KeepsPipesOffTheirNumbers) {
+  const auto usesHigherNumbers = [] {
+    closeStandardStreams();
+    const Pipe pipe = makePipe();
+    const bool stayedClosed = ::fcntl(0, F_GETFD) < 0 && ::fcntl(1, F_GETFD) < 0 && ::fcntl(2, F_GETFD) < 0;
+    const bool closeOnExec =
+        ::fcntl(pipe.readEnd.number(), F_GETFD) == FD_CLOEXEC && ::fcntl(pipe.writeEnd.number(), F_GETFD) == FD_CLOEXEC;
+    ::_exit(stayedClosed && closeOnExec && pipe.readEnd.number() > 2 && pipe.writeEnd.number() > 2 ? 0 : 1);
+  };
+  EXPECT_EXIT(usesHigherNumbers(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(SpawnWithClosedStandardStreams, MapsDescriptorsThatAreStandardStreamsThemselves) {
+  const auto mapsCrosswise = [] {
+    closeStandardStreams();
+    Pipe input = makePipe();
+    Pipe output = makePipe();
+    // The child's input arrives at number 1 and its output leaves by number 0; its errors stay where they are.
+    ::dup2(output.writeEnd.number(), 0);
+    ::dup2(input.readEnd.number(), 1);
+    ::dup2(output.writeEnd.number(), 2);
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    const pid_t pid = spawn(shell("cat; echo done >&2"), {1, 0, 2});
+    output.writeEnd.close();
+    ::close(0);
+    ::close(2);
+    [[maybe_unused]] const auto written = ::write(input.writeEnd.number(), "hello ", 6);
+    input.writeEnd.close();
+    const auto text = readToEnd(output.readEnd);
+    ::waitpid(pid, nullptr, 0);
+    ::_exit(text == "hello done\n" ? 0 : 1);
+  };
+  EXPECT_EXIT(mapsCrosswise(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST(MakePipe, TellsWhenThereIsNoDescriptorLeft) {
+  rlimit before{};
+  ::getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit none{0, before.rlim_max};
+  ::setrlimit(RLIMIT_NOFILE, &none);
+  std::string text = "made";
+  try {
+    makePipe();
+  } catch (const ProcessLaunchError& error) {
+    text = error.description();
+  }
+  ::setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ(text, "pipe: Too many open files");
+}
+
+}  // namespace ormel::detail
