@@ -103,9 +103,12 @@ JSONValue encodeEnumeration(Enumeration value) {
   template <>                           \
   std::string_view ormel::rawValue<ormel::Type>(ormel::Type value);
 
-#define ORMEL_DEFINE_ENUMERATION(Type)                               \
+#define ORMEL_DEFINE_ENUMERATION(Type) ORMEL_DEFINE_ENUMERATION_BY(Type, decodeEnumeration<ormel::Type>)
+
+/// Defines the codec of an enumeration that is written by its table and read by a function.
+#define ORMEL_DEFINE_ENUMERATION_BY(Type, reading)                   \
   template <>                                                        \
   std::string_view ormel::rawValue<ormel::Type>(ormel::Type value) { \
     return coding::enumerationWord(value);                           \
   }                                                                  \
-  ORMEL_DEFINE_CODEC_BY(Type, decodeEnumeration<ormel::Type>, encodeEnumeration)
+  ORMEL_DEFINE_CODEC_BY(Type, reading, encodeEnumeration)
