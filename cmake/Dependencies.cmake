@@ -12,6 +12,9 @@ if("${ORMEL_SANITIZERS}" MATCHES "thread")
   target_compile_definitions(asio::asio INTERFACE ASIO_DISABLE_FENCED_BLOCK)
 endif()
 
+if(ORMEL_BUILD_TOOLS OR ORMEL_BUILD_EXAMPLES)
+  find_package(CLI11 REQUIRED)
+endif()
 if(ORMEL_BUILD_TESTS)
   if(ORMEL_GOOGLETEST_SOURCE)
     # A standard library other than the packaged one's needs GoogleTest built with it.
@@ -27,7 +30,6 @@ if(ORMEL_BUILD_BENCHMARKS)
   find_package(benchmark REQUIRED)
 endif()
 if(ORMEL_BUILD_EXAMPLES)
-  find_package(CLI11 REQUIRED)
   # The C interfaces of these two serve both standard libraries; a packaged C++ library would tie us to one.
   find_package(CURL REQUIRED)
   find_package(LibXml2 REQUIRED)
