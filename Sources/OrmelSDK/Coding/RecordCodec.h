@@ -115,10 +115,13 @@ JSONValue encode(const Type& value) {
 #define ORMEL_DEFINE_PUBLIC_CODING(Type)                                    \
   template ormel::Type ormel::decode<ormel::Type>(const JSONValue&);        \
   template ormel::JSONValue ormel::encode<ormel::Type>(const ormel::Type&); \
-  namespace ormel {                                                         \
-  std::ostream& operator<<(std::ostream& stream, const Type& value) {       \
-    return stream << #Type << ' ' << coding::Codec<Type>::encode(value);    \
-  }                                                                         \
+  ORMEL_DEFINE_PRINTING(Type)
+
+#define ORMEL_DEFINE_PRINTING(Type)                                      \
+  namespace ormel {                                                      \
+  std::ostream& operator<<(std::ostream& stream, const Type& value) {    \
+    return stream << #Type << ' ' << coding::Codec<Type>::encode(value); \
+  }                                                                      \
   }
 
 /// Defines the codec of a type by a reading and a writing function.
@@ -137,3 +140,16 @@ JSONValue encode(const Type& value) {
 #define ORMEL_DEFINE_RECORD(Record)                                                                                   \
   static_assert(ormel::coding::tableIsComplete<ormel::Record>(), "a field of " #Record " is missing from its table"); \
   ORMEL_DEFINE_CODEC_BY(Record, decodeRecord<ormel::Record>, encodeRecord)
+
+/// Defines how a type without a JSON form is printed, by a function that writes it as if it had one.
+#define ORMEL_DEFINE_PRINTED_BY(Type, writing)                                           \
+  template <>                                                                            \
+  ormel::JSONValue ormel::coding::Codec<ormel::Type>::encode(const ormel::Type& value) { \
+    return writing(value);                                                               \
+  }                                                                                      \
+  ORMEL_DEFINE_PRINTING(Type)
+
+/// Defines how a record without a JSON form is printed, from a table of its fields.
+#define ORMEL_DEFINE_PRINTED_RECORD(Record)                                                                           \
+  static_assert(ormel::coding::tableIsComplete<ormel::Record>(), "a field of " #Record " is missing from its table"); \
+  ORMEL_DEFINE_PRINTED_BY(Record, encodeRecord)
