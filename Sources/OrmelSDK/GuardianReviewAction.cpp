@@ -14,7 +14,7 @@ GuardianApprovalReviewAction VariantTable<GuardianApprovalReviewAction>::decodeU
 }
 
 JSONValue VariantTable<GuardianApprovalReviewAction>::encodeUnknown(const GuardianApprovalReviewAction& action) {
-  return JSONValue::object({{"type", std::get<GuardianUnknownReviewAction>(action.value).type}});
+  return Codec<GuardianUnknownReviewAction>::encode(std::get<GuardianUnknownReviewAction>(action.value));
 }
 
 }  // namespace ormel::coding
