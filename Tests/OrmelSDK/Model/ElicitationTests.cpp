@@ -98,11 +98,10 @@ TEST(ParlaneAuthTokens, NeverPrintTheAccessToken) {
   const ParlaneAuthTokensRefreshResponse response{"top-secret-token", "account", "pro"};
   EXPECT_EQ(
       printed(response),
-      R"(ParlaneAuthTokensRefreshResponse {"accessToken":"<secret>","parlaneAccountID":"account","parlanePlanType":"pro"
-})");
+      R"(ParlaneAuthTokensRefreshResponse {"accessToken":"<secret>","parlaneAccountID":"account","parlanePlanType":"pro"})");
   EXPECT_EQ(printed(ParlaneAuthTokensRefreshResponse()),
             R"(ParlaneAuthTokensRefreshResponse {"accessToken":"","parlaneAccountID":""})");
-EXPECT_NE(response, (ParlaneAuthTokensRefreshResponse{"other", "account", "pro"}));
+  EXPECT_NE(response, (ParlaneAuthTokensRefreshResponse{"other", "account", "pro"}));
 }
 
 }  // namespace
