@@ -25,10 +25,16 @@ for (const [what, index] of Object.entries(samples)) {
     sample("encodeByRapidJSON", index), 1]);
 }
 promises.push(["copy a 1 MB value, against copying a 253-byte one", sample("copyJSONValue", 1), sample("copyJSONValue", 0), 1.3]);
+const third = 1 / 3;
+promises.push(["hop inside a strand, against Asio's", "strandHop", "strandHopOfAsio", third]);
+promises.push(["one-shot wait, against Asio's channel", "oneShotWait", "oneShotWaitOfAsio", third]);
+promises.push(["event channel in turns, against Asio's channel", "channelTurns", "channelTurnsOfAsio", third]);
+promises.push(["event channel with a backlog, against Asio's", "channelBacklog", "channelBacklogOfAsio", third]);
+promises.push(["timer armed and cancelled, against Asio's", "timerArmAndCancel", "timerArmAndCancelOfAsio", third]);
 
 console.log("\nRatios of this run (fastest repetitions)\n");
 for (const [subject, measured, yardstick, limit] of promises) {
   const ratio = fastest.get(measured) / fastest.get(yardstick);
   const verdict = Number.isNaN(ratio) ? "not measured" : ratio <= limit ? "" : "  MISSED";
-  console.log(`${ratio.toFixed(2).padStart(8)}  (at most ${limit})  ${subject}${verdict}`);
+  console.log(`${ratio.toFixed(2).padStart(8)}  (at most ${limit.toFixed(2)})  ${subject}${verdict}`);
 }

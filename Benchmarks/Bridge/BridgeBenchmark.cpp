@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <exception>
 #include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -60,36 +61,82 @@ Comparison roundTrips(const std::string& content, int batches, int exchangesPerB
   return measureRoundTrips(requestOf(content), content, batches, exchangesPerBatch);
 }
 
-void measurePeaks(Report& report) {
-  report.addPeak("peakMemorySingleText", "peak memory, 64 MiB in one text",
-                 measurePeakMemory(largestReply, replyHead(1) + '"', "x", "\"}"));
-  const std::string page = pageContent(1);
-  const std::string element = page.substr(1, page.size() - 2);
-  report.addPeak("peakMemoryPage", "peak memory, 64 MiB of page content",
-                 measurePeakMemory(largestReply, replyHead(1) + '[' + element, "," + element, "]}"));
+std::string pageElement() {
+  const std::string page = pageContent(3);
+  return page.substr(1, page.size() - 2);
 }
 
-Report measureAll() {
+struct Measurement {
+  const char* name;
+  void (*run)(Report& report, const char* name);
+};
+
+constexpr Measurement measurements[] = {
+    {"peakMemorySingleText",
+     [](Report& report, const char* name) {
+       report.addPeak(name, "peak memory, 64 MiB in one text",
+                      measurePeakMemory(largestReply, replyHead(1) + '"', "x", "\"}"));
+     }},
+    {"peakMemoryPage",
+     [](Report& report, const char* name) {
+       report.addPeak(name, "peak memory, 64 MiB of page content",
+                      measurePeakMemory(largestReply, replyHead(1) + '[' + pageElement(),
+                                        std::string(",").append(pageElement()), "]}"));
+     }},
+    {"start", [](Report& report, const char* name) { report.add(name, "start to connected", measureStarts(200)); }},
+    {"roundTrip300B",
+     [](Report& report, const char* name) {
+       report.add(name, "round trip, 300 bytes", roundTrips(pageContent(250), 40, 1000));
+     }},
+    {"roundTrip4MiBPage",
+     [](Report& report, const char* name) {
+       report.add(name, "round trip, 4 MiB of page content", roundTrips(pageContent(4 * mebibyte), 20, 5));
+     }},
+    {"roundTrip4MiBText",
+     [](Report& report, const char* name) {
+       report.add(name, "round trip, 4 MiB in one text", roundTrips(singleText(4 * mebibyte), 20, 5));
+     }},
+};
+
+struct Arguments {
+  std::optional<std::string> jsonFile;
+  std::optional<std::string> only;
+};
+
+std::optional<Arguments> parseArguments(int count, char** texts) {
+  Arguments parsed;
+  if (count % 2 == 0) return std::nullopt;
+  for (int at = 1; at < count; at += 2) {
+    const std::string_view option = texts[at];
+    if (option == "--json") {
+      parsed.jsonFile = texts[at + 1];
+    } else if (option == "--only") {
+      parsed.only = texts[at + 1];
+    } else {
+      return std::nullopt;
+    }
+  }
+  return parsed;
+}
+
+void run(const Arguments& arguments) {
   Report report;
-  measurePeaks(report);
-  report.add("start", "start to connected", measureStarts(200));
-  report.add("roundTrip300B", "round trip, 300 bytes", roundTrips(pageContent(250), 40, 1000));
-  report.add("roundTrip4MiBPage", "round trip, 4 MiB of page content", roundTrips(pageContent(4 * mebibyte), 20, 5));
-  report.add("roundTrip4MiBText", "round trip, 4 MiB in one text", roundTrips(singleText(4 * mebibyte), 20, 5));
-  return report;
+  for (const auto& measurement : measurements) {
+    if (!arguments.only || *arguments.only == measurement.name) measurement.run(report, measurement.name);
+  }
+  if (arguments.jsonFile) report.write(*arguments.jsonFile);
 }
 
 }  // namespace
 
-int main(int count, char** arguments) {
-  const bool wantsJSON = count == 3 && std::string_view(arguments[1]) == "--json";
-  if (count != 1 && !wantsJSON) {
-    std::fprintf(stderr, "usage: %s [--json FILE]\n", arguments[0]);
+int main(int count, char** texts) {
+  const auto arguments = parseArguments(count, texts);
+  if (!arguments) {
+    std::fprintf(stderr, "usage: %s [--json FILE] [--only MEASUREMENT]\n", texts[0]);
     return EXIT_FAILURE;
   }
   try {
-    const Report report = measureAll();
-    if (wantsJSON) report.write(arguments[2]);
+    run(*arguments);
     return EXIT_SUCCESS;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "bridge-benchmark: %s\n", error.what());

@@ -45,12 +45,15 @@ double timeStart(const std::string& executable, const testing::UnixListener& lis
   return elapsed;
 }
 
-void drain(int descriptor) {
+std::size_t drainLine(int descriptor) {
   std::vector<char> block(std::size_t{64} << 10);
-  ssize_t got = 0;
-  do {
-    got = ::read(descriptor, block.data(), block.size());
-  } while (got > 0 && block[static_cast<std::size_t>(got) - 1] != '\n');
+  std::size_t size = 0;
+  for (;;) {
+    const ssize_t got = ::read(descriptor, block.data(), block.size());
+    if (got <= 0) return size;
+    size += static_cast<std::size_t>(got);
+    if (block[static_cast<std::size_t>(got) - 1] == '\n') return size;
+  }
 }
 
 }  // namespace
@@ -92,7 +95,8 @@ std::size_t measurePeakMemory(std::size_t size, const std::string& head, const s
   bridge.write("{\"id\":1}\n");
   testing::readFrame(connection.number());
 
-  std::thread client([&] { drain(bridge.outputDescriptor()); });
+  std::size_t answerSize = 0;
+  std::thread client([&] { answerSize = drainLine(bridge.outputDescriptor()); });
   writeBlocking(connection.number(), testing::frameLength(static_cast<std::uint32_t>(size)));
   writeBlocking(connection.number(), head);
   std::size_t left = size - head.size() - tail.size();
@@ -105,7 +109,7 @@ std::size_t measurePeakMemory(std::size_t size, const std::string& head, const s
 
   bridge.closeInput();
   const testing::ChildEnd end = bridge.wait();
-  if (end.status != 0) throw std::runtime_error("the bridge failed");
+  if (end.status != 0 || answerSize < size / 2) throw std::runtime_error("the bridge did not pass the reply on");
 #ifdef __APPLE__
   return static_cast<std::size_t>(end.usage.ru_maxrss);
 #else

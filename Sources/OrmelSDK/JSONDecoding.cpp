@@ -216,7 +216,7 @@ std::size_t nodesBound(const simdjson::dom::document& document) { return tapeWor
 // An upper bound for the used part of the parser's string buffer, and within its size: a text of n bytes stood in
 // n + 2 of the source and takes n + 5, and two texts need a separator between them.
 std::size_t textsBound(const simdjson::dom::document& document, std::size_t sourceSize) {
-  return std::min(sourceSize + 3 * tapeWords(document), sourceSize * 5 / 3 + 3) + keySlack;
+  return std::min(sourceSize + 3 * tapeWords(document), sourceSize * 5 / 3 + 3) + textSlack;
 }
 
 // Builds into a new block, which the value then owns; a value without parts needs none.
@@ -306,6 +306,15 @@ JSONValue decodeRefused(std::string_view text, simdjson::error_code error) {
 
 JSONValue decodePaddedJSON(std::string_view text) {
   return text.size() > keptParserLimit ? decodeLarge(text) : decodeBy(text, threadParser());
+}
+
+JSONValue decodePaddedJSON(ByteBuffer text) {
+  if (text.size() <= keptParserLimit) return decodeBy(text.view(), threadParser());
+  const auto parser = std::make_unique<Parser>();
+  if (const auto error = parser->run(text.view())) return decodeRefused(text.view(), error);
+  text = ByteBuffer();
+  parser->parser = simdjson::dom::parser();
+  return buildByAdoption(parser->document);
 }
 
 }  // namespace detail

@@ -18,7 +18,7 @@ class Detacher {
   JSONValue detach(const JSONValue& value) {
     measure(value);
     auto* block =
-        JSONStorageBlock::allocate(nodesSize_ + textsSize_ + detail::keySlack, JSONStorageBlock::Contents::message);
+        JSONStorageBlock::allocate(nodesSize_ + textsSize_ + detail::textSlack, JSONStorageBlock::Contents::message);
     block_ = block;
     nodes_ = block->payload();
     texts_ = nodes_ + nodesSize_;

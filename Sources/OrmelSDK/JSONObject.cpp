@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <bit>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -48,18 +47,6 @@ std::vector<SortKey> sortedKeys(const JSONStoredMember* members, std::uint32_t c
   }
   std::sort(keys.begin(), keys.end(), precedes);
   return keys;
-}
-
-std::uint64_t wordAt(const char* at) noexcept {
-  std::uint64_t word;
-  std::memcpy(&word, at, sizeof word);
-  return word;
-}
-
-// A mask for the first `count` bytes in memory, below eight.
-constexpr std::uint64_t firstBytes(std::size_t count) noexcept {
-  return std::endian::native == std::endian::little ? (std::uint64_t{1} << 8 * count) - 1
-                                                    : ~(~std::uint64_t{0} >> 8 * count);
 }
 
 bool occursBefore(std::string_view key, const JSONStoredMember* begin, const JSONStoredMember* end,

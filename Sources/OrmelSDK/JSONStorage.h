@@ -14,8 +14,10 @@
 // A container is a JSONArray or JSONObject, which holds a JSONContainerHeader, then its elements, and, for an object
 // beyond `indexThreshold` members, the member positions in the order of their keys.
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <new>
 #include <string_view>
 
@@ -45,8 +47,21 @@ inline constexpr std::size_t indexThreshold = 32;
 
 inline constexpr std::size_t textOverhead = sizeof(std::uint32_t) + 1;
 
-/// Keys are examined in words of this size; storage that holds keys ends in as many bytes of slack.
-inline constexpr std::size_t keySlack = sizeof(std::uint64_t);
+/// Texts are examined in words of this size: behind the start of any stored text as many bytes can be read, so all
+/// storage of texts ends in as much slack.
+inline constexpr std::size_t textSlack = sizeof(std::uint64_t);
+
+inline std::uint64_t wordAt(const char* at) noexcept {
+  std::uint64_t word;
+  std::memcpy(&word, at, sizeof word);
+  return word;
+}
+
+/// A mask for the first `count` bytes of a word in memory, below eight.
+constexpr std::uint64_t firstBytes(std::size_t count) noexcept {
+  return std::endian::native == std::endian::little ? (std::uint64_t{1} << 8 * count) - 1
+                                                    : ~(~std::uint64_t{0} >> 8 * count);
+}
 
 static_assert(sizeof(JSONArray) == 8 && sizeof(JSONObject) == 8);
 static_assert(sizeof(JSONValue) == 16 && sizeof(JSONStoredMember) == 24 && sizeof(JSONContainerHeader) == 8);
@@ -75,8 +90,7 @@ struct JSONTextPlace {
 };
 
 /// Makes the keys of a filled object unique (the last value stands) and builds its index if it needs one. Members
-/// that fall away are left, alive, behind the ones that count. Behind the start of each key's text `keySlack` bytes
-/// must be readable.
+/// that fall away are left, alive, behind the ones that count.
 void finishObject(JSONContainerHeader* header, JSONTextPlace texts);
 
 /// The only door from the storage to the value's private parts.

@@ -77,7 +77,8 @@ JSONValue::JSONValue(std::string_view text) : JSONValue() {
     *this = JSONValue(repairedUTF8(text));
     return;
   }
-  auto* block = JSONStorageBlock::allocate(text.size() + detail::textOverhead, JSONStorageBlock::Contents::text);
+  auto* block = JSONStorageBlock::allocate(text.size() + detail::textOverhead + detail::textSlack,
+                                           JSONStorageBlock::Contents::text);
   *this = JSONAccess::make(block->payload(), block, Kind::string);
   detail::storeText(block->payload(), text);
 }
@@ -102,7 +103,7 @@ JSONValue JSONValue::object(std::span<const JSONMemberInit> members) {
   const std::uint16_t height = detail::heightAbove(tallest);
   const std::size_t elementsSize = detail::containerSize(count, true);
   auto* block =
-      JSONStorageBlock::allocate(elementsSize + textSize + detail::keySlack, JSONStorageBlock::Contents::container);
+      JSONStorageBlock::allocate(elementsSize + textSize + detail::textSlack, JSONStorageBlock::Contents::container);
   auto* header =
       JSONAccess::beginContainer(block->payload(), {.count = 0, .height = height, .flags = 0, .isObject = true});
   JSONValue result = JSONAccess::make(header, block, Kind::object);

@@ -39,9 +39,7 @@ std::optional<JSONValue> decodeLine(std::string_view line) {
   }
 }
 
-void write(JSONValue value) { writeLine(STDOUT_FILENO, std::move(value)); }
-
-void serve(NativePipeClient& client, const BridgeEnvironment& environment, JSONValue message) {
+void serve(NativePipeClient& client, LineWriter& output, const BridgeEnvironment& environment, JSONValue message) {
   const JSONValue* found = message.find("id");
   if (!found) return;
   const JSONValue id = found->detached();
@@ -49,13 +47,13 @@ void serve(NativePipeClient& client, const BridgeEnvironment& environment, JSONV
   try {
     result = client.request(environment.token, environment.workspacePath, std::move(message));
   } catch (const BridgeFailure& failure) {
-    write(errorEnvelope(id, failure));
+    output.write(errorEnvelope(id, failure));
     if (failure.kind() == BridgeFailure::Kind::disconnected) throw;
     return;
   } catch (const std::exception& error) {
-    return write(errorEnvelope(id, error));
+    return output.write(errorEnvelope(id, error));
   }
-  write(std::move(result));
+  output.write(std::move(result));
 }
 
 }  // namespace
@@ -72,8 +70,9 @@ void runBridge() {
   const BridgeEnvironment environment = BridgeEnvironment::read();
   NativePipeClient client(environment.socketPath);
   LineReader input(STDIN_FILENO);
+  LineWriter output(STDOUT_FILENO);
   while (const auto line = input.next()) {
-    if (auto message = decodeLine(*line)) serve(client, environment, *std::move(message));
+    if (auto message = decodeLine(*line)) serve(client, output, environment, *std::move(message));
   }
 }
 

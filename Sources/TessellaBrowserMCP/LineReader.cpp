@@ -1,15 +1,16 @@
 #include "TessellaBrowserMCP/LineReader.h"
 
-#include <cstring>
+#include <utility>
 
 #include "OrmelSDK/JSONDecoding.h"
+#include "OrmelSDK/Platform/PipeCapacity.h"
 #include "TessellaBrowserMCP/DescriptorIO.h"
 
 namespace ormel {
 
 namespace {
 
-// The capacity of a pipe; more is read at once when the buffer has grown.
+// The usual capacity of a pipe; more is read at once when the buffer has grown.
 constexpr std::size_t blockSize = std::size_t{64} << 10;
 
 // A buffer that one long line has grown beyond this is given back when the line is done with.
@@ -46,6 +47,7 @@ std::optional<std::string_view> LineReader::takeRest() noexcept {
 }
 
 void LineReader::fill() {
+  if (buffer_.size() - start_ >= blockSize && !std::exchange(pipeGrown_, true)) detail::growPipe(descriptor_);
   buffer_.removePrefix(start_);
   scanned_ -= start_;
   start_ = 0;

@@ -30,6 +30,7 @@ class LineReader {
   std::size_t start_ = 0;
   std::size_t scanned_ = 0;
   bool atEnd_ = false;
+  bool pipeGrown_ = false;
 };
 
 }  // namespace ormel

@@ -1,11 +1,13 @@
 #include "TessellaBrowserMCP/LineWriter.h"
 
 #include <cerrno>
-#include <string_view>
+#include <cstddef>
+#include <utility>
 
 #include "OrmelSDK/ByteBuffer.h"
 #include "OrmelSDK/CodingErrors.h"
 #include "OrmelSDK/JSONEncoding.h"
+#include "OrmelSDK/Platform/PipeCapacity.h"
 #include "TessellaBrowserMCP/DescriptorIO.h"
 #include "TessellaBrowserMCP/OutputError.h"
 
@@ -13,13 +15,12 @@ namespace ormel {
 
 namespace {
 
-void writeBytes(int descriptor, std::string_view bytes) {
-  if (!detail::writeAllWaiting(descriptor, bytes)) throw OutputError(errno);
-}
+// The usual capacity of a pipe.
+constexpr std::size_t longLine = std::size_t{64} << 10;
 
 }  // namespace
 
-void writeLine(int descriptor, JSONValue value) {
+void LineWriter::write(JSONValue value) {
   detail::ByteBuffer text;
   try {
     detail::encodeJSON(value, text);
@@ -27,8 +28,13 @@ void writeLine(int descriptor, JSONValue value) {
     return;
   }
   value = nullptr;
-  writeBytes(descriptor, text.view());
-  writeBytes(descriptor, "\n");
+  if (text.size() > longLine && !std::exchange(pipeGrown_, true)) detail::growPipe(descriptor_);
+  writeBytes(text.view());
+  writeBytes("\n");
+}
+
+void LineWriter::writeBytes(std::string_view bytes) {
+  if (!detail::writeAllWaiting(descriptor_, bytes)) throw OutputError(errno);
 }
 
 }  // namespace ormel

@@ -112,7 +112,7 @@ void NativePipeClient::send(const JSONValue& envelope) {
 JSONValue NativePipeClient::receive() {
   const std::size_t bodySize = loadLength(readExactly(lengthSize).view());
   if (bodySize > maximumReplySize) throw BridgeFailure::payloadTooLarge();
-  return detail::decodePaddedJSON(readExactly(bodySize).view());
+  return detail::decodePaddedJSON(readExactly(bodySize));
 }
 
 // The buffer has room for the padding that the decoder needs behind the bytes.

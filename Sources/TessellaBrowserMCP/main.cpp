@@ -4,10 +4,12 @@
 #include <exception>
 #include <string>
 
+#include "OrmelSDK/Platform/FreedMemory.h"
 #include "TessellaBrowserMCP/Bridge.h"
 #include "TessellaBrowserMCP/DescriptorIO.h"
 
 int main() {
+  ormel::detail::keepFreedMemory();
   try {
     ormel::runBridge();
     return EXIT_SUCCESS;

@@ -76,7 +76,7 @@ TEST_F(BadInput, DropsALineOf100000NestedArrays) {
   start();
   sendLine(nestedArrays(100'000));
   sendLine(R"({"id":1,"deep":)" + nestedArrays(100'000) + "}");
-  sendLine(R"({"id":)" + std::string(100'000, '['));
+  sendLine(std::string(R"({"id":)").append(100'000, '['));
   expectServing(1);
   expectCleanEnd();
 }

@@ -99,7 +99,7 @@ TEST(Interruption, DoesNotDisturbWritingALine) {
     interruptions.interrupt();
     received = readExactly(output.readEnd.number(), text.size() + 3);
   });
-  writeLine(output.writeEnd.number(), JSONValue(text));
+  LineWriter(output.writeEnd.number()).write(JSONValue(text));
   client.join();
   EXPECT_EQ(received, "\"" + text + "\"\n");
 }
@@ -107,7 +107,7 @@ TEST(Interruption, DoesNotDisturbWritingALine) {
 TEST(LineWriter, WritesTheLineFeedInAWriteOfItsOwn) {
   // A datagram socket keeps the bounds of each write.
   const auto [output, client] = makeSocketPair(SOCK_DGRAM);
-  writeLine(output.number(), JSONValue::array({1, "two"}));
+  LineWriter(output.number()).write(JSONValue::array({1, "two"}));
   std::string written;
   readSome(client.number(), written);
   EXPECT_EQ(written, R"([1,"two"])");
@@ -118,8 +118,8 @@ TEST(LineWriter, WritesTheLineFeedInAWriteOfItsOwn) {
 
 TEST(LineWriter, WritesNothingForAValueWithoutJSONText) {
   Pipe output = makePipe();
-  writeLine(output.writeEnd.number(), JSONValue::array({"begun", std::numeric_limits<double>::infinity()}));
-  writeLine(output.writeEnd.number(), JSONValue(std::numeric_limits<double>::quiet_NaN()));
+  LineWriter(output.writeEnd.number()).write(JSONValue::array({"begun", std::numeric_limits<double>::infinity()}));
+  LineWriter(output.writeEnd.number()).write(JSONValue(std::numeric_limits<double>::quiet_NaN()));
   output.writeEnd.reset();
   EXPECT_EQ(readToEnd(output.readEnd.number()), "");
 }
@@ -127,7 +127,7 @@ TEST(LineWriter, WritesNothingForAValueWithoutJSONText) {
 TEST(LineWriter, FailsWithTheErrnoOfTheWrite) {
   const Pipe output = makePipe();
   try {
-    writeLine(output.readEnd.number(), JSONValue());
+    LineWriter(output.readEnd.number()).write(JSONValue());
     FAIL() << "wrote to the read end";
   } catch (const OutputError& error) {
     EXPECT_EQ(error.description(), "Could not write to standard output (errno " + std::to_string(EBADF) + ").");

@@ -196,6 +196,14 @@ TEST(SimulatorMisbehaviour, NeverLeavesAChildBehindForLongerThanTheTimeLimit) {
   EXPECT_THAT(simulation.child().readErrors(), ::testing::HasSubstr("the time limit of 50 ms is over"));
 }
 
+TEST(SimulatorMisbehaviour, NeverLeavesAChildBehindThatBlocksInAWrite) {
+  Simulation simulation("time limit 50 ms\nserver forks\n  server floods stdout 10000000\nend\nserver exits 0");
+  EXPECT_EQ(simulation.end(), 0);
+  // Ends only when no process holds the stream any more.
+  EXPECT_EQ(simulation.child().readErrors(), "");
+  EXPECT_LT(simulation.child().readRestOfOutput().size(), 10000000u);
+}
+
 TEST(SimulatorMisbehaviour, LetsAChildCloseStreamsAndExitOnItsOwn) {
   Simulation simulation(
       "server forks\n  server closes stdout\n  server closes stderr\n  wait until input closes\n  server exits 7\nend\n"

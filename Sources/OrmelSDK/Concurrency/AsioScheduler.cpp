@@ -69,7 +69,7 @@ void AsioScheduler::setWakeUp(std::uint64_t deadline) {
 void AsioScheduler::wokenUp() {
   const std::lock_guard lock(mutex_);
   const auto time = now();
-  while (TimerItem* due = timers_.takeDue(time)) post(*due);
+  while (TimerItem* due = timers_.takeDue(time)) due->fallDue();
   wakeUpAt_ = notSet;
   if (!timers_.empty()) setWakeUp(timers_.nextDeadline());
 }

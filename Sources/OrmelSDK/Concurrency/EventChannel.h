@@ -71,8 +71,8 @@ class EventChannelState final : public Wakeup {
     return true;
   }
 
-  bool end(std::exception_ptr error) {
-    return terminate(ChannelTermination::producerEnded, [&] { error_ = std::move(error); });
+  bool end(const std::exception_ptr& error) {
+    return terminate(ChannelTermination::producerEnded, [&] { error_ = error; });
   }
 
   void setTerminationCallback(TerminationCallback callback) {
@@ -125,11 +125,16 @@ class EventChannelState final : public Wakeup {
   }
 
   void stopWaiting() {
+    Waiter waiter;
     {
       const std::lock_guard lock(mutex_);
-      waiter_ = Waiter::none;
+      waiter = std::exchange(waiter_, Waiter::none);
     }
-    forget();
+    if (waiter == Waiter::coroutine) {
+      unprepare();
+    } else {
+      forget();
+    }
   }
 
   void stopWait() {

@@ -38,15 +38,19 @@ class OneShotStateBase : public Wakeup {
   /// The waiting coroutine goes away.
   void stopWaiting() noexcept {
     auto expected = Stage::waiting;
-    stage_.compare_exchange_strong(expected, Stage::empty, std::memory_order_acq_rel, std::memory_order_acquire);
-    forget();
+    if (stage_.compare_exchange_strong(expected, Stage::empty, std::memory_order_acq_rel, std::memory_order_acquire)) {
+      unprepare();
+    } else {
+      forget();
+    }
   }
 
-  virtual void fail(std::exception_ptr error) noexcept = 0;
+  virtual void fail(const std::exception_ptr& error) noexcept = 0;
 
   void addResolver() noexcept { resolvers_.fetch_add(1, std::memory_order_relaxed); }
   void removeResolver() noexcept {
-    if (resolvers_.fetch_sub(1, std::memory_order_acq_rel) == 1 && !isClaimed() && claim()) {
+    if (isClaimed()) return;
+    if (resolvers_.fetch_sub(1, std::memory_order_acq_rel) == 1 && claim()) {
       fail(std::make_exception_ptr(AbandonedError()));
     }
   }
@@ -78,13 +82,13 @@ class OneShotState final : public OneShotStateBase {
     publish();
     return true;
   }
-  bool resumeWithError(std::exception_ptr error) noexcept {
+  bool resumeWithError(const std::exception_ptr& error) noexcept {
     if (!claim()) return false;
-    fail(std::move(error));
+    fail(error);
     return true;
   }
-  void fail(std::exception_ptr error) noexcept override {
-    result.setError(std::move(error));
+  void fail(const std::exception_ptr& error) noexcept override {
+    result.setError(error);
     publish();
   }
 
@@ -135,7 +139,8 @@ class [[nodiscard]] OneShotAwaiter final : public PlaceAware {
     OneShotState<T>* state_;
   };
 
-  Ref<OneShotState<T>> state_;
+  /// Held by the `OneShot` until the wait begins, and then by the wait.
+  OneShotState<T>* state_;
   std::optional<std::stop_callback<CancelWait>> onStop_;
   bool cancellable_;
   bool suspended_ = false;

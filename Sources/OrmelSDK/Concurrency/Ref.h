@@ -14,12 +14,15 @@ class RefCounted {
 
   void retain() noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
   void release() noexcept {
-    if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+    // Whoever holds the only reference needs no read-modify-write: nobody else can add one.
+    if (references_.load(std::memory_order_acquire) == 1 || references_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+      delete this;
+    }
   }
 
  protected:
   RefCounted() noexcept = default;
-  virtual ~RefCounted() = default;
+  virtual ~RefCounted() = 0;
 
  private:
   std::atomic<std::uint32_t> references_{1};

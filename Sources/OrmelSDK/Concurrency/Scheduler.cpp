@@ -21,7 +21,16 @@ class TimerNode final : public TimerItem, public RefCounted {
     return true;
   }
 
+  void fallDue() noexcept override {
+    if (strand_) {
+      strand_->post(*this);
+    } else {
+      scheduler_.post(*this);
+    }
+  }
+
   void run() noexcept override {
+    // A simulation runs due timers itself, so that those of one strand and one moment come in any order.
     if (strand_ && !strand_->isCurrent()) {
       strand_->post(*this);
       return;

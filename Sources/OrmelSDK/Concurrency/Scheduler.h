@@ -17,9 +17,12 @@ namespace detail {
 class StrandCore;
 class TimerNode;
 
-/// An item that a scheduler queues by itself when its time has come.
+/// An item that is queued when its time has come.
 class TimerItem : public WorkItem {
  public:
+  /// Queues the item where it is to run. Called in the order of the deadlines.
+  virtual void fallDue() noexcept = 0;
+
   static constexpr std::size_t notQueued = static_cast<std::size_t>(-1);
 
   /// These belong to the timer queue in which the item stands.

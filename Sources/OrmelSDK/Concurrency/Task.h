@@ -93,6 +93,16 @@ class CallbackCompletion final : public Completion {
 
 [[noreturn]] void failForSpentTask() noexcept;
 
+/// Drops how a task ended that nobody awaits. A failure has nowhere to go and ends the process.
+template <class T>
+void takeUnlessCancelled(TaskResult<T> result) noexcept {
+  try {
+    result.take();
+  } catch (const CancelledError&) {
+    return;
+  }
+}
+
 }  // namespace detail
 
 /// An asynchronous function of the library, called but not yet running: `co_await` it, or start it by `get`, `start` or
@@ -182,12 +192,7 @@ class [[nodiscard]] Task {
 
   /// Runs the task on its own. Its value is dropped, and so is its cancellation; any other exception ends the process.
   void detach() {
-    start([](TaskResult<T> result) noexcept {
-      try {
-        result.take();
-      } catch (const CancelledError&) {
-      }
-    });
+    start([](TaskResult<T> result) noexcept { detail::takeUnlessCancelled(std::move(result)); });
   }
 
   /// For a task that awaits what may resume it on any thread.

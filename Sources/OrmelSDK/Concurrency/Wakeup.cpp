@@ -5,6 +5,7 @@
 namespace ormel::detail {
 
 void Wakeup::prepare(std::coroutine_handle<> coroutine) noexcept {
+  retain();
   coroutine_ = coroutine;
   place_ = Place::current();
   strand_ = place_.strand();
@@ -14,20 +15,17 @@ void Wakeup::prepare(std::coroutine_handle<> coroutine) noexcept {
 }
 
 void Wakeup::unprepare() noexcept {
-  forget();
+  record_.leave();
   strand_ = {};
+  release();
 }
 
 void Wakeup::wake() noexcept {
-  retain();
   record_.leave();
   place_.post(*this);
 }
 
-void Wakeup::forget() noexcept {
-  coroutine_ = nullptr;
-  record_.leave();
-}
+void Wakeup::forget() noexcept { coroutine_ = nullptr; }
 
 void Wakeup::run() noexcept {
   strand_ = {};

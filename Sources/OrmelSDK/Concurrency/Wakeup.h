@@ -6,17 +6,17 @@
 
 namespace ormel::detail {
 
-/// The part of a shared state that brings its one waiting coroutine back to where it suspended. It is queued as a
-/// piece of work and holds a reference to its state while it is.
+/// The part of a shared state that brings its one waiting coroutine back to where it suspended. A wait owns a reference
+/// to the state from `prepare` until the coroutine has gone on; `wake` queues the state as a piece of work.
 class Wakeup : public WorkItem, public RefCounted {
  public:
   /// Notes the coroutine, which is about to suspend here.
   void prepare(std::coroutine_handle<> coroutine) noexcept;
-  /// Takes back `prepare`.
+  /// Takes back a `prepare` that no `wake` follows.
   void unprepare() noexcept;
   /// Queues the coroutine that was prepared. Once for each `prepare`.
   void wake() noexcept;
-  /// The coroutine goes away while it waits: it will not be resumed. Only called where it would have been resumed.
+  /// The coroutine goes away after `wake`: it will not be resumed. Only called where it would have been resumed.
   void forget() noexcept;
 
   void run() noexcept override;

@@ -316,7 +316,7 @@ TEST(JSONContainers, ReadAnObjectLikeAnyOrderedOrUnorderedMap) {
   // Keys of every length around the word sizes that the storage works in.
   std::string text = "{";
   for (std::size_t length = 0; length <= 30; ++length) {
-    text += "\"" + std::string(length, 'k') + "\":" + std::to_string(length) + ",";
+    text.append(1, '"').append(length, 'k').append("\":").append(std::to_string(length)).append(1, ',');
   }
   text.back() = '}';
   const JSONValue value = JSONValue::decode(text);

@@ -170,14 +170,14 @@ TEST_P(SystemProcessLauncherTest, WritesFromManyThreadsWithoutTearingAPiece) {
 
 TEST_P(SystemProcessLauncherTest, WritesFromTheThreadsOfThePoolToo) {
   RecordedChild child(launcher, shell("exec wc -c"));
-  auto written = std::make_shared<std::atomic<bool>>(false);
-  asio::post(IORuntime::shared().context(), [&child, written] {
+  std::promise<void> written;
+  asio::post(IORuntime::shared().context(), [&child, &written] {
     child->write(std::string(1'000'000, 'x'));
     child->closeInput();
-    *written = true;
+    written.set_value();
   });
+  written.get_future().get();
   EXPECT_EQ(child.wholeOutput(), "1000000\n");
-  EXPECT_TRUE(*written);
 }
 
 TEST_P(SystemProcessLauncherTest, NeverBlocksOnAChildThatDoesNotRead) {
