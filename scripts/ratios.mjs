@@ -24,6 +24,12 @@ for (const [what, index] of Object.entries(samples)) {
   promises.push([`encode ${what}, against RapidJSON's writer`, sample("encodeJSONValue", index),
     sample("encodeByRapidJSON", index), 1]);
 }
+const kinds = [...fastest.keys()].filter((name) => name.startsWith("decodeItem/")).map((name) => name.split("/")[1]);
+for (const kind of kinds) {
+  promises.push([`decode the item ${kind}, against nlohmann's record`, `decodeItem/${kind}`, `decodeItemByNlohmann/${kind}`, 1]);
+  promises.push([`decode the item ${kind}, against a walk that copies texts`, `decodeItem/${kind}`,
+    `walkItemAndCopyTexts/${kind}`, 2]);
+}
 promises.push(["copy a 1 MB value, against copying a 253-byte one", sample("copyJSONValue", 1), sample("copyJSONValue", 0), 1.3]);
 
 console.log("\nRatios of this run (fastest repetitions)\n");
