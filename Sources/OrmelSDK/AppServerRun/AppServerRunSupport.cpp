@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "OrmelSDK/AppServerRun/AppServerRPCError.h"
+#include "OrmelSDK/LowercasedText.h"
 
 namespace ormel::detail {
 
@@ -57,10 +58,7 @@ std::string decodingErrorDescription(std::string_view kind, const DecodingContex
 bool isUnknownMethodCompatibilityError(std::int64_t code, std::string_view message) {
   if (code == AppServerRPCError::methodNotFoundCode) return true;
   if (code != AppServerRPCError::invalidRequestCode) return false;
-  std::string lowered(message);
-  std::ranges::transform(lowered, lowered.begin(), [](char byte) {
-    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
-  });
+  const std::string lowered = lowercased(message);
   constexpr std::array<std::string_view, 3> phrases = {"unknown method", "method not found", "not supported"};
   return std::ranges::any_of(phrases,
                              [&](std::string_view phrase) { return lowered.find(phrase) != std::string::npos; });

@@ -1,0 +1,35 @@
+#include "OrmelSDK/AppServerRun/ExecutableVetting.h"
+
+#include <exception>
+
+#include "OrmelSDK/AppServerRun/OrmelExecutableTrustPolicy.h"
+#include "OrmelSDK/OrmelProcessError.h"
+
+namespace ormel::detail {
+
+namespace {
+
+OrmelExecutableTrustAssessment assessment(const std::string& path, const OrmelOptions& options) {
+  if (options.executableTrustAssessment) return options.executableTrustAssessment(path);
+  if (options.selectedOrmelPathOverride) return OrmelExecutableTrustAssessment::trusted();
+  return OrmelExecutableTrustPolicy::assessSystemExecutable(path, options.trustCommandRunner);
+}
+
+OrmelExecutableTrustAssessment assessmentOrRejection(const std::string& path, const OrmelOptions& options) {
+  try {
+    return assessment(path, options);
+  } catch (const std::exception& failure) {
+    return OrmelExecutableTrustAssessment::rejected(failure.what());
+  } catch (...) {
+    return OrmelExecutableTrustAssessment::rejected("the trust check failed.");
+  }
+}
+
+}  // namespace
+
+void requireTrustedExecutable(const std::string& path, const OrmelOptions& options) {
+  const auto answer = assessmentOrRejection(path, options);
+  if (!answer.isTrusted()) throw OrmelProcessError::untrustedExecutable(path, answer.reason());
+}
+
+}  // namespace ormel::detail
