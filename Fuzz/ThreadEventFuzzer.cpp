@@ -1,12 +1,12 @@
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <optional>
-#include <string>
 #include <string_view>
 #include <variant>
 
+#include "Check.h"
+#include "OrmelSDK/CodingErrors.h"
 #include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/RecordCoding.h"
 #include "OrmelSDK/ThreadEvent.h"
 
 namespace {
@@ -20,21 +20,22 @@ bool carriesAnItem(const ThreadEvent& event) {
          std::holds_alternative<ItemCompletedEvent>(event.value);
 }
 
-std::optional<ThreadEvent> readEvent(std::string_view text) {
-  try {
-    return decode<ThreadEvent>(JSONValue::decode(text));
-  } catch (const DecodingError&) {
-    return std::nullopt;
-  }
-}
-
 }  // namespace
 
-// Whatever event a text holds can be written, and what is written reads back to the same event.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const auto event = readEvent({reinterpret_cast<const char*>(data), size});
-  if (!event) return 0;
-  const std::string written = encode(*event).encode();
-  if (!carriesAnItem(*event) && readEvent(written) != event) std::abort();
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  using fuzzing::expect;
+  try {
+    const JSONValue value = JSONValue::decode(std::string_view(reinterpret_cast<const char*>(bytes), size));
+    const auto event = decode<ThreadEvent>(value);
+    // From here on nothing may fail.
+    try {
+      const JSONValue written = JSONValue::decode(encode(event).encode());
+      expect(carriesAnItem(event) || decode<ThreadEvent>(written) == event, "what is written reads back equal", value);
+    } catch (const Error& error) {
+      expect(false, error.what(), value);
+    }
+  } catch (const DecodingError&) {
+    return 0;
+  }
   return 0;
 }

@@ -37,6 +37,12 @@ promises.push(
     "assembleOneLine<BareSplit>/megabytes:100", 2],
   ["start and reap a child, against a bare posix_spawn", "startAndReapChild", "startAndReapBare", 1.2],
 );
+const kinds = [...fastest.keys()].filter((name) => name.startsWith("decodeItem/")).map((name) => name.split("/")[1]);
+for (const kind of kinds) {
+  promises.push([`decode the item ${kind}, against nlohmann's record`, `decodeItem/${kind}`, `decodeItemByNlohmann/${kind}`, 1]);
+  promises.push([`decode the item ${kind}, against a walk that copies texts`, `decodeItem/${kind}`,
+    `walkItemAndCopyTexts/${kind}`, 2]);
+}
 
 console.log("\nRatios of this run (fastest repetitions)\n");
 for (const [subject, measured, yardstick, limit] of promises) {

@@ -72,19 +72,24 @@ constexpr auto variantCase(Words... words) {
 /// The required text under `type`.
 std::string_view decodeType(const JSONValue& value, std::string_view variantName, const CodingPath& path);
 
+template <typename Variant, typename Case>
+Variant decodeCase(const JSONValue& value, const CodingPath& path) {
+  return decodeRecord<typename Case::Record, typename Case::Table>(value, path);
+}
+
+/// The word only chooses the reader, so that the record is made where the caller wants it.
 template <typename Variant>
 Variant decodeVariant(const JSONValue& value, const CodingPath& path) {
+  using Reader = Variant (*)(const JSONValue&, const CodingPath&);
   const std::string_view type = decodeType(value, typeName<Variant>(), path);
-  std::optional<Variant> decoded;
+  Reader reader = nullptr;
   const auto tryCase = [&](const auto& variantCase) {
-    using Case = std::remove_cvref_t<decltype(variantCase)>;
     if (!variantCase.reads(type)) return false;
-    decoded.emplace(decodeRecord<typename Case::Record, typename Case::Table>(value, path));
+    reader = decodeCase<Variant, std::remove_cvref_t<decltype(variantCase)>>;
     return true;
   };
   std::apply([&](const auto&... cases) { return (tryCase(cases) || ...); }, VariantTable<Variant>::cases);
-  if (!decoded) return VariantTable<Variant>::decodeUnknown(type, value, path);
-  return *std::move(decoded);
+  return reader ? reader(value, path) : VariantTable<Variant>::decodeUnknown(type, value, path);
 }
 
 template <typename Variant>
