@@ -100,7 +100,7 @@ class MessageBuilder {
         current = openContainer(*slot);
       }
       ++tape_;
-      if (current.header->isObject) finishObject(current.header, texts_);
+      if (current.header->isObject) finishObject(current.header, texts_, JSONElements::uncounted);
       if (depth_ == 0) return root;
       const auto height = static_cast<std::uint16_t>(current.header->height + 1);
       current = stack_[--depth_];
