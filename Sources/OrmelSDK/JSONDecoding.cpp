@@ -29,9 +29,11 @@ constexpr std::size_t keptParserLimit = std::size_t{2} << 20;
 // From this size on a message takes over the parser's string buffer instead of copying out of it.
 constexpr std::size_t adoptionThreshold = std::size_t{256} << 10;
 
-// simdjson counts a container only once it meets something inside, so its own limit lets an empty one pass a level
-// deeper; what it is given here admits every text that may pass, and `decodeBy` refuses the rest.
-constexpr std::size_t parserDepth = JSONValue::maximumDecodingDepth + 1;
+// simdjson counts a container only once it meets something inside, and lets an empty one pass at its limit. The strict
+// limit admits no text that is too deep, and refuses some of exactly the deepest nesting; those are examined and then
+// read with the generous one.
+constexpr std::size_t strictDepth = JSONValue::maximumDecodingDepth;
+constexpr std::size_t generousDepth = strictDepth + 1;
 
 // simdjson's tape: a word is a type in its top byte and a payload below. A container's payload is the position
 // behind it in 32 bits and its element count in 24; a count that does not fit reads as all ones.
@@ -100,7 +102,7 @@ class MessageBuilder {
         current = openContainer(*slot);
       }
       ++tape_;
-      if (current.header->isObject) finishObject(current.header, texts_);
+      if (current.header->isObject) finishObject(current.header, texts_, JSONElements::uncounted);
       if (depth_ == 0) return root;
       const auto height = static_cast<std::uint16_t>(current.header->height + 1);
       current = stack_[--depth_];
@@ -162,7 +164,7 @@ class MessageBuilder {
   std::byte* free_;
   JSONTextPlace texts_;
   std::size_t depth_ = 0;
-  std::array<Frame, parserDepth> stack_;
+  std::array<Frame, generousDepth> stack_;
 };
 
 // What the parser may write for a text of this size: of `["",""]` each three bytes become five, and it copies in
@@ -187,11 +189,11 @@ struct Parser {
     return {padded.get(), text.size()};
   }
 
-  simdjson::error_code run(std::string_view text) {
+  simdjson::error_code run(std::string_view text, std::size_t depth = strictDepth) {
     if (text.size() > parser.capacity()) {
       // Growing in powers of two keeps a slowly rising line length from reallocating at every line.
       const std::size_t capacity = text.size() > keptParserLimit ? text.size() : std::bit_ceil(text.size() | 4096);
-      if (const auto error = parser.allocate(capacity, parserDepth)) return error;
+      if (const auto error = parser.allocate(capacity, depth)) return error;
       if (const auto error = document.allocate(capacity)) return error;
       textsCapacity = capacity;
     }
@@ -266,12 +268,8 @@ JSONValue decodeRefused(std::string_view text, simdjson::error_code error);
 JSONValue decodeBy(std::string_view text, Parser& parser) {
   if (const auto error = parser.run(text)) [[unlikely]]
     return decodeRefused(text, error);
-  JSONValue value =
-      text.size() >= adoptionThreshold ? buildByAdoption(parser.document) : buildByCopy(parser.document, text.size());
-  if (JSONAccess::height(value) > JSONValue::maximumDecodingDepth) [[unlikely]] {
-    return decodeRefused(text, simdjson::DEPTH_ERROR);
-  }
-  return value;
+  if (text.size() >= adoptionThreshold) return buildByAdoption(parser.document);
+  return buildByCopy(parser.document, text.size());
 }
 
 JSONValue decodeLarge(std::string_view text) {
@@ -280,12 +278,13 @@ JSONValue decodeLarge(std::string_view text) {
   return buildByAdoption(parser->document);
 }
 
-JSONValue decodeWithWideIntegers(std::string_view text, const std::vector<std::size_t>& ends) {
+// Reads a text that has been found to be JSON of an allowed depth.
+JSONValue decodeExamined(std::string_view text, const std::vector<std::size_t>& ends) {
   std::string rewritten = withWideIntegersAsDoubles(text, ends);
   const std::size_t size = rewritten.size();
   rewritten.append(jsonPadding, ' ');
   Parser parser;
-  if (parser.run(std::string_view(rewritten).substr(0, size))) failUnsupported();
+  if (parser.run(std::string_view(rewritten).substr(0, size), generousDepth)) failUnsupported();
   return buildByAdoption(parser.document);
 }
 
@@ -298,8 +297,7 @@ JSONValue decodeRefused(std::string_view text, simdjson::error_code error) {
         std::make_shared<JSONSyntaxError>(examination.failure->reason, examination.failure->byteOffset);
     throw DecodingError::dataCorrupted(std::move(context));
   }
-  if (examination.wideIntegerEnds.empty()) failUnsupported();
-  return decodeWithWideIntegers(text, examination.wideIntegerEnds);
+  return decodeExamined(text, examination.wideIntegerEnds);
 }
 
 }  // namespace

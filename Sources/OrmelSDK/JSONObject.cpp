@@ -113,12 +113,15 @@ void buildIndex(JSONContainerHeader* header, const std::vector<SortKey>& keys) {
   header->flags |= JSONContainerHeader::hasIndex;
 }
 
-void settleKeys(JSONContainerHeader* header, JSONTextPlace texts, bool plainASCII) {
+void settleKeys(JSONContainerHeader* header, JSONTextPlace texts, bool plainASCII, JSONElements elements) {
   std::vector<std::string> forms;
   auto keys = sortedKeys(membersOf(header), header->count, texts, plainASCII, forms);
   const auto same = [](const SortKey& left, const SortKey& right) { return left.text == right.text; };
   if (std::adjacent_find(keys.begin(), keys.end(), same) != keys.end()) {
+    auto* const end = membersOf(header) + header->count;
     dropDuplicates(header, keys);
+    // Before the index is laid over the places of the members that fell away.
+    if (elements == JSONElements::counted) std::destroy(membersOf(header) + header->count, end);
     forms.clear();
     keys = sortedKeys(membersOf(header), header->count, texts, plainASCII, forms);
   }
@@ -136,11 +139,11 @@ const JSONValue* findInIndex(const JSONStoredMember* members, std::uint32_t coun
 
 }  // namespace
 
-void finishObject(JSONContainerHeader* header, JSONTextPlace texts) {
+void finishObject(JSONContainerHeader* header, JSONTextPlace texts, JSONElements elements) {
   const KeySurvey survey = surveyKeys(membersOf(header), header->count, texts);
   if (survey.nonASCII) header->flags |= JSONContainerHeader::hasNonASCIIKey;
   if (survey.duplicate || survey.nonASCII || header->count > indexThreshold)
-    settleKeys(header, texts, !survey.nonASCII);
+    settleKeys(header, texts, !survey.nonASCII, elements);
 }
 
 }  // namespace detail

@@ -89,9 +89,12 @@ struct JSONTextPlace {
   }
 };
 
+/// Whether the elements of a container hold references of their own.
+enum class JSONElements : bool { uncounted, counted };
+
 /// Makes the keys of a filled object unique (the last value stands) and builds its index if it needs one. Members
-/// that fall away are left, alive, behind the ones that count.
-void finishObject(JSONContainerHeader* header, JSONTextPlace texts);
+/// that fall away are gone: destroyed if they are counted.
+void finishObject(JSONContainerHeader* header, JSONTextPlace texts, JSONElements elements);
 
 /// The only door from the storage to the value's private parts.
 struct JSONAccess {

@@ -116,8 +116,7 @@ JSONValue JSONValue::object(std::span<const JSONMemberInit> members) {
     texts = detail::storeText(texts, member.key);
     new (slots + header->count++) detail::JSONStoredMember{key, member.value};
   }
-  detail::finishObject(header, {.stored = firstText, .readable = firstText});
-  std::destroy(slots + header->count, slots + count);
+  detail::finishObject(header, {.stored = firstText, .readable = firstText}, detail::JSONElements::counted);
   return result;
 }
 

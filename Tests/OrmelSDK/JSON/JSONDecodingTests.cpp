@@ -220,6 +220,29 @@ TEST(JSONDecoding, ReadsNestingOfUpTo512LevelsAndRefusesMore) {
   EXPECT_EQ(syntaxFailure(objects), (SyntaxFailure{"Too many nested arrays or objects", 512 * 5}));
 }
 
+TEST(JSONDecoding, CountsDepthTheSameWayInTextsOfEverySize) {
+  // White space brings the text to the sizes at which the reader changes its way.
+  for (const std::size_t padding : {0u, 300'000u, 3'000'000u}) {
+    const std::string space(padding, ' ');
+    for (const std::string_view inner : {"", "1"}) {
+      const std::string deepest = std::string(512, '[').append(inner) + std::string(512, ']');
+      for (const std::string& text : {deepest + space, "[" + deepest + "]" + space}) {
+        const bool allowed = text.starts_with(deepest);
+        ormel::detail::ByteBuffer buffer;
+        buffer.append(text);
+        (void)buffer.room(ormel::detail::jsonPadding);
+        if (allowed) {
+          EXPECT_EQ(JSONValue::decode(text).encode(), deepest) << padding;
+          EXPECT_EQ(ormel::detail::decodePaddedJSON(std::move(buffer)).encode(), deepest) << padding;
+        } else {
+          EXPECT_EQ(syntaxFailure(text), (SyntaxFailure{"Too many nested arrays or objects", 512})) << padding;
+          EXPECT_THROW(ormel::detail::decodePaddedJSON(std::move(buffer)), DecodingError) << padding;
+        }
+      }
+    }
+  }
+}
+
 TEST(JSONDecoding, CountsDepthTheSameWayWithAWideIntegerInside) {
   const std::string wide = "123456789012345678901234567890";
   EXPECT_NO_THROW(JSONValue::decode(std::string(512, '[') + wide + std::string(512, ']')));

@@ -203,6 +203,30 @@ TEST(JSONValueConstruction, LetsTheLastValueOfARepeatedKeyStand) {
   EXPECT_EQ(value.find("a")->stringValue(), "last");
 }
 
+TEST(JSONValueConstruction, LetsTheLastValueOfARepeatedKeyStandInObjectsAroundTheSizeThatIsIndexed) {
+  for (const std::size_t distinct : {31u, 32u, 33u, 40u}) {
+    for (const std::size_t repeated : {0u, 1u, 2u, 30u}) {
+      std::vector<std::string> keys;
+      for (std::size_t key = 0; key < distinct + repeated; ++key) {
+        keys.push_back((distinct == 40 ? "\u00e9" : "key") + std::to_string(key % distinct));
+      }
+      std::vector<JSONMemberInit> members;
+      for (const auto& key : keys) members.emplace_back(key, "text " + std::to_string(members.size()));
+      const JSONValue value = JSONValue::object(members);
+      members.clear();
+      EXPECT_EQ(value.objectValue()->size(), distinct);
+      for (std::size_t key = 0; key < distinct; ++key) {
+        const std::size_t last = key < repeated ? key + distinct : key;
+        ASSERT_NE(value.find(keys[key]), nullptr);
+        EXPECT_EQ(value.find(keys[key])->stringValue(), "text " + std::to_string(last));
+      }
+      EXPECT_EQ(value.find("absent"), nullptr);
+      EXPECT_EQ(value.detached(), value);
+      EXPECT_EQ(JSONValue::decode(value.encode()), value);
+    }
+  }
+}
+
 TEST(JSONValueConstruction, BoundsTheDepth) {
   const JSONValue deepest = arrayOfDepth(JSONValue::maximumDepth);
   EXPECT_EQ(deepest.encode().size(), 2 * JSONValue::maximumDepth);
