@@ -1,5 +1,7 @@
 #include "OrmelSDK/Platform/IORuntime.h"
 
+#include <unistd.h>
+
 #include "OrmelSDK/Platform/AllSignalsBlocked.h"
 
 namespace ormel::detail {
@@ -12,14 +14,26 @@ thread_local bool onPoolThread = false;
 
 }  // namespace
 
+class IORuntime::Ending {
+ public:
+  explicit Ending(IORuntime& runtime) noexcept : runtime_(runtime) {}
+  Ending(const Ending&) = delete;
+  Ending& operator=(const Ending&) = delete;
+  ~Ending() { runtime_.endThreads(); }
+
+ private:
+  IORuntime& runtime_;
+};
+
 IORuntime& IORuntime::shared() {
-  static IORuntime runtime;
+  static IORuntime& runtime = *new IORuntime();
+  static const Ending atTheEndOfTheProcess(runtime);
   return runtime;
 }
 
 bool IORuntime::isPoolThread() noexcept { return onPoolThread; }
 
-IORuntime::IORuntime() : work_(context_.get_executor()) {
+IORuntime::IORuntime() : process_(::getpid()), work_(context_.get_executor()) {
   const AllSignalsBlocked blocked;
   for (int started = 0; started < threadCount; ++started) {
     threads_.emplace_back([this] {
@@ -29,10 +43,13 @@ IORuntime::IORuntime() : work_(context_.get_executor()) {
   }
 }
 
-IORuntime::~IORuntime() {
-  work_.reset();
+void IORuntime::endThreads() {
+  // A process that the application has forked has a copy of this object, but none of the threads.
+  if (::getpid() != process_) return;
   context_.stop();
-  for (auto& thread : threads_) thread.join();
+  for (auto& thread : threads_) {
+    if (thread.get_id() != std::this_thread::get_id()) thread.join();
+  }
 }
 
 }  // namespace ormel::detail

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
 #include <thread>
@@ -10,10 +12,12 @@ namespace ormel::detail {
 /// The threads on which everything asynchronous of the library runs: one small pool for the whole process.
 ///
 /// All signals are blocked in its threads: a write to a dead peer is an error code there and never a SIGPIPE, and
-/// the application's signal handlers never run on them. The pool starts on first use and is joined when the
-/// process ends.
+/// the application's signal handlers never run on them. The pool starts on first use. Its threads are joined when the
+/// process ends; what is posted later is accepted and never runs. A thread of the pool may end the process.
 ///
 /// *Thread safety*: all members may be called from any thread.
+///
+/// *Object lifetimes*: never destroyed, so that static objects of the application may use the library until the end.
 class IORuntime {
  public:
   static IORuntime& shared();
@@ -26,11 +30,17 @@ class IORuntime {
 
   IORuntime(const IORuntime&) = delete;
   IORuntime& operator=(const IORuntime&) = delete;
-  ~IORuntime();
 
  private:
-  IORuntime();
+  /// Ends the threads of a runtime when it is destroyed.
+  class Ending;
 
+  IORuntime();
+  ~IORuntime() = default;
+
+  void endThreads();
+
+  const pid_t process_;
   asio::io_context context_;
   asio::executor_work_guard<asio::io_context::executor_type> work_;
   std::vector<std::thread> threads_;

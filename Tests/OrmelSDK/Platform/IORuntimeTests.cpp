@@ -1,0 +1,82 @@
+#include "OrmelSDK/Platform/IORuntime.h"
+
+#include <gtest/gtest.h>
+
+#include <asio/post.hpp>
+#include <cstdlib>
+#include <memory>
+
+#include "OrmelSDK/Concurrency/Scheduler.h"
+#include "OrmelSDK/Platform/SystemProcessLauncher.h"
+#include "Support/Eventually.h"
+#include "Support/RecordedChild.h"
+
+namespace ormel::detail {
+
+namespace {
+
+using testing::eventually;
+using ::testing::ExitedWithCode;
+using testing::shell;
+
+constexpr int chosenStatus = 7;
+
+/// Something that the application made before the pool began, and that goes away after the pool has ended.
+class LateUser {
+ public:
+  ~LateUser() {
+    if (!child_) return;
+    productionScheduler().post([] {});
+    child_->output()->stop();
+    child_->write("nobody reads this");
+    child_->terminate();
+    child_.reset();
+  }
+
+  void begin() {
+    child_ = SystemProcessLauncher::shared().launch(shell("exec cat"), [](const Termination&) {});
+    child_->output()->start({});
+    child_->errorOutput()->start({});
+    productionScheduler().post([] {});
+  }
+
+ private:
+  std::unique_ptr<ChildProcess> child_;
+};
+
+LateUser lateUser;
+
+/// Each process that is to end is a fresh one, which starts a pool of its own.
+class IORuntimeDeathTest : public ::testing::Test {
+ protected:
+  void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
+}  // namespace
+
+TEST_F(IORuntimeDeathTest, MayBeUsedUntilTheVeryEndOfTheProcess) {
+  EXPECT_EXIT(
+      {
+        lateUser.begin();
+        std::exit(chosenStatus);
+      },
+      ExitedWithCode(chosenStatus), "");
+}
+
+TEST_F(IORuntimeDeathTest, LetsOneOfItsThreadsEndTheProcess) {
+  EXPECT_EXIT(
+      {
+        asio::post(IORuntime::shared().context(), [] { std::exit(chosenStatus); });
+        eventually([] { return false; });
+      },
+      ExitedWithCode(chosenStatus), "");
+}
+
+TEST(IORuntimeForkDeathTest, IsLeftAloneByAForkedProcessThatEnds) {
+  testing::RecordedChild child(SystemProcessLauncher::shared(), shell("exec cat"));
+  EXPECT_EXIT(std::exit(chosenStatus), ExitedWithCode(chosenStatus), "");
+  child->write("still here");
+  EXPECT_TRUE(child.waitForOutput("still here"));
+}
+
+}  // namespace ormel::detail
