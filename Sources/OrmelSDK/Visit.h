@@ -1,9 +1,19 @@
 #pragma once
 
+#include <concepts>
 #include <utility>
 #include <variant>
 
 namespace ormel {
+
+template <typename Type, typename Variant>
+inline constexpr bool isCaseOf = false;
+template <typename Type, typename... Cases>
+inline constexpr bool isCaseOf<Type, std::variant<Cases...>> = (std::same_as<Type, Cases> || ...);
+
+/// A type that is one of the alternatives of a `std::variant`.
+template <typename Type, typename Variant>
+concept CaseOf = isCaseOf<Type, Variant>;
 
 template <typename... Functions>
 struct Overloaded : Functions... {

@@ -34,6 +34,11 @@ struct Codec {
   template <>                                                                                            \
   ormel::JSONValue ormel::coding::Codec<ormel::Type>::encode(const ormel::Type& value);
 
+/// For a type that is printed in the form of a record but has no JSON form. At global scope.
+#define ORMEL_DECLARE_PRINTED(Type) \
+  template <>                       \
+  ormel::JSONValue ormel::coding::Codec<ormel::Type>::encode(const ormel::Type& value);
+
 /// A word of a list that may grow: a bare string on the wire.
 template <std::derived_from<OpenVocabulary> Word>
 struct Codec<Word> {

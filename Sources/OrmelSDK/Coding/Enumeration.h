@@ -51,19 +51,17 @@ constexpr Words<Enumeration, count> tolerant(Enumeration fallback, std::array<Wo
   return {words, fallback};
 }
 
-/// Trimmed of white space and line ends at both ends, without "_" and "-", in lower case.
+/// Trimmed of white space and line ends at both ends, without "_" and "-", in lower case; all in Unicode's sense.
 std::string canonicalWord(std::string_view text);
 
 /// The case that a text stands for, or nothing if the enumeration is closed and does not have it.
 template <typename Enumeration>
 std::optional<Enumeration> enumerationCase(std::string_view text) {
   constexpr const auto& words = EnumerationTable<Enumeration>::words;
-  if (!words.fallback) {
-    for (const auto& word : words.all) {
-      if (word.text == text) return word.value;
-    }
-    return std::nullopt;
+  for (const auto& word : words.all) {
+    if (word.text == text) return word.value;
   }
+  if (!words.fallback) return std::nullopt;
   const std::string canonical = canonicalWord(text);
   for (const auto& word : words.all) {
     if (canonicalWord(word.text) == canonical) return word.value;
@@ -105,9 +103,12 @@ JSONValue encodeEnumeration(Enumeration value) {
   template <>                           \
   std::string_view ormel::rawValue<ormel::Type>(ormel::Type value);
 
-#define ORMEL_DEFINE_ENUMERATION(Type)                               \
+#define ORMEL_DEFINE_ENUMERATION(Type) ORMEL_DEFINE_ENUMERATION_BY(Type, decodeEnumeration<ormel::Type>)
+
+/// Defines the codec of an enumeration that is written by its table and read by a function.
+#define ORMEL_DEFINE_ENUMERATION_BY(Type, reading)                   \
   template <>                                                        \
   std::string_view ormel::rawValue<ormel::Type>(ormel::Type value) { \
     return coding::enumerationWord(value);                           \
   }                                                                  \
-  ORMEL_DEFINE_CODEC_BY(Type, decodeEnumeration<ormel::Type>, encodeEnumeration)
+  ORMEL_DEFINE_CODEC_BY(Type, reading, encodeEnumeration)

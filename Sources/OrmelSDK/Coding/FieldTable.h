@@ -15,6 +15,12 @@
 // and the family's `.cpp` says ORMEL_DEFINE_RECORD(ThreadGoal). Keys are tried in the order given, a later one only
 // when the earlier is absent or null; the first is written. A record that leaves a field out of its table does not
 // compile.
+//
+// Two more members of a table are optional:
+//   static constexpr std::string_view writtenType = "agent_message";
+//     the record says its own type when it is written, by itself or as a case of a variant
+//   static void finish(Record& record, const JSONObject& object, const CodingPath& path);
+//     what the fields cannot tell one by one; called when all have been read
 
 #include <array>
 #include <cstddef>

@@ -17,6 +17,12 @@
 
 namespace ormel::coding {
 
+/// Whether an object has something other than null under a key.
+inline bool hasValue(const JSONObject& object, std::string_view key) {
+  const JSONValue* value = object.find(key);
+  return value && !value->isNull();
+}
+
 /// The value under the first of a field's keys that has one other than null, and that key; else null and the last.
 struct FoundValue {
   const JSONValue* value = nullptr;
@@ -72,19 +78,24 @@ Record decodeRecord(const JSONValue& value, const CodingPath& path) {
   if (!object) failUnexpected(typeName<Record>(), value, path);
   Record record;
   std::apply([&](const auto&... fields) { (decodeField(record, *object, fields, path), ...); }, Table::fields);
+  if constexpr (requires { Table::finish(record, *object, path); }) Table::finish(record, *object, path);
   return record;
 }
+
+template <typename Table>
+inline constexpr bool writesOwnType = requires { Table::writtenType; };
 
 /// Adds a record's members to an object in the making.
 template <typename Record, typename Table = RecordTable<Record>>
 void encodeMembers(const Record& record, std::vector<JSONMemberInit>& members) {
+  if constexpr (writesOwnType<Table>) members.emplace_back("type", Table::writtenType);
   std::apply([&](const auto&... fields) { (encodeField(record, fields, members), ...); }, Table::fields);
 }
 
 template <typename Record, typename Table = RecordTable<Record>>
 JSONValue encodeRecord(const Record& record) {
   std::vector<JSONMemberInit> members;
-  members.reserve(std::tuple_size_v<std::remove_cvref_t<decltype(Table::fields)>>);
+  members.reserve(std::tuple_size_v<std::remove_cvref_t<decltype(Table::fields)>> + 1);
   encodeMembers<Record, Table>(record, members);
   return JSONValue::object(members);
 }
@@ -115,10 +126,13 @@ JSONValue encode(const Type& value) {
 #define ORMEL_DEFINE_PUBLIC_CODING(Type)                                    \
   template ormel::Type ormel::decode<ormel::Type>(const JSONValue&);        \
   template ormel::JSONValue ormel::encode<ormel::Type>(const ormel::Type&); \
-  namespace ormel {                                                         \
-  std::ostream& operator<<(std::ostream& stream, const Type& value) {       \
-    return stream << #Type << ' ' << coding::Codec<Type>::encode(value);    \
-  }                                                                         \
+  ORMEL_DEFINE_PRINTING(Type)
+
+#define ORMEL_DEFINE_PRINTING(Type)                                      \
+  namespace ormel {                                                      \
+  std::ostream& operator<<(std::ostream& stream, const Type& value) {    \
+    return stream << #Type << ' ' << coding::Codec<Type>::encode(value); \
+  }                                                                      \
   }
 
 /// Defines the codec of a type by a reading and a writing function.
@@ -137,3 +151,16 @@ JSONValue encode(const Type& value) {
 #define ORMEL_DEFINE_RECORD(Record)                                                                                   \
   static_assert(ormel::coding::tableIsComplete<ormel::Record>(), "a field of " #Record " is missing from its table"); \
   ORMEL_DEFINE_CODEC_BY(Record, decodeRecord<ormel::Record>, encodeRecord)
+
+/// Defines how a type without a JSON form is printed, by a function that writes it as if it had one.
+#define ORMEL_DEFINE_PRINTED_BY(Type, writing)                                           \
+  template <>                                                                            \
+  ormel::JSONValue ormel::coding::Codec<ormel::Type>::encode(const ormel::Type& value) { \
+    return writing(value);                                                               \
+  }                                                                                      \
+  ORMEL_DEFINE_PRINTING(Type)
+
+/// Defines how a record without a JSON form is printed, from a table of its fields.
+#define ORMEL_DEFINE_PRINTED_RECORD(Record)                                                                           \
+  static_assert(ormel::coding::tableIsComplete<ormel::Record>(), "a field of " #Record " is missing from its table"); \
+  ORMEL_DEFINE_PRINTED_BY(Record, encodeRecord)

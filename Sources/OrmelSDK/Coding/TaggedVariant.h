@@ -11,7 +11,8 @@
 //     static UserInput decodeUnknown(std::string_view type, const JSONValue& value, const CodingPath& path);
 //   };
 //
-// The first word is written. Alternatives without a case are the business of `encodeUnknown`.
+// The first word is written, unless the record's table says the type itself. Alternatives without a case are the
+// business of `encodeUnknown`.
 
 #include <array>
 #include <cstddef>
@@ -65,7 +66,7 @@ struct VariantCase {
 template <typename Record, typename Table = RecordTable<Record>, typename... Words>
 constexpr auto variantCase(Words... words) {
   const std::array<std::string_view, sizeof...(Words)> list{std::string_view(words)...};
-  return VariantCase<Record, Table, sizeof...(Words)>{list, true, list[0]};
+  return VariantCase<Record, Table, sizeof...(Words)>{list, !writesOwnType<Table>, list[0]};
 }
 
 /// The required text under `type`.

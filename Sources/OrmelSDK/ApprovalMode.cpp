@@ -1,0 +1,61 @@
+#include "OrmelSDK/ApprovalMode.h"
+
+#include <map>
+#include <string>
+
+#include "OrmelSDK/ApprovalModeTables.h"
+#include "OrmelSDK/Coding/RecordCodec.h"
+
+namespace ormel {
+
+std::optional<ApprovalMode> ApprovalMode::fromRawValue(std::string_view rawValue) {
+  const auto policy = coding::enumerationCase<Policy>(rawValue);
+  if (!policy) return std::nullopt;
+  return *policy == Policy::onFailure ? onRequest : ApprovalMode(*policy);
+}
+
+std::string_view ApprovalMode::rawValue() const {
+  const auto* policy = std::get_if<Policy>(&value);
+  return policy ? coding::enumerationWord(*policy) : "granular";
+}
+
+JSONValue ApprovalMode::jsonValue() const { return encode(*this == onFailure ? onRequest : *this); }
+
+namespace coding {
+
+namespace {
+
+std::optional<GranularApprovalMode> granularMode(const JSONValue& value, const CodingPath& path) {
+  try {
+    const auto modes = Codec<std::map<std::string, GranularApprovalMode>>::decode(value, path);
+    const auto found = modes.find("granular");
+    if (found != modes.end()) return found->second;
+  } catch (const DecodingError&) {
+    // Whatever is wrong in it, it is no policy.
+  }
+  return std::nullopt;
+}
+
+ApprovalMode decodeApprovalMode(const JSONValue& value, const CodingPath& path) {
+  if (const auto text = value.stringValue()) {
+    if (const auto mode = ApprovalMode::fromRawValue(*text)) return *mode;
+  } else if (const auto granular = granularMode(value, path)) {
+    return *granular;
+  }
+  failCorrupted("Unsupported approval policy", path);
+}
+
+JSONValue encodeApprovalMode(const ApprovalMode& mode) {
+  const auto* granular = std::get_if<GranularApprovalMode>(&mode.value);
+  if (!granular) return mode.rawValue();
+  return JSONValue::object({{"granular", Codec<GranularApprovalMode>::encode(*granular)}});
+}
+
+}  // namespace
+
+}  // namespace coding
+
+}  // namespace ormel
+
+ORMEL_DEFINE_RECORD(GranularApprovalMode)
+ORMEL_DEFINE_CODEC_BY(ApprovalMode, decodeApprovalMode, encodeApprovalMode)

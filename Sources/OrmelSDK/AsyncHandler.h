@@ -1,0 +1,121 @@
+#pragma once
+
+#include <concepts>
+#include <functional>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+#include "OrmelSDK/Concurrency/Task.h"
+
+namespace ormel {
+
+template <class Signature>
+class AsyncHandler;
+
+namespace detail {
+
+template <class T>
+struct AwaitedType {
+  using Type = T;
+};
+template <class T>
+struct AwaitedType<Task<T>> {
+  using Type = T;
+};
+
+/// What a call of the function gives in the end, be it at once or by a task.
+template <class Function, class... Args>
+using AwaitedResult = typename AwaitedType<std::invoke_result_t<Function&, Args...>>::Type;
+
+}  // namespace detail
+
+/// A function given by the application that the library calls later and waits for. It is made from any callable that
+/// returns the result, or a `Task` of the result:
+///
+///     options.commandApprovalHandler = [](const CommandApprovalRequest&) { return OrmelApprovalDecision::decline; };
+///     options.commandApprovalHandler = [&](CommandApprovalRequest request) -> Task<OrmelApprovalDecision> {
+///       const bool yes = co_await window.ask(request.command);
+///       co_return yes ? OrmelApprovalDecision::accept : OrmelApprovalDecision::decline;
+///     };
+///
+/// A callable that returns its result at once must not block for long, since it holds up a thread of the library; one
+/// that waits for a person returns a task.
+///
+/// *Thread safety*: the callable may be called from several threads of the library at the same time.
+///
+/// *Object lifetimes*: copies share one callable, with whatever state it has; it need not be copyable. It lives as long
+/// as any copy, and as any task made from one. Arguments live until the callable's task has ended, also where the
+/// callable takes them by reference.
+///
+/// *Errors*: what the callable or its task throws leaves the handler's task.
+template <class Result, class... Args>
+class AsyncHandler<Result(Args...)> {
+ public:
+  template <class Function>
+    requires(!std::same_as<std::remove_cvref_t<Function>, AsyncHandler> &&
+             std::invocable<std::decay_t<Function>&, Args...> &&
+             (std::is_void_v<Result> ||
+              std::is_convertible_v<detail::AwaitedResult<std::decay_t<Function>, Args...>, Result>))
+  AsyncHandler(Function&& function)
+      : callable_(std::make_shared<CallableOf<std::decay_t<Function>>>(std::forward<Function>(function))) {}
+
+  AsyncHandler(const AsyncHandler&) = default;
+  AsyncHandler& operator=(const AsyncHandler&) = default;
+
+  /// A task that calls the callable once it is started.
+  Task<Result> operator()(Args... args) const { return run(callable_, std::forward<Args>(args)...); }
+
+ private:
+  struct Callable {
+    virtual ~Callable() = default;
+    virtual Task<Result> call(Args&... args) = 0;
+  };
+
+  template <class Function>
+  struct CallableOf final : Callable {
+    explicit CallableOf(Function given) : function(std::move(given)) {}
+
+    Task<Result> call(Args&... args) override {
+      using Returned = std::invoke_result_t<Function&, Args...>;
+      if constexpr (std::same_as<Returned, Task<Result>>) {
+        return std::invoke(function, std::forward<Args>(args)...);
+      } else if constexpr (detail::isTask<Returned>) {
+        return convert(std::invoke(function, std::forward<Args>(args)...));
+      } else {
+        return callPlain(function, args...);
+      }
+    }
+
+    Function function;
+  };
+
+  // Keeps the callable and the arguments alive to the end.
+  static Task<Result> run(std::shared_ptr<Callable> callable, Args... args) {
+    Task<Result> task = callable->call(args...);
+    co_return co_await std::move(task);
+  }
+
+  template <class Returned>
+  static Task<Result> convert(Task<Returned> task) {
+    if constexpr (std::is_void_v<Result>) {
+      co_await std::move(task);
+    } else {
+      co_return co_await std::move(task);
+    }
+  }
+
+  template <class Function>
+  static Task<Result> callPlain(Function& function, Args&... args) {
+    if constexpr (std::is_void_v<Result>) {
+      std::invoke(function, std::forward<Args>(args)...);
+      co_return;
+    } else {
+      co_return std::invoke(function, std::forward<Args>(args)...);
+    }
+  }
+
+  std::shared_ptr<Callable> callable_;
+};
+
+}  // namespace ormel

@@ -1,0 +1,32 @@
+#include "OrmelSDK/FileChangeItems.h"
+
+#include <string>
+#include <string_view>
+
+#include "OrmelSDK/Coding/RecordCodec.h"
+#include "OrmelSDK/Coding/TaggedVariant.h"
+#include "OrmelSDK/FileChangeItemsTables.h"
+
+namespace ormel::coding {
+
+namespace {
+
+PatchChangeKind patchChangeKind(std::string_view word, const CodingPath& path) {
+  const auto kind = enumerationCase<PatchChangeKind>(word);
+  if (!kind) failCorrupted("Unknown patch change kind: " + std::string(word), path);
+  return *kind;
+}
+
+PatchChangeKind decodePatchChangeKind(const JSONValue& value, const CodingPath& path) {
+  if (const auto word = value.stringValue()) return patchChangeKind(*word, path);
+  return patchChangeKind(decodeType(value, typeName<PatchChangeKind>(), path), path.at("type"));
+}
+
+}  // namespace
+
+}  // namespace ormel::coding
+
+ORMEL_DEFINE_ENUMERATION(PatchApplyStatus)
+ORMEL_DEFINE_ENUMERATION_BY(PatchChangeKind, decodePatchChangeKind)
+ORMEL_DEFINE_RECORD(FileUpdateChange)
+ORMEL_DEFINE_RECORD(FileChangeItem)

@@ -1,0 +1,24 @@
+#include "OrmelSDK/PermissionProfile.h"
+
+#include "OrmelSDK/Coding/RecordCodec.h"
+#include "OrmelSDK/PermissionProfileTables.h"
+
+namespace ormel {
+
+RequestPermissionProfile decodePermissionProfile(const JSONObject& object) {
+  RequestPermissionProfile profile;
+  if (const auto* network = object.find("network")) profile.network = *network;
+  const auto* fileSystem = object.find("fileSystem");
+  if (!fileSystem) fileSystem = object.find("file_system");
+  if (fileSystem) profile.fileSystem = *fileSystem;
+  return profile;
+}
+
+JSONValue permissionProfileJSONObject(const GrantedPermissionProfile& profile) { return encode(profile); }
+JSONValue permissionProfileJSONObject(const RequestPermissionProfile& profile) { return encode(profile); }
+
+}  // namespace ormel
+
+ORMEL_DEFINE_RECORD(RequestPermissionProfile)
+ORMEL_DEFINE_RECORD(GrantedPermissionProfile)
+ORMEL_DEFINE_ENUMERATION(PermissionGrantScope)

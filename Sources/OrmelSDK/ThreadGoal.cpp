@@ -1,0 +1,7 @@
+#include "OrmelSDK/ThreadGoal.h"
+
+#include "OrmelSDK/Coding/RecordCodec.h"
+#include "OrmelSDK/ThreadGoalTables.h"
+
+ORMEL_DEFINE_ENUMERATION(ThreadGoalStatus)
+ORMEL_DEFINE_RECORD(ThreadGoal)

@@ -1,0 +1,36 @@
+#include "OrmelSDK/ThreadItem.h"
+
+#include <string>
+
+#include "OrmelSDK/ThreadItemTables.h"
+
+namespace ormel {
+
+const std::string& ThreadItem::id() const {
+  return visit(*this, [](const auto& item) -> const std::string& { return item.id; });
+}
+
+std::optional<SharedText> ThreadItem::agentMessageText() const {
+  const auto* message = std::get_if<AgentMessageItem>(&value);
+  if (!message) return std::nullopt;
+  return message->text;
+}
+
+}  // namespace ormel
+
+namespace ormel::coding {
+
+ThreadItem VariantTable<ThreadItem>::decodeUnknown(std::string_view type, const JSONValue& value,
+                                                   const CodingPath& path) {
+  const JSONValue* id = value.find("id");
+  if (!id || !id->stringValue()) failCorrupted("Unknown item type: " + std::string(type), path.at("type"));
+  return Codec<UnknownThreadItem>::decode(value, path);
+}
+
+JSONValue VariantTable<ThreadItem>::encodeUnknown(const ThreadItem& item) {
+  return Codec<UnknownThreadItem>::encode(std::get<UnknownThreadItem>(item.value));
+}
+
+}  // namespace ormel::coding
+
+ORMEL_DEFINE_VARIANT(ThreadItem)

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+
+#include "OrmelSDK/CollaborationItems.h"
+#include "OrmelSDK/CommandItems.h"
+#include "OrmelSDK/DynamicToolCallItems.h"
+#include "OrmelSDK/FileChangeItems.h"
+#include "OrmelSDK/McpToolCallItems.h"
+#include "OrmelSDK/MediaItems.h"
+#include "OrmelSDK/MessageItems.h"
+#include "OrmelSDK/NoticeItems.h"
+#include "OrmelSDK/PlanningItems.h"
+#include "OrmelSDK/RecordCoding.h"
+#include "OrmelSDK/SharedText.h"
+#include "OrmelSDK/Visit.h"
+
+namespace ormel {
+
+/// One piece of a turn's content. Use `visit` or `std::get_if` to tell the cases apart.
+///
+/// Has a JSON form: an object whose `type` tells the case. A type that is not known is read as `UnknownThreadItem` if
+/// the object has an `id`. Some cases write no `type`, as their records say; such an object cannot be read back as a
+/// `ThreadItem`.
+struct ThreadItem {
+  using Value =
+      std::variant<UserMessageItem, HookPromptItem, AgentMessageItem, PlanItem, ReasoningItem, EnteredReviewModeItem,
+                   ExitedReviewModeItem, ContextCompactionItem, CommandExecutionItem, FileChangeItem, McpToolCallItem,
+                   DynamicToolCallItem, CollabAgentToolCallItem, WebSearchItem, ImageViewItem, ImageGenerationItem,
+                   TodoListItem, SleepItem, SubAgentActivityItem, ErrorItem, UnknownThreadItem>;
+  Value value;
+
+  ThreadItem() = default;
+  template <CaseOf<Value> Case>
+  ThreadItem(Case item) : value(std::move(item)) {}
+
+  const std::string& id() const;
+
+  /// The text of an agent's message; absent for every other case.
+  std::optional<SharedText> agentMessageText() const;
+
+  friend bool operator==(const ThreadItem&, const ThreadItem&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ThreadItem& value);
+};
+
+}  // namespace ormel

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+namespace ormel {
+
+/// An execution environment that a turn may use, and where in it.
+struct TurnEnvironment {
+  std::string environmentID;
+  std::string workingDirectory;
+  friend bool operator==(const TurnEnvironment&, const TurnEnvironment&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const TurnEnvironment& value);
+};
+
+}  // namespace ormel

@@ -1,0 +1,37 @@
+#include "OrmelSDK/WireEnumerations.h"
+
+#include <string>
+
+#include "OrmelSDK/Coding/RecordCodec.h"
+#include "OrmelSDK/WireEnumerationsTables.h"
+
+namespace ormel::coding {
+
+namespace {
+
+CollaborationMode decodeCollaborationMode(const JSONValue& value, const CodingPath& path) {
+  const JSONValue* const mode = value.objectValue() ? value.find("mode") : &value;
+  if (!mode) failMissingKey("mode", path);
+  const CodingPath modePath = mode == &value ? path : path.at("mode");
+  const auto text = mode->stringValue();
+  if (!text) failUnexpected("String", *mode, modePath);
+  const auto found = enumerationCase<CollaborationMode>(*text);
+  if (!found) failCorrupted("Unknown collaboration mode: " + std::string(*text), modePath);
+  return *found;
+}
+
+}  // namespace
+
+}  // namespace ormel::coding
+
+ORMEL_DEFINE_ENUMERATION(SandboxMode)
+ORMEL_DEFINE_ENUMERATION(ApprovalsReviewer)
+ORMEL_DEFINE_ENUMERATION(Personality)
+ORMEL_DEFINE_ENUMERATION(ThreadStartSource)
+ORMEL_DEFINE_ENUMERATION(ThreadSource)
+ORMEL_DEFINE_ENUMERATION(WebSearchMode)
+ORMEL_DEFINE_ENUMERATION(ModelReasoningSummary)
+ORMEL_DEFINE_ENUMERATION(ModelVerbosity)
+ORMEL_DEFINE_ENUMERATION_BY(CollaborationMode, decodeCollaborationMode)
+ORMEL_DEFINE_PUBLIC_CODING(ModelReasoningEffort)
+ORMEL_DEFINE_PUBLIC_CODING(ServiceTier)
