@@ -1,0 +1,21 @@
+#include "OrmelSDK/ThreadEvent.h"
+
+#include <string>
+
+#include "OrmelSDK/Coding/RecordCodec.h"
+#include "OrmelSDK/ThreadEventTables.h"
+
+namespace ormel::coding {
+
+ThreadEvent VariantTable<ThreadEvent>::decodeUnknown(std::string_view type, const JSONValue&, const CodingPath&) {
+  return UnknownThreadEvent{std::string(type)};
+}
+
+JSONValue VariantTable<ThreadEvent>::encodeUnknown(const ThreadEvent& event) {
+  return Codec<UnknownThreadEvent>::encode(std::get<UnknownThreadEvent>(event.value));
+}
+
+}  // namespace ormel::coding
+
+ORMEL_DEFINE_RECORD(UnknownThreadEvent)
+ORMEL_DEFINE_VARIANT(ThreadEvent)
