@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "OrmelSDK/Concurrency/Task.h"
+#include "OrmelSDK/Concurrency/TaskResult.h"
 
 namespace ormel {
 
@@ -67,23 +68,31 @@ class AsyncHandler<Result(Args...)> {
   Task<Result> operator()(Args... args) const { return run(callable_, std::forward<Args>(args)...); }
 
  private:
+  // No coroutine here depends on the callable's type: that of a lambda would give the frame's type no linkage.
   struct Callable {
     virtual ~Callable() = default;
-    virtual Task<Result> call(Args&... args) = 0;
+
+    /// Gives a task, or sets `result` and gives an empty one.
+    virtual Task<Result> call(TaskResult<Result>& result, Args&... args) = 0;
   };
 
   template <class Function>
   struct CallableOf final : Callable {
     explicit CallableOf(Function given) : function(std::move(given)) {}
 
-    Task<Result> call(Args&... args) override {
+    Task<Result> call(TaskResult<Result>& result, Args&... args) override {
       using Returned = std::invoke_result_t<Function&, Args...>;
       if constexpr (std::same_as<Returned, Task<Result>>) {
         return std::invoke(function, std::forward<Args>(args)...);
       } else if constexpr (detail::isTask<Returned>) {
-        return convert(std::invoke(function, std::forward<Args>(args)...));
+        return converted(std::invoke(function, std::forward<Args>(args)...));
+      } else if constexpr (std::is_void_v<Result>) {
+        static_cast<void>(std::invoke(function, std::forward<Args>(args)...));
+        result.setValue();
+        return {};
       } else {
-        return callPlain(function, args...);
+        result.setValue(std::invoke(function, std::forward<Args>(args)...));
+        return {};
       }
     }
 
@@ -92,26 +101,18 @@ class AsyncHandler<Result(Args...)> {
 
   // Keeps the callable and the arguments alive to the end.
   static Task<Result> run(std::shared_ptr<Callable> callable, Args... args) {
-    Task<Result> task = callable->call(args...);
-    co_return co_await std::move(task);
+    TaskResult<Result> result;
+    Task<Result> task = callable->call(result, args...);
+    if (task) co_return co_await std::move(task);
+    co_return result.take();
   }
 
   template <class Returned>
-  static Task<Result> convert(Task<Returned> task) {
+  static Task<Result> converted(Task<Returned> task) {
     if constexpr (std::is_void_v<Result>) {
       co_await std::move(task);
     } else {
       co_return co_await std::move(task);
-    }
-  }
-
-  template <class Function>
-  static Task<Result> callPlain(Function& function, Args&... args) {
-    if constexpr (std::is_void_v<Result>) {
-      std::invoke(function, std::forward<Args>(args)...);
-      co_return;
-    } else {
-      co_return std::invoke(function, std::forward<Args>(args)...);
     }
   }
 

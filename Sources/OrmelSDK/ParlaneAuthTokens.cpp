@@ -10,7 +10,7 @@ namespace {
 // What is printed ends up in logs.
 JSONValue encodeWithoutSecret(const ParlaneAuthTokensRefreshResponse& response) {
   ParlaneAuthTokensRefreshResponse shown = response;
-  if (!shown.accessToken.empty()) shown.accessToken = "(secret)";
+  if (!shown.accessToken.empty()) shown.accessToken = "<secret>";
   return encodeRecord(shown);
 }
 

@@ -1,0 +1,10 @@
+#include "OrmelSDK/ApprovalRequests.h"
+
+#include "OrmelSDK/ApprovalRequestsTables.h"
+#include "OrmelSDK/Coding/RecordCodec.h"
+
+ORMEL_DEFINE_PUBLIC_CODING(CommandApprovalKind)
+ORMEL_DEFINE_PRINTED_RECORD(CommandApprovalRequest)
+ORMEL_DEFINE_PRINTED_RECORD(FileChangeApprovalRequest)
+ORMEL_DEFINE_PRINTED_RECORD(PermissionsApprovalRequest)
+ORMEL_DEFINE_PRINTED_RECORD(PermissionsApprovalResponse)
