@@ -54,6 +54,16 @@ constexpr Words<Enumeration, count> tolerant(Enumeration fallback, std::array<Wo
 /// Trimmed of white space and line ends at both ends, without "_" and "-", in lower case; all in Unicode's sense.
 std::string canonicalWord(std::string_view text);
 
+/// The case whose word has the same canonical form as a text.
+template <typename Enumeration>
+std::optional<Enumeration> canonicalCase(std::string_view text) {
+  const std::string canonical = canonicalWord(text);
+  for (const auto& word : EnumerationTable<Enumeration>::words.all) {
+    if (canonicalWord(word.text) == canonical) return word.value;
+  }
+  return std::nullopt;
+}
+
 /// The case that a text stands for, or nothing if the enumeration is closed and does not have it.
 template <typename Enumeration>
 std::optional<Enumeration> enumerationCase(std::string_view text) {
@@ -62,11 +72,8 @@ std::optional<Enumeration> enumerationCase(std::string_view text) {
     if (word.text == text) return word.value;
   }
   if (!words.fallback) return std::nullopt;
-  const std::string canonical = canonicalWord(text);
-  for (const auto& word : words.all) {
-    if (canonicalWord(word.text) == canonical) return word.value;
-  }
-  return words.fallback;
+  const auto found = canonicalCase<Enumeration>(text);
+  return found ? found : words.fallback;
 }
 
 template <typename Enumeration>

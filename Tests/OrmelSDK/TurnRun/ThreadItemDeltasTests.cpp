@@ -1,0 +1,106 @@
+#include "OrmelSDK/AppServerRun/ThreadItemDeltas.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using namespace ormel;
+using namespace ormel::detail;
+
+TEST(MergeAgentMessageDelta, BeginsAMessageThatWasNotThere) {
+  AgentMessageItem expected;
+  expected.id = "a";
+  expected.text = "x";
+  EXPECT_EQ(mergeAgentMessageDelta(nullptr, "a", "x"), expected);
+  const ThreadItem plan = PlanItem{"a", "other"};
+  EXPECT_EQ(mergeAgentMessageDelta(&plan, "a", "x"), expected);
+}
+
+TEST(MergeAgentMessageDelta, KeepsAllButTheText) {
+  AgentMessageItem message;
+  message.id = "a";
+  message.text = "x";
+  message.phase = AgentMessagePhase::commentary;
+  message.memoryCitation = MemoryCitation{{}, {"r"}};
+  message.delivery = "d";
+  message.questions.emplace();
+  const ThreadItem stored = message;
+  const ThreadItem merged = mergeAgentMessageDelta(&stored, "a", "y");
+  EXPECT_EQ(stored, message);
+  message.text = "xy";
+  EXPECT_EQ(merged, message);
+}
+
+TEST(MergeAgentMessageDelta, ExtendsTheTextInPlace) {
+  ThreadItem latest = mergeAgentMessageDelta(nullptr, "a", std::string(1000, 'x'));
+  const ThreadItem first = latest;
+  for (int i = 0; i < 10; ++i) latest = mergeAgentMessageDelta(&latest, "a", "");
+  EXPECT_EQ(first.agentMessageText()->view().data(), latest.agentMessageText()->view().data());
+}
+
+TEST(MergeCommandOutputDelta, ExtendsTheOutputOfACommand) {
+  const CommandExecutionItem command{"c", "ls", "/", "p", {JSONValue(1)}, "o", 3, CommandExecutionStatus::inProgress,
+                                     4};
+  const ThreadItem stored = command;
+  CommandExecutionItem expected = command;
+  expected.aggregatedOutput = "op";
+  EXPECT_EQ(mergeCommandOutputDelta(&stored, "p"), expected);
+}
+
+TEST(MergeCommandOutputDelta, DropsTheOutputOfNoCommand) {
+  const ThreadItem plan = PlanItem{"c", ""};
+  EXPECT_EQ(mergeCommandOutputDelta(nullptr, "p"), std::nullopt);
+  EXPECT_EQ(mergeCommandOutputDelta(&plan, "p"), std::nullopt);
+}
+
+TEST(MergeMcpToolCallProgress, ReplacesTheMessageOfACall) {
+  McpToolCallItem call;
+  call.id = "m";
+  call.server = "s";
+  call.progressMessage = "old";
+  const ThreadItem stored = call;
+  call.progressMessage = "new";
+  EXPECT_EQ(mergeMcpToolCallProgress(&stored, "new"), call);
+}
+
+TEST(MergeMcpToolCallProgress, DropsTheProgressOfNoCall) {
+  const ThreadItem plan = PlanItem{"m", ""};
+  EXPECT_EQ(mergeMcpToolCallProgress(nullptr, "p"), std::nullopt);
+  EXPECT_EQ(mergeMcpToolCallProgress(&plan, "p"), std::nullopt);
+}
+
+TEST(MergeFileChangePatch, ReplacesTheChangesAndKeepsTheStatus) {
+  const JSONValue changes = JSONValue::decode(R"([{"path":"b","kind":"add"},{"kind":"add"}])");
+  const ThreadItem stored = FileChangeItem{"f", {{"a", PatchChangeKind::update}}, PatchApplyStatus::declined};
+  EXPECT_EQ(mergeFileChangePatch(&stored, "f", changes.arrayValue()),
+            (FileChangeItem{"f", {{"b", PatchChangeKind::add}}, PatchApplyStatus::declined}));
+  EXPECT_EQ(mergeFileChangePatch(nullptr, "f", changes.arrayValue()),
+            (FileChangeItem{"f", {{"b", PatchChangeKind::add}}, PatchApplyStatus::inProgress}));
+  EXPECT_EQ(mergeFileChangePatch(&stored, "f", nullptr), (FileChangeItem{"f", {}, PatchApplyStatus::declined}));
+}
+
+TEST(MergeReasoningLikeDelta, GathersTextInOneContent) {
+  const ThreadItem one = mergeReasoningLikeDelta(nullptr, "r", "a", false);
+  const ThreadItem two = mergeReasoningLikeDelta(&one, "r", "b", false);
+  EXPECT_EQ(two, (ReasoningItem{"r", {}, {"ab"}}));
+  EXPECT_EQ(mergeReasoningLikeDelta(nullptr, "r", "", false), (ReasoningItem{"r", {}, {}}));
+}
+
+TEST(MergeReasoningLikeDelta, JoinsTheSummaryAndTheContentOfAReasoning) {
+  const ThreadItem stored = ReasoningItem{"r", {"s"}, {"c"}};
+  EXPECT_EQ(mergeReasoningLikeDelta(&stored, "r", "d", false), (ReasoningItem{"r", {}, {"s\ncd"}}));
+  EXPECT_EQ(stored, (ReasoningItem{"r", {"s"}, {"c"}}));
+}
+
+TEST(MergeReasoningLikeDelta, ContinuesAPlanOnlyInAPlan) {
+  const ThreadItem plan = PlanItem{"p", "a"};
+  EXPECT_EQ(mergeReasoningLikeDelta(&plan, "p", "b", true), (PlanItem{"p", "ab"}));
+  EXPECT_EQ(mergeReasoningLikeDelta(&plan, "p", "b", false), (ReasoningItem{"p", {}, {"b"}}));
+  const ThreadItem reasoning = ReasoningItem{"p", {"s"}, {}};
+  EXPECT_EQ(mergeReasoningLikeDelta(&reasoning, "p", "b", true), (PlanItem{"p", "sb"}));
+  EXPECT_EQ(mergeReasoningLikeDelta(nullptr, "p", "", true), (PlanItem{"p", ""}));
+}
+
+}  // namespace
