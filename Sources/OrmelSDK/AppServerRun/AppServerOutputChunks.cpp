@@ -12,7 +12,7 @@ void callIfSet(const std::function<void()>& callback) {
 
 }  // namespace
 
-EventChannel<ByteBuffer> appServerOutputChunks(std::shared_ptr<PipeReader> from,
+EventChannel<ByteBuffer> appServerOutputChunks(const std::shared_ptr<PipeReader>& from,
                                                AppServerOutputChunkCallbacks callbacks) {
   auto [producer, chunks] = EventChannel<ByteBuffer>::make(ChannelLimit::unbounded(), "output chunk");
   // The reader is held weakly: it holds the handlers, and with them the producer, until it has ended.
@@ -21,13 +21,13 @@ EventChannel<ByteBuffer> appServerOutputChunks(std::shared_ptr<PipeReader> from,
   });
   PipeReadHandlers handlers;
   handlers.onReadStart = std::move(callbacks.onReadStart);
-  handlers.onChunk = [producer = producer, onChunkEnqueued = std::move(callbacks.onChunkEnqueued)](ByteBuffer bytes) {
+  handlers.onChunk = [events = producer, onChunkEnqueued = std::move(callbacks.onChunkEnqueued)](ByteBuffer bytes) {
     callIfSet(onChunkEnqueued);
-    producer.yield(std::move(bytes));
+    events.yield(std::move(bytes));
   };
-  handlers.onEnd = [producer = producer, onEOF = std::move(callbacks.onEOF)] {
+  handlers.onEnd = [events = producer, onEOF = std::move(callbacks.onEOF)] {
     callIfSet(onEOF);
-    producer.finish();
+    events.finish();
   };
   from->start(std::move(handlers));
   return std::move(chunks);

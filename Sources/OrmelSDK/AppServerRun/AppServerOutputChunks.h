@@ -25,6 +25,6 @@ struct AppServerOutputChunkCallbacks {
 /// Reads a pipe into a channel, chunk by chunk as they come, and finishes the channel at the end of file. A consumer
 /// that goes away stops the reading.
 EventChannel<ByteBuffer> appServerOutputChunks(
-    std::shared_ptr<PipeReader> from, AppServerOutputChunkCallbacks callbacks = AppServerOutputChunkCallbacks());
+    const std::shared_ptr<PipeReader>& from, AppServerOutputChunkCallbacks callbacks = AppServerOutputChunkCallbacks());
 
 }  // namespace ormel::detail

@@ -34,7 +34,7 @@ class OrmelExecutableTrustOutput {
 
   /// Takes what is there after the descriptor was seen to be readable.
   void read() {
-    constexpr std::size_t largestRead = 64 * 1024;
+    constexpr std::size_t largestRead = std::size_t{64} * 1024;
     const auto count = ::read(readEnd_.number(), data_.room(largestRead), largestRead);
     if (count > 0) {
       data_.commit(static_cast<std::size_t>(count));

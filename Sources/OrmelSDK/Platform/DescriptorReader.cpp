@@ -10,7 +10,7 @@ namespace ormel::detail {
 namespace {
 
 /// What a pipe of the usual size holds, in bytes.
-constexpr std::size_t largestChunk = 64 * 1024;
+constexpr std::size_t largestChunk = std::size_t{64} * 1024;
 
 /// A chunk that fills less of the buffer than this is copied out, so that a queue of short lines stays small.
 constexpr std::size_t worthKeepingWhole = largestChunk / 2;

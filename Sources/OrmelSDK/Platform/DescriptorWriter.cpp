@@ -14,7 +14,7 @@ namespace ormel::detail {
 namespace {
 
 /// Bytes of one write: the lock is held for no more than this.
-constexpr std::size_t largestWrite = 64 * 1024;
+constexpr std::size_t largestWrite = std::size_t{64} * 1024;
 
 /// After this many writes without a pause other work of the thread has its turn.
 constexpr int writesPerTurn = 16;

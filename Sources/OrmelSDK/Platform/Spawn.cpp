@@ -14,7 +14,7 @@
 #if defined(__APPLE__)
 #include <crt_externs.h>
 #else
-extern char** environ;
+extern char** environ;  // NOLINT(readability-redundant-declaration): only some systems' headers declare it
 #endif
 
 namespace ormel::detail {
@@ -129,7 +129,7 @@ class CStrings {
 std::vector<std::string> environmentEntries(const std::map<std::string, std::string>& variables) {
   std::vector<std::string> entries;
   entries.reserve(variables.size());
-  for (const auto& [name, value] : variables) entries.push_back(name + "=" + value);
+  for (const auto& [name, value] : variables) entries.emplace_back(name).append("=").append(value);
   return entries;
 }
 
