@@ -5,7 +5,8 @@ include(LibraryDependencies)
 find_path(ASIO_INCLUDE_DIR asio.hpp REQUIRED)
 add_library(asio::asio INTERFACE IMPORTED)
 set_target_properties(asio::asio PROPERTIES INTERFACE_INCLUDE_DIRECTORIES "${ASIO_INCLUDE_DIR}")
-target_compile_definitions(asio::asio INTERFACE ASIO_NO_DEPRECATED)
+# Asio takes aligned_alloc or operator new by what a file included before it; every file must decide alike.
+target_compile_definitions(asio::asio INTERFACE ASIO_NO_DEPRECATED ASIO_DISABLE_STD_ALIGNED_ALLOC)
 target_link_libraries(asio::asio INTERFACE Threads::Threads)
 if("${ORMEL_SANITIZERS}" MATCHES "thread")
   # The thread sanitizer does not know fences; the locks around Asio's queues order the same accesses.
