@@ -120,6 +120,10 @@ void InMemoryProcess::after(std::chrono::nanoseconds delay, std::function<void()
   timers_.push_back(scheduler_.postAfter(delay, std::move(piece), "server's timer"));
 }
 
+void InMemoryProcess::evenAfterEnd(std::chrono::nanoseconds delay, std::function<void()> work) {
+  timers_.push_back(scheduler_.postAfter(delay, std::move(work), "server's timer"));
+}
+
 std::vector<std::string> InMemoryProcess::methodsRead() const {
   std::vector<std::string> methods;
   for (const JSONValue& message : messagesRead_) {

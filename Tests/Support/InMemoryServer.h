@@ -63,6 +63,8 @@ class InMemoryProcess final : public std::enable_shared_from_this<InMemoryProces
   /// Does something as a piece of its own, or once time has passed, unless the process has ended by then.
   void later(std::function<void()> work);
   void after(std::chrono::nanoseconds delay, std::function<void()> work);
+  /// For what others do with the pipes of a process that has ended.
+  void evenAfterEnd(std::chrono::nanoseconds delay, std::function<void()> work);
 
   // What can be known.
 
