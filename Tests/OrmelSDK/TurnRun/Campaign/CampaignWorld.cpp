@@ -13,8 +13,8 @@ namespace {
 
 /// A schedule takes a few hundred steps.
 constexpr std::uint64_t stepLimit = 100'000;
-/// Most conversations are over after so many steps.
-constexpr std::uint64_t stepsOfInterest = 160;
+/// Two operations that follow each other are over after about so many steps.
+constexpr std::uint64_t stepsOfInterest = 70;
 
 std::string_view stampOf(std::string_view id) {
   const auto place = id.find('@');
