@@ -23,9 +23,8 @@ AppServerMessage messageWithMethod(const JSONObject& object, const JSONValue& me
   const auto name = method.stringValue();
   if (!name || name->empty()) refuse("Invalid app-server JSON-RPC method");
   if (!object.contains("id")) return ServerNotificationMessage{std::string(*name), payload};
-  auto id = requestID(object);
-  if (!id) refuse("Invalid app-server JSON-RPC request id");
-  return ServerRequestMessage{std::string(*name), *std::move(id), payload};
+  if (!requestID(object)) refuse("Invalid app-server JSON-RPC request id");
+  return ServerRequestMessage{std::string(*name), payload};
 }
 
 std::string bareErrorMessage(const JSONObject& object) {

@@ -11,7 +11,6 @@ namespace ormel::detail {
 /// The server asks the client for something. `payload` is the whole message.
 struct ServerRequestMessage {
   std::string method;
-  AppServerRequestID id;
   JSONValue payload;
 };
 

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "OrmelSDK/AppServerRun/MessageParams.h"
 #include "OrmelSDK/ThreadRunError.h"
 
 namespace ormel::detail {
@@ -69,12 +70,6 @@ const Row<N>* rowOf(std::string_view method) {
   }();
   const auto found = rows.find(method);
   return found == rows.end() ? nullptr : found->second;
-}
-
-const JSONValue& paramsOf(const JSONValue& payload) {
-  static const JSONValue none = JSONValue::object({});
-  const JSONValue* params = payload.find("params");
-  return params && params->objectValue() ? *params : none;
 }
 
 }  // namespace

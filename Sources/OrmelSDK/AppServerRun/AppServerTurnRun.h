@@ -34,6 +34,8 @@
 
 namespace ormel::detail {
 
+struct ElicitationContext;
+
 /// What a run is made with, once for its life.
 struct AppServerTurnRunConfiguration {
   AppServerTurnRunConfiguration() {}
@@ -167,6 +169,7 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   };
 
   struct Notifications;
+  struct ServerRequests;
 
   AppServerTurnRun(AppServerTurnRunConfiguration configuration, RunSurroundings surroundings);
 
@@ -277,6 +280,17 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
 
   // Requests of the server.
   void dispatchServerRequest(const ServerRequestMessage& request);
+  /// Works an answer out, and writes it if it is still wanted then.
+  static Task<void> serve(std::weak_ptr<AppServerTurnRun> owner, AppServerRequestID id, ServerRequestScope scope,
+                          Task<JSONValue> response, std::optional<ElicitationContext> context);
+  /// Takes the request out, unless its answer is not wanted any more.
+  bool takePendingServerRequest(const AppServerRequestID& id, const ServerRequestScope& scope);
+  void completePendingServerRequest(const AppServerRequestID& id, const ServerRequestScope& scope,
+                                    const JSONValue& result, const std::optional<ElicitationContext>& context);
+  void failPendingServerRequest(const AppServerRequestID& id, const ServerRequestScope& scope,
+                                const std::exception_ptr& error);
+  void applyServerRequestResult(const AppServerRequestID& id, const JSONValue& result,
+                                const std::optional<ElicitationContext>& context);
   void respondToServerRequest(const AppServerRequestID& id, const JSONValue& result);
   void respondToServerRequestError(const AppServerRequestID& id, std::int64_t code, const std::string& message);
   static Task<void> submitUserInputOn(Self self, std::string itemID,
