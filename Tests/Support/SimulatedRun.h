@@ -23,7 +23,7 @@ namespace ormel::testing {
 /// A run of the engine in a simulation, and a server that answers every request of an operation until it is told
 /// otherwise: the threads are "t1", or the one resumed, or "f1" for a fork, or "r1" for a review; the turn is "u1".
 ///
-///     underSeeds(seeds, [](SimulatedScheduler& scheduler) {
+///     inManyOrders([](SimulatedScheduler& scheduler) {
 ///       SimulatedRun engine(scheduler);
 ///       const auto heard = engine.startTurn();
 ///       engine.completeTurn();
@@ -222,7 +222,11 @@ class SimulatedRun {
   std::vector<JSONValue> kept_;
 };
 
-/// How many orders of events each test tries.
-inline constexpr std::uint64_t seeds = 10;
+/// The same scenario under several orders of what can happen at the same time.
+template <typename Scenario>
+void inManyOrders(Scenario scenario) {
+  constexpr std::uint64_t orders = 10;
+  underSeeds(orders, scenario);
+}
 
 }  // namespace ormel::testing

@@ -55,6 +55,8 @@ class TurnRunHarness {
 
     ThreadOptions threadOptions;
     OrmelOptions ormelOptions;
+    /// In place of the simulator.
+    std::optional<std::string> executable;
   };
 
   explicit TurnRunHarness(std::string_view scenario, const Settings& settings = Settings())
@@ -160,7 +162,7 @@ class TurnRunHarness {
 
   detail::AppServerTurnRunConfiguration configuration(const Settings& settings) const {
     detail::AppServerTurnRunConfiguration configuration;
-    configuration.executablePath = SimulatorScenario::executable();
+    configuration.executablePath = settings.executable.value_or(SimulatorScenario::executable());
     configuration.ormelOptions = settings.ormelOptions;
     configuration.ormelOptions.selectedOrmelPathOverride = true;
     auto environment = detail::ProcessEnvironment::current();

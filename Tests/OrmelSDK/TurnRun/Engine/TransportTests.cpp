@@ -15,11 +15,6 @@ using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-template <class Scenario>
-void inManyOrders(Scenario scenario) {
-  underSeeds(seeds, scenario);
-}
-
 TEST(AppServerTurnRunTransport, StartsTheServerThroughTheSystemsStarter) {
   SimulatedScheduler scheduler(1);
   SimulatedRun::Options options;
