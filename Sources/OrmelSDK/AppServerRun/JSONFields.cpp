@@ -1,5 +1,7 @@
 #include "OrmelSDK/AppServerRun/JSONFields.h"
 
+#include "OrmelSDK/Coding/KeptValue.h"
+
 namespace ormel::detail {
 
 const JSONValue* valueUnder(const JSONObject& object, JSONKeys keys) {
@@ -28,7 +30,15 @@ std::optional<std::int64_t> integerUnder(const JSONObject& object, JSONKeys keys
 
 std::optional<JSONValue> ownValueUnder(const JSONObject& object, JSONKeys keys) {
   const JSONValue* value = valueUnder(object, keys);
-  return value ? std::optional(*value) : std::nullopt;
+  return value ? std::optional(coding::kept(*value)) : std::nullopt;
+}
+
+std::vector<JSONValue> ownValuesUnder(const JSONObject& object, JSONKeys keys) {
+  const auto listed = [](const JSONValue& value) { return value.arrayValue() ? &value : nullptr; };
+  const JSONValue* found = firstUnder(object, keys, listed);
+  if (!found) return {};
+  const JSONValue list = coding::kept(*found);
+  return {list.arrayValue()->begin(), list.arrayValue()->end()};
 }
 
 std::optional<std::string> ownTextUnder(const JSONObject& object, JSONKeys keys) {
@@ -38,10 +48,6 @@ std::optional<std::string> ownTextUnder(const JSONObject& object, JSONKeys keys)
 
 std::string ownTextUnder(const JSONObject& object, JSONKeys keys, std::string_view fallback) {
   return std::string(textUnder(object, keys).value_or(fallback));
-}
-
-std::vector<JSONValue> valuesOf(const JSONArray* array) {
-  return array ? std::vector<JSONValue>(array->begin(), array->end()) : std::vector<JSONValue>();
 }
 
 }  // namespace ormel::detail

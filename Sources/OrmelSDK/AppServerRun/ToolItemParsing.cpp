@@ -6,6 +6,7 @@
 
 #include "OrmelSDK/AppServerRun/JSONFields.h"
 #include "OrmelSDK/AppServerRun/ThreadItemWords.h"
+#include "OrmelSDK/Coding/KeptValue.h"
 
 namespace ormel::detail {
 
@@ -30,7 +31,7 @@ std::optional<FileUpdateChange> fileUpdateChange(const JSONValue& from) {
 
 std::optional<McpToolCallResult> mcpToolCallResult(const JSONObject* object) {
   if (!object) return std::nullopt;
-  return McpToolCallResult{valuesOf(arrayUnder(*object, {"content"})),
+  return McpToolCallResult{ownValuesUnder(*object, {"content"}),
                            ownValueUnder(*object, {"structuredContent", "structured_content"}),
                            ownValueUnder(*object, {"_meta"})};
 }
@@ -43,7 +44,7 @@ std::optional<McpToolCallError> mcpToolCallError(const JSONObject* object) {
 
 JSONValue arguments(const JSONObject& object) {
   const JSONValue* value = valueUnder(object, {"arguments"});
-  return value ? *value : JSONValue::object();
+  return value ? coding::kept(*value) : JSONValue::object();
 }
 
 }  // namespace
@@ -54,7 +55,7 @@ CommandExecutionItem parseCommandExecutionItem(std::string id, const JSONObject&
   item.command = ownTextUnder(object, {"command"}, "");
   item.workingDirectory = ownTextUnder(object, {"cwd"}, "");
   item.processID = ownTextUnder(object, {"processId", "process_id"});
-  item.commandActions = valuesOf(arrayUnder(object, {"commandActions", "command_actions"}));
+  item.commandActions = ownValuesUnder(object, {"commandActions", "command_actions"});
   item.aggregatedOutput = textUnder(object, {"aggregatedOutput"}).value_or("");
   item.exitCode = integerUnder(object, {"exitCode"});
   item.status = commandExecutionStatus(textUnder(object, {"status"}).value_or("failed"));
