@@ -33,14 +33,6 @@ std::optional<JSONValue> ownValueUnder(const JSONObject& object, JSONKeys keys) 
   return value ? std::optional(coding::kept(*value)) : std::nullopt;
 }
 
-std::vector<JSONValue> ownValuesUnder(const JSONObject& object, JSONKeys keys) {
-  const auto listed = [](const JSONValue& value) { return value.arrayValue() ? &value : nullptr; };
-  const JSONValue* found = firstUnder(object, keys, listed);
-  if (!found) return {};
-  const JSONValue list = coding::kept(*found);
-  return {list.arrayValue()->begin(), list.arrayValue()->end()};
-}
-
 std::optional<std::string> ownTextUnder(const JSONObject& object, JSONKeys keys) {
   const auto text = textUnder(object, keys);
   return text ? std::optional<std::string>(*text) : std::nullopt;
@@ -48,6 +40,10 @@ std::optional<std::string> ownTextUnder(const JSONObject& object, JSONKeys keys)
 
 std::string ownTextUnder(const JSONObject& object, JSONKeys keys, std::string_view fallback) {
   return std::string(textUnder(object, keys).value_or(fallback));
+}
+
+std::vector<JSONValue> valuesOf(const JSONArray* array) {
+  return listOf(array, [](const JSONValue& element) { return std::optional(coding::kept(element)); });
 }
 
 }  // namespace ormel::detail

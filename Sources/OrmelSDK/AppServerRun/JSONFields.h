@@ -45,8 +45,6 @@ std::optional<std::int64_t> integerUnder(const JSONObject& object, JSONKeys keys
 
 /// The same, to be kept beyond the object's message.
 std::optional<JSONValue> ownValueUnder(const JSONObject& object, JSONKeys keys);
-/// All elements of the array; no array has no elements.
-std::vector<JSONValue> ownValuesUnder(const JSONObject& object, JSONKeys keys);
 std::optional<std::string> ownTextUnder(const JSONObject& object, JSONKeys keys);
 std::string ownTextUnder(const JSONObject& object, JSONKeys keys, std::string_view fallback);
 
@@ -71,6 +69,9 @@ std::vector<Text> textsOf(const JSONArray* array) {
     return text ? std::optional<Text>(*text) : std::nullopt;
   });
 }
+
+/// All elements, each to be kept beyond the array's message.
+std::vector<JSONValue> valuesOf(const JSONArray* array);
 
 /// The record in its own JSON form, or nothing if the value does not decode.
 template <typename Record>

@@ -31,7 +31,7 @@ std::optional<FileUpdateChange> fileUpdateChange(const JSONValue& from) {
 
 std::optional<McpToolCallResult> mcpToolCallResult(const JSONObject* object) {
   if (!object) return std::nullopt;
-  return McpToolCallResult{ownValuesUnder(*object, {"content"}),
+  return McpToolCallResult{valuesOf(arrayUnder(*object, {"content"})),
                            ownValueUnder(*object, {"structuredContent", "structured_content"}),
                            ownValueUnder(*object, {"_meta"})};
 }
@@ -55,7 +55,7 @@ CommandExecutionItem parseCommandExecutionItem(std::string id, const JSONObject&
   item.command = ownTextUnder(object, {"command"}, "");
   item.workingDirectory = ownTextUnder(object, {"cwd"}, "");
   item.processID = ownTextUnder(object, {"processId", "process_id"});
-  item.commandActions = ownValuesUnder(object, {"commandActions", "command_actions"});
+  item.commandActions = valuesOf(arrayUnder(object, {"commandActions", "command_actions"}));
   item.aggregatedOutput = textUnder(object, {"aggregatedOutput"}).value_or("");
   item.exitCode = integerUnder(object, {"exitCode"});
   item.status = commandExecutionStatus(textUnder(object, {"status"}).value_or("failed"));

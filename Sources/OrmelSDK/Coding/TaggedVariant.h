@@ -92,8 +92,9 @@ struct VariantWords {
     Collected collected;
     const auto add = [&](const auto& variantCase) {
       for (const std::string_view word : variantCase.words) {
-        Reader& reader = collected.readers[collected.words.add(word)];
-        if (!reader) reader = decodeCase<std::remove_cvref_t<decltype(variantCase)>>;
+        const std::size_t before = collected.words.count;
+        const std::size_t position = collected.words.add(word);
+        if (position == before) collected.readers[position] = decodeCase<std::remove_cvref_t<decltype(variantCase)>>;
       }
     };
     std::apply([&](const auto&... cases) { (add(cases), ...); }, VariantTable<Variant>::cases);

@@ -101,9 +101,17 @@ TEST(KeptValue, IsWhatRecordsHold) {
     EXPECT_EQ(memoryOf(*call.result->meta), memoryOf(from));
     ASSERT_EQ(call.result->content.size(), 2u);
     EXPECT_NE(memoryOf(call.result->content[0]), memoryOf(from));
-    EXPECT_EQ(memoryOf(call.result->content[0]), memoryOf(call.result->content[1]));
     EXPECT_EQ(call.result->content[1], JSONValue("two"));
   }
+}
+
+TEST(KeptValue, KeepsTheElementsOfAListTogether) {
+  const JSONValue from =
+      JSONValue::decode(R"({"content":[{"type":"text"},"two"],"_meta":")" + std::string(large, 'o') + R"("})");
+  const auto content = decode<McpToolCallResult>(from).content;
+  ASSERT_EQ(content.size(), 2u);
+  EXPECT_NE(memoryOf(content[0]), memoryOf(from));
+  EXPECT_EQ(memoryOf(content[0]), memoryOf(content[1]));
 }
 
 TEST(KeptValue, IsWhatDecisionsAndUnknownItemsHold) {
