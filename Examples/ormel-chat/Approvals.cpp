@@ -4,27 +4,12 @@
 #include <utility>
 
 #include "ApprovalQuestion.h"
+#include "AskedQuestion.h"
 #include "Texts.h"
 
 namespace ormel::chat {
 
 namespace {
-
-/// Takes the question back when whoever asked it goes away.
-class AskedQuestion {
- public:
-  AskedQuestion(std::shared_ptr<Inbox> inbox, std::shared_ptr<Question> question)
-      : inbox_(std::move(inbox)), question_(std::move(question)) {
-    inbox_->post(QuestionAsked{question_});
-  }
-  AskedQuestion(const AskedQuestion&) = delete;
-  AskedQuestion& operator=(const AskedQuestion&) = delete;
-  ~AskedQuestion() { inbox_->post(QuestionWithdrawn{std::move(question_)}); }
-
- private:
-  std::shared_ptr<Inbox> inbox_;
-  std::shared_ptr<Question> question_;
-};
 
 /// Who decides: the user, or nobody.
 class Judge {

@@ -31,7 +31,7 @@ const FormOption* FormQuestion::chosenOption(const std::string& line) const {
   return nullptr;
 }
 
-bool FormQuestion::answer(const std::optional<std::string>& line, bool) {
+bool FormQuestion::answer(const std::optional<std::string>& line, bool canAskAgain) {
   if (!line) {
     receiver_(std::nullopt);
     return true;
@@ -42,7 +42,10 @@ bool FormQuestion::answer(const std::optional<std::string>& line, bool) {
     inOwnWords_ = true;
     return false;
   }
-  if (!text.empty()) answers_[field().id] = option ? option->label : text;
+  const std::string& value = option ? option->label : text;
+  const bool isAcceptable = !field().accepts || field().accepts(value);
+  if (!value.empty() && !isAcceptable && canAskAgain) return false;
+  if (!value.empty() && isAcceptable) answers_[field().id] = value;
   inOwnWords_ = false;
   if (++current_ < fields_.size()) return false;
   receiver_(answers_);

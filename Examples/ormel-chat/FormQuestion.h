@@ -23,6 +23,8 @@ struct FormField {
   std::string prompt;
   std::vector<FormOption> options;
   bool isSecret = false;
+  /// Whether an answer will do; any will, if empty.
+  std::function<bool(const std::string&)> accepts = {};
 };
 
 /// For each field that was answered, the answer.

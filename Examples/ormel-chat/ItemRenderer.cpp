@@ -1,5 +1,8 @@
 #include "ItemRenderer.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "Texts.h"
 
 namespace ormel::chat {
@@ -30,6 +33,10 @@ Style styleOf(PatchChangeKind kind) {
       break;
   }
   return Style::yellow;
+}
+
+bool isQuestion(const McpToolCallItem& item) {
+  return item.tool == "elicitation/request" || (item.server == "ormel" && item.tool == "request_user_input");
 }
 
 std::string endOf(const CommandExecutionItem& item) {
@@ -98,14 +105,9 @@ void ItemRenderer::showItem(const PlanItem& item, ItemStage stage) {
 }
 
 void ItemRenderer::showItem(const ReasoningItem& item, ItemStage stage) {
-  if (!item.summary.empty() || !item.content.empty()) openBlock(item.id, "thinking", Style::dim);
-  const auto growAll = [&](const std::vector<SharedText>& texts, const char* kind) {
-    for (std::size_t index = 0; index < texts.size(); ++index) {
-      grow(item.id + kind + std::to_string(index), texts[index], stage, indentation, Style::dim);
-    }
-  };
-  growAll(item.summary, "/summary/");
-  growAll(item.content, "/content/");
+  const SharedText text = item.text();
+  if (!text.empty()) openBlock(item.id, "thinking", Style::dim);
+  grow(item.id, text, stage, indentation, Style::dim);
   if (stage == ItemStage::completed) closeBlock();
 }
 
@@ -130,15 +132,16 @@ void ItemRenderer::showItem(const FileChangeItem& item, ItemStage stage) {
 }
 
 void ItemRenderer::showItem(const TodoListItem& item, ItemStage stage) {
-  auto& shown = shownLists_[item.id];
-  if (shown != item.items) {
-    closeBlock();
+  const auto& todos = item.items;
+  const auto shown = std::exchange(shownLists_[item.id], todos);
+  const bool isSameList =
+      std::equal(todos.begin(), todos.end(), shown.begin(), shown.end(),
+                 [](const TodoItem& left, const TodoItem& right) { return left.text == right.text; });
+  for (std::size_t index = 0; index < todos.size(); ++index) {
+    const auto& [text, completed] = todos[index];
+    if (isSameList && completed == shown[index].completed) continue;
     openBlock(item.id, "to do", Style::cyan);
-    for (const auto& todo : item.items) {
-      console_.line((todo.completed ? "  [x] " : "  [ ] ") + todo.text, todo.completed ? Style::dim : Style::plain);
-    }
-    closeBlock();
-    shown = item.items;
+    console_.line((completed ? "  [x] " : "  [ ] ") + text, completed ? Style::dim : Style::plain);
   }
   if (stage == ItemStage::completed) shownLists_.erase(item.id);
 }
@@ -149,7 +152,7 @@ void ItemRenderer::showToolCall(const std::string& id, std::string_view name, co
 
 void ItemRenderer::showItem(const McpToolCallItem& item, ItemStage stage) {
   // Questions to the user are shown where they are answered.
-  if (item.server == "ormel" && item.tool == "request_user_input") return;
+  if (isQuestion(item)) return;
   showToolCall(item.id, item.server + "." + item.tool, item.arguments);
   if (stage != ItemStage::completed) {
     if (item.progressMessage && *item.progressMessage != shownProgress_) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Approvals.h"
+#include "Elicitations.h"
 #include "Operation.h"
 #include "OrmelSDK/OrmelProcessError.h"
 #include "UserInputQuestion.h"
@@ -27,6 +28,7 @@ ThreadOptions threadOptions(const Options& options, const std::shared_ptr<Inbox>
   result.model = options.model;
   result.workingDirectory = std::filesystem::canonical(options.directory.value_or(".")).string();
   installApprovals(result, inbox, options.approvesEverything);
+  installElicitations(result, inbox);
   return result;
 }
 

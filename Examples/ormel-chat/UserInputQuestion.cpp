@@ -34,8 +34,12 @@ std::vector<FormField> fieldsOf(const JSONValue& arguments) {
   const JSONValue* questions = arguments.find("questions");
   if (!questions || !questions->arrayValue()) return fields;
   for (const JSONValue& question : *questions->arrayValue()) {
-    fields.push_back(
-        {textUnder(question, "id"), textUnder(question, "prompt"), optionsOf(question), isTrue(question, "isSecret")});
+    FormField field;
+    field.id = textUnder(question, "id");
+    field.prompt = textUnder(question, "prompt");
+    field.options = optionsOf(question);
+    field.isSecret = isTrue(question, "isSecret");
+    fields.push_back(std::move(field));
   }
   return fields;
 }
