@@ -6,7 +6,7 @@
 
 namespace ormel::detail {
 
-void AppServerErrorOutput::start(std::shared_ptr<PipeReader> pipe) {
+void AppServerErrorOutput::start(const std::shared_ptr<PipeReader>& pipe) {
   {
     const std::lock_guard guard(lock_);
     pipe_ = pipe;

@@ -20,7 +20,7 @@ namespace ormel::detail {
 class AppServerErrorOutput : public std::enable_shared_from_this<AppServerErrorOutput> {
  public:
   /// Begins to read; once.
-  void start(std::shared_ptr<PipeReader> pipe);
+  void start(const std::shared_ptr<PipeReader>& pipe);
 
   /// What has been read until now, trimmed.
   std::string text() const;

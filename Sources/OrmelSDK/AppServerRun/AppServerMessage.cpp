@@ -45,7 +45,7 @@ AppServerMessage response(const JSONObject& object, AppServerRequestID id) {
 
 }  // namespace
 
-AppServerMessage classifiedAppServerMessage(JSONValue payload) {
+AppServerMessage classifiedAppServerMessage(const JSONValue& payload) {
   const JSONObject* object = payload.objectValue();
   if (!object) refuse("Unexpected non-object JSON from app-server");
   if (object->empty()) refuse("Unexpected app-server protocol object");

@@ -37,6 +37,6 @@ using AppServerMessage =
 
 /// Tells what a line of the server is. Fails with `ThreadRunError` of the kind `streamError` if it is nothing that the
 /// protocol knows, or the bare report of an error.
-AppServerMessage classifiedAppServerMessage(JSONValue payload);
+AppServerMessage classifiedAppServerMessage(const JSONValue& payload);
 
 }  // namespace ormel::detail

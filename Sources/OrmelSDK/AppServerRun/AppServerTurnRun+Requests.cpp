@@ -26,7 +26,7 @@ std::string timeoutMessage(std::string_view method) {
 }  // namespace
 
 Task<JSONValue> AppServerTurnRun::sendRequest(std::string method, std::optional<JSONValue> params) {
-  if (auto error = stream_.completion().senderError()) std::rethrow_exception(std::move(error));
+  if (const auto error = stream_.completion().senderError()) std::rethrow_exception(error);
   const AppServerRequestID id = requests_.takeID();
   const auto operationGeneration = stream_.currentOperationGeneration();
   const JSONValue payload = messageObject(id.jsonValue(), method, params);

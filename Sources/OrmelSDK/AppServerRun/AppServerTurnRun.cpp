@@ -58,7 +58,7 @@ void AppServerTurnRun::prepareForNextTurn() {
   abortedByClient_ = false;
 }
 
-void AppServerTurnRun::finishStreamState(StreamCompletion completion,
+void AppServerTurnRun::finishStreamState(const StreamCompletion& completion,
                                          std::optional<std::uint64_t> finishedOperationGeneration) {
   if (!stream_.isPending()) return;
   recovery_.cancel();
@@ -72,12 +72,12 @@ void AppServerTurnRun::finishStreamState(StreamCompletion completion,
   if (completion.kind() == StreamCompletion::Kind::failed) shutdownProcess();
 }
 
-void AppServerTurnRun::finishCurrent(StreamCompletion completion) {
-  finishStreamState(std::move(completion), stream_.currentOperationGeneration());
+void AppServerTurnRun::finishCurrent(const StreamCompletion& completion) {
+  finishStreamState(completion, stream_.currentOperationGeneration());
 }
 
-void AppServerTurnRun::finishIfCurrent(std::uint64_t operationGeneration, StreamCompletion completion) {
-  if (stream_.isCurrent(operationGeneration)) finishStreamState(std::move(completion), operationGeneration);
+void AppServerTurnRun::finishIfCurrent(std::uint64_t operationGeneration, const StreamCompletion& completion) {
+  if (stream_.isCurrent(operationGeneration)) finishStreamState(completion, operationGeneration);
 }
 
 void AppServerTurnRun::shutdownProcess() {

@@ -178,10 +178,10 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   static Task<void> releaseOn(Self self);
   std::uint64_t reserve();
   void prepareForNextTurn();
-  void finishStreamState(StreamCompletion completion, std::optional<std::uint64_t> finishedOperationGeneration);
-  void finishCurrent(StreamCompletion completion);
+  void finishStreamState(const StreamCompletion& completion, std::optional<std::uint64_t> finishedOperationGeneration);
+  void finishCurrent(const StreamCompletion& completion);
   /// Ends the operation only if it is still the current one.
-  void finishIfCurrent(std::uint64_t operationGeneration, StreamCompletion completion);
+  void finishIfCurrent(std::uint64_t operationGeneration, const StreamCompletion& completion);
   std::uint64_t admit(std::optional<std::uint64_t> preparedOperationGeneration);
 
   // Transport.

@@ -101,9 +101,15 @@ void Agent::advanceTurns() {
     const auto due = turn->due();
     if (due && *due <= now && !turn->ended()) turn->advance();
     if (turn->crashStatus()) exitStatus_ = turn->crashStatus();
-    if (turn->ended()) threads_.save(turn->thread());
+    if (turn->ended()) endTurn(*turn);
   }
   std::erase_if(turns_, [](const auto& turn) { return turn->ended(); });
+}
+
+void Agent::endTurn(AgentTurn& turn) {
+  // A client may end this process as soon as it is told.
+  threads_.save(turn.thread());
+  turn.announceEnd();
 }
 
 void Agent::receiveLines() {
@@ -214,8 +220,8 @@ JSONValue Agent::compactThread(const JSONValue& params) {
 
 JSONValue Agent::startTurn(const JSONValue& params) {
   AgentThread& addressed = thread(params);
-  addressed.applySettings(params);
   AgentTurn& turn = beginTurn(addressed, anyMember(params, "outputSchema").detached());
+  addressed.applySettings(params);
   const JSONObjectBuilder message = userMessage(turn.newItemID("user"), params);
   turn.thenAfter(milliseconds(0), [&turn, message] {
     turn.startItem(message);

@@ -28,6 +28,7 @@ class Agent {
   void receive(const Message& message);
   void answer(const Message& request);
   void advanceTurns();
+  void endTurn(AgentTurn& turn);
   milliseconds timeToNextStep() const;
 
   JSONValue initialize(const JSONValue& params);

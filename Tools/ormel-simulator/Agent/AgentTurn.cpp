@@ -171,9 +171,12 @@ void AgentTurn::finish(const std::string& status, const std::optional<std::strin
   record().errorMessage = errorMessage;
   record().completedAt = secondsNow();
   thread_.updatedAt = secondsNow();
+  ended_ = true;
+}
+
+void AgentTurn::announceEnd() {
   JSONObjectBuilder members;
   notify("turn/completed", members.set("turn", record().json(false)));
-  ended_ = true;
 }
 
 void AgentTurn::reportUsage() {

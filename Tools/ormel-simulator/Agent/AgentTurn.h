@@ -64,7 +64,7 @@ class AgentTurn {
   /// The output that the client is given without pause: lines that are complete already.
   void write(std::string_view lines) { client_.write(lines); }
 
-  /// Ends the turn; what steps it still had are dropped.
+  /// Ends the turn; what steps it still had are dropped. The client is told by `announceEnd`.
   void finish(const std::string& status, const std::optional<std::string>& errorMessage = std::nullopt);
 
   /// Ends the whole program, after that text on standard error.
@@ -83,6 +83,9 @@ class AgentTurn {
 
   /// Does the next step, or ends the turn if there is none.
   void advance();
+
+  /// Tells the client that the turn has ended.
+  void announceEnd();
 
   void steer(const std::string& text) { steering_.push_back(text); }
   void interrupt();

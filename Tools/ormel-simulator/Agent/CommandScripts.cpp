@@ -56,8 +56,8 @@ void endUnapproved(const RunningCommand& command, Approval approval) {
 
 }  // namespace
 
-void playCommand(AgentTurn& turn, const std::string& command) {
-  const RunningCommand running{turn, turn.newItemID("command"), command.empty() ? "ls" : command};
+void playCommand(AgentTurn& turn, const ScriptArgument& argument) {
+  const RunningCommand running{turn, turn.newItemID("command"), argument.line.empty() ? "ls" : argument.line};
   turn.then([&turn, running] {
     turn.startItem(running.item("inProgress"));
     JSONObjectBuilder members;
@@ -73,14 +73,15 @@ void playCommand(AgentTurn& turn, const std::string& command) {
   });
 }
 
-void playListFiles(AgentTurn& turn, const std::string&) { playCommand(turn, "ls"); }
+void playListFiles(AgentTurn& turn, const ScriptArgument&) { playCommand(turn, {"ls", "ls"}); }
 
-void playBigOutput(AgentTurn& turn, const std::string& megabytes) {
+void playBigOutput(AgentTurn& turn, const ScriptArgument& argument) {
   constexpr std::size_t bytesOfDelta = 4096;
   constexpr std::size_t deltasOfWrite = 16;
   constexpr std::size_t writesOfMegabyte = 1024 * 1024 / bytesOfDelta / deltasOfWrite;
   constexpr unsigned mostMegabytes = 10'000;
   unsigned count = 1;
+  const std::string& megabytes = argument.word;
   std::from_chars(megabytes.data(), megabytes.data() + megabytes.size(), count);
   count = std::min(count, mostMegabytes);
 

@@ -33,8 +33,7 @@ void endFileChange(const FileChange& change, Approval approval) {
                                           : "You declined, so I have not " + verb + " " + change.path + ".");
 }
 
-void playFileChange(AgentTurn& turn, const std::string& argument, bool isNew) {
-  const std::string file = argument.substr(0, argument.find(' '));
+void playFileChange(AgentTurn& turn, const std::string& file, bool isNew) {
   const FileChange change{turn, turn.newItemID("change"), file.empty() ? "notes.txt" : file, isNew};
   turn.then([&turn, change] {
     turn.startItem(change.item("inProgress"));
@@ -47,8 +46,8 @@ void playFileChange(AgentTurn& turn, const std::string& argument, bool isNew) {
 
 }  // namespace
 
-void playEdit(AgentTurn& turn, const std::string& file) { playFileChange(turn, file, false); }
+void playEdit(AgentTurn& turn, const ScriptArgument& argument) { playFileChange(turn, argument.word, false); }
 
-void playWrite(AgentTurn& turn, const std::string& file) { playFileChange(turn, file, true); }
+void playWrite(AgentTurn& turn, const ScriptArgument& argument) { playFileChange(turn, argument.word, true); }
 
 }  // namespace ormel::simulator

@@ -37,7 +37,7 @@ std::string answerTo(const std::optional<JSONValue>& result, const char* questio
 
 }  // namespace
 
-void playQuestions(AgentTurn& turn, const std::string&) {
+void playQuestions(AgentTurn& turn, const ScriptArgument&) {
   turn.then([&turn] {
     const JSONValue languages = JSONValue::array({option("C++", "Fast"), option("Python", "Short")});
     const JSONValue sizes = JSONValue::array({option("Small", "One file"), option("Large", "Many files")});
@@ -52,7 +52,7 @@ void playQuestions(AgentTurn& turn, const std::string&) {
   });
 }
 
-void playForm(AgentTurn& turn, const std::string&) {
+void playForm(AgentTurn& turn, const ScriptArgument&) {
   turn.then([&turn] {
     const JSONValue properties = JSONValue::object(
         {{"city", JSONValue::object({{"type", "string"}, {"title", "City"}})},
@@ -71,7 +71,7 @@ void playForm(AgentTurn& turn, const std::string&) {
   });
 }
 
-void playPermissions(AgentTurn& turn, const std::string&) {
+void playPermissions(AgentTurn& turn, const ScriptArgument&) {
   turn.then([&turn] {
     const JSONValue roots = JSONValue::array({turn.thread().cwd});
     JSONObjectBuilder members;

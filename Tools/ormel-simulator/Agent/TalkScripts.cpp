@@ -100,11 +100,11 @@ void playPlainAnswer(AgentTurn& turn) {
   turn.then([&turn] { reportPlan(turn, planSteps.size()); });
 }
 
-void playFailure(AgentTurn& turn, const std::string&) {
+void playFailure(AgentTurn& turn, const ScriptArgument&) {
   turn.then([&turn] { turn.finish("failed", "The turn failed, as you asked"); });
 }
 
-void playError(AgentTurn& turn, const std::string&) {
+void playError(AgentTurn& turn, const ScriptArgument&) {
   turn.then([&turn] {
     JSONObjectBuilder members;
     members.set("error", JSONValue::object({{"message", "The model could not be reached"}})).set("willRetry", true);
@@ -113,7 +113,7 @@ void playError(AgentTurn& turn, const std::string&) {
   turn.say("There was an error, but I tried again and am here.");
 }
 
-void playWarning(AgentTurn& turn, const std::string&) {
+void playWarning(AgentTurn& turn, const ScriptArgument&) {
   turn.then([&turn] {
     JSONObjectBuilder members;
     turn.notify("warning", members.set("message", "This is only a simulation"));
@@ -121,7 +121,7 @@ void playWarning(AgentTurn& turn, const std::string&) {
   turn.say("You have been warned.");
 }
 
-void playSlowAnswer(AgentTurn& turn, const std::string&) {
+void playSlowAnswer(AgentTurn& turn, const ScriptArgument&) {
   // Without any pause it would flood the client.
   const milliseconds pause = std::max(turn.pace(), milliseconds(5));
   turn.then([&turn, pause] {
@@ -132,11 +132,11 @@ void playSlowAnswer(AgentTurn& turn, const std::string&) {
   });
 }
 
-void playCrash(AgentTurn& turn, const std::string&) {
+void playCrash(AgentTurn& turn, const ScriptArgument&) {
   turn.then([&turn] { turn.crash("ormel-simulator: the agent crashed, as you asked\n", 3); });
 }
 
-void playJSONAnswer(AgentTurn& turn, const std::string&) { turn.sayJSON(); }
+void playJSONAnswer(AgentTurn& turn, const ScriptArgument&) { turn.sayJSON(); }
 
 void playReview(AgentTurn& turn, const JSONValue& target) {
   const std::string subject = reviewSubject(target);

@@ -71,8 +71,8 @@ void endToolCall(AgentTurn& turn, const ToolCall& call, const std::optional<JSON
 
 }  // namespace
 
-void playTool(AgentTurn& turn, const std::string& name) {
-  const std::optional<Tool> tool = chosenTool(turn.thread(), name.substr(0, name.find(' ')));
+void playTool(AgentTurn& turn, const ScriptArgument& argument) {
+  const std::optional<Tool> tool = chosenTool(turn.thread(), argument.word);
   if (!tool) return turn.say("You have given me no tool.");
   const ToolCall call{turn.newItemID("tool"), *tool, schemaExample(tool->inputSchema, turn.prompt())};
   turn.then([&turn, call] {

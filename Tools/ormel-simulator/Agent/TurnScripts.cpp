@@ -50,12 +50,13 @@ std::size_t findWords(std::string_view text, std::string_view words) {
   return std::string_view::npos;
 }
 
-/// The rest of the line; of a quoted one, what the quotes hold.
-std::string argumentAt(std::string_view text) {
+ScriptArgument argumentAt(std::string_view text) {
   const std::string line = trimmed(text.substr(0, text.find('\n')));
-  if (line.empty() || std::string_view("`\"'").find(line.front()) == std::string_view::npos) return line;
-  const std::size_t end = line.find(line.front(), 1);
-  return end == std::string::npos ? line : line.substr(1, end - 1);
+  const bool quoted = !line.empty() && std::string_view("`\"'").find(line.front()) != std::string_view::npos;
+  const std::size_t end = quoted ? line.find(line.front(), 1) : std::string::npos;
+  if (end != std::string::npos) return {line.substr(1, end - 1), line.substr(1, end - 1)};
+  const std::string word = line.substr(0, line.find_first_of(" \t"));
+  return {line, word.substr(0, word.find_last_not_of(".,;:!?") + 1)};
 }
 
 }  // namespace

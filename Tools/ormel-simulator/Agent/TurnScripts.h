@@ -7,6 +7,7 @@
 
 #include "OrmelSDK/JSONValue.h"
 #include "ormel-simulator/Agent/AgentTurn.h"
+#include "ormel-simulator/Agent/ScriptArgument.h"
 
 namespace ormel::simulator {
 
@@ -17,7 +18,7 @@ struct TurnScript {
   /// What follows the words, for the help; empty if nothing does.
   std::string_view argument;
   std::string_view effect;
-  void (*play)(AgentTurn& turn, const std::string& argument);
+  void (*play)(AgentTurn& turn, const ScriptArgument& argument);
 };
 
 /// All of them.
