@@ -23,12 +23,9 @@ ormel::Task<void> talkForAWhile(ormel::Thread thread) {
     }
   } catch (const ormel::OrmelProcessError& error) {
     if (error.kind() != ormel::OrmelProcessError::Kind::aborted) throw;
+    // The thread can be used again; its next turn starts another server process.
     std::cout << error.what() << '\n';
   }
-
-  // The thread can be used again.
-  const ormel::Turn turn = co_await thread.run("Are you still there?");
-  std::cout << turn.finalResponse << '\n';
 }
 
 }  // namespace

@@ -43,13 +43,14 @@ Session::Session(Options options, const ServerChoice& server)
     : options_(std::move(options)),
       output_(STDOUT_FILENO),
       renderer_(output_, options_.json),
-      thread_(makeThread(server.ormel, options_, threadOptions(options_, inbox_))) {
+      thread_(makeThread(server.ormel, options_, threadOptions(options_, inbox_))),
+      canBeResumed_(!server.isSimulator()) {
   if (!output_.isTerminal() || options_.json) ownNotes_.emplace(STDERR_FILENO);
   greet(server);
 }
 
 void Session::greet(const ServerChoice& server) {
-  if (server.isSimulator) {
+  if (server.isSimulator()) {
     tell("No ormel server was found: this is ormel-simulator, which only plays an agent.", Style::yellow);
   }
   if (!options_.prompt && input_.isTerminal()) {
@@ -69,7 +70,7 @@ int Session::run() {
     wait();
   }
   leaveLine();
-  if (const auto id = thread_.id(); id && !options_.prompt && input_.isTerminal()) {
+  if (const auto id = thread_.id(); id && canBeResumed_ && !options_.prompt && input_.isTerminal()) {
     tell("To go on with this conversation: ormel-chat --resume " + *id);
   }
   output_.flush();

@@ -80,6 +80,8 @@ class Session {
   QuestionDesk questions_;
   std::map<std::string, std::shared_ptr<Question>> userInputQuestions_;
   const Thread thread_;
+  /// By another run of this program.
+  const bool canBeResumed_;
 
   Phase phase_ = Phase::idle;
   /// Of the operation that was started last.
