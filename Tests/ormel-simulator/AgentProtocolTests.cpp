@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 
 #include "OrmelSDK/ThreadRecords.h"
 #include "OrmelSDK/ThreadTurnRecords.h"
@@ -18,7 +19,6 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::Contains;
-using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
