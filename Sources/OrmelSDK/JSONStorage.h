@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string_view>
 
@@ -44,6 +45,13 @@ struct JSONStorageBlock : JSONBlock {
     return block;
   }
 };
+
+struct JSONBlockRelease {
+  void operator()(const JSONBlock* block) const noexcept { releaseJSONBlock(block); }
+};
+
+/// Owns a block until a value does.
+using JSONBlockPointer = std::unique_ptr<JSONStorageBlock, JSONBlockRelease>;
 
 /// Up to this many members a scan of the keys beats a search in an index.
 inline constexpr std::size_t indexThreshold = 32;
@@ -95,8 +103,11 @@ struct JSONTextPlace {
 /// Whether the elements of a container hold references of their own.
 enum class JSONElements : bool { uncounted, counted };
 
+/// The height of the tallest container among an object's values; 0 when there is none.
+std::size_t tallestValue(const JSONContainerHeader& object) noexcept;
+
 /// Makes the keys of a filled object unique (the last value stands) and builds its index if it needs one. Members
-/// that fall away are gone: destroyed if they are counted.
+/// that fall away are gone: destroyed if they are counted, and the object no higher than what stays.
 void finishObject(JSONContainerHeader* header, JSONTextPlace texts, JSONElements elements);
 
 /// The only door from the storage to the value's private parts.
