@@ -346,6 +346,17 @@ TEST(AgentProtocol, EndsAtOnceWhenItIsTerminated) {
   EXPECT_EQ(agent.end(), -SIGTERM);
 }
 
+TEST(AgentProtocol, LeavesTheInterruptOfATerminalToTheClient) {
+  RawAgent agent;
+  agent.initialize();
+  const std::string thread = agent.startThread();
+  agent.startTurn(thread, "ask");
+  agent.await("item/tool/requestUserInput");
+  ::kill(agent.child().processID(), SIGINT);
+  agent.result("thread/read", ofThread(thread));
+  EXPECT_EQ(agent.finish(), 0);
+}
+
 TEST(AgentProtocol, CrashesWithAStatusAndAMessage) {
   RawAgent agent;
   agent.initialize();

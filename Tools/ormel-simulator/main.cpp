@@ -1,3 +1,6 @@
+#include <unistd.h>
+
+#include <csignal>
 #include <iostream>
 
 #include "ormel-simulator/Agent/Agent.h"
@@ -53,6 +56,8 @@ int check(const std::string& path) {
 
 Exit serveAsAgent(const AgentSettings& settings, Recorder& recorder) {
   Wire wire;
+  // The terminal's interrupt goes to the client too, if one started this process; it is for the client to act on.
+  if (::isatty(STDIN_FILENO) == 0) ignoreAndCount(SIGINT);
   return Agent(wire, recorder, settings).run();
 }
 

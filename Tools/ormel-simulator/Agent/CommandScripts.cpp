@@ -85,7 +85,8 @@ void playBigOutput(AgentTurn& turn, const ScriptArgument& argument) {
   std::from_chars(megabytes.data(), megabytes.data() + megabytes.size(), count);
   count = std::min(count, mostMegabytes);
 
-  const RunningCommand running{turn, turn.newItemID("command"), "cat " + std::to_string(count) + "-megabytes"};
+  const std::string size = std::to_string(count) + " MB";
+  const RunningCommand running{turn, turn.newItemID("command"), "cat megabytes"};
   turn.then([&turn, running] { turn.startItem(running.item("inProgress")); });
   const std::string text(bytesOfDelta - 1, 'x');
   const JSONValue notification = JSONValue::object(
@@ -96,10 +97,9 @@ void playBigOutput(AgentTurn& turn, const ScriptArgument& argument) {
   for (std::size_t write = 0; write < count * writesOfMegabyte; ++write) {
     turn.thenAfter(milliseconds(0), [&turn, shared] { turn.write(*shared); });
   }
-  turn.then([&turn, running, count] {
-    turn.completeItem(running.endedItem({"(" + std::to_string(count) + " MB, not repeated here)\n", 0}));
-  });
-  turn.say("That were " + std::to_string(count) + " MB.");
+  turn.then(
+      [&turn, running, size] { turn.completeItem(running.endedItem({"(" + size + ", not repeated here)\n", 0})); });
+  turn.say("That was " + size + ".");
 }
 
 }  // namespace ormel::simulator
