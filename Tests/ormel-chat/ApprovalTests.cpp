@@ -49,8 +49,9 @@ TEST(ChatApproval, TellsTheServerThatItIsForAlways) {
     server answers {"thread": {"id": "t1"}}
     client asks turn/start
     server answers {"turn": {"id": "u1"}}
-    server asks item/commandExecution/requestApproval {"threadId": "t1", "turnId": "u1", "itemId": "i1", "command": "ls"}
-      expecting {"decision": "acceptForSession"}
+    server asks item/commandExecution/requestApproval {
+      "threadId": "t1", "turnId": "u1", "itemId": "i1", "command": "ls"
+    } expecting {"decision": "acceptForSession"}
     server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status": "completed"}}
   )");
   for (const char* always : {"always\n", "a\n"}) {

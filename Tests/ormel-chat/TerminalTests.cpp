@@ -142,8 +142,8 @@ TEST(ChatInATerminal, HidesASecretWhileItIsTyped) {
     client asks turn/start
     server answers {"turn": {"id": "u1"}}
     server asks item/tool/requestUserInput {"threadId": "t1", "turnId": "u1", "itemId": "i1", "questions":
-      [{"id": "q1", "question": "The password?", "isSecret": true}, {"id": "q2", "question": "And the name?"}]}
-      expecting {"answers": {"q1": {"answers": ["hunter2"]}, "q2": {"answers": ["Ada"]}}}
+      [{"id": "q1", "question": "The password?", "isSecret": true}, {"id": "q2", "question": "And the name?"}]
+    } expecting {"answers": {"q1": {"answers": ["hunter2"]}, "q2": {"answers": ["Ada"]}}}
     server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status": "completed"}}
   )");
   const ChatTerminal terminal(chatCommand("", "ORMEL_SIMULATOR_SCENARIO=" + scenario.path().string()));
