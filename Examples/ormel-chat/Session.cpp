@@ -114,8 +114,17 @@ void Session::takeLine() {
     questions_.answer(line, input_.isTerminal());
   } else {
     leaveLine();
+    if (!input_.isTerminal()) showTakenLine(line);
     perform(command);
   }
+}
+
+void Session::showTakenLine(const std::string& line) {
+  renderer_.pause();
+  output_.flush();
+  notes().separate();
+  notes().line("> " + line, Style::bold);
+  notes().flush();
 }
 
 void Session::takeEndOfInput() {

@@ -66,6 +66,8 @@ class Session {
   Console& notes() { return ownNotes_ ? *ownNotes_ : output_; }
   void tell(std::string_view text, Style style = Style::dim);
   void askForInput();
+  /// So that what comes from a pipe can be followed, too.
+  void showTakenLine(const std::string& line);
   void leaveLine();
   void leave(int status) { exitStatus_ = status; }
 
