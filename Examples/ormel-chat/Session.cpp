@@ -67,7 +67,7 @@ int Session::run() {
     if (!exitStatus_ && input_.isAtEnd()) takeEndOfInput();
     if (exitStatus_) break;
     askForInput();
-    wait();
+    if (!canTakeLine()) wait();
   }
   leaveLine();
   if (const auto id = thread_.id(); id && canBeResumed_ && !options_.prompt && input_.isTerminal()) {
@@ -94,7 +94,7 @@ bool Session::wantsInput() const {
 
 bool Session::canTakeLine() const {
   if (!input_.hasLine()) return false;
-  if (!questions_.isEmpty() || phase_ == Phase::idle) return true;
+  if (questions_.hasAsked() || phase_ == Phase::idle) return true;
   const auto kind = readCommand(input_.line()).kind;
   if (!input_.isTerminal()) return phase_ == Phase::running && kind == Command::Kind::steer;
   return phase_ == Phase::running || kind == Command::Kind::quit || kind == Command::Kind::help;
@@ -107,7 +107,8 @@ void Session::takeLine() {
   const Command command = readCommand(line);
   const bool isCommand = command.kind == Command::Kind::quit || command.kind == Command::Kind::help ||
                          command.kind == Command::Kind::steer;
-  if (!questions_.isEmpty() && !isCommand) {
+  // What was typed before the question was to be seen is no answer to it.
+  if (questions_.hasAsked() && !isCommand) {
     // A terminal shows what is typed by itself.
     if (!input_.isTerminal() && !questions_.isSecret()) notes().write(line);
     leaveLine();
@@ -128,7 +129,11 @@ void Session::showTakenLine(const std::string& line) {
 }
 
 void Session::takeEndOfInput() {
-  while (!questions_.isEmpty()) questions_.answer(std::nullopt, false);
+  while (!questions_.isEmpty()) {
+    askForInput();
+    leaveLine();
+    questions_.answer(std::nullopt, false);
+  }
   if (phase_ == Phase::idle) leave(status_);
 }
 
