@@ -81,10 +81,24 @@ class MessageBuilder {
   MessageBuilder(const std::uint64_t* tape, JSONStorageBlock* block, JSONTextPlace texts)
       : start_(tape), tape_(tape + 1), block_(block), free_(block->payload()), texts_(texts) {}
 
+  // The first value to hold a reference to the block is the one returned: if building fails, the block is still its
+  // owner's.
   JSONValue build() {
-    JSONValue root = readScalar();
-    if (!JSONAccess::isContainer(root)) return root;
-    Frame current = openContainer(root);
+    const char type = tapeType(*tape_);
+    if (type != '{' && type != '[') return readScalar();
+    const void* const root = free_;
+    fill(openContainer(type == '{'));
+    return JSONAccess::make(root, block_, type == '{' ? JSONValue::Kind::object : JSONValue::Kind::array);
+  }
+
+ private:
+  struct Frame {
+    JSONContainerHeader* header;
+    std::byte* next;
+    std::byte* end;
+  };
+
+  void fill(Frame current) {
     for (;;) {
       while (current.next != current.end) {
         auto* slot = reinterpret_cast<JSONValue*>(current.next);
@@ -99,23 +113,16 @@ class MessageBuilder {
         new (slot) JSONValue(readScalar());
         if (!JSONAccess::isContainer(*slot)) continue;
         stack_[depth_++] = current;
-        current = openContainer(*slot);
+        current = openContainer(slot->kind() == JSONValue::Kind::object);
       }
       ++tape_;
       if (current.header->isObject) finishObject(current.header, texts_, JSONElements::uncounted);
-      if (depth_ == 0) return root;
+      if (depth_ == 0) return;
       const auto height = static_cast<std::uint16_t>(current.header->height + 1);
       current = stack_[--depth_];
       current.header->height = std::max(current.header->height, height);
     }
   }
-
- private:
-  struct Frame {
-    JSONContainerHeader* header;
-    std::byte* next;
-    std::byte* end;
-  };
 
   const std::byte* readText() { return texts_.stored + (*tape_++ & tapePayload); }
 
@@ -149,8 +156,7 @@ class MessageBuilder {
     }
   }
 
-  Frame openContainer(const JSONValue& shell) {
-    const bool isObject = shell.kind() == JSONValue::Kind::object;
+  Frame openContainer(bool isObject) {
     const std::uint32_t count = tapeCount(tape_++, start_);
     auto* header = JSONAccess::beginContainer(free_, {.count = count, .height = 1, .flags = 0, .isObject = isObject});
     auto* const elements = reinterpret_cast<std::byte*>(header + 1);
@@ -222,28 +228,30 @@ std::size_t textsBound(const simdjson::dom::document& document, std::size_t sour
 }
 
 // Builds into a new block, which the value then owns; a value without parts needs none.
-JSONValue buildInto(JSONStorageBlock* block, const simdjson::dom::document& document, JSONTextPlace texts) {
-  JSONValue root = MessageBuilder(document.tape.get(), block, texts).build();
-  if (!JSONAccess::owner(root)) releaseJSONBlock(block);
+JSONValue buildInto(JSONBlockPointer block, const simdjson::dom::document& document, JSONTextPlace texts) {
+  JSONValue root = MessageBuilder(document.tape.get(), block.get(), texts).build();
+  if (JSONAccess::owner(root)) (void)block.release();
   return root;
 }
 
 JSONValue buildByCopy(const simdjson::dom::document& document, std::size_t sourceSize) {
   const std::size_t nodes = nodesBound(document);
   const std::size_t texts = textsBound(document, sourceSize);
-  auto* block = JSONStorageBlock::allocate(nodes + texts, JSONStorageBlock::Contents::message);
+  JSONBlockPointer block(JSONStorageBlock::allocate(nodes + texts, JSONStorageBlock::Contents::message));
   std::byte* const copy = block->payload() + nodes;
   const auto* source = reinterpret_cast<const std::byte*>(document.string_buf.get());
-  JSONValue root = buildInto(block, document, {.stored = copy, .readable = source});
+  JSONValue root = buildInto(std::move(block), document, {.stored = copy, .readable = source});
   // Not before the walk: by now the parser's last stores have left the store buffer and can be loaded in blocks.
   if (JSONAccess::owner(root)) std::memcpy(copy, source, texts);
   return root;
 }
 
-JSONValue buildByAdoption(simdjson::dom::document& document) {
-  auto* block = JSONStorageBlock::allocate(nodesBound(document), JSONStorageBlock::Contents::message);
-  block->adoptedTexts = reinterpret_cast<std::byte*>(document.string_buf.release());
-  return buildInto(block, document, {.stored = block->adoptedTexts, .readable = block->adoptedTexts});
+JSONValue buildByAdoption(simdjson::dom::document& document, std::size_t sourceSize) {
+  JSONBlockPointer block(JSONStorageBlock::allocate(nodesBound(document), JSONStorageBlock::Contents::message));
+  block->size += sourceSize;
+  auto* const texts = reinterpret_cast<std::byte*>(document.string_buf.release());
+  block->adoptedTexts = texts;
+  return buildInto(std::move(block), document, {.stored = texts, .readable = texts});
 }
 
 // Makes every integer that may exceed 64 bits a number with an exponent, which simdjson reads as the nearest double.
@@ -268,14 +276,14 @@ JSONValue decodeRefused(std::string_view text, simdjson::error_code error);
 JSONValue decodeBy(std::string_view text, Parser& parser) {
   if (const auto error = parser.run(text)) [[unlikely]]
     return decodeRefused(text, error);
-  if (text.size() >= adoptionThreshold) return buildByAdoption(parser.document);
+  if (text.size() >= adoptionThreshold) return buildByAdoption(parser.document, text.size());
   return buildByCopy(parser.document, text.size());
 }
 
 JSONValue decodeLarge(std::string_view text) {
   const auto parser = std::make_unique<Parser>();
   if (const auto error = parser->run(text)) return decodeRefused(text, error);
-  return buildByAdoption(parser->document);
+  return buildByAdoption(parser->document, text.size());
 }
 
 // Reads a text that has been found to be JSON of an allowed depth.
@@ -285,7 +293,7 @@ JSONValue decodeExamined(std::string_view text, const std::vector<std::size_t>& 
   rewritten.append(jsonPadding, ' ');
   Parser parser;
   if (parser.run(std::string_view(rewritten).substr(0, size), generousDepth)) failUnsupported();
-  return buildByAdoption(parser.document);
+  return buildByAdoption(parser.document, size);
 }
 
 JSONValue decodeRefused(std::string_view text, simdjson::error_code error) {
@@ -310,9 +318,10 @@ JSONValue decodePaddedJSON(ByteBuffer text) {
   if (text.size() <= keptParserLimit) return decodeBy(text.view(), threadParser());
   const auto parser = std::make_unique<Parser>();
   if (const auto error = parser->run(text.view())) return decodeRefused(text.view(), error);
+  const std::size_t size = text.size();
   text = ByteBuffer();
   parser->parser = simdjson::dom::parser();
-  return buildByAdoption(parser->document);
+  return buildByAdoption(parser->document, size);
 }
 
 }  // namespace detail

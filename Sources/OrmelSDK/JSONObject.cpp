@@ -105,6 +105,7 @@ void dropDuplicates(JSONContainerHeader* header, const std::vector<SortKey>& key
     ++kept;
   }
   header->count = kept;
+  header->height = static_cast<std::uint16_t>(tallestValue(*header) + 1);
 }
 
 void buildIndex(JSONContainerHeader* header, const std::vector<SortKey>& keys) {
@@ -138,6 +139,15 @@ const JSONValue* findInIndex(const JSONStoredMember* members, std::uint32_t coun
 }
 
 }  // namespace
+
+std::size_t tallestValue(const JSONContainerHeader& object) noexcept {
+  const auto* const members = reinterpret_cast<const JSONStoredMember*>(&object + 1);
+  std::size_t tallest = 0;
+  for (const auto* member = members; member != members + object.count; ++member) {
+    tallest = std::max(tallest, JSONAccess::height(member->value));
+  }
+  return tallest;
+}
 
 void finishObject(JSONContainerHeader* header, JSONTextPlace texts, JSONElements elements) {
   const KeySurvey survey = surveyKeys(membersOf(header), header->count, texts);

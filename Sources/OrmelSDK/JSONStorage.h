@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string_view>
 
@@ -29,6 +30,8 @@ struct JSONStorageBlock : JSONBlock {
   enum class Contents : std::uint8_t { text, container, message };
 
   Contents contents = Contents::text;
+  /// Bytes of everything behind this header, texts that were taken over included.
+  std::size_t size = 0;
   /// Texts taken over whole from the parser instead of copied; null otherwise.
   std::byte* adoptedTexts = nullptr;
 
@@ -38,9 +41,17 @@ struct JSONStorageBlock : JSONBlock {
     auto* memory = ::operator new(sizeof(JSONStorageBlock) + payloadSize);
     auto* block = new (memory) JSONStorageBlock;
     block->contents = contents;
+    block->size = payloadSize;
     return block;
   }
 };
+
+struct JSONBlockRelease {
+  void operator()(const JSONBlock* block) const noexcept { releaseJSONBlock(block); }
+};
+
+/// Owns a block until a value does.
+using JSONBlockPointer = std::unique_ptr<JSONStorageBlock, JSONBlockRelease>;
 
 /// Up to this many members a scan of the keys beats a search in an index.
 inline constexpr std::size_t indexThreshold = 32;
@@ -92,8 +103,11 @@ struct JSONTextPlace {
 /// Whether the elements of a container hold references of their own.
 enum class JSONElements : bool { uncounted, counted };
 
+/// The height of the tallest container among an object's values; 0 when there is none.
+std::size_t tallestValue(const JSONContainerHeader& object) noexcept;
+
 /// Makes the keys of a filled object unique (the last value stands) and builds its index if it needs one. Members
-/// that fall away are gone: destroyed if they are counted.
+/// that fall away are gone: destroyed if they are counted, and the object no higher than what stays.
 void finishObject(JSONContainerHeader* header, JSONTextPlace texts, JSONElements elements);
 
 /// The only door from the storage to the value's private parts.
@@ -139,6 +153,10 @@ struct JSONAccess {
   }
 
   static const JSONStoredMember* members(const JSONObject& object) noexcept { return object.members(); }
+
+  static bool hasNonASCIIKey(const JSONObject& object) noexcept {
+    return (object.header_.flags & JSONContainerHeader::hasNonASCIIKey) != 0;
+  }
 };
 
 }  // namespace ormel::detail

@@ -94,18 +94,14 @@ JSONValue JSONValue::array(std::initializer_list<JSONValue> elements) {
 JSONValue JSONValue::object(std::span<const JSONMemberInit> members) {
   const std::uint32_t count = detail::checkedCount(members.size());
   std::size_t textSize = 0;
-  std::size_t tallest = 0;
   for (const auto& member : members) {
     if (!isValidUTF8(member.key)) return objectWithRepairedKeys(members);
     textSize += member.key.size() + detail::textOverhead;
-    tallest = std::max(tallest, JSONAccess::height(member.value));
   }
-  const std::uint16_t height = detail::heightAbove(tallest);
   const std::size_t elementsSize = detail::containerSize(count, true);
   auto* block =
       JSONStorageBlock::allocate(elementsSize + textSize + detail::textSlack, JSONStorageBlock::Contents::container);
-  auto* header =
-      JSONAccess::beginContainer(block->payload(), {.count = 0, .height = height, .flags = 0, .isObject = true});
+  auto* header = JSONAccess::beginContainer(block->payload(), {.count = 0, .height = 1, .flags = 0, .isObject = true});
   JSONValue result = JSONAccess::make(header, block, Kind::object);
 
   std::byte* const firstText = block->payload() + elementsSize;
@@ -117,6 +113,7 @@ JSONValue JSONValue::object(std::span<const JSONMemberInit> members) {
     new (slots + header->count++) detail::JSONStoredMember{key, member.value};
   }
   detail::finishObject(header, {.stored = firstText, .readable = firstText}, detail::JSONElements::counted);
+  header->height = detail::heightAbove(detail::tallestValue(*header));
   return result;
 }
 

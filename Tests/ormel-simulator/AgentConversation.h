@@ -1,7 +1,6 @@
 #pragma once
 
-#include <algorithm>
-#include <chrono>
+#include <fstream>
 #include <map>
 #include <string>
 #include <string_view>

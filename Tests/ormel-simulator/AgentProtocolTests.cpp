@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 
 #include "OrmelSDK/ThreadRecords.h"
 #include "OrmelSDK/ThreadTurnRecords.h"
@@ -18,7 +19,6 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::Contains;
-using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -419,8 +419,9 @@ TEST(AgentDocumentation, NamesAllWordsOfTheAgent) {
   page << std::ifstream(std::filesystem::path(ORMEL_SOURCE_FOLDER) / "docs/simulator.md").rdbuf();
   for (const TurnScript& script : turnScripts()) {
     const std::string argument = script.argument.empty() ? "" : " " + std::string(script.argument);
-    EXPECT_THAT(page.str(), HasSubstr("| `" + std::string(script.words) + argument + "` |"));
-    EXPECT_THAT(turnScriptsHelp(), HasSubstr(std::string(script.words) + argument + " "));
+    const std::string words = std::string(script.words) + argument;
+    EXPECT_NE(page.str().find("| `" + words + "` |"), std::string::npos) << words;
+    EXPECT_NE(turnScriptsHelp().find("  " + words + " "), std::string::npos) << words;
   }
 }
 

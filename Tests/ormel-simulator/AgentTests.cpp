@@ -284,6 +284,46 @@ TEST(AgentPermissions, AreUsedAsTheyAreGranted) {
   EXPECT_EQ(AgentConversation().startThread().run("permissions").get().finalResponse, "You granted nothing.");
 }
 
+TEST(AgentTokens, AreTakenFromTheApplication) {
+  AgentConversation agent;
+  agent.threadOptions.parlaneAuthTokensRefreshHandler = [](const ParlaneAuthTokensRefreshRequest& request) {
+    EXPECT_EQ(request.previousAccountID, "account-1");
+    ParlaneAuthTokensRefreshResponse response;
+    response.accessToken = "secret";
+    response.parlaneAccountID = "account-2";
+    return response;
+  };
+  agent.threadOptions.attestationGenerateHandler = [] { return std::string("token-7"); };
+  const Thread thread = agent.startThread();
+  EXPECT_EQ(thread.run("sign in").get().finalResponse, "You are signed in to the account account-2.");
+  EXPECT_EQ(thread.run("attest").get().finalResponse, "You gave me the attestation token-7.");
+}
+
+TEST(AgentTokens, AreMissedWhereTheApplicationHasNone) {
+  const AgentConversation agent;
+  EXPECT_EQ(agent.startThread().run("attest").get().finalResponse, "You gave me no attestation.");
+  EXPECT_THROW(agent.startThread().run("sign in").get(), ThreadRunError);
+}
+
+TEST(AgentTools, OfTheWebAndOfServersAreOnlyShown) {
+  const AgentConversation agent;
+  const Thread thread = agent.startThread();
+  const auto searches = itemsOf<WebSearchItem>(thread.run("search old maps").get());
+  ASSERT_EQ(searches.size(), 1u);
+  EXPECT_EQ(searches[0].query, "old maps");
+  StreamedTurn streamed = thread.runStreamed("look up aardvark").get();
+  const auto events = drain(streamed);
+  std::vector<ThreadItem> updated;
+  for (const auto& event : eventsOf<ItemUpdatedEvent>(events)) updated.push_back(event.item);
+  const auto progress = itemsOf<McpToolCallItem>(updated);
+  ASSERT_EQ(progress.size(), 2u);
+  EXPECT_EQ(progress[1].progressMessage, "volume 2");
+  const auto calls = itemsOf<McpToolCallItem>(completedItems(events));
+  ASSERT_EQ(calls.size(), 1u);
+  EXPECT_EQ(calls[0].status, McpToolCallStatus::completed);
+  EXPECT_EQ(calls[0].result->content.at(0).find("text")->stringValue(), "aardvark is in volume 2");
+}
+
 TEST(AgentTurns, FailWhenTheUserSaysSo) {
   const AgentConversation agent;
   const Thread thread = agent.startThread();

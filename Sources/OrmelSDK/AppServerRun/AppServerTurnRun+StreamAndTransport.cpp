@@ -143,6 +143,14 @@ Task<void> AppServerTurnRun::readStdoutLoop(Reading reading, EventChannel<ByteBu
     last->append(jsonPadding, ' ');
     if (const auto run = reading.run(stop)) run->handleIncomingLine(std::string_view(*last).substr(0, size));
   }
+  {
+    auto run = reading.run(stop);
+    if (!run) co_return;
+    const Strand strand = run->strand_;
+    run.reset();
+    // Whoever waited for one of the last lines goes first: what it does with it may be the operation's own end.
+    co_await strand.yield();
+  }
   if (!reading.run(stop)) co_return;
   co_await AppServerErrorOutput::settled(reading.errorOutput, *reading.scheduler, processExitCoordinationGrace);
   if (const auto run = reading.run(stop)) run->handleEOF(reading.transportGeneration);

@@ -65,7 +65,7 @@ void RunStream::attach(EventProducer<ThreadEvent> producer, std::uint64_t operat
 void RunStream::emit(ThreadEvent event) {
   if (eventContinuation_) {
     eventContinuation_->yield(std::move(event));
-  } else {
+  } else if (currentOperationGeneration_) {
     bufferedEvents_.push_back(std::move(event));
   }
 }

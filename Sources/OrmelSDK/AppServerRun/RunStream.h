@@ -50,7 +50,8 @@ class RunStream {
   /// its operation is failed.
   void attach(EventProducer<ThreadEvent> producer, std::uint64_t operationGeneration);
 
-  /// Keeps the event until a producer is attached, if none is.
+  /// Keeps the event until a producer is attached, if none is. One that belongs to no operation is dropped: an idle
+  /// server may talk for ever.
   void emit(ThreadEvent event);
 
   /// Records the end; no operation is current from now on. `endChannel` is to follow.

@@ -145,6 +145,41 @@ TEST(JSONValueEquality, ComparesTextsByCanonicalEquivalence) {
   EXPECT_NE(JSONValue("\ufb01"), JSONValue("fi"));
 }
 
+TEST(JSONValueEquality, DecomposesTextsAsFarAsTheyGo) {
+  EXPECT_EQ(JSONValue("\u1e69"), JSONValue("s\u0323\u0307"));
+  EXPECT_EQ(JSONValue("\u1e9b\u0323"), JSONValue("\u017f\u0323\u0307"));
+  EXPECT_EQ(JSONValue("\u0344"), JSONValue("\u0308\u0301"));
+  EXPECT_EQ(JSONValue("\u1f82"), JSONValue("\u03b1\u0313\u0300\u0345"));
+  EXPECT_EQ(JSONValue("\uac01"), JSONValue("\u1100\u1161\u11a8"));
+  EXPECT_EQ(JSONValue("\U0002F800"), JSONValue("\u4e3d"));
+}
+
+TEST(JSONValueEquality, OrdersMarksByTheirClassAndNoFurther) {
+  EXPECT_EQ(JSONValue("q\u0307\u0323"), JSONValue("q\u0323\u0307"));
+  EXPECT_NE(JSONValue("q\u0300\u0301"), JSONValue("q\u0301\u0300"));
+  EXPECT_EQ(JSONValue("a\u0307\u0323b\u0323\u0307"), JSONValue("a\u0323\u0307b\u0307\u0323"));
+  EXPECT_NE(JSONValue("a\u0307b\u0323"), JSONValue("a\u0323b\u0307"));
+}
+
+std::string repeated(std::string_view text, std::size_t count) {
+  std::string result;
+  for (; count > 0; --count) result += text;
+  return result;
+}
+
+// Sorting by exchanging neighbours would be at this for hours.
+TEST(JSONValueEquality, ComparesTextsOfManyMarks) {
+  constexpr std::size_t marks = 200'000;
+  const std::string above = repeated("\u0307", marks);
+  const std::string below = repeated("\u0323", marks);
+  EXPECT_EQ(JSONValue("a" + above + below), JSONValue("a" + below + above));
+  EXPECT_EQ(JSONValue("a" + repeated("\u0307\u0323", marks)), JSONValue("a" + below + above));
+  const JSONValue object = JSONValue::decode("{\"" + above + below + "\":1,\"" + below + above + "\":2}");
+  EXPECT_EQ(object.objectValue()->size(), 1u);
+  ASSERT_NE(object.find(above + below), nullptr);
+  EXPECT_EQ(*object.find(above + below), JSONValue(2));
+}
+
 TEST(JSONValueEquality, ComparesNumbersAsDoubles) {
   const double notANumber = std::numeric_limits<double>::quiet_NaN();
   EXPECT_EQ(JSONValue(0.0), JSONValue(-0.0));
@@ -249,6 +284,18 @@ TEST(JSONValueConstruction, CountsTheDepthOfDecodedParts) {
   JSONValue value = JSONValue::decode(std::string(512, '[') + std::string(512, ']'));
   for (int level = 0; level < 512; ++level) value = JSONValue::object({{"a", value}});
   EXPECT_THROW(JSONValue::array({value}), EncodingError);
+}
+
+TEST(JSONValueConstruction, CountsTheDepthOnlyOfMembersThatStay) {
+  const JSONValue deepest = arrayOfDepth(JSONValue::maximumDepth);
+  EXPECT_EQ(JSONValue::object({{"a", deepest}, {"b", 1}, {"a", 2}}), JSONValue::object({{"a", 2}, {"b", 1}}));
+  const std::string deep = std::string(500, '[') + std::string(500, ']');
+  for (const JSONValue& shallow : {JSONValue::decode("{\"a\":" + deep + ",\"a\":[]}"),
+                                   JSONValue::object({{"a", JSONValue::decode(deep)}, {"a", JSONValue::array()}})}) {
+    JSONValue value = shallow;
+    for (std::size_t level = 2; level < JSONValue::maximumDepth; ++level) value = JSONValue::array({value});
+    EXPECT_THROW(JSONValue::array({value}), EncodingError);
+  }
 }
 
 TEST(JSONObjectBuilder, KeepsOptionalMembersOut) {

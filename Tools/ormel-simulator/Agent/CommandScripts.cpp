@@ -78,7 +78,7 @@ void playListFiles(AgentTurn& turn, const ScriptArgument&) { playCommand(turn, {
 void playBigOutput(AgentTurn& turn, const ScriptArgument& argument) {
   constexpr std::size_t bytesOfDelta = 4096;
   constexpr std::size_t deltasOfWrite = 16;
-  constexpr std::size_t writesOfMegabyte = 1024 * 1024 / bytesOfDelta / deltasOfWrite;
+  constexpr std::size_t writesOfMegabyte = std::size_t{1024} * 1024 / bytesOfDelta / deltasOfWrite;
   constexpr unsigned mostMegabytes = 10'000;
   unsigned count = 1;
   const std::string& megabytes = argument.word;

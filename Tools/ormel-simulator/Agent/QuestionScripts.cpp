@@ -93,4 +93,25 @@ void playPermissions(AgentTurn& turn, const ScriptArgument&) {
   });
 }
 
+void playSignIn(AgentTurn& turn, const ScriptArgument&) {
+  turn.then([&turn] {
+    JSONObjectBuilder members;
+    members.set("reason", "unauthorized").set("previousAccountId", "account-1");
+    turn.ask("account/parlaneAuthTokens/refresh", members, [&turn](const std::optional<JSONValue>& result) {
+      const auto account = result ? textMember(*result, "parlaneAccountId") : std::nullopt;
+      if (!account) return turn.finish("failed", "You did not sign in");
+      turn.say("You are signed in to the account " + *account + ".");
+    });
+  });
+}
+
+void playAttestation(AgentTurn& turn, const ScriptArgument&) {
+  turn.then([&turn] {
+    turn.ask("attestation/generate", {}, [&turn](const std::optional<JSONValue>& result) {
+      const std::string token = result ? textMember(*result, "token").value_or("") : "";
+      turn.say(token.empty() ? "You gave me no attestation." : "You gave me the attestation " + token + ".");
+    });
+  });
+}
+
 }  // namespace ormel::simulator

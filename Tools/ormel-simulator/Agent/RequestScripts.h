@@ -15,5 +15,9 @@ void playQuestions(AgentTurn& turn, const ScriptArgument& argument);
 void playTool(AgentTurn& turn, const ScriptArgument& argument);
 void playForm(AgentTurn& turn, const ScriptArgument& argument);
 void playPermissions(AgentTurn& turn, const ScriptArgument& argument);
+void playSignIn(AgentTurn& turn, const ScriptArgument& argument);
+void playAttestation(AgentTurn& turn, const ScriptArgument& argument);
+void playSearch(AgentTurn& turn, const ScriptArgument& argument);
+void playLookUp(AgentTurn& turn, const ScriptArgument& argument);
 
 }  // namespace ormel::simulator

@@ -69,6 +69,13 @@ void endToolCall(AgentTurn& turn, const ToolCall& call, const std::optional<JSON
   turn.say("The tool " + call.tool.name + (success ? " says: " : " failed: ") + resultText(content));
 }
 
+/// A call of a tool of an MCP server, which the application only sees.
+JSONObjectBuilder lookUpItem(const std::string& id, const std::string& words, const char* status) {
+  JSONObjectBuilder members;
+  members.set("type", "mcpToolCall").set("id", id).set("server", "encyclopedia").set("tool", "look_up");
+  return members.set("status", status).set("arguments", JSONValue::object({{"words", words}}));
+}
+
 }  // namespace
 
 void playTool(AgentTurn& turn, const ScriptArgument& argument) {
@@ -82,6 +89,32 @@ void playTool(AgentTurn& turn, const ScriptArgument& argument) {
     turn.ask("item/tool/call", members.set("arguments", call.arguments),
              [&turn, call](const std::optional<JSONValue>& result) { endToolCall(turn, call, result); });
   });
+}
+
+void playSearch(AgentTurn& turn, const ScriptArgument& argument) {
+  JSONObjectBuilder item;
+  item.set("type", "webSearch").set("id", turn.newItemID("search")).set("query", argument.line);
+  turn.then([&turn, item] { turn.startItem(item); });
+  turn.then([&turn, item] { turn.completeItem(item); });
+  turn.say("The web knows much about \"" + argument.line + "\".");
+}
+
+void playLookUp(AgentTurn& turn, const ScriptArgument& argument) {
+  const std::string id = turn.newItemID("call");
+  const std::string words = argument.line;
+  turn.then([&turn, id, words] { turn.startItem(lookUpItem(id, words, "inProgress")); });
+  for (const char* progress : {"volume 1", "volume 2"}) {
+    turn.then([&turn, id, progress] {
+      JSONObjectBuilder members;
+      turn.notify("item/mcpToolCall/progress", members.set("itemId", id).set("message", progress));
+    });
+  }
+  turn.then([&turn, id, words] {
+    const JSONValue text = JSONValue::object({{"type", "text"}, {"text", words + " is in volume 2"}});
+    JSONObjectBuilder item = lookUpItem(id, words, "completed");
+    turn.completeItem(item.set("result", JSONValue::object({{"content", JSONValue::array({text})}})));
+  });
+  turn.say("I found it: " + words + " is in volume 2.");
 }
 
 }  // namespace ormel::simulator
