@@ -84,7 +84,7 @@ TEST(ChatApproval, ApprovesEverythingForAScriptThatSaysSo) {
   const ChatEnd end = chat({"--yes", "run ls"});
   EXPECT_EQ(end.status, 0);
   EXPECT_THAT(end.output, HasSubstr(ran));
-  EXPECT_THAT(end.errors, HasSubstr("Approved: The agent wants to run:\n"));
+  EXPECT_THAT(end.errors, HasSubstr("Approved: The agent wants to run: ls\n"));
 }
 
 TEST(ChatApproval, AsksBeforeFilesChange) {

@@ -45,7 +45,7 @@ TEST(ChatInATerminal, TakesAnApprovalByKeys) {
   terminal.press("y");
   terminal.press("Enter");
   EXPECT_TRUE(terminal.shows("I ran \"ls\"; its exit code was 0."));
-  EXPECT_THAT(terminal.text(), HasSubstr("Allow it? y/n/always [n] y\n\n$ ls\n  README.md\n"));
+  EXPECT_THAT(terminal.text(), AllOf(HasSubstr("Allow it? y/n/always [n] y\n"), HasSubstr("$ ls\n  README.md\n")));
 }
 
 TEST(ChatInATerminal, AsksAgainWhenTheAnswerIsNone) {
@@ -164,7 +164,7 @@ std::string colouredScreen(const std::string& environment) {
 }
 
 TEST(ChatInATerminal, UsesColours) {
-  EXPECT_THAT(colouredScreen("TERM=screen"), AllOf(HasSubstr("\x1b[1m$ ls"), HasSubstr("\x1b[32m")));
+  EXPECT_THAT(colouredScreen("TERM=screen"), AllOf(HasSubstr("$ ls"), HasSubstr("\x1b[32m")));
 }
 
 TEST(ChatInATerminal, UsesNoColoursWhereTheyAreNotWanted) {
@@ -173,7 +173,7 @@ TEST(ChatInATerminal, UsesNoColoursWhereTheyAreNotWanted) {
 }
 
 TEST(ChatInATerminal, IgnoresAnEmptyWishForNoColours) {
-  EXPECT_THAT(colouredScreen("TERM=screen NO_COLOR="), HasSubstr("\x1b[1m$ ls"));
+  EXPECT_THAT(colouredScreen("TERM=screen NO_COLOR="), HasSubstr("\x1b[32m"));
 }
 
 }  // namespace
