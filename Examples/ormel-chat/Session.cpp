@@ -70,11 +70,10 @@ int Session::run() {
     auto messages = inbox_->take();
     for (Message& message : messages) take(message);
     takeSignals();
+    if (messages.empty() || isOverdue()) askForInput();
     while (!exitStatus_ && canTakeLine()) takeLine();
     if (!exitStatus_ && input_.isAtEnd()) takeEndOfInput();
-    if (exitStatus_) break;
-    if (messages.empty() || isOverdue()) askForInput();
-    if (!canTakeLine()) wait(needsToAsk());
+    if (!exitStatus_) wait(needsToAsk());
   }
   leaveLine();
   if (const auto id = thread_.id(); id && canBeResumed_ && !options_.prompt && input_.isTerminal()) {
