@@ -19,7 +19,8 @@ class Judge {
 
   Task<Verdict> judge(ApprovalSubject subject) const {
     if (approvesEverything_) {
-      inbox_->post(Notice{"Approved: " + subject.title, Style::dim});
+      inbox_->post(Notice{"Approved: " + subject.title + (subject.details.empty() ? "" : " " + subject.details.front()),
+                          Style::dim});
       co_return Verdict::yes;
     }
     const OneShot<Verdict> verdict("approval");

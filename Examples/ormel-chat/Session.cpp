@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <utility>
 
@@ -19,6 +20,11 @@ namespace {
 constexpr int interruptedStatus = 130;
 constexpr int failedStatus = 1;
 constexpr int signalStatusBase = 128;
+
+/// A question and what the server said before it come by different ways. It is shown when nothing has come for the
+/// first of these times, or when it has waited for the second.
+constexpr std::chrono::milliseconds quietBeforeQuestion{30};
+constexpr std::chrono::milliseconds longestDelayOfQuestion{300};
 
 constexpr std::string_view sideInstructions =
     "This is a question beside the main conversation. Answer it briefly, and change nothing.";
@@ -61,13 +67,13 @@ void Session::greet(const ServerChoice& server) {
 int Session::run() {
   if (options_.prompt) start({Command::Kind::prompt, *options_.prompt});
   while (!exitStatus_) {
-    for (Message& message : inbox_->take()) take(message);
+    auto messages = inbox_->take();
+    for (Message& message : messages) take(message);
     takeSignals();
+    if (messages.empty() || isOverdue()) askForInput();
     while (!exitStatus_ && canTakeLine()) takeLine();
     if (!exitStatus_ && input_.isAtEnd()) takeEndOfInput();
-    if (exitStatus_) break;
-    askForInput();
-    wait();
+    if (!exitStatus_) wait(needsToAsk());
   }
   leaveLine();
   if (const auto id = thread_.id(); id && canBeResumed_ && !options_.prompt && input_.isTerminal()) {
@@ -77,12 +83,13 @@ int Session::run() {
   return *exitStatus_;
 }
 
-void Session::wait() {
+void Session::wait(bool isAboutToAsk) {
   output_.flush();
   notes().flush();
   struct pollfd polled[] = {{wantsInput() ? input_.descriptor() : -1, POLLIN, 0},
                             {inbox_->wakePipe().descriptor(), POLLIN, 0}};
-  if (::poll(polled, 2, -1) < 0) return;
+  const int timeout = isAboutToAsk ? static_cast<int>(quietBeforeQuestion.count()) : -1;
+  if (::poll(polled, 2, timeout) < 0) return;
   if (polled[0].revents != 0) input_.readAvailable();
 }
 
@@ -94,7 +101,7 @@ bool Session::wantsInput() const {
 
 bool Session::canTakeLine() const {
   if (!input_.hasLine()) return false;
-  if (!questions_.isEmpty() || phase_ == Phase::idle) return true;
+  if (questions_.hasAsked() || phase_ == Phase::idle) return true;
   const auto kind = readCommand(input_.line()).kind;
   if (!input_.isTerminal()) return phase_ == Phase::running && kind == Command::Kind::steer;
   return phase_ == Phase::running || kind == Command::Kind::quit || kind == Command::Kind::help;
@@ -107,20 +114,34 @@ void Session::takeLine() {
   const Command command = readCommand(line);
   const bool isCommand = command.kind == Command::Kind::quit || command.kind == Command::Kind::help ||
                          command.kind == Command::Kind::steer;
-  if (!questions_.isEmpty() && !isCommand) {
+  // What was typed before the question was to be seen is no answer to it.
+  if (questions_.hasAsked() && !isCommand) {
     // A terminal shows what is typed by itself.
     if (!input_.isTerminal() && !questions_.isSecret()) notes().write(line);
     leaveLine();
     questions_.answer(line, input_.isTerminal());
   } else {
     leaveLine();
+    if (!input_.isTerminal()) showTakenLine(line);
     perform(command);
   }
 }
 
+void Session::showTakenLine(const std::string& line) {
+  renderer_.pause();
+  output_.flush();
+  notes().separate();
+  notes().line("> " + line, Style::bold);
+  notes().flush();
+}
+
 void Session::takeEndOfInput() {
-  while (!questions_.isEmpty()) questions_.answer(std::nullopt, false);
-  if (phase_ == Phase::idle) leave(status_);
+  if (questions_.hasAsked()) {
+    leaveLine();
+    questions_.answer(std::nullopt, false);
+  } else if (questions_.isEmpty() && phase_ == Phase::idle) {
+    leave(status_);
+  }
 }
 
 void Session::takeSignals() {
@@ -241,8 +262,13 @@ void Session::noteQuestions(const ThreadEvent& event) {
     questions_.withdraw(std::exchange(userInputQuestions_[item->id], nullptr));
   } else if (auto question = userInputQuestion(*item, thread_, inbox_)) {
     userInputQuestions_[item->id] = question;
-    questions_.add(std::move(question));
+    addQuestion(std::move(question));
   }
+}
+
+void Session::addQuestion(std::shared_ptr<Question> question) {
+  if (questions_.isEmpty()) questionsSince_ = std::chrono::steady_clock::now();
+  questions_.add(std::move(question));
 }
 
 void Session::takeNews(QuestionWithdrawn& news) {
@@ -285,20 +311,28 @@ void Session::tell(std::string_view text, Style style) {
   notes().flush();
 }
 
+bool Session::needsToAsk() const {
+  if (hasPrompted_) return false;
+  return !questions_.isEmpty() || (phase_ == Phase::idle && input_.isTerminal());
+}
+
+bool Session::isOverdue() const {
+  return !questions_.isEmpty() && !questions_.hasAsked() &&
+         std::chrono::steady_clock::now() - questionsSince_ > longestDelayOfQuestion;
+}
+
 void Session::askForInput() {
-  if (!questions_.isEmpty()) {
-    if (questions_.hasAsked()) return;
-    leaveLine();
-    renderer_.pause();
-    output_.flush();
-    questions_.ask(notes());
-    hasPrompted_ = true;
-  } else if (!hasPrompted_ && phase_ == Phase::idle && input_.isTerminal()) {
-    output_.flush();
+  if (!needsToAsk()) return;
+  leaveLine();
+  renderer_.pause();
+  output_.flush();
+  if (questions_.isEmpty()) {
     notes().separate();
     notes().write("> ", Style::bold);
-    hasPrompted_ = true;
+  } else {
+    questions_.ask(notes());
   }
+  hasPrompted_ = true;
 }
 
 void Session::leaveLine() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <optional>
@@ -34,7 +35,7 @@ class Session {
   void greet(const ServerChoice& server);
 
   // Input.
-  void wait();
+  void wait(bool isAboutToAsk);
   bool wantsInput() const;
   bool canTakeLine() const;
   void takeLine();
@@ -55,9 +56,10 @@ class Session {
   void takeNews(OperationAccepted&);
   void takeNews(ThreadEvent& event);
   void takeNews(OperationEnded& news);
-  void takeNews(QuestionAsked& news) { questions_.add(std::move(news.question)); }
+  void takeNews(QuestionAsked& news) { addQuestion(std::move(news.question)); }
   void takeNews(QuestionWithdrawn& news);
   void takeNews(Notice& news) { tell(news.text, news.style); }
+  void addQuestion(std::shared_ptr<Question> question);
   void noteQuestions(const ThreadEvent& event);
   void noteOutcome(const ThreadEvent& event);
   int statusOf(const std::exception_ptr& failure);
@@ -65,7 +67,12 @@ class Session {
   // Output.
   Console& notes() { return ownNotes_ ? *ownNotes_ : output_; }
   void tell(std::string_view text, Style style = Style::dim);
+  /// Whether a question, or the prompt, has to be shown, perhaps again.
+  bool needsToAsk() const;
+  bool isOverdue() const;
   void askForInput();
+  /// So that what comes from a pipe can be followed, too.
+  void showTakenLine(const std::string& line);
   void leaveLine();
   void leave(int status) { exitStatus_ = status; }
 
@@ -78,6 +85,7 @@ class Session {
   std::optional<Console> ownNotes_;
   EventRenderer renderer_;
   QuestionDesk questions_;
+  std::chrono::steady_clock::time_point questionsSince_;
   std::map<std::string, std::shared_ptr<Question>> userInputQuestions_;
   const Thread thread_;
   /// By another run of this program.

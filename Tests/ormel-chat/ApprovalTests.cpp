@@ -49,8 +49,9 @@ TEST(ChatApproval, TellsTheServerThatItIsForAlways) {
     server answers {"thread": {"id": "t1"}}
     client asks turn/start
     server answers {"turn": {"id": "u1"}}
-    server asks item/commandExecution/requestApproval {"threadId": "t1", "turnId": "u1", "itemId": "i1", "command": "ls"}
-      expecting {"decision": "acceptForSession"}
+    server asks item/commandExecution/requestApproval {
+      "threadId": "t1", "turnId": "u1", "itemId": "i1", "command": "ls"
+    } expecting {"decision": "acceptForSession"}
     server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status": "completed"}}
   )");
   for (const char* always : {"always\n", "a\n"}) {
@@ -83,7 +84,7 @@ TEST(ChatApproval, ApprovesEverythingForAScriptThatSaysSo) {
   const ChatEnd end = chat({"--yes", "run ls"});
   EXPECT_EQ(end.status, 0);
   EXPECT_THAT(end.output, HasSubstr(ran));
-  EXPECT_THAT(end.errors, HasSubstr("Approved: The agent wants to run:\n"));
+  EXPECT_THAT(end.errors, HasSubstr("Approved: The agent wants to run: ls\n"));
 }
 
 TEST(ChatApproval, AsksBeforeFilesChange) {

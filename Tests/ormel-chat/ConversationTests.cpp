@@ -13,13 +13,15 @@ using ::testing::IsEmpty;
 TEST(ChatConversation, GoesOnFromLineToLine) {
   const ChatEnd end = chat({}, "hello\nwhat did I say?\n");
   EXPECT_EQ(end.status, 0);
-  EXPECT_EQ(end.errors, "");
+  EXPECT_EQ(end.errors, "> hello\n\n> what did I say?\n");
   EXPECT_THAT(end.output, HasSubstr("You asked before: \"hello\"."));
 }
 
 TEST(ChatConversation, TakesAnswersFromTheLinesBetween) {
   const ChatEnd end = chat({}, "run ls\ny\nrun pwd\nn\nhello\n");
   EXPECT_EQ(end.status, 0);
+  EXPECT_THAT(end.errors, AllOf(HasSubstr("\n  ls\n"), HasSubstr("Allow it? y/n/always [n] y\n"),
+                                HasSubstr("Allow it? y/n/always [n] n\n")));
   EXPECT_THAT(end.output,
               AllOf(HasSubstr("I ran \"ls\""), HasSubstr("You declined \"pwd\""), HasSubstr("You said: \"hello\"")));
 }
@@ -45,7 +47,7 @@ TEST(ChatConversation, ReviewsWhatIsNotCommittedOrWhatIsSaid) {
 TEST(ChatConversation, RefusesAReviewBeforeTheFirstTurn) {
   const ChatEnd end = chat({}, "/review\n");
   EXPECT_EQ(end.status, 1);
-  EXPECT_EQ(end.errors, "Start the thread before requesting a review\n");
+  EXPECT_EQ(end.errors, "> /review\nStart the thread before requesting a review\n");
 }
 
 TEST(ChatConversation, CompactsItsHistory) {
@@ -77,7 +79,8 @@ TEST(ChatConversation, SteersTheTurnThatRuns) {
 }
 
 TEST(ChatConversation, HasNothingToSteerBetweenTurns) {
-  EXPECT_EQ(chat({}, "/steer left\n").errors, "There is nothing to steer: the agent does nothing now.\n");
+  EXPECT_EQ(chat({}, "/steer left\n").errors,
+            "> /steer left\nThere is nothing to steer: the agent does nothing now.\n");
 }
 
 TEST(ChatConversation, TellsItsCommands) {
@@ -86,7 +89,8 @@ TEST(ChatConversation, TellsItsCommands) {
 }
 
 TEST(ChatConversation, RefusesCommandsThatItDoesNotKnow) {
-  EXPECT_EQ(chat({}, "/bogus now\n").errors, "There is no command /bogus; /help tells which there are.\n");
+  EXPECT_EQ(chat({}, "/bogus now\n").errors,
+            "> /bogus now\nThere is no command /bogus; /help tells which there are.\n");
 }
 
 TEST(ChatConversation, TakesAPathForAPrompt) {

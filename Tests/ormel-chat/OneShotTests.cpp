@@ -12,6 +12,7 @@ namespace ormel::chat {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::Contains;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -121,9 +122,9 @@ TEST(ChatOneShot, PrintsEachEventAsALineOfJSON) {
     const JSONValue event = JSONValue::decode(line);
     types.emplace_back(event.find("type")->stringValue().value());
   }
-  ASSERT_GE(types.size(), 4U);
+  ASSERT_FALSE(types.empty());
   EXPECT_EQ(types.front(), "thread.started");
-  EXPECT_EQ(types[1], "turn.started");
+  EXPECT_THAT(types, AllOf(Contains("turn.started"), Contains("item.updated"), Contains("item.completed")));
   EXPECT_EQ(types.back(), "turn.completed");
 }
 

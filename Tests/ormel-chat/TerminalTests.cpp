@@ -45,7 +45,7 @@ TEST(ChatInATerminal, TakesAnApprovalByKeys) {
   terminal.press("y");
   terminal.press("Enter");
   EXPECT_TRUE(terminal.shows("I ran \"ls\"; its exit code was 0."));
-  EXPECT_THAT(terminal.text(), HasSubstr("Allow it? y/n/always [n] y\n\n$ ls\n  README.md\n"));
+  EXPECT_THAT(terminal.text(), AllOf(HasSubstr("Allow it? y/n/always [n] y\n"), HasSubstr("$ ls\n  README.md\n")));
 }
 
 TEST(ChatInATerminal, AsksAgainWhenTheAnswerIsNone) {
@@ -63,8 +63,9 @@ TEST(ChatInATerminal, InterruptsTheTurnAndLeavesTheSecondTime) {
   terminal.enter("slow");
   ASSERT_TRUE(terminal.shows("thought 3"));
   terminal.press("C-c");
-  ASSERT_TRUE(terminal.shows("Interrupting; Ctrl-C again leaves at once.\nInterrupted.\n\n>"));
-  EXPECT_THAT(terminal.text(), Not(HasSubstr("ended with")));
+  ASSERT_TRUE(terminal.shows("Interrupted.\n\n>"));
+  EXPECT_THAT(terminal.text(),
+              AllOf(HasSubstr("Interrupting; Ctrl-C again leaves at once.\n"), Not(HasSubstr("ended with"))));
   terminal.press("C-c");
   EXPECT_TRUE(terminal.shows("ended with 130"));
 }
@@ -142,8 +143,8 @@ TEST(ChatInATerminal, HidesASecretWhileItIsTyped) {
     client asks turn/start
     server answers {"turn": {"id": "u1"}}
     server asks item/tool/requestUserInput {"threadId": "t1", "turnId": "u1", "itemId": "i1", "questions":
-      [{"id": "q1", "question": "The password?", "isSecret": true}, {"id": "q2", "question": "And the name?"}]}
-      expecting {"answers": {"q1": {"answers": ["hunter2"]}, "q2": {"answers": ["Ada"]}}}
+      [{"id": "q1", "question": "The password?", "isSecret": true}, {"id": "q2", "question": "And the name?"}]
+    } expecting {"answers": {"q1": {"answers": ["hunter2"]}, "q2": {"answers": ["Ada"]}}}
     server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status": "completed"}}
   )");
   const ChatTerminal terminal(chatCommand("", "ORMEL_SIMULATOR_SCENARIO=" + scenario.path().string()));
@@ -164,7 +165,7 @@ std::string colouredScreen(const std::string& environment) {
 }
 
 TEST(ChatInATerminal, UsesColours) {
-  EXPECT_THAT(colouredScreen("TERM=screen"), AllOf(HasSubstr("\x1b[1m$ ls"), HasSubstr("\x1b[32m")));
+  EXPECT_THAT(colouredScreen("TERM=screen"), AllOf(HasSubstr("$ ls"), HasSubstr("\x1b[32m")));
 }
 
 TEST(ChatInATerminal, UsesNoColoursWhereTheyAreNotWanted) {
@@ -173,7 +174,7 @@ TEST(ChatInATerminal, UsesNoColoursWhereTheyAreNotWanted) {
 }
 
 TEST(ChatInATerminal, IgnoresAnEmptyWishForNoColours) {
-  EXPECT_THAT(colouredScreen("TERM=screen NO_COLOR="), HasSubstr("\x1b[1m$ ls"));
+  EXPECT_THAT(colouredScreen("TERM=screen NO_COLOR="), HasSubstr("\x1b[32m"));
 }
 
 }  // namespace

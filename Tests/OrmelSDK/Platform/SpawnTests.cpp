@@ -96,6 +96,16 @@ TEST(Spawn, GivesAnEmptyEnvironmentWhereThatIsAsked) {
   EXPECT_EQ(outputOf(settings), "0\n");
 }
 
+TEST(Spawn, StartsAProcessGroupThatATerminalsInterruptDoesNotReach) {
+  Pipe input = makePipe();
+  StandardStreams streams;
+  streams.input = input.readEnd.number();
+  const pid_t pid = spawn(shell("read line"), streams);
+  EXPECT_EQ(::getpgid(pid), pid);
+  input.writeEnd.close();
+  ::waitpid(pid, nullptr, 0);
+}
+
 TEST(Spawn, TellsWhyAProgramCannotBeStarted) {
   const TemporaryDirectory directory;
   EXPECT_EQ(failureOf(directory.path() / "missing"), "FILE: No such file or directory");
