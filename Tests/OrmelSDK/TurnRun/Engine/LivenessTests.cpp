@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,10 +24,9 @@ using ::testing::Not;
 
 std::string readOf(std::string_view turn) { return R"({"thread":{"id":"t1","turns":[)" + std::string(turn) + "]}}"; }
 
-std::size_t reads(const SimulatedRun& engine) {
-  std::size_t count = 0;
-  for (const std::string& method : engine.methods()) count += method == "thread/read" ? 1 : 0;
-  return count;
+std::ptrdiff_t reads(const SimulatedRun& engine) {
+  const auto methods = engine.methods();
+  return std::ranges::count(methods, "thread/read");
 }
 
 TEST(AppServerTurnRunLiveness, AsksForTheTurnAfterTwoMinutesOfSilence) {
@@ -34,9 +35,9 @@ TEST(AppServerTurnRunLiveness, AsksForTheTurnAfterTwoMinutesOfSilence) {
     engine.keep("thread/read");
     engine.startTurn();
     engine.pass(120s - 1ns);
-    EXPECT_EQ(reads(engine), 0U);
+    EXPECT_EQ(reads(engine), 0);
     engine.pass(1ns);
-    EXPECT_EQ(reads(engine), 1U);
+    EXPECT_EQ(reads(engine), 1);
     EXPECT_EQ(engine.lastParams("thread/read"), JSONValue::decode(R"({"threadId":"t1","includeTurns":true})"));
   });
 }
@@ -49,9 +50,9 @@ TEST(AppServerTurnRunLiveness, BeginsANewIntervalWhenTheServerHasSpoken) {
     engine.pass(119s);
     engine.notify("news", "{}");
     engine.pass(121s - 1ns);
-    EXPECT_EQ(reads(engine), 0U);
+    EXPECT_EQ(reads(engine), 0);
     engine.pass(1ns);
-    EXPECT_EQ(reads(engine), 1U);
+    EXPECT_EQ(reads(engine), 1);
   });
 }
 
@@ -61,13 +62,13 @@ TEST(AppServerTurnRunLiveness, GoesOnProbingWhileTheTurnIsInProgress) {
     engine.answer("thread/read", readOf(R"({"id":"u1","status":"inProgress"})"));
     const auto heard = engine.startTurn();
     engine.pass(121s);
-    EXPECT_EQ(reads(engine), 1U);
+    EXPECT_EQ(reads(engine), 1);
     engine.pass(240s);
-    EXPECT_EQ(reads(engine), 3U);
+    EXPECT_EQ(reads(engine), 3);
     EXPECT_THAT(*heard, ElementsAre("thread.started t1"));
     engine.completeTurn();
     engine.pass(1000s);
-    EXPECT_EQ(reads(engine), 3U);
+    EXPECT_EQ(reads(engine), 3);
   });
 }
 
@@ -200,10 +201,10 @@ TEST(AppServerTurnRunLiveness, ProbesACompactionOnceItsTurnIsKnown) {
     engine.keep("thread/read");
     engine.listen(engine.end(engine.compaction()));
     engine.pass(1000s);
-    EXPECT_EQ(reads(engine), 0U);
+    EXPECT_EQ(reads(engine), 0);
     engine.notify("turn/started", R"({"threadId":"t1","turn":{"id":"u9"}})");
     engine.pass(120s);
-    EXPECT_EQ(reads(engine), 1U);
+    EXPECT_EQ(reads(engine), 1);
   });
 }
 
@@ -214,7 +215,7 @@ TEST(AppServerTurnRunLiveness, DoesNotProbeAfterTheEnd) {
     engine.startTurn();
     engine.completeTurn();
     engine.pass(1000s);
-    EXPECT_EQ(reads(engine), 0U);
+    EXPECT_EQ(reads(engine), 0);
   });
 }
 

@@ -197,7 +197,8 @@ TEST(AppServerTurnRunRequests, FailWhenTheyCannotBeWrittenAndAreForgotten) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     SimulatedRun engine(scheduler);
     TurnOptions options;
-    options.outputSchema = JSONValue(std::numeric_limits<double>::quiet_NaN());
+    options.outputSchema.emplace();
+    options.outputSchema->emplace("maximum", JSONValue(std::numeric_limits<double>::quiet_NaN()));
     const auto starting = engine.start(engine.run->startTurn(std::nullopt, "hello", options));
     EXPECT_EQ(failureOf([&] { engine.taken(starting); }),
               "other error: A number that is not finite cannot be written as JSON");
