@@ -49,6 +49,7 @@ void requirePlainEnd(const CampaignWorld& world, const OperationRecord& record) 
 
 void plain(CampaignWorld& world, OperationKind kind) {
   world.plan().tellsOfForeignTurns = world.coin();
+  if (world.coin()) world.dawdle();
   world.open();
   const auto& record = world.start(kind);
   world.settle();
@@ -59,6 +60,7 @@ void plain(CampaignWorld& world, OperationKind kind) {
 
 void secondOperations(CampaignWorld& world) {
   world.plan().tellsOfForeignTurns = world.coin();
+  if (world.coin()) world.dawdle();
   world.open();
   for (int operation = 0; operation < 3; ++operation) {
     const auto& record = world.start(world.anyKind());
@@ -74,6 +76,7 @@ void steering(CampaignWorld& world) {
   world.plan().replies["turn/steer"] = anyOf(world, replies);
   world.plan().holdsSteersUntilTurnEnds = world.coin();
   world.plan().completesTurns = world.scheduler.choose(4) != 0;
+  if (world.coin()) world.dawdle();
   world.open();
   const auto& record = world.start(world.anyKind());
   for (auto steers = 1 + world.scheduler.choose(3); steers > 0; --steers) world.atAnyStep([&] { world.steer(); });
@@ -94,6 +97,7 @@ void abort(CampaignWorld& world) {
   world.plan().completesTurns = world.coin();
   world.plan().tellsOfForeignTurns = world.coin();
   world.plan().ignoresTermination = world.scheduler.choose(4) == 0;
+  if (world.coin()) world.dawdle();
   world.open();
   const auto& record = world.start(world.anyKind());
   for (auto aborts = 1 + world.scheduler.choose(2); aborts > 0; --aborts) world.atAnyStep([&] { world.interrupt(); });
@@ -109,6 +113,7 @@ void abort(CampaignWorld& world) {
 void silence(CampaignWorld& world) {
   world.plan().replies[anyOf(world, requestMethods)] = world.coin() ? Reply::withhold : Reply::giveAtTimeout;
   world.plan().tellsOfForeignTurns = world.coin();
+  if (world.coin()) world.dawdle();
   world.open();
   const auto& record = world.start(world.anyKind());
   world.settle();
@@ -135,6 +140,7 @@ void liveness(CampaignWorld& world) {
                                   Reply::refuse, Reply::withhold, Reply::giveAtTimeout};
   world.plan().replies["thread/read"] = anyOf(world, replies);
   world.plan().completesTurns = false;
+  if (world.coin()) world.dawdle();
   world.open();
   const auto& record = world.start(world.anyKind());
   if (world.coin()) world.atAnyStep([&] { world.interrupt(); });
@@ -153,6 +159,7 @@ void disturbed(CampaignWorld& world, Fault fault) {
   world.plan().explainsFault = world.coin();
   world.plan().tellsOfForeignTurns = world.coin();
   world.plan().ignoresTermination = world.scheduler.choose(8) == 0;
+  if (world.coin()) world.dawdle();
   world.open();
 }
 
@@ -204,6 +211,7 @@ void exitAfterTurn(CampaignWorld& world) {
 void release(CampaignWorld& world) {
   world.plan().completesTurns = world.coin();
   world.plan().ignoresTermination = world.scheduler.choose(4) == 0;
+  if (world.coin()) world.dawdle();
   world.open();
   const auto& record = world.start(world.anyKind());
   world.atAnyStep([&] {
@@ -219,6 +227,7 @@ void release(CampaignWorld& world) {
 void lostOwner(CampaignWorld& world) {
   world.plan().completesTurns = world.coin();
   world.plan().asksForApproval = world.coin();
+  if (world.coin()) world.dawdle();
   world.open();
   world.start(world.anyKind());
   if (world.coin()) world.atAnyStep([&] { world.steer(); });
@@ -228,6 +237,7 @@ void lostOwner(CampaignWorld& world) {
 }
 
 void cancelledCaller(CampaignWorld& world) {
+  if (world.coin()) world.dawdle();
   world.open();
   auto& record = world.start(world.anyKind());
   world.atAnyStep([&] { record.stop.request_stop(); });
@@ -240,6 +250,7 @@ void cancelledCaller(CampaignWorld& world) {
 }
 
 void overlap(CampaignWorld& world) {
+  if (world.coin()) world.dawdle();
   world.open();
   for (auto starts = 2 + world.scheduler.choose(3); starts > 0; --starts) {
     world.atAnyStep([&] {
@@ -267,6 +278,7 @@ void launching(CampaignWorld& world) {
     };
   }
   world.server.failLaunches(world.scheduler.choose(2));
+  if (world.coin()) world.dawdle();
   world.open();
   for (auto starts = 1 + world.scheduler.choose(2); starts > 0; --starts) {
     const auto& record = world.start(world.anyKind());
@@ -293,6 +305,7 @@ AsyncHandler<OrmelApprovalDecision(CommandApprovalRequest)> slowHandler(Campaign
 void approvals(CampaignWorld& world) {
   world.plan().asksForApproval = true;
   world.configuration.threadOptions.commandApprovalHandler = slowHandler(world);
+  if (world.coin()) world.dawdle();
   world.open();
   if (world.coin()) world.atAnyStep([&] { world.interrupt(); });
   for (int operation = 0; operation < 2; ++operation) {
@@ -327,6 +340,7 @@ void storm(CampaignWorld& world) {
   }
   world.configuration.threadOptions.commandApprovalHandler = slowHandler(world);
   world.configuration.threadOptions.skillExtraRoots = std::vector<std::string>{"/roots"};
+  if (world.coin()) world.dawdle();
   world.open();
   for (auto events = 2 + world.scheduler.choose(5); events > 0; --events) {
     world.atAnyStep([&world] {

@@ -144,11 +144,7 @@ void CampaignServer::beginTurn(InMemoryProcess& process, const JSONValue& reques
     course.push_back(turnCompleted(conversation.threadID, turnObject(conversation.turnID, plan.turnStatus)));
   }
   if (kind == plan.replies.end()) {
-    if (plan.tellsOfTurnsEarly) {
-      insert(course, std::move(response));
-    } else {
-      course.push_front(std::move(response));
-    }
+    insert(course, std::move(response));
   } else {
     reply(process, request, *response.find("result"));
   }

@@ -43,8 +43,6 @@ struct ServerPlan {
   std::map<std::string, Reply> replies;
   bool completesTurns = true;
   std::string turnStatus = "completed";
-  /// Tells of the turn before the response that names it, where the seed will have it so.
-  bool tellsOfTurnsEarly = true;
   bool tellsOfForeignTurns = false;
   bool asksForApproval = false;
   bool exitsAfterTurn = false;
@@ -58,8 +56,9 @@ struct ServerPlan {
   bool explainsFault = false;
 };
 
-/// A server that plays turns by a plan. All ids that it makes end in "@" and the number of its process, so that
-/// whatever a client does with them shows where they came from.
+/// A server that plays turns by a plan. The response that names a turn comes anywhere among the turn's notifications.
+/// All ids that it makes end in "@" and the number of its process, so that whatever a client does with them shows where
+/// they came from.
 class CampaignServer {
  public:
   /// How many items a turn completes.

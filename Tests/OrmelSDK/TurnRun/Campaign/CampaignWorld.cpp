@@ -1,9 +1,11 @@
 #include "OrmelSDK/TurnRun/Campaign/CampaignWorld.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
+#include "OrmelSDK/Concurrency/Sleep.h"
 #include "OrmelSDK/OrmelProcessError.h"
 #include "OrmelSDK/ThreadRunError.h"
 
@@ -31,6 +33,11 @@ std::size_t count(std::string_view text, std::string_view part) {
   return found;
 }
 
+/// A wait of a few steps.
+Task<void> pause(SimulatedScheduler& scheduler) {
+  for (auto waits = scheduler.choose(6); waits > 0; --waits) co_await sleepFor(scheduler, std::chrono::nanoseconds(0));
+}
+
 }  // namespace
 
 CampaignWorld::CampaignWorld(std::uint64_t seed)
@@ -42,12 +49,21 @@ CampaignWorld::CampaignWorld(std::uint64_t seed)
 
 CampaignWorld::~CampaignWorld() { scheduler.setStepHook(nullptr); }
 
+void CampaignWorld::dawdle() {
+  isDawdling_ = true;
+  configuration.threadOptions.threadStartedHandler = [this](const std::string&) { return pause(scheduler); };
+}
+
 void CampaignWorld::open() {
   InMemoryServerScript script = behaviour.script();
   script.onClientWrite = [this](InMemoryProcess& process, const std::string& line) { noteWrite(process, line); };
   server.setScript(std::move(script));
   run_ = Run::create(configuration, detail::RunSurroundings(scheduler, server, blockingWork));
   weakRun_ = run_;
+  if (isDawdling_) {
+    run_->stdoutChunkProcessingHook = [this](const std::string&) { return pause(scheduler); };
+    run_->postRequestAwaitHook = [this](const std::string&, std::uint64_t) { return pause(scheduler); };
+  }
   scheduler.setStepHook([this] { afterStep(); });
 }
 

@@ -68,6 +68,8 @@ class CampaignWorld {
   detail::AppServerTurnRunConfiguration configuration;
 
   ServerPlan& plan() noexcept { return behaviour.plan; }
+  /// Makes the application's handlers and hooks take some steps; before `open`.
+  void dawdle();
   /// Makes the run, by the plan and the configuration as they are now.
   void open();
 
@@ -145,6 +147,7 @@ class CampaignWorld {
   std::size_t steersUnderWay_ = 0;
   bool isReleased_ = false;
   bool isDropped_ = false;
+  bool isDawdling_ = false;
   std::uint64_t highWaterMark_ = 0;
   std::uint64_t transportGeneration_ = 0;
   bool wasRunning_ = false;
