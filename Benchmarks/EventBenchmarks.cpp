@@ -1,82 +1,60 @@
 #include <benchmark/benchmark.h>
 
-#include <cstddef>
-#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "EventSamples.h"
+#include "EventYardstick.h"
 #include "Fastest.h"
 #include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/RecordCoding.h"
 #include "OrmelSDK/ThreadEvent.h"
+#include "Walk.h"
 
 namespace {
 
 using ormel::JSONValue;
 using ormel::ThreadEvent;
-using ormel::benchmarks::eventSamples;
 
-void everyKind(benchmark::internal::Benchmark* benchmark) {
-  benchmark->ArgName("kind")->DenseRange(0, static_cast<int>(eventSamples.size()) - 1);
-  ormel::benchmarks::reportFastest(benchmark);
+void walkEvent(benchmark::State& state, const std::string& text) {
+  const JSONValue value = JSONValue::decode(text);
+  for (auto _ : state) benchmark::DoNotOptimize(ormel::benchmarks::walk(value));
 }
 
-JSONValue sample(benchmark::State& state) {
-  const auto& chosen = eventSamples[static_cast<std::size_t>(state.range(0))];
-  state.SetLabel(std::string(chosen.name));
-  return JSONValue::decode(chosen.text);
-}
-
-std::size_t walk(const JSONValue& value) {
-  if (const auto text = value.stringValue()) return text->size();
-  std::size_t sum = 1;
-  if (const auto* object = value.objectValue()) {
-    for (const auto& [key, member] : *object) sum += key.size() + walk(member);
-  } else if (const auto* array = value.arrayValue()) {
-    for (const auto& element : *array) sum += walk(element);
-  }
-  return sum;
-}
-
-// The yardstick of reading without keeping: every value is touched once.
-void walkEventValue(benchmark::State& state) {
-  const JSONValue value = sample(state);
-  for (auto _ : state) benchmark::DoNotOptimize(walk(value));
-}
-BENCHMARK(walkEventValue)->Apply(everyKind);
-
-void copyTexts(const JSONValue& value, std::vector<std::string>& texts) {
-  if (const auto text = value.stringValue()) {
-    texts.emplace_back(*text);
-  } else if (const auto* object = value.objectValue()) {
-    for (const auto& [key, member] : *object) copyTexts(member, texts);
-  } else if (const auto* array = value.arrayValue()) {
-    for (const auto& element : *array) copyTexts(element, texts);
-  }
-}
-
-// The yardstick of keeping: every text becomes a string of its own, as an event's fields must.
-void copyEventTexts(benchmark::State& state) {
-  const JSONValue value = sample(state);
+void walkEventAndCopyTexts(benchmark::State& state, const std::string& text) {
+  const JSONValue value = JSONValue::decode(text);
   std::vector<std::string> texts;
-  for (auto _ : state) {
-    texts.clear();
-    copyTexts(value, texts);
-    benchmark::DoNotOptimize(texts.data());
-  }
+  for (auto _ : state) benchmark::DoNotOptimize(ormel::benchmarks::copyTexts(value, texts));
 }
-BENCHMARK(copyEventTexts)->Apply(everyKind);
 
-void decodeEvent(benchmark::State& state) {
-  const JSONValue value = sample(state);
+void decodeEventByNlohmann(benchmark::State& state, const std::string& text) {
+  const auto value = nlohmann::json::parse(text);
+  for (auto _ : state) benchmark::DoNotOptimize(value.get<ormel::benchmarks::yardstick::Event>());
+}
+
+void decodeEvent(benchmark::State& state, const std::string& text) {
+  const JSONValue value = JSONValue::decode(text);
   for (auto _ : state) benchmark::DoNotOptimize(ormel::decode<ThreadEvent>(value));
 }
-BENCHMARK(decodeEvent)->Apply(everyKind);
 
-void encodeEvent(benchmark::State& state) {
-  const auto event = ormel::decode<ThreadEvent>(sample(state));
+void encodeEvent(benchmark::State& state, const std::string& text) {
+  const auto event = ormel::decode<ThreadEvent>(JSONValue::decode(text));
   for (auto _ : state) benchmark::DoNotOptimize(ormel::encode(event));
 }
-BENCHMARK(encodeEvent)->Apply(everyKind);
+
+bool registerEvents() {
+  for (const auto& [name, text] : ormel::benchmarks::eventSamples) {
+    const auto add = [kind = std::string(name), sample = std::string(text)](const std::string& what, auto* function) {
+      ormel::benchmarks::reportFastest(benchmark::RegisterBenchmark((what + '/' + kind).c_str(), function, sample));
+    };
+    add("decodeEvent", decodeEvent);
+    add("walkEvent", walkEvent);
+    add("walkEventAndCopyTexts", walkEventAndCopyTexts);
+    add("decodeEventByNlohmann", decodeEventByNlohmann);
+    add("encodeEvent", encodeEvent);
+  }
+  return true;
+}
+[[maybe_unused]] const bool areEventsRegistered = registerEvents();
 
 }  // namespace

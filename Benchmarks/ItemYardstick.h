@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-namespace ormel::benchmarks::yardstick {
+#include "OneOf.h"
 
-using Json = nlohmann::json;
+namespace ormel::benchmarks::yardstick {
 
 struct InputPart {
   std::string type, text, path;
@@ -54,7 +54,7 @@ struct enteredReviewMode {
   std::string id, review;
 };
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(enteredReviewMode, id, review)
-using exitedReviewMode = enteredReviewMode;
+struct exitedReviewMode : enteredReviewMode {};
 
 struct contextCompaction {
   std::string id;
@@ -163,5 +163,31 @@ struct error {
   std::string id, message;
 };
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(error, id, message)
+
+inline constexpr TypeWords itemTypes[] = {{"userMessage", "user_message"},
+                                          {"hookPrompt", "hook_prompt"},
+                                          {"agentMessage", "agent_message"},
+                                          {"plan"},
+                                          {"reasoning"},
+                                          {"enteredReviewMode", "entered_review_mode"},
+                                          {"exitedReviewMode", "exited_review_mode"},
+                                          {"contextCompaction", "context_compaction"},
+                                          {"commandExecution", "command_execution"},
+                                          {"fileChange", "file_change"},
+                                          {"mcpToolCall", "mcp_tool_call"},
+                                          {"dynamicToolCall", "dynamic_tool_call"},
+                                          {"collabAgentToolCall", "collab_agent_tool_call"},
+                                          {"webSearch", "web_search"},
+                                          {"imageView", "image_view"},
+                                          {"imageGeneration", "image_generation"},
+                                          {"todoList", "todo_list"},
+                                          {"sleep"},
+                                          {"subAgentActivity", "sub_agent_activity"},
+                                          {"error"}};
+
+using Item =
+    OneOf<itemTypes, userMessage, hookPrompt, agentMessage, plan, reasoning, enteredReviewMode, exitedReviewMode,
+          contextCompaction, commandExecution, fileChange, mcpToolCall, dynamicToolCall, collabAgentToolCall, webSearch,
+          imageView, imageGeneration, todoList, sleep, subAgentActivity, error>;
 
 }  // namespace ormel::benchmarks::yardstick

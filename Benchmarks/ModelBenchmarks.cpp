@@ -16,6 +16,7 @@
 #include "OrmelSDK/RecordCoding.h"
 #include "OrmelSDK/SharedText.h"
 #include "OrmelSDK/ThreadItem.h"
+#include "Walk.h"
 
 namespace {
 
@@ -28,85 +29,35 @@ void decodeItem(benchmark::State& state, const std::string& text) {
   for (auto _ : state) benchmark::DoNotOptimize(ormel::decode<ThreadItem>(value));
 }
 
-std::size_t walk(const JSONValue& value) {
-  std::size_t sum = 1;
-  if (const auto* object = value.objectValue()) {
-    for (const auto& [key, member] : *object) sum += key.size() + walk(member);
-  } else if (const auto* array = value.arrayValue()) {
-    for (const auto& element : *array) sum += walk(element);
-  } else if (const auto text = value.stringValue()) {
-    sum += text->size();
-  }
-  return sum;
-}
-
-// The yardstick of effort: meeting every key and value once, and keeping nothing.
 void walkItem(benchmark::State& state, const std::string& text) {
   const JSONValue value = JSONValue::decode(text);
-  for (auto _ : state) benchmark::DoNotOptimize(walk(value));
+  for (auto _ : state) benchmark::DoNotOptimize(ormel::benchmarks::walk(value));
 }
 
-std::size_t copyTexts(const JSONValue& value, std::vector<std::string>& texts) {
-  if (const auto* object = value.objectValue()) {
-    for (const auto& [key, member] : *object) copyTexts(member, texts);
-  } else if (const auto* array = value.arrayValue()) {
-    for (const auto& element : *array) copyTexts(element, texts);
-  } else if (const auto text = value.stringValue()) {
-    texts.emplace_back(*text);
-  }
-  return texts.size();
-}
-
-// What any record has to do at least: meeting every value once, and copying its text.
 void walkItemAndCopyTexts(benchmark::State& state, const std::string& text) {
   const JSONValue value = JSONValue::decode(text);
   std::vector<std::string> texts;
-  texts.reserve(64);
-  for (auto _ : state) {
-    texts.clear();
-    benchmark::DoNotOptimize(copyTexts(value, texts));
-  }
+  for (auto _ : state) benchmark::DoNotOptimize(ormel::benchmarks::copyTexts(value, texts));
 }
 
-template <typename Record>
 void decodeItemByNlohmann(benchmark::State& state, const std::string& text) {
   const auto value = nlohmann::json::parse(text);
-  for (auto _ : state) benchmark::DoNotOptimize(value.get<Record>());
+  for (auto _ : state) benchmark::DoNotOptimize(value.get<ormel::benchmarks::yardstick::Item>());
 }
 
-void registerFor(std::string_view kind, const std::string& text,
-                 void (*yardstick)(benchmark::State&, const std::string&)) {
-  const auto add = [&](const char* what, auto* function) {
-    auto* added = benchmark::RegisterBenchmark((std::string(what) + '/' + std::string(kind)).c_str(), function, text);
-    ormel::benchmarks::reportFastest(added);
-  };
-  add("decodeItem", decodeItem);
-  add("walkItem", walkItem);
-  add("walkItemAndCopyTexts", walkItemAndCopyTexts);
-  add("decodeItemByNlohmann", yardstick);
+bool registerItems() {
+  for (const auto& [name, text] : ormel::benchmarks::itemSamples()) {
+    const auto add = [kind = std::string(name), &sample = text](const std::string& what, auto* function) {
+      ormel::benchmarks::reportFastest(benchmark::RegisterBenchmark((what + '/' + kind).c_str(), function, sample));
+    };
+    add("decodeItem", decodeItem);
+    add("walkItem", walkItem);
+    add("walkItemAndCopyTexts", walkItemAndCopyTexts);
+    add("decodeItemByNlohmann", decodeItemByNlohmann);
+  }
+  return true;
 }
-
-template <typename... Records>
-bool registerAll() {
-  const auto samples = ormel::benchmarks::itemSamples();
-  auto sample = samples.begin();
-  const auto add = [&](auto* yardstick) {
-    registerFor(sample->name, sample->text, yardstick);
-    ++sample;
-  };
-  (add(decodeItemByNlohmann<Records>), ...);
-  return sample == samples.end();
-}
-
-// In the order of the samples.
-namespace yardstick = ormel::benchmarks::yardstick;
-[[maybe_unused]] const bool isRegistered =
-    registerAll<yardstick::userMessage, yardstick::hookPrompt, yardstick::agentMessage, yardstick::plan,
-                yardstick::reasoning, yardstick::enteredReviewMode, yardstick::exitedReviewMode,
-                yardstick::contextCompaction, yardstick::commandExecution, yardstick::fileChange,
-                yardstick::mcpToolCall, yardstick::dynamicToolCall, yardstick::collabAgentToolCall,
-                yardstick::webSearch, yardstick::imageView, yardstick::imageGeneration, yardstick::todoList,
-                yardstick::sleep, yardstick::subAgentActivity, yardstick::error>();
+[[maybe_unused]] const bool areItemsRegistered = registerItems();
 
 /// Bytes of memory that the process uses now.
 double usedMemory() {

@@ -3,78 +3,21 @@
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "Fastest.h"
+#include "ItemYardstick.h"
 #include "OrmelSDK/JSONValue.h"
 #include "OrmelSDK/RecordCoding.h"
 #include "OrmelSDK/ThreadRecords.h"
 #include "ThreadRecordSamples.h"
+#include "Walk.h"
 
-// The same records as another library's macros define them. They are smaller than ours: no optional fields, one
-// spelling of each key, and texts in place of enumerations.
+// The same records as another library's macros define them. They do less than ours: no optional fields, one spelling
+// of each key, and texts in place of enumerations.
 namespace byMacro {
 
-struct UserInput {
-  std::string type;
-  std::string text;
-};
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(UserInput, type, text)
-
-struct UserMessage {
-  std::string id;
-  std::vector<UserInput> content;
-};
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(UserMessage, id, content)
-
-struct Reasoning {
-  std::string id;
-  std::vector<std::string> summary;
-  std::vector<std::string> content;
-};
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Reasoning, id, summary, content)
-
-struct CommandExecution {
-  std::string id;
-  std::string command;
-  std::string cwd;
-  std::string processId;
-  std::vector<nlohmann::json> command_actions;
-  std::string aggregatedOutput;
-  std::int64_t exitCode = 0;
-  std::string status;
-};
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CommandExecution, id, command, cwd, processId, command_actions,
-                                                aggregatedOutput, exitCode, status)
-
-struct AgentMessage {
-  std::string id;
-  std::string text;
-  std::string phase;
-};
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(AgentMessage, id, text, phase)
-
-struct Item {
-  std::variant<UserMessage, Reasoning, CommandExecution, AgentMessage> value;
-};
-
-void from_json(const nlohmann::json& json, Item& item) {
-  const auto& type = json.at("type").get_ref<const std::string&>();
-  if (type == "userMessage") {
-    item.value = json.get<UserMessage>();
-  } else if (type == "reasoning") {
-    item.value = json.get<Reasoning>();
-  } else if (type == "commandExecution") {
-    item.value = json.get<CommandExecution>();
-  } else {
-    item.value = json.get<AgentMessage>();
-  }
-}
-
-void to_json(nlohmann::json& json, const Item& item) {
-  std::visit([&](const auto& value) { json = value; }, item.value);
-}
+using ormel::benchmarks::yardstick::Item;
 
 struct Turn {
   std::string id;
@@ -154,46 +97,18 @@ void threadReadByMacroRecords(benchmark::State& state) {
 }
 BENCHMARK(threadReadByMacroRecords)->Apply(ormel::benchmarks::reportFastest);
 
-// What anyone who has the value must do at least: visit every key and every text.
-std::size_t walk(const JSONValue& value) {
-  if (const auto* object = value.objectValue()) {
-    std::size_t sum = 0;
-    for (const auto& [key, member] : *object) sum += key.size() + walk(member);
-    return sum;
-  }
-  if (const auto* array = value.arrayValue()) {
-    std::size_t sum = 0;
-    for (const auto& element : *array) sum += walk(element);
-    return sum;
-  }
-  const auto text = value.stringValue();
-  return text ? text->size() : 1;
-}
-
 void threadReadByWalking(benchmark::State& state) {
   const JSONValue value = JSONValue::decode(reply());
-  for (auto _ : state) benchmark::DoNotOptimize(walk(value));
+  for (auto _ : state) benchmark::DoNotOptimize(ormel::benchmarks::walk(value));
   count(state);
 }
 BENCHMARK(threadReadByWalking)->Apply(ormel::benchmarks::reportFastest);
-
-// And what records that own their texts must do besides: copy each text.
-void copyTexts(const JSONValue& value, std::vector<std::string>& texts) {
-  if (const auto* object = value.objectValue()) {
-    for (const auto& [key, member] : *object) copyTexts(member, texts);
-  } else if (const auto* array = value.arrayValue()) {
-    for (const auto& element : *array) copyTexts(element, texts);
-  } else if (const auto text = value.stringValue()) {
-    texts.emplace_back(*text);
-  }
-}
 
 void threadReadByCopyingTexts(benchmark::State& state) {
   const JSONValue value = JSONValue::decode(reply());
   for (auto _ : state) {
     std::vector<std::string> texts;
-    copyTexts(value, texts);
-    benchmark::DoNotOptimize(texts.data());
+    benchmark::DoNotOptimize(ormel::benchmarks::copyTexts(value, texts));
   }
   count(state);
 }

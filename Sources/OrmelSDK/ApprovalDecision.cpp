@@ -7,7 +7,10 @@ namespace ormel::coding {
 
 namespace {
 
-OrmelApprovalDecision decodeDecision(const JSONValue& value, const CodingPath&) { return value; }
+void decodeDecision(OrmelApprovalDecision& into, const JSONValue& value, const CodingPath& path) {
+  Codec<JSONValue>::decodeInto(into.jsonValue, value, path);
+}
+
 JSONValue encodeDecision(const OrmelApprovalDecision& decision) { return decision.jsonValue; }
 
 }  // namespace

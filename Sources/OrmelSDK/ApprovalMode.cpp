@@ -27,7 +27,7 @@ namespace {
 
 std::optional<GranularApprovalMode> granularMode(const JSONValue& value, const CodingPath& path) {
   try {
-    const auto modes = Codec<std::map<std::string, GranularApprovalMode>>::decode(value, path);
+    const auto modes = decodeAs<std::map<std::string, GranularApprovalMode>>(value, path);
     const auto found = modes.find("granular");
     if (found != modes.end()) return found->second;
   } catch (const DecodingError&) {
@@ -36,13 +36,15 @@ std::optional<GranularApprovalMode> granularMode(const JSONValue& value, const C
   return std::nullopt;
 }
 
-ApprovalMode decodeApprovalMode(const JSONValue& value, const CodingPath& path) {
-  if (const auto text = value.stringValue()) {
-    if (const auto mode = ApprovalMode::fromRawValue(*text)) return *mode;
-  } else if (const auto granular = granularMode(value, path)) {
-    return *granular;
+void decodeApprovalMode(ApprovalMode& into, const JSONValue& value, const CodingPath& path) {
+  const auto text = value.stringValue();
+  if (const auto mode = text ? ApprovalMode::fromRawValue(*text) : std::nullopt) {
+    into = *mode;
+  } else if (const auto granular = text ? std::nullopt : granularMode(value, path)) {
+    into = *granular;
+  } else {
+    failCorrupted("Unsupported approval policy", path);
   }
-  failCorrupted("Unsupported approval policy", path);
 }
 
 JSONValue encodeApprovalMode(const ApprovalMode& mode) {

@@ -17,9 +17,12 @@ PatchChangeKind patchChangeKind(std::string_view word, const CodingPath& path) {
   return *kind;
 }
 
-PatchChangeKind decodePatchChangeKind(const JSONValue& value, const CodingPath& path) {
-  if (const auto word = value.stringValue()) return patchChangeKind(*word, path);
-  return patchChangeKind(decodeType(value, typeName<PatchChangeKind>(), path), path.at("type"));
+void decodePatchChangeKind(PatchChangeKind& into, const JSONValue& value, const CodingPath& path) {
+  if (const auto word = value.stringValue()) {
+    into = patchChangeKind(*word, path);
+  } else {
+    into = patchChangeKind(decodeType(value, typeName<PatchChangeKind>(), path), path.at("type"));
+  }
 }
 
 }  // namespace

@@ -261,8 +261,9 @@ JSONValue buildByCopy(const simdjson::dom::document& document, std::size_t sourc
   return root;
 }
 
-JSONValue buildByAdoption(simdjson::dom::document& document) {
+JSONValue buildByAdoption(simdjson::dom::document& document, std::size_t sourceSize) {
   JSONBlockPointer block(JSONStorageBlock::allocate(nodesBound(document), JSONStorageBlock::Contents::message));
+  block->size += sourceSize;
   auto* const texts = reinterpret_cast<std::byte*>(document.string_buf.release());
   block->adoptedTexts = texts;
   return buildInto(std::move(block), document, {.stored = texts, .readable = texts});
@@ -290,14 +291,14 @@ JSONValue decodeRefused(std::string_view text, simdjson::error_code error);
 JSONValue decodeBy(std::string_view text, Parser& parser) {
   if (const auto error = parser.run(text)) [[unlikely]]
     return decodeRefused(text, error);
-  if (text.size() >= adoptionThreshold) return buildByAdoption(parser.document);
+  if (text.size() >= adoptionThreshold) return buildByAdoption(parser.document, text.size());
   return buildByCopy(parser.document, text.size());
 }
 
 JSONValue decodeLarge(std::string_view text) {
   const auto parser = std::make_unique<Parser>();
   if (const auto error = parser->run(text)) return decodeRefused(text, error);
-  return buildByAdoption(parser->document);
+  return buildByAdoption(parser->document, text.size());
 }
 
 // Reads a text that has been found to be JSON of an allowed depth.
@@ -307,7 +308,7 @@ JSONValue decodeExamined(std::string_view text, const std::vector<std::size_t>& 
   rewritten.append(jsonPadding, ' ');
   Parser parser;
   if (parser.run(std::string_view(rewritten).substr(0, size), generousDepth)) failUnsupported();
-  return buildByAdoption(parser.document);
+  return buildByAdoption(parser.document, size);
 }
 
 JSONValue decodeRefused(std::string_view text, simdjson::error_code error) {
@@ -332,9 +333,10 @@ JSONValue decodePaddedJSON(ByteBuffer text) {
   if (text.size() <= keptParserLimit) return decodeBy(text.view(), threadParser());
   const auto parser = std::make_unique<Parser>();
   if (const auto error = parser->run(text.view())) return decodeRefused(text.view(), error);
+  const std::size_t size = text.size();
   text = ByteBuffer();
   parser->parser = simdjson::dom::parser();
-  return buildByAdoption(parser->document);
+  return buildByAdoption(parser->document, size);
 }
 
 }  // namespace detail

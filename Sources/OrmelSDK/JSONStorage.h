@@ -30,6 +30,8 @@ struct JSONStorageBlock : JSONBlock {
   enum class Contents : std::uint8_t { text, container, message };
 
   Contents contents = Contents::text;
+  /// Bytes of everything behind this header, texts that were taken over included.
+  std::size_t size = 0;
   /// Texts taken over whole from the parser instead of copied; null otherwise.
   std::byte* adoptedTexts = nullptr;
 
@@ -39,6 +41,7 @@ struct JSONStorageBlock : JSONBlock {
     auto* memory = ::operator new(sizeof(JSONStorageBlock) + payloadSize);
     auto* block = new (memory) JSONStorageBlock;
     block->contents = contents;
+    block->size = payloadSize;
     return block;
   }
 };
@@ -150,6 +153,10 @@ struct JSONAccess {
   }
 
   static const JSONStoredMember* members(const JSONObject& object) noexcept { return object.members(); }
+
+  static bool hasNonASCIIKey(const JSONObject& object) noexcept {
+    return (object.header_.flags & JSONContainerHeader::hasNonASCIIKey) != 0;
+  }
 };
 
 }  // namespace ormel::detail

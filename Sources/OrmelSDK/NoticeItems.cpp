@@ -10,14 +10,12 @@ namespace ormel::coding {
 
 namespace {
 
-UnknownThreadItem decodeUnknownThreadItem(const JSONValue& value, const CodingPath& path) {
-  UnknownThreadItem item;
+void decodeUnknownThreadItem(UnknownThreadItem& item, const JSONValue& value, const CodingPath& path) {
   item.itemType = decodeType(value, typeName<UnknownThreadItem>(), path);
   const JSONValue* id = value.find("id");
   if (!id) failMissingKey("id", path);
-  item.id = Codec<std::string>::decode(*id, path.at("id"));
-  item.payload = value;
-  return item;
+  Codec<std::string>::decodeInto(item.id, *id, path.at("id"));
+  Codec<JSONValue>::decodeInto(item.payload, value, path);
 }
 
 JSONValue encodeUnknownThreadItem(const UnknownThreadItem& item) { return item.payload; }

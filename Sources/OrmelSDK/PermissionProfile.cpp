@@ -1,5 +1,6 @@
 #include "OrmelSDK/PermissionProfile.h"
 
+#include "OrmelSDK/Coding/KeptValue.h"
 #include "OrmelSDK/Coding/RecordCodec.h"
 #include "OrmelSDK/PermissionProfileTables.h"
 
@@ -7,10 +8,10 @@ namespace ormel {
 
 RequestPermissionProfile decodePermissionProfile(const JSONObject& object) {
   RequestPermissionProfile profile;
-  if (const auto* network = object.find("network")) profile.network = *network;
+  if (const auto* network = object.find("network")) profile.network = coding::kept(*network);
   const auto* fileSystem = object.find("fileSystem");
   if (!fileSystem) fileSystem = object.find("file_system");
-  if (fileSystem) profile.fileSystem = *fileSystem;
+  if (fileSystem) profile.fileSystem = coding::kept(*fileSystem);
   return profile;
 }
 

@@ -30,8 +30,9 @@ namespace ormel::coding {
 
 void RecordTable<ReasoningItem>::finish(ReasoningItem& item, const JSONObject& object, const CodingPath& path) {
   constexpr std::string_view key = "text";
+  if (!item.summary.empty() || !item.content.empty()) return;
   if (hasValue(object, "summary") || hasValue(object, "content") || !hasValue(object, key)) return;
-  auto text = Codec<SharedText>::decode(*object.find(key), path.at(key));
+  auto text = decodeAs<SharedText>(*object.find(key), path.at(key));
   if (!text.empty()) item.content.push_back(std::move(text));
 }
 

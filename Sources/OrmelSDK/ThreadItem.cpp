@@ -24,7 +24,7 @@ ThreadItem VariantTable<ThreadItem>::decodeUnknown(std::string_view type, const 
                                                    const CodingPath& path) {
   const JSONValue* id = value.find("id");
   if (!id || !id->stringValue()) failCorrupted("Unknown item type: " + std::string(type), path.at("type"));
-  return Codec<UnknownThreadItem>::decode(value, path);
+  return decodeAs<UnknownThreadItem>(value, path);
 }
 
 JSONValue VariantTable<ThreadItem>::encodeUnknown(const ThreadItem& item) {

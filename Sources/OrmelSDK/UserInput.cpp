@@ -2,6 +2,8 @@
 
 #include <string>
 #include <utility>
+#include <variant>
+#include <vector>
 
 #include "OrmelSDK/UserInputTables.h"
 
@@ -14,20 +16,24 @@ UserInput VariantTable<UserInput>::decodeUnknown(std::string_view type, const JS
 namespace {
 
 // A text with no marked range is the plain case.
-UserInput decodeUserInput(const JSONValue& value, const CodingPath& path) {
-  UserInput input = decodeVariant<UserInput>(value, path);
-  if (auto* marked = std::get_if<UserInputTextElements>(&input.value); marked && marked->elements.empty()) {
-    return UserInputText{std::move(marked->text)};
+void decodeUserInput(UserInput& into, const JSONValue& value, const CodingPath& path) {
+  decodeVariant(into, value, path);
+  if (auto* marked = std::get_if<UserInputTextElements>(&into.value); marked && marked->elements.empty()) {
+    into = UserInputText{std::move(marked->text)};
   }
-  return input;
 }
 
-LossyUserInput decodeLossyUserInput(const JSONValue& value, const CodingPath& path) {
+void decodeLossyUserInput(LossyUserInput& into, const JSONValue& value, const CodingPath& path) {
   try {
-    return {Codec<UserInput>::decode(value, path)};
+    Codec<UserInput>::decodeInto(into.value.emplace(), value, path);
   } catch (const DecodingError&) {
-    return {};
+    into.value.reset();
   }
+}
+
+JSONValue printedInput(const Input& input) {
+  if (const auto* text = std::get_if<std::string>(&input.value)) return *text;
+  return Codec<std::vector<UserInput>>::encode(std::get<std::vector<UserInput>>(input.value));
 }
 
 JSONValue encodeLossyUserInput(const LossyUserInput& input) {
@@ -41,5 +47,12 @@ JSONValue encodeLossyUserInput(const LossyUserInput& input) {
 ORMEL_DEFINE_ENUMERATION(ImageDetail)
 ORMEL_DEFINE_RECORD(UserInputTextByteRange)
 ORMEL_DEFINE_RECORD(UserInputTextElement)
+ORMEL_DEFINE_PRINTED_RECORD(UserInputText)
+ORMEL_DEFINE_PRINTED_RECORD(UserInputTextElements)
+ORMEL_DEFINE_PRINTED_RECORD(UserInputImage)
+ORMEL_DEFINE_PRINTED_RECORD(UserInputLocalImage)
+ORMEL_DEFINE_PRINTED_RECORD(UserInputSkill)
+ORMEL_DEFINE_PRINTED_RECORD(UserInputMention)
 ORMEL_DEFINE_CODEC_BY(UserInput, decodeUserInput, encodeVariant)
 ORMEL_DEFINE_CODEC_BY(LossyUserInput, decodeLossyUserInput, encodeLossyUserInput)
+ORMEL_DEFINE_PRINTED_BY(Input, printedInput)

@@ -37,6 +37,7 @@ struct UserInputTextElement {
 struct UserInputText {
   std::string text;
   friend bool operator==(const UserInputText&, const UserInputText&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const UserInputText& value);
 };
 
 /// Text with marked ranges.
@@ -44,6 +45,7 @@ struct UserInputTextElements {
   std::string text;
   std::vector<UserInputTextElement> elements;
   friend bool operator==(const UserInputTextElements&, const UserInputTextElements&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const UserInputTextElements& value);
 };
 
 /// An image at a URL.
@@ -51,6 +53,7 @@ struct UserInputImage {
   std::string url;
   std::optional<ImageDetail> detail;
   friend bool operator==(const UserInputImage&, const UserInputImage&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const UserInputImage& value);
 };
 
 /// An image in a file that the server can read.
@@ -58,6 +61,7 @@ struct UserInputLocalImage {
   std::string path;
   std::optional<ImageDetail> detail;
   friend bool operator==(const UserInputLocalImage&, const UserInputLocalImage&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const UserInputLocalImage& value);
 };
 
 /// A skill to use.
@@ -65,6 +69,7 @@ struct UserInputSkill {
   std::string name;
   std::string path;
   friend bool operator==(const UserInputSkill&, const UserInputSkill&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const UserInputSkill& value);
 };
 
 /// Something mentioned by name.
@@ -72,6 +77,7 @@ struct UserInputMention {
   std::string name;
   std::string path;
   friend bool operator==(const UserInputMention&, const UserInputMention&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const UserInputMention& value);
 };
 
 /// One part of what a user sends. Use `visit` to tell the cases apart. Has a JSON form.
@@ -121,6 +127,7 @@ struct Input {
   static Input from(std::vector<UserInput> userInputs) { return Input(std::move(userInputs)); }
 
   friend bool operator==(const Input&, const Input&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const Input& value);
 };
 
 /// One element of a list that is read leniently: `value` is absent when the element is no user input.

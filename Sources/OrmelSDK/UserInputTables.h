@@ -33,6 +33,7 @@ template <>
 struct ormel::coding::RecordTable<ormel::UserInputText> {
   static constexpr auto fields = std::tuple(required<&UserInputText::text>("text"));
 };
+ORMEL_DECLARE_PRINTED(UserInputText)
 
 template <>
 struct ormel::coding::RecordTable<ormel::UserInputTextElements> {
@@ -41,30 +42,35 @@ struct ormel::coding::RecordTable<ormel::UserInputTextElements> {
                                                 .writtenAs("text_elements")
                                                 .omittedWhenEmpty());
 };
+ORMEL_DECLARE_PRINTED(UserInputTextElements)
 
 template <>
 struct ormel::coding::RecordTable<ormel::UserInputImage> {
   static constexpr auto fields =
       std::tuple(required<&UserInputImage::url>("url"), optional<&UserInputImage::detail>("detail"));
 };
+ORMEL_DECLARE_PRINTED(UserInputImage)
 
 template <>
 struct ormel::coding::RecordTable<ormel::UserInputLocalImage> {
   static constexpr auto fields =
       std::tuple(required<&UserInputLocalImage::path>("path"), optional<&UserInputLocalImage::detail>("detail"));
 };
+ORMEL_DECLARE_PRINTED(UserInputLocalImage)
 
 template <>
 struct ormel::coding::RecordTable<ormel::UserInputSkill> {
   static constexpr auto fields =
       std::tuple(required<&UserInputSkill::name>("name"), required<&UserInputSkill::path>("path"));
 };
+ORMEL_DECLARE_PRINTED(UserInputSkill)
 
 template <>
 struct ormel::coding::RecordTable<ormel::UserInputMention> {
   static constexpr auto fields =
       std::tuple(required<&UserInputMention::name>("name"), required<&UserInputMention::path>("path"));
 };
+ORMEL_DECLARE_PRINTED(UserInputMention)
 
 /// Both text cases carry the word "text"; reading decides between them by the elements.
 template <>
@@ -77,3 +83,4 @@ struct ormel::coding::VariantTable<ormel::UserInput> {
 };
 ORMEL_DECLARE_CODEC(UserInput)
 ORMEL_DECLARE_CODEC(LossyUserInput)
+ORMEL_DECLARE_PRINTED(Input)

@@ -9,15 +9,14 @@ namespace ormel::coding {
 
 namespace {
 
-CollaborationMode decodeCollaborationMode(const JSONValue& value, const CodingPath& path) {
+void decodeCollaborationMode(CollaborationMode& into, const JSONValue& value, const CodingPath& path) {
   const JSONValue* const mode = value.objectValue() ? value.find("mode") : &value;
   if (!mode) failMissingKey("mode", path);
   const CodingPath modePath = mode == &value ? path : path.at("mode");
-  const auto text = mode->stringValue();
-  if (!text) failUnexpected("String", *mode, modePath);
-  const auto found = enumerationCase<CollaborationMode>(*text);
-  if (!found) failCorrupted("Unknown collaboration mode: " + std::string(*text), modePath);
-  return *found;
+  const std::string_view text = textOf(*mode, modePath);
+  const auto found = enumerationCase<CollaborationMode>(text);
+  if (!found) failCorrupted("Unknown collaboration mode: " + std::string(text), modePath);
+  into = *found;
 }
 
 }  // namespace

@@ -221,10 +221,10 @@ TEST(SharedText, StreamsAsItStands) {
 
 TEST(SharedText, IsAStringInJSON) {
   using Codec = ormel::coding::Codec<SharedText>;
-  EXPECT_EQ(Codec::decode(ormel::JSONValue("text"), {}), "text");
+  EXPECT_EQ(ormel::coding::decodeAs<SharedText>(ormel::JSONValue("text"), {}), "text");
   EXPECT_EQ(Codec::encode("text"), ormel::JSONValue("text"));
-  EXPECT_THROW(Codec::decode(ormel::JSONValue(1), {}), ormel::DecodingError);
-  EXPECT_THROW(Codec::decode(ormel::JSONValue(), {}), ormel::DecodingError);
+  EXPECT_THROW(ormel::coding::decodeAs<SharedText>(ormel::JSONValue(1), {}), ormel::DecodingError);
+  EXPECT_THROW(ormel::coding::decodeAs<SharedText>(ormel::JSONValue(), {}), ormel::DecodingError);
 }
 
 }  // namespace

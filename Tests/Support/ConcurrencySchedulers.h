@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -13,11 +12,9 @@
 
 #include "OrmelSDK/Concurrency/SimulatedScheduler.h"
 #include "OrmelSDK/Concurrency/Task.h"
+#include "Support/Eventually.h"
 
 namespace ormel::testing {
-
-/// How long a test waits on real threads before it fails.
-constexpr std::chrono::seconds patience(60);
 
 /// Where the result of a task arrives.
 template <class T>

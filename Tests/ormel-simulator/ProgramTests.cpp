@@ -107,11 +107,15 @@ INSTANTIATE_TEST_SUITE_P(
         UsageCase{{"--record", "/nowhere/record", "app-server", "--listen", "stdio://"},
                   "cannot open the record /nowhere/record: No such file or directory"}));
 
-TEST(SimulatorProgram, SaysThatItNeedsAScenario) {
+TEST(SimulatorProgram, ServesAsAnAgentWithoutAScenario) {
   const Finished finished = run(testing::SimulatorScenario::serverArguments());
-  EXPECT_EQ(finished.status, 99);
-  EXPECT_EQ(finished.errors,
-            "ormel-simulator: no scenario to play; name one with --scenario or ORMEL_SIMULATOR_SCENARIO\n");
+  EXPECT_EQ(finished.status, 0);
+  EXPECT_EQ(finished.output + finished.errors, "");
+}
+
+TEST(SimulatorProgram, RefusesAPaceThatIsNone) {
+  EXPECT_EQ(run(testing::SimulatorScenario::serverArguments(), {"ORMEL_SIMULATOR_PACE_MS=soon"}).status, 99);
+  EXPECT_EQ(run(testing::SimulatorScenario::serverArguments(), {"ORMEL_SIMULATOR_PACE_MS=-1"}).status, 99);
 }
 
 TEST(SimulatorProgram, RefusesUnknownOptions) { EXPECT_EQ(run({"--wrong"}).status, 99); }

@@ -4,17 +4,20 @@
 #include <algorithm>
 #include <iostream>
 
+#include "ormel-simulator/Agent/TurnScripts.h"
+
 namespace ormel::simulator {
 
 namespace {
 
 constexpr const char* description =
-    "Plays the server's side of a conversation from a scenario file.\n"
+    "Plays the server's side of a conversation: from a scenario file, or without one as a small agent of its own.\n"
     "Everything from \"app-server\" on is what a client starts the real server with:\n"
     "  ormel-simulator [OPTIONS] app-server --listen stdio:// [--config KEY=VALUE]...";
 
 constexpr const char* scenarioHelp =
-    R"(A scenario reads like the conversation. One statement a line, "#" starts a comment:
+    R"(
+A scenario reads like the conversation. One statement a line, "#" starts a comment:
 
   client asks initialize {"clientInfo": "$any"}
   server answers {"userAgent": "simulator"}
@@ -60,6 +63,13 @@ Exit status: 0 after the end of the scenario and of the input, 97 when the clien
 scenario expects, 98 when the scenario is wrong, 99 when the simulator cannot start.
 The whole language is described in docs/simulator.md.)";
 
+std::string agentHelp() {
+  return "Without a scenario, the built-in agent answers. The first of these words in the user's input tells it what "
+         "to\n"
+         "do; without any of them, it talks:\n" +
+         turnScriptsHelp();
+}
+
 const char* serverArgumentsFault(const std::vector<std::string>& arguments) {
   if (arguments.size() < 3 || arguments[1] != "--listen" || arguments[2] != "stdio://") {
     return "\"app-server\" must be followed by \"--listen stdio://\"";
@@ -87,7 +97,7 @@ CommandLine readCommandLine(const std::vector<std::string>& arguments) {
   std::vector<std::string> own(std::make_reverse_iterator(server), arguments.rend());
 
   CLI::App app(description, "ormel-simulator");
-  app.footer(scenarioHelp);
+  app.footer(agentHelp() + scenarioHelp);
   app.add_option("--scenario", result.scenarioPath, "The scenario to play")
       ->envname("ORMEL_SIMULATOR_SCENARIO")
       ->type_name("FILE");
@@ -95,8 +105,19 @@ CommandLine readCommandLine(const std::vector<std::string>& arguments) {
       ->envname("ORMEL_SIMULATOR_RECORD")
       ->type_name("FILE");
   app.add_option("--check", result.pathToCheck, "Only check that this scenario is well-formed")->type_name("FILE");
+  constexpr int slowestPace = 60'000;
+  int pace = static_cast<int>(result.agent.pace.count());
+  app.add_option("--pace", pace, "Milliseconds between two steps of the agent")
+      ->envname("ORMEL_SIMULATOR_PACE_MS")
+      ->type_name("MS")
+      ->capture_default_str()
+      ->check(CLI::Range(0, slowestPace));
+  app.add_option("--state", result.agent.stateFolder, "Folder in which the agent keeps its threads")
+      ->envname("ORMEL_SIMULATOR_STATE")
+      ->type_name("FOLDER");
   try {
     app.parse(own);
+    result.agent.pace = std::chrono::milliseconds(pace);
   } catch (const CLI::ParseError& error) {
     result.exitStatus = error.get_exit_code() == 0 ? app.exit(error) : complain(error.what());
     return result;
@@ -106,8 +127,6 @@ CommandLine readCommandLine(const std::vector<std::string>& arguments) {
     result.exitStatus = complain("nothing to do; give \"app-server --listen stdio://\", or see --help");
   } else if (const char* fault = serverArgumentsFault(result.serverArguments)) {
     result.exitStatus = complain(fault);
-  } else if (result.scenarioPath.empty()) {
-    result.exitStatus = complain("no scenario to play; name one with --scenario or ORMEL_SIMULATOR_SCENARIO");
   }
   return result;
 }

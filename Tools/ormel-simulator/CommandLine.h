@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "ormel-simulator/Agent/AgentSettings.h"
+
 namespace ormel::simulator {
 
 /// Exit statuses that no scenario is likely to choose.
@@ -18,6 +20,8 @@ struct CommandLine {
   std::string scenarioPath;
   std::string recordPath;
   std::string pathToCheck;
+  /// For the built-in agent, which serves where there is no scenario.
+  AgentSettings agent;
   /// "app-server" and what follows it; empty if it was not given.
   std::vector<std::string> serverArguments;
 };

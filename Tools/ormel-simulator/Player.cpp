@@ -25,7 +25,6 @@ constexpr milliseconds pieceWait{5000};
 // A forked child holds other processes' pipes, so it never stays longer than this.
 constexpr milliseconds longestFork{30'000};
 
-constexpr std::size_t longestRecordedOutput = 65536;
 constexpr std::size_t longestReportedLine = 2000;
 
 std::string shortened(const std::string& text) {
@@ -325,9 +324,7 @@ std::optional<Message> Player::nextMessage() {
 
 void Player::collectLines() {
   while (auto line = wire_.takeLine()) {
-    JSONObjectBuilder members;
-    Recorder::setBytes(members, "line", line->bytes);
-    recorder_.record("received", members.set("terminated", line->terminated));
+    recorder_.recordReceived(line->bytes, line->terminated);
     Message message = readMessage(std::move(line->bytes));
     if (!line->terminated) {
       message.kind = Message::Kind::malformed;
@@ -422,10 +419,7 @@ void Player::playEnd() {
 void Player::send(const JSONValue& message) { write(Stream::output, message.encode() + "\n"); }
 
 void Player::write(Stream stream, std::string_view bytes) {
-  JSONObjectBuilder members;
-  members.set("stream", stream == Stream::output ? "stdout" : "stderr").set("bytes", bytes.size());
-  if (bytes.size() <= longestRecordedOutput) Recorder::setBytes(members, "text", bytes);
-  recorder_.record("sent", members);
+  recorder_.recordSent(stream == Stream::output ? "stdout" : "stderr", bytes);
   wire_.write(stream, bytes);
 }
 

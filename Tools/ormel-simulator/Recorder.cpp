@@ -111,6 +111,22 @@ void Recorder::record(std::string_view event, JSONObjectBuilder members) {
   }
 }
 
+void Recorder::recordReceived(std::string_view line, bool terminated) {
+  if (file_ < 0) return;
+  JSONObjectBuilder members;
+  setBytes(members, "line", line);
+  record("received", members.set("terminated", terminated));
+}
+
+void Recorder::recordSent(std::string_view stream, std::string_view bytes) {
+  if (file_ < 0) return;
+  constexpr std::size_t longestText = 64 * 1024;
+  JSONObjectBuilder members;
+  members.set("stream", stream).set("bytes", bytes.size());
+  if (bytes.size() <= longestText) setBytes(members, "text", bytes);
+  record("sent", members);
+}
+
 void Recorder::setBytes(JSONObjectBuilder& members, std::string_view key, std::string_view bytes) {
   members.set(key, bytes);
   if (!isValidUTF8(bytes)) members.set(std::string(key) + "Hex", hexOf(bytes));

@@ -31,6 +31,12 @@ class Recorder {
 
   void record(std::string_view event, JSONObjectBuilder members = {});
 
+  /// Records a line of the client.
+  void recordReceived(std::string_view line, bool terminated);
+
+  /// Records what is written to a stream, "stdout" or "stderr"; of much, only how much.
+  void recordSent(std::string_view stream, std::string_view bytes);
+
   /// Records bytes as text: `key`, and with `key` + "Hex" if they are not UTF-8.
   static void setBytes(JSONObjectBuilder& members, std::string_view key, std::string_view bytes);
 

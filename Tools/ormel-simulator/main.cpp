@@ -1,5 +1,6 @@
 #include <iostream>
 
+#include "ormel-simulator/Agent/Agent.h"
 #include "ormel-simulator/CommandLine.h"
 #include "ormel-simulator/Player.h"
 #include "ormel-simulator/ScenarioParser.h"
@@ -50,10 +51,16 @@ int check(const std::string& path) {
   return 0;
 }
 
+Exit serveAsAgent(const AgentSettings& settings, Recorder& recorder) {
+  Wire wire;
+  return Agent(wire, recorder, settings).run();
+}
+
 int run(const CommandLine& commandLine, const std::vector<std::string>& arguments) {
   restoreSignals();
   Recorder recorder(commandLine.recordPath);
   recorder.recordStart(arguments);
+  if (commandLine.scenarioPath.empty()) return end(serveAsAgent(commandLine.agent, recorder), recorder);
   Scenario scenario;
   try {
     scenario = loadScenario(commandLine.scenarioPath);

@@ -1,9 +1,8 @@
 #include "OrmelSDK/AppServerRun/AppServerProcessExitCoordinator.h"
 
-#include <limits>
 #include <utility>
 
-#include "OrmelSDK/FatalError.h"
+#include "OrmelSDK/AppServerRun/Counters.h"
 
 namespace ormel::detail {
 
@@ -14,11 +13,6 @@ void callIfAny(const std::function<void()>& callback) {
 }
 
 }  // namespace
-
-void incrementCounter(std::uint64_t& counter) {
-  if (counter == std::numeric_limits<std::uint64_t>::max()) fatalError("a counter of the process's end overflowed");
-  ++counter;
-}
 
 std::shared_ptr<AppServerProcessExitCoordinator> AppServerProcessExitCoordinator::create(
     std::function<bool()> hasUnreadBytes, StartTimer startTimer) {
@@ -87,6 +81,11 @@ void AppServerProcessExitCoordinator::processDidExit(std::chrono::nanoseconds gr
     if (!isSettledLocked() && fallbackSequence_ == sequence) std::swap(fallbackTask_, timer);
   }
   callIfAny(timer);
+}
+
+bool AppServerProcessExitCoordinator::readerReachedEOF() const {
+  const std::lock_guard guard(lock_);
+  return readerReachedEOF_;
 }
 
 void AppServerProcessExitCoordinator::cancel() {

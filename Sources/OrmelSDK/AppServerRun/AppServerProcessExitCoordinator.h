@@ -8,9 +8,6 @@
 
 namespace ormel::detail {
 
-/// Adds 1. A counter that would overflow ends the process: what it orders could not be told apart any more.
-void incrementCounter(std::uint64_t& counter);
-
 /// Decides when the end of the server's process is reported.
 ///
 /// The end of the process and the end of its output come in no fixed order, and the last output can hold the very
@@ -57,6 +54,9 @@ class AppServerProcessExitCoordinator : public std::enable_shared_from_this<AppS
   /// Puts the coordinator out of use.
   void cancel();
 
+  /// Whether the end of file has been read, whose receiver then owns the outcome.
+  bool readerReachedEOF() const;
+
  private:
   AppServerProcessExitCoordinator(std::function<bool()> hasUnreadBytes, StartTimer startTimer);
 
@@ -68,7 +68,7 @@ class AppServerProcessExitCoordinator : public std::enable_shared_from_this<AppS
   const std::function<bool()> hasUnreadBytes_;
   const StartTimer startTimer_;
 
-  std::mutex lock_;
+  mutable std::mutex lock_;
   bool readerReachedEOF_ = false;
   bool cancelled_ = false;
   // Number of the current grace period, by which a late timer is told.

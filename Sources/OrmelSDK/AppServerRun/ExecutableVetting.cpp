@@ -11,7 +11,7 @@ namespace {
 
 OrmelExecutableTrustAssessment assessment(const std::string& path, const OrmelOptions& options) {
   if (options.executableTrustAssessment) return options.executableTrustAssessment(path);
-  if (options.selectedOrmelPathOverride) return OrmelExecutableTrustAssessment::trusted();
+  if (!needsVetting(options)) return OrmelExecutableTrustAssessment::trusted();
   return OrmelExecutableTrustPolicy::assessSystemExecutable(path, options.trustCommandRunner);
 }
 
@@ -26,6 +26,10 @@ OrmelExecutableTrustAssessment assessmentOrRejection(const std::string& path, co
 }
 
 }  // namespace
+
+bool needsVetting(const OrmelOptions& options) noexcept {
+  return options.executableTrustAssessment || !options.selectedOrmelPathOverride;
+}
 
 void requireTrustedExecutable(const std::string& path, const OrmelOptions& options) {
   const auto answer = assessmentOrRejection(path, options);

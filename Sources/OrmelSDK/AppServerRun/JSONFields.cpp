@@ -1,5 +1,7 @@
 #include "OrmelSDK/AppServerRun/JSONFields.h"
 
+#include "OrmelSDK/Coding/KeptValue.h"
+
 namespace ormel::detail {
 
 const JSONValue* valueUnder(const JSONObject& object, JSONKeys keys) {
@@ -28,7 +30,7 @@ std::optional<std::int64_t> integerUnder(const JSONObject& object, JSONKeys keys
 
 std::optional<JSONValue> ownValueUnder(const JSONObject& object, JSONKeys keys) {
   const JSONValue* value = valueUnder(object, keys);
-  return value ? std::optional(*value) : std::nullopt;
+  return value ? std::optional(coding::kept(*value)) : std::nullopt;
 }
 
 std::optional<std::string> ownTextUnder(const JSONObject& object, JSONKeys keys) {
@@ -41,7 +43,7 @@ std::string ownTextUnder(const JSONObject& object, JSONKeys keys, std::string_vi
 }
 
 std::vector<JSONValue> valuesOf(const JSONArray* array) {
-  return array ? std::vector<JSONValue>(array->begin(), array->end()) : std::vector<JSONValue>();
+  return listOf(array, [](const JSONValue& element) { return std::optional(coding::kept(element)); });
 }
 
 }  // namespace ormel::detail

@@ -43,7 +43,7 @@ std::optional<bool> booleanUnder(const JSONObject& object, JSONKeys keys);
 /// A number with no fraction. One outside the signed 64-bit range ends the process, as in `JSONValue::intValue`.
 std::optional<std::int64_t> integerUnder(const JSONObject& object, JSONKeys keys);
 
-/// The same, copied out of the object.
+/// The same, to be kept beyond the object's message.
 std::optional<JSONValue> ownValueUnder(const JSONObject& object, JSONKeys keys);
 std::optional<std::string> ownTextUnder(const JSONObject& object, JSONKeys keys);
 std::string ownTextUnder(const JSONObject& object, JSONKeys keys, std::string_view fallback);
@@ -70,7 +70,7 @@ std::vector<Text> textsOf(const JSONArray* array) {
   });
 }
 
-/// All elements, copied out.
+/// All elements, each to be kept beyond the array's message.
 std::vector<JSONValue> valuesOf(const JSONArray* array);
 
 /// The record in its own JSON form, or nothing if the value does not decode.

@@ -10,6 +10,7 @@
 #include "OrmelSDK/AppServerRun/PlanningItemParsing.h"
 #include "OrmelSDK/AppServerRun/ThreadItemWords.h"
 #include "OrmelSDK/AppServerRun/ToolItemParsing.h"
+#include "OrmelSDK/Coding/KeptValue.h"
 #include "OrmelSDK/UUID.h"
 
 namespace ormel::detail {
@@ -95,7 +96,7 @@ std::optional<ThreadItem> parseThreadItem(const JSONValue& from, const ActiveSco
     return ContextCompactionItem{id ? *std::move(id) : contextCompactionID(scope)};
   }
   if (!id) return std::nullopt;
-  return UnknownThreadItem{*std::move(id), std::string(*type), from};
+  return UnknownThreadItem{*std::move(id), std::string(*type), coding::kept(from)};
 }
 
 }  // namespace ormel::detail

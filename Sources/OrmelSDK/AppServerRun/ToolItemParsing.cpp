@@ -6,6 +6,7 @@
 
 #include "OrmelSDK/AppServerRun/JSONFields.h"
 #include "OrmelSDK/AppServerRun/ThreadItemWords.h"
+#include "OrmelSDK/Coding/KeptValue.h"
 
 namespace ormel::detail {
 
@@ -43,7 +44,7 @@ std::optional<McpToolCallError> mcpToolCallError(const JSONObject* object) {
 
 JSONValue arguments(const JSONObject& object) {
   const JSONValue* value = valueUnder(object, {"arguments"});
-  return value ? *value : JSONValue::object();
+  return value ? coding::kept(*value) : JSONValue::object();
 }
 
 }  // namespace

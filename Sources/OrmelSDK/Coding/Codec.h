@@ -12,26 +12,32 @@
 
 #include "OrmelSDK/Coding/CodingFailure.h"
 #include "OrmelSDK/Coding/CodingPath.h"
+#include "OrmelSDK/Coding/KeptValue.h"
+#include "OrmelSDK/JSONStorage.h"
 #include "OrmelSDK/JSONValue.h"
 #include "OrmelSDK/OpenVocabulary.h"
 
 namespace ormel::coding {
 
-/// How a type is read from and written to JSON: `decode` fails with `DecodingError`, `encode` with `EncodingError`.
+/// How a type is read from and written to JSON: `decodeInto` fails with `DecodingError`, `encode` with `EncodingError`.
+///
+/// `decodeInto` reads into a value that has just been made, in the place where it will stay; one that failed to be read
+/// holds anything.
 ///
 /// The primary template stands for records, variants and enumerations. Its members are declared beside the type's
 /// table by `ORMEL_DECLARE_CODEC` and defined once, in the `.cpp` of its family, by an `ORMEL_DEFINE_...` macro.
 template <typename T>
 struct Codec {
-  static T decode(const JSONValue& value, const CodingPath& path);
+  static void decodeInto(T& into, const JSONValue& value, const CodingPath& path);
   static JSONValue encode(const T& value);
 };
 
 /// At global scope.
-#define ORMEL_DECLARE_CODEC(Type)                                                                        \
-  template <>                                                                                            \
-  ormel::Type ormel::coding::Codec<ormel::Type>::decode(const JSONValue& value, const CodingPath& path); \
-  template <>                                                                                            \
+#define ORMEL_DECLARE_CODEC(Type)                                                               \
+  template <>                                                                                   \
+  void ormel::coding::Codec<ormel::Type>::decodeInto(ormel::Type& into, const JSONValue& value, \
+                                                     const CodingPath& path);                   \
+  template <>                                                                                   \
   ormel::JSONValue ormel::coding::Codec<ormel::Type>::encode(const ormel::Type& value);
 
 /// For a type that is printed in the form of a record but has no JSON form. At global scope.
@@ -39,49 +45,61 @@ struct Codec {
   template <>                       \
   ormel::JSONValue ormel::coding::Codec<ormel::Type>::encode(const ormel::Type& value);
 
+template <typename T>
+T decodeAs(const JSONValue& value, const CodingPath& path) {
+  T decoded;
+  Codec<T>::decodeInto(decoded, value, path);
+  return decoded;
+}
+
+/// The text of a string, or the failure that it is none.
+inline std::string_view textOf(const JSONValue& value, const CodingPath& path) {
+  if (value.kind() != JSONValue::Kind::string) [[unlikely]]
+    failUnexpected("String", value, path);
+  return detail::storedText(detail::JSONAccess::data(value));
+}
+
 /// A word of a list that may grow: a bare string on the wire.
 template <std::derived_from<OpenVocabulary> Word>
 struct Codec<Word> {
-  static Word decode(const JSONValue& value, const CodingPath& path) {
-    const auto text = value.stringValue();
-    if (!text) failUnexpected("String", value, path);
-    return Word(*text);
+  static void decodeInto(Word& into, const JSONValue& value, const CodingPath& path) {
+    into.rawValue = textOf(value, path);
   }
   static JSONValue encode(const Word& value) { return value.rawValue; }
 };
 
 template <>
 struct Codec<JSONValue> {
-  static JSONValue decode(const JSONValue& value, const CodingPath&) { return value; }
+  static void decodeInto(JSONValue& into, const JSONValue& value, const CodingPath&) { into = kept(value); }
   static JSONValue encode(const JSONValue& value) { return value; }
 };
 
 template <>
 struct Codec<std::string> {
-  static std::string decode(const JSONValue& value, const CodingPath& path) {
-    const auto text = value.stringValue();
-    if (!text) failUnexpected("String", value, path);
-    return std::string(*text);
+  static void decodeInto(std::string& into, const JSONValue& value, const CodingPath& path) {
+    into = textOf(value, path);
   }
   static JSONValue encode(const std::string& value) { return value; }
 };
 
 template <>
 struct Codec<bool> {
-  static bool decode(const JSONValue& value, const CodingPath& path) {
+  static void decodeInto(bool& into, const JSONValue& value, const CodingPath& path) {
     const auto boolean = value.boolValue();
-    if (!boolean) failUnexpected("Bool", value, path);
-    return *boolean;
+    if (!boolean) [[unlikely]]
+      failUnexpected("Bool", value, path);
+    into = *boolean;
   }
   static JSONValue encode(bool value) { return value; }
 };
 
 template <>
 struct Codec<double> {
-  static double decode(const JSONValue& value, const CodingPath& path) {
+  static void decodeInto(double& into, const JSONValue& value, const CodingPath& path) {
     const auto number = value.numberValue();
-    if (!number) failUnexpected("Double", value, path);
-    return *number;
+    if (!number) [[unlikely]]
+      failUnexpected("Double", value, path);
+    into = *number;
   }
   static JSONValue encode(double value) { return value; }
 };
@@ -89,28 +107,42 @@ struct Codec<double> {
 /// Integers are checked: a fraction or a number that does not fit is a corrupted value, never cut to size.
 template <>
 struct Codec<std::int64_t> {
-  static std::int64_t decode(const JSONValue& value, const CodingPath& path) {
+  static void decodeInto(std::int64_t& into, const JSONValue& value, const CodingPath& path) {
     const auto number = value.numberValue();
-    if (!number) failUnexpected("Int", value, path);
+    if (!number) [[unlikely]]
+      failUnexpected("Int", value, path);
     const bool fits = *number >= -0x1p63 && *number < 0x1p63;
-    if (!fits || static_cast<double>(static_cast<std::int64_t>(*number)) != *number) {
+    if (!fits || static_cast<double>(static_cast<std::int64_t>(*number)) != *number) [[unlikely]]
       failCorrupted("The number " + value.encode() + " does not fit in Int.", path);
-    }
-    return static_cast<std::int64_t>(*number);
+    into = static_cast<std::int64_t>(*number);
   }
   static JSONValue encode(std::int64_t value) { return value; }
 };
 
+/// Values that are kept together are copied out together.
+template <>
+struct Codec<std::vector<JSONValue>> {
+  static void decodeInto(std::vector<JSONValue>& into, const JSONValue& value, const CodingPath& path) {
+    if (value.kind() != JSONValue::Kind::array) [[unlikely]]
+      failUnexpected("Array", value, path);
+    const JSONValue list = kept(value);
+    into.assign(list.arrayValue()->begin(), list.arrayValue()->end());
+  }
+  static JSONValue encode(const std::vector<JSONValue>& value) { return JSONValue::array(value); }
+};
+
 template <typename Element>
 struct Codec<std::vector<Element>> {
-  static std::vector<Element> decode(const JSONValue& value, const CodingPath& path) {
+  static void decodeInto(std::vector<Element>& into, const JSONValue& value, const CodingPath& path) {
     const auto* array = value.arrayValue();
-    if (!array) failUnexpected("Array", value, path);
-    std::vector<Element> elements;
-    elements.reserve(array->size());
-    std::size_t index = 0;
-    for (const auto& element : *array) elements.push_back(Codec<Element>::decode(element, path.at(index++)));
-    return elements;
+    if (!array) [[unlikely]]
+      failUnexpected("Array", value, path);
+    into.clear();
+    into.reserve(array->size());
+    for (const auto& element : *array) {
+      Element& place = into.emplace_back();
+      Codec<Element>::decodeInto(place, element, path.at(into.size() - 1));
+    }
   }
   static JSONValue encode(const std::vector<Element>& value) {
     std::vector<JSONValue> elements;
@@ -122,12 +154,14 @@ struct Codec<std::vector<Element>> {
 
 template <typename Value>
 struct Codec<std::map<std::string, Value>> {
-  static std::map<std::string, Value> decode(const JSONValue& value, const CodingPath& path) {
+  static void decodeInto(std::map<std::string, Value>& into, const JSONValue& value, const CodingPath& path) {
     const auto* object = value.objectValue();
-    if (!object) failUnexpected("Dictionary", value, path);
-    std::map<std::string, Value> entries;
-    for (const auto& [key, entry] : *object) entries.emplace(key, Codec<Value>::decode(entry, path.at(key)));
-    return entries;
+    if (!object) [[unlikely]]
+      failUnexpected("Dictionary", value, path);
+    into.clear();
+    for (const auto& [key, entry] : *object) {
+      Codec<Value>::decodeInto(into.try_emplace(std::string(key)).first->second, entry, path.at(key));
+    }
   }
   static JSONValue encode(const std::map<std::string, Value>& value) {
     std::vector<JSONMemberInit> members;

@@ -54,9 +54,16 @@ constexpr Words<Enumeration, count> tolerant(Enumeration fallback, std::array<Wo
 /// Trimmed of white space and line ends at both ends, without "_" and "-", in lower case; all in Unicode's sense.
 std::string canonicalWord(std::string_view text);
 
+/// Whether a text is a word but for the case of plain letters, "_" and "-". Its canonical form is then the word's;
+/// there are other texts with the same form, but this tells the usual ones at once.
+bool isPlainSpelling(std::string_view text, std::string_view word) noexcept;
+
 /// The case whose word has the same canonical form as a text.
 template <typename Enumeration>
 std::optional<Enumeration> canonicalCase(std::string_view text) {
+  for (const auto& word : EnumerationTable<Enumeration>::words.all) {
+    if (isPlainSpelling(text, word.text)) return word.value;
+  }
   const std::string canonical = canonicalWord(text);
   for (const auto& word : EnumerationTable<Enumeration>::words.all) {
     if (canonicalWord(word.text) == canonical) return word.value;
@@ -85,16 +92,15 @@ std::string_view enumerationWord(Enumeration value) {
 }
 
 template <typename Enumeration>
-Enumeration decodeEnumeration(const JSONValue& value, const CodingPath& path) {
-  const auto text = value.stringValue();
-  if (!text) failUnexpected("String", value, path);
-  const auto found = enumerationCase<Enumeration>(*text);
+void decodeEnumeration(Enumeration& into, const JSONValue& value, const CodingPath& path) {
+  const std::string_view text = textOf(value, path);
+  const auto found = enumerationCase<Enumeration>(text);
   if (!found) {
-    failCorrupted("Cannot initialize " + std::string(typeName<Enumeration>()) + " from invalid String value " +
-                      std::string(*text),
-                  path);
+    failCorrupted(
+        "Cannot initialize " + std::string(typeName<Enumeration>()) + " from invalid String value " + std::string(text),
+        path);
   }
-  return *found;
+  into = *found;
 }
 
 template <typename Enumeration>

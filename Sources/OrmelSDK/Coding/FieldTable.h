@@ -71,18 +71,18 @@ template <typename List>
 struct LossyCodec {
   using Element = typename List::value_type;
 
-  static List decode(const JSONValue& value, const CodingPath& path) {
+  static void decodeInto(List& into, const JSONValue& value, const CodingPath& path) {
     const auto* array = value.arrayValue();
     if (!array) failUnexpected("Array", value, path);
-    List elements;
+    into.clear();
+    into.reserve(array->size());
     for (const auto& element : *array) {
       try {
-        elements.push_back(Codec<Element>::decode(element, path));
+        Codec<Element>::decodeInto(into.emplace_back(), element, path);
       } catch (const DecodingError&) {
-        continue;
+        into.pop_back();
       }
     }
-    return elements;
   }
   static JSONValue encode(const List& value) { return Codec<List>::encode(value); }
 };

@@ -2,7 +2,10 @@
 
 // The definition of the codecs of records; included only by the `.cpp` of a family.
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <ostream>
 #include <string_view>
 #include <tuple>
@@ -13,6 +16,7 @@
 #include "OrmelSDK/Coding/FieldCount.h"
 #include "OrmelSDK/Coding/FieldTable.h"
 #include "OrmelSDK/Coding/TypeName.h"
+#include "OrmelSDK/Coding/WordIndex.h"
 #include "OrmelSDK/RecordCoding.h"
 
 namespace ormel::coding {
@@ -23,32 +27,72 @@ inline bool hasValue(const JSONObject& object, std::string_view key) {
   return value && !value->isNull();
 }
 
-/// The value under the first of a field's keys that has one other than null, and that key; else null and the last.
-struct FoundValue {
-  const JSONValue* value = nullptr;
-  std::string_view key;
+/// All keys of a table, each once, and for each field the positions of its own.
+template <typename Table>
+struct TableKeys {
+  static constexpr std::size_t fieldCount = std::tuple_size_v<std::remove_cvref_t<decltype(Table::fields)>>;
+  static constexpr std::size_t mostKeys = 4;
+
+  struct Collected {
+    WordList<fieldCount * mostKeys> keys;
+    std::array<std::array<std::size_t, mostKeys>, fieldCount> positions{};
+  };
+
+  static consteval Collected collect() {
+    Collected collected;
+    std::size_t field = 0;
+    const auto add = [&](const auto& keys) {
+      std::size_t at = 0;
+      for (const std::string_view key : keys) collected.positions[field][at++] = collected.keys.add(key);
+      ++field;
+    };
+    std::apply([&](const auto&... fields) { (add(fields.keys), ...); }, Table::fields);
+    return collected;
+  }
+
+  static constexpr auto positions = collect().positions;
+  static constexpr std::size_t count = collect().keys.count;
+  static constexpr auto words = WordTable<count>(collect().keys);
+  static constexpr WordIndex index = words.index();
 };
 
-template <typename Field>
-FoundValue findValue(const JSONObject& object, const Field& field) {
-  FoundValue found;
-  for (const std::string_view key : field.keys) {
-    found.key = key;
-    found.value = object.find(key);
-    if (found.value && !found.value->isNull()) return found;
+/// The values of an object that a table asks for.
+template <typename Table>
+class FoundValues {
+ public:
+  explicit FoundValues(const JSONObject& object) { findMembers(object, TableKeys<Table>::index, found_.data()); }
+
+  const JSONValue* at(std::size_t field, std::size_t key) const {
+    return found_[TableKeys<Table>::positions[field][key]];
   }
-  return found;
+
+ private:
+  std::array<const JSONValue*, TableKeys<Table>::count> found_{};
+};
+
+template <typename Value, typename Coder>
+void decodeValue(Value& into, const JSONValue& value, const CodingPath& path) {
+  if constexpr (Unwrapped<Value>::isOptional) {
+    Coder::decodeInto(into.emplace(), value, path);
+  } else {
+    Coder::decodeInto(into, value, path);
+  }
 }
 
-template <typename Record, typename Field>
-void decodeField(Record& record, const JSONObject& object, const Field& field, const CodingPath& path) {
-  const FoundValue found = findValue(object, field);
+/// Reads a field from the first of its keys that has a value other than null; else from the last.
+template <std::size_t index, typename Record, typename Table, typename Field>
+void decodeField(Record& record, const FoundValues<Table>& found, const Field& field, const CodingPath& path) {
+  std::size_t key = 0;
+  const JSONValue* value = found.at(index, key);
+  while ((!value || value->isNull()) && key + 1 < field.keys.size()) value = found.at(index, ++key);
   if constexpr (Field::presence == Presence::required) {
-    if (!found.value) failMissingKey(found.key, path);
+    if (!value) [[unlikely]]
+      failMissingKey(field.keys[key], path);
   } else {
-    if (!found.value || found.value->isNull()) return;
+    if (!value || value->isNull()) return;
   }
-  record.*Field::member = Field::ValueCoder::decode(*found.value, path.at(found.key));
+  decodeValue<typename Field::Value, typename Field::ValueCoder>(record.*Field::member, *value,
+                                                                 path.at(field.keys[key]));
 }
 
 template <typename Value>
@@ -71,15 +115,21 @@ void encodeField(const Record& record, const Field& field, std::vector<JSONMembe
   }
 }
 
+template <typename Table, typename Record, std::size_t... indices>
+void decodeFields(Record& record, const JSONObject& object, const CodingPath& path, std::index_sequence<indices...>) {
+  const FoundValues<Table> found(object);
+  (decodeField<indices>(record, found, std::get<indices>(Table::fields), path), ...);
+}
+
 /// Reads a record by a table of its fields; `Table` is usually the record's own.
 template <typename Record, typename Table = RecordTable<Record>>
-Record decodeRecord(const JSONValue& value, const CodingPath& path) {
-  const auto* object = value.objectValue();
-  if (!object) failUnexpected(typeName<Record>(), value, path);
-  Record record;
-  std::apply([&](const auto&... fields) { (decodeField(record, *object, fields, path), ...); }, Table::fields);
-  if constexpr (requires { Table::finish(record, *object, path); }) Table::finish(record, *object, path);
-  return record;
+void decodeRecord(Record& record, const JSONValue& value, const CodingPath& path) {
+  constexpr std::size_t fieldCount = std::tuple_size_v<std::remove_cvref_t<decltype(Table::fields)>>;
+  if (value.kind() != JSONValue::Kind::object) [[unlikely]]
+    failUnexpected(typeName<Record>(), value, path);
+  const JSONObject& object = detail::JSONAccess::object(value);
+  if constexpr (fieldCount > 0) decodeFields<Table>(record, object, path, std::make_index_sequence<fieldCount>());
+  if constexpr (requires { Table::finish(record, object, path); }) Table::finish(record, object, path);
 }
 
 template <typename Table>
@@ -112,7 +162,7 @@ namespace ormel {
 // Visible only where codecs are defined; everyone else links against the instantiations made there.
 template <typename Type>
 Type decode(const JSONValue& value) {
-  return coding::Codec<Type>::decode(value, coding::CodingPath{});
+  return coding::decodeAs<Type>(value, coding::CodingPath{});
 }
 
 template <typename Type>
@@ -135,16 +185,17 @@ JSONValue encode(const Type& value) {
   }                                                                      \
   }
 
-/// Defines the codec of a type by a reading and a writing function.
-#define ORMEL_DEFINE_CODEC_BY(Type, reading, writing)                                                     \
-  template <>                                                                                             \
-  ormel::Type ormel::coding::Codec<ormel::Type>::decode(const JSONValue& value, const CodingPath& path) { \
-    return reading(value, path);                                                                          \
-  }                                                                                                       \
-  template <>                                                                                             \
-  ormel::JSONValue ormel::coding::Codec<ormel::Type>::encode(const ormel::Type& value) {                  \
-    return writing(value);                                                                                \
-  }                                                                                                       \
+/// Defines the codec of a type by a function that reads into a value and one that writes it.
+#define ORMEL_DEFINE_CODEC_BY(Type, reading, writing)                                           \
+  template <>                                                                                   \
+  void ormel::coding::Codec<ormel::Type>::decodeInto(ormel::Type& into, const JSONValue& value, \
+                                                     const CodingPath& path) {                  \
+    reading(into, value, path);                                                                 \
+  }                                                                                             \
+  template <>                                                                                   \
+  ormel::JSONValue ormel::coding::Codec<ormel::Type>::encode(const ormel::Type& value) {        \
+    return writing(value);                                                                      \
+  }                                                                                             \
   ORMEL_DEFINE_PUBLIC_CODING(Type)
 
 /// Defines the codec of a record from its table.

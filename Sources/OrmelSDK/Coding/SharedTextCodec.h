@@ -7,10 +7,8 @@ namespace ormel::coding {
 
 template <>
 struct Codec<SharedText> {
-  static SharedText decode(const JSONValue& value, const CodingPath& path) {
-    const auto text = value.stringValue();
-    if (!text) failUnexpected("String", value, path);
-    return *text;
+  static void decodeInto(SharedText& into, const JSONValue& value, const CodingPath& path) {
+    into = SharedText(textOf(value, path));
   }
   static JSONValue encode(const SharedText& value) { return value.view(); }
 };

@@ -53,13 +53,6 @@ struct VariantCase {
     changed.writtenType = type;
     return changed;
   }
-
-  bool reads(std::string_view type) const {
-    for (const auto word : words) {
-      if (word == type) return true;
-    }
-    return false;
-  }
 };
 
 /// A case whose record is read and written by `Table` in the variant's form.
@@ -69,27 +62,60 @@ constexpr auto variantCase(Words... words) {
   return VariantCase<Record, Table, sizeof...(Words)>{list, !writesOwnType<Table>, list[0]};
 }
 
-/// The required text under `type`.
+/// The required string under `type`.
+const JSONValue& typeOf(const JSONValue& value, std::string_view variantName, const CodingPath& path);
+
+/// Its text.
 std::string_view decodeType(const JSONValue& value, std::string_view variantName, const CodingPath& path);
 
-template <typename Variant, typename Case>
-Variant decodeCase(const JSONValue& value, const CodingPath& path) {
-  return decodeRecord<typename Case::Record, typename Case::Table>(value, path);
-}
-
-/// The word only chooses the reader, so that the record is made where the caller wants it.
+/// The words of all cases of a variant, and for each word the reader of its case. Of a word that two cases have the
+/// first stands.
 template <typename Variant>
-Variant decodeVariant(const JSONValue& value, const CodingPath& path) {
-  using Reader = Variant (*)(const JSONValue&, const CodingPath&);
-  const std::string_view type = decodeType(value, typeName<Variant>(), path);
-  Reader reader = nullptr;
-  const auto tryCase = [&](const auto& variantCase) {
-    if (!variantCase.reads(type)) return false;
-    reader = decodeCase<Variant, std::remove_cvref_t<decltype(variantCase)>>;
-    return true;
+struct VariantWords {
+  using Reader = void (*)(Variant& into, const JSONValue& value, const CodingPath& path);
+
+  template <typename Case>
+  static void decodeCase(Variant& into, const JSONValue& value, const CodingPath& path) {
+    decodeRecord<typename Case::Record, typename Case::Table>(into.value.template emplace<typename Case::Record>(),
+                                                              value, path);
+  }
+
+  static constexpr std::size_t most =
+      std::apply([](const auto&... cases) { return (cases.words.size() + ...); }, VariantTable<Variant>::cases);
+
+  struct Collected {
+    WordList<most> words;
+    std::array<Reader, most> readers{};
   };
-  std::apply([&](const auto&... cases) { return (tryCase(cases) || ...); }, VariantTable<Variant>::cases);
-  return reader ? reader(value, path) : VariantTable<Variant>::decodeUnknown(type, value, path);
+
+  static consteval Collected collect() {
+    Collected collected;
+    const auto add = [&](const auto& variantCase) {
+      for (const std::string_view word : variantCase.words) {
+        const std::size_t before = collected.words.count;
+        const std::size_t position = collected.words.add(word);
+        if (position == before) collected.readers[position] = decodeCase<std::remove_cvref_t<decltype(variantCase)>>;
+      }
+    };
+    std::apply([&](const auto&... cases) { (add(cases), ...); }, VariantTable<Variant>::cases);
+    return collected;
+  }
+
+  static constexpr auto readers = collect().readers;
+  static constexpr auto words = WordTable<collect().words.count>(collect().words);
+  static constexpr WordIndex index = words.index();
+};
+
+template <typename Variant>
+void decodeVariant(Variant& into, const JSONValue& value, const CodingPath& path) {
+  const JSONValue& type = typeOf(value, typeName<Variant>(), path);
+  const std::byte* const word = detail::JSONAccess::data(type);
+  const std::size_t position = VariantWords<Variant>::index.find(word);
+  if (position != WordIndex::none) {
+    VariantWords<Variant>::readers[position](into, value, path);
+  } else {
+    into = VariantTable<Variant>::decodeUnknown(detail::storedText(word), value, path);
+  }
 }
 
 template <typename Variant>

@@ -71,8 +71,9 @@ class EventChannelState final : public Wakeup {
     return true;
   }
 
-  bool end(const std::exception_ptr& error) {
-    return terminate(ChannelTermination::producerEnded, [&] { error_ = error; });
+  /// The error is handed over whole: its last owner is the consumer, whose thread frees it.
+  bool end(std::exception_ptr error) {
+    return terminate(ChannelTermination::producerEnded, [&] { error_ = std::move(error); });
   }
 
   void setTerminationCallback(TerminationCallback callback) {

@@ -45,7 +45,8 @@ class OneShotStateBase : public Wakeup {
     }
   }
 
-  virtual void fail(const std::exception_ptr& error) noexcept = 0;
+  /// The error is handed over whole: its last owner is the waiter, whose thread frees it.
+  virtual void fail(std::exception_ptr error) noexcept = 0;
 
   void addResolver() noexcept { resolvers_.fetch_add(1, std::memory_order_relaxed); }
   void removeResolver() noexcept {
@@ -82,13 +83,13 @@ class OneShotState final : public OneShotStateBase {
     publish();
     return true;
   }
-  bool resumeWithError(const std::exception_ptr& error) noexcept {
+  bool resumeWithError(std::exception_ptr error) noexcept {
     if (!claim()) return false;
-    fail(error);
+    fail(std::move(error));
     return true;
   }
-  void fail(const std::exception_ptr& error) noexcept override {
-    result.setError(error);
+  void fail(std::exception_ptr error) noexcept override {
+    result.setError(std::move(error));
     publish();
   }
 

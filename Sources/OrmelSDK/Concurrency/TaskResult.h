@@ -46,9 +46,9 @@ class TaskResult {
       value_.emplace(std::forward<From>(from)...);
     }
   }
-  void setError(const std::exception_ptr& error) noexcept {
+  void setError(std::exception_ptr error) noexcept {
     value_.reset();
-    error_ = error;
+    error_ = std::move(error);
   }
 
  private:

@@ -88,7 +88,8 @@ class Attributes {
     sigdelset(&everySignal, SIGSTOP);
     sigset_t none;
     sigemptyset(&none);
-    int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
+    // In a process group of its own, since a terminal's Ctrl-C is for the application, which ends its children itself.
+    int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP;
 #if defined(__APPLE__)
     flags |= POSIX_SPAWN_CLOEXEC_DEFAULT;
 #endif

@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "OrmelSDK/AppServerRun/Counters.h"
 #include "Support/Deadline.h"
 
 namespace {

@@ -83,7 +83,7 @@ TEST(ApprovalMode, FailsWithOneTextForWhateverElse) {
 
 TEST(ApprovalMode, FailsAsCorruptedDataWithThePathToIt) {
   try {
-    (void)coding::Codec<ApprovalMode>::decode(JSONValue("sometimes"), coding::CodingPath().at("approvalPolicy"));
+    (void)coding::decodeAs<ApprovalMode>(JSONValue("sometimes"), coding::CodingPath().at("approvalPolicy"));
     ADD_FAILURE() << "decoded";
   } catch (const DecodingError& error) {
     EXPECT_EQ(error.kind(), DecodingError::Kind::dataCorrupted);

@@ -130,4 +130,11 @@ TEST(UserInput, StreamsInOneReadableLine) {
   EXPECT_EQ(stream.str(), R"(UserInput {"type":"text","text":"x"} ImageDetail "high")");
 }
 
+TEST(Input, StreamsInOneReadableLine) {
+  std::ostringstream stream;
+  stream << Input("x") << ' ' << Input::from({UserInput::mention("n", "p")}) << ' ' << UserInputSkill{"n", "p"};
+  EXPECT_EQ(stream.str(),
+            R"(Input "x" Input [{"type":"mention","name":"n","path":"p"}] UserInputSkill {"name":"n","path":"p"})");
+}
+
 }  // namespace

@@ -1,0 +1,109 @@
+#include "Console.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+
+namespace ormel::chat {
+
+namespace {
+
+bool mayColour() {
+  const char* noColour = std::getenv("NO_COLOR");
+  const char* terminal = std::getenv("TERM");
+  return !(noColour && *noColour) && terminal && *terminal && std::string_view(terminal) != "dumb";
+}
+
+std::string_view codeOf(Style style) {
+  switch (style) {
+    case Style::plain:
+      break;
+    case Style::dim:
+      return "\x1b[2m";
+    case Style::bold:
+      return "\x1b[1m";
+    case Style::green:
+      return "\x1b[32m";
+    case Style::yellow:
+      return "\x1b[33m";
+    case Style::red:
+      return "\x1b[31m";
+    case Style::cyan:
+      return "\x1b[36m";
+  }
+  return {};
+}
+
+bool isControl(unsigned char byte) { return (byte < 0x20 && byte != '\n' && byte != '\t') || byte == 0x7f; }
+
+}  // namespace
+
+Console::Console(int descriptor)
+    : descriptor_(descriptor), isTerminal_(::isatty(descriptor) == 1), colours_(isTerminal_ && mayColour()) {}
+
+void Console::write(std::string_view text, Style style) {
+  if (text.empty()) return;
+  const auto code = colours_ ? codeOf(style) : std::string_view();
+  pending_.append(code);
+  if (isTerminal_) {
+    append(harmless(text));
+  } else {
+    append(text);
+  }
+  if (!code.empty()) pending_.append("\x1b[0m");
+}
+
+void Console::append(std::string_view text) {
+  pending_.append(text);
+  const auto last = text.find_last_not_of('\n');
+  const auto trailing = static_cast<int>(text.size() - (last == text.npos ? 0 : last + 1));
+  lineFeeds_ = std::min(2, last == text.npos ? lineFeeds_ + trailing : trailing);
+}
+
+void Console::endLine() {
+  if (lineFeeds_ == 0) append("\n");
+}
+
+void Console::line(std::string_view text, Style style) {
+  endLine();
+  write(text, style);
+  append("\n");
+}
+
+void Console::separate() {
+  endLine();
+  if (lineFeeds_ < 2) append("\n");
+}
+
+void Console::flush() {
+  std::string_view rest = pending_;
+  while (!rest.empty()) {
+    const auto count = ::write(descriptor_, rest.data(), rest.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) throw std::system_error(errno, std::generic_category(), "Writing the output failed");
+    rest.remove_prefix(static_cast<std::size_t>(count));
+  }
+  pending_.clear();
+}
+
+std::string harmless(std::string_view text) {
+  std::string kept;
+  kept.reserve(text.size());
+  for (std::size_t index = 0; index < text.size(); ++index) {
+    const auto byte = static_cast<unsigned char>(text[index]);
+    // In UTF-8 the second set of control characters begins with C2, too.
+    const bool isSecondSet =
+        byte == 0xc2 && index + 1 < text.size() && static_cast<unsigned char>(text[index + 1]) < 0xa0;
+    if (isSecondSet) {
+      ++index;
+    } else if (!isControl(byte)) {
+      kept.push_back(text[index]);
+    }
+  }
+  return kept;
+}
+
+}  // namespace ormel::chat

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "OrmelSDK/ThreadEvent.h"
+#include "Question.h"
+#include "WakePipe.h"
+
+namespace ormel::chat {
+
+/// The server has accepted the operation.
+struct OperationAccepted {};
+
+/// The operation is over; `failure` is null when its events ended plainly.
+struct OperationEnded {
+  std::exception_ptr failure;
+};
+
+struct QuestionAsked {
+  std::shared_ptr<Question> question;
+};
+
+/// Nobody waits for the answer any more.
+struct QuestionWithdrawn {
+  std::shared_ptr<Question> question;
+};
+
+/// Something to tell the user.
+struct Notice {
+  std::string text;
+  Style style = Style::dim;
+};
+
+using Message = std::variant<OperationAccepted, ThreadEvent, OperationEnded, QuestionAsked, QuestionWithdrawn, Notice>;
+
+/// What the library's threads have to tell the main thread, in order. They keep it alive, so that late news find it.
+class Inbox {
+ public:
+  /// From any thread; never waits.
+  void post(Message message) {
+    {
+      const std::lock_guard lock(mutex_);
+      messages_.push_back(std::move(message));
+    }
+    wakePipe_.wake();
+  }
+
+  /// All that came since the last call.
+  std::vector<Message> take() {
+    wakePipe_.drain();
+    const std::lock_guard lock(mutex_);
+    return std::exchange(messages_, {});
+  }
+
+  const WakePipe& wakePipe() const noexcept { return wakePipe_; }
+
+ private:
+  WakePipe wakePipe_;
+  std::mutex mutex_;
+  std::vector<Message> messages_;
+};
+
+}  // namespace ormel::chat

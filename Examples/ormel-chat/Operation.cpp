@@ -1,0 +1,40 @@
+#include "Operation.h"
+
+#include <exception>
+#include <utility>
+
+namespace ormel::chat {
+
+namespace {
+
+Task<void> forwardEvents(Task<StreamedTurn> operation, std::shared_ptr<Inbox> inbox) {
+  std::exception_ptr failure;
+  try {
+    StreamedTurn turn = co_await std::move(operation);
+    inbox->post(OperationAccepted());
+    while (auto event = co_await turn.events.next()) inbox->post(std::move(*event));
+  } catch (...) {
+    failure = std::current_exception();
+  }
+  inbox->post(OperationEnded{std::move(failure)});
+}
+
+Task<void> reportFailure(Task<void> call, std::shared_ptr<Inbox> inbox) {
+  try {
+    co_await std::move(call);
+  } catch (const std::exception& error) {
+    inbox->post(Notice{error.what(), Style::red});
+  }
+}
+
+}  // namespace
+
+void follow(Task<StreamedTurn> operation, std::shared_ptr<Inbox> inbox) {
+  forwardEvents(std::move(operation), std::move(inbox)).detach();
+}
+
+void follow(Task<void> call, std::shared_ptr<Inbox> inbox) {
+  reportFailure(std::move(call), std::move(inbox)).detach();
+}
+
+}  // namespace ormel::chat

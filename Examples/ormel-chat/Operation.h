@@ -1,0 +1,16 @@
+#pragma once
+
+#include <memory>
+
+#include "Inbox.h"
+#include "OrmelSDK/Thread.h"
+
+namespace ormel::chat {
+
+/// Runs an operation and sends all that comes of it to the inbox.
+void follow(Task<StreamedTurn> operation, std::shared_ptr<Inbox> inbox);
+
+/// Runs a call that gives nothing back; the inbox learns only of its failure.
+void follow(Task<void> call, std::shared_ptr<Inbox> inbox);
+
+}  // namespace ormel::chat

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace ormel::chat {
+
+/// What the command line says.
+struct Options {
+  /// With a prompt, the program answers it and ends; without one it is a conversation.
+  std::optional<std::string> prompt;
+  std::optional<std::string> server;
+  std::optional<std::string> resumedThread;
+  std::optional<std::string> directory;
+  std::optional<std::string> model;
+  bool json = false;
+  bool approvesEverything = false;
+};
+
+/// The options, or the status to exit with at once, after help or what was wrong has been printed.
+struct CommandLine {
+  Options options;
+  std::optional<int> exitStatus;
+};
+
+CommandLine readCommandLine(int argumentCount, char** arguments);
+
+}  // namespace ormel::chat

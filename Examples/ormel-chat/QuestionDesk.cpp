@@ -1,0 +1,26 @@
+#include "QuestionDesk.h"
+
+#include <algorithm>
+
+namespace ormel::chat {
+
+void QuestionDesk::withdraw(const std::shared_ptr<Question>& question) {
+  const auto found = std::find(questions_.begin(), questions_.end(), question);
+  if (found == questions_.end()) return;
+  if (found == questions_.begin()) forgetAsking();
+  questions_.erase(found);
+}
+
+void QuestionDesk::ask(Console& console) {
+  if (questions_.front()->isSecret()) hiddenTyping_.emplace();
+  questions_.front()->ask(console);
+  hasAsked_ = true;
+}
+
+void QuestionDesk::answer(const std::optional<std::string>& line, bool canAskAgain) {
+  forgetAsking();
+  const auto question = questions_.front();
+  if (question->answer(line, canAskAgain)) questions_.pop_front();
+}
+
+}  // namespace ormel::chat

@@ -1,0 +1,59 @@
+#include "ServerChoice.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+#include <system_error>
+#include <utility>
+
+#include "OrmelSDK/Error.h"
+
+namespace ormel::chat {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::optional<fs::path> resolved(const fs::path& path) {
+  std::error_code error;
+  fs::path found = fs::canonical(path, error);
+  if (error || fs::is_directory(found)) return std::nullopt;
+  return found;
+}
+
+/// Where this program lies: its name as it was started, looked up like the shell did.
+std::optional<fs::path> ownExecutable(const std::string& ownName) {
+  if (ownName.find('/') != std::string::npos) return resolved(ownName);
+  const char* path = std::getenv("PATH");
+  std::istringstream directories(path ? path : "");
+  for (std::string directory; std::getline(directories, directory, ':');) {
+    if (auto found = resolved(fs::path(directory.empty() ? "." : directory) / ownName)) return found;
+  }
+  return std::nullopt;
+}
+
+std::optional<Ormel> using_(const std::string& path) {
+  OrmelOptions options;
+  options.ormelPathOverride = path;
+  Ormel ormel(std::move(options));
+  if (!ormel.options().selectedOrmelPathOverride) return std::nullopt;
+  return ormel;
+}
+
+}  // namespace
+
+ServerChoice chooseServer(const std::optional<std::string>& namedServer, const std::string& ownName) {
+  if (namedServer) {
+    if (auto ormel = using_(*namedServer)) return {std::move(*ormel), nullptr};
+    throw Error(*namedServer + " is no executable file");
+  }
+  Ormel found;
+  if (found.executablePath() != "ormel") return {std::move(found), nullptr};
+  if (const auto own = ownExecutable(ownName)) {
+    if (auto simulator = using_((own->parent_path() / "ormel-simulator").string()))
+      return {std::move(*simulator), std::make_shared<const SimulatorMemory>()};
+  }
+  throw Error("No ormel server was found. Install one, or name it with --server.");
+}
+
+}  // namespace ormel::chat

@@ -1,0 +1,310 @@
+#include "Session.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <utility>
+
+#include "Approvals.h"
+#include "Elicitations.h"
+#include "Operation.h"
+#include "OrmelSDK/OrmelProcessError.h"
+#include "UserInputQuestion.h"
+
+namespace ormel::chat {
+
+namespace {
+
+constexpr int interruptedStatus = 130;
+constexpr int failedStatus = 1;
+constexpr int signalStatusBase = 128;
+
+constexpr std::string_view sideInstructions =
+    "This is a question beside the main conversation. Answer it briefly, and change nothing.";
+
+ThreadOptions threadOptions(const Options& options, const std::shared_ptr<Inbox>& inbox) {
+  ThreadOptions result;
+  result.model = options.model;
+  result.workingDirectory = std::filesystem::canonical(options.directory.value_or(".")).string();
+  installApprovals(result, inbox, options.approvesEverything);
+  installElicitations(result, inbox);
+  return result;
+}
+
+Thread makeThread(const Ormel& ormel, const Options& options, ThreadOptions threadOptions) {
+  if (options.resumedThread) return ormel.resumeThread(*options.resumedThread, std::move(threadOptions));
+  return ormel.startThread(std::move(threadOptions));
+}
+
+}  // namespace
+
+Session::Session(Options options, const ServerChoice& server)
+    : options_(std::move(options)),
+      output_(STDOUT_FILENO),
+      renderer_(output_, options_.json),
+      thread_(makeThread(server.ormel, options_, threadOptions(options_, inbox_))),
+      canBeResumed_(!server.isSimulator()) {
+  if (!output_.isTerminal() || options_.json) ownNotes_.emplace(STDERR_FILENO);
+  greet(server);
+}
+
+void Session::greet(const ServerChoice& server) {
+  if (server.isSimulator()) {
+    tell("No ormel server was found: this is ormel-simulator, which only plays an agent.", Style::yellow);
+  }
+  if (!options_.prompt && input_.isTerminal()) {
+    tell("Talking with " + server.ormel.executablePath() + "; /help tells what you can do.");
+  }
+}
+
+int Session::run() {
+  if (options_.prompt) start({Command::Kind::prompt, *options_.prompt});
+  while (!exitStatus_) {
+    for (Message& message : inbox_->take()) take(message);
+    takeSignals();
+    while (!exitStatus_ && canTakeLine()) takeLine();
+    if (!exitStatus_ && input_.isAtEnd()) takeEndOfInput();
+    if (exitStatus_) break;
+    askForInput();
+    wait();
+  }
+  leaveLine();
+  if (const auto id = thread_.id(); id && canBeResumed_ && !options_.prompt && input_.isTerminal()) {
+    tell("To go on with this conversation: ormel-chat --resume " + *id);
+  }
+  output_.flush();
+  return *exitStatus_;
+}
+
+void Session::wait() {
+  output_.flush();
+  notes().flush();
+  struct pollfd polled[] = {{wantsInput() ? input_.descriptor() : -1, POLLIN, 0},
+                            {inbox_->wakePipe().descriptor(), POLLIN, 0}};
+  if (::poll(polled, 2, -1) < 0) return;
+  if (polled[0].revents != 0) input_.readAvailable();
+}
+
+bool Session::wantsInput() const {
+  if (input_.isTerminal() || !questions_.isEmpty()) return true;
+  // What stands behind a single prompt in a pipe is for others, until there is a question.
+  return !options_.prompt;
+}
+
+bool Session::canTakeLine() const {
+  if (!input_.hasLine()) return false;
+  if (!questions_.isEmpty() || phase_ == Phase::idle) return true;
+  const auto kind = readCommand(input_.line()).kind;
+  if (!input_.isTerminal()) return phase_ == Phase::running && kind == Command::Kind::steer;
+  return phase_ == Phase::running || kind == Command::Kind::quit || kind == Command::Kind::help;
+}
+
+void Session::takeLine() {
+  const std::string line = input_.takeLine();
+  interrupts_ = 0;
+  if (input_.isTerminal()) notes().noteLineEntered();
+  const Command command = readCommand(line);
+  const bool isCommand = command.kind == Command::Kind::quit || command.kind == Command::Kind::help ||
+                         command.kind == Command::Kind::steer;
+  if (!questions_.isEmpty() && !isCommand) {
+    // A terminal shows what is typed by itself.
+    if (!input_.isTerminal() && !questions_.isSecret()) notes().write(line);
+    leaveLine();
+    questions_.answer(line, input_.isTerminal());
+  } else {
+    leaveLine();
+    perform(command);
+  }
+}
+
+void Session::takeEndOfInput() {
+  while (!questions_.isEmpty()) questions_.answer(std::nullopt, false);
+  if (phase_ == Phase::idle) leave(status_);
+}
+
+void Session::takeSignals() {
+  if (const int signal = signals_.termination(); signal != 0) leave(signalStatusBase + signal);
+  for (int count = signals_.takeInterrupts(); count > 0; --count) interrupt();
+}
+
+void Session::interrupt() {
+  if (++interrupts_ > 1) {
+    leave(interruptedStatus);
+  } else if (phase_ == Phase::idle) {
+    tell("Ctrl-C again leaves.");
+  } else {
+    tell("Interrupting; Ctrl-C again leaves at once.", Style::yellow);
+    abort_->abort();
+  }
+}
+
+void Session::perform(const Command& command) {
+  switch (command.kind) {
+    case Command::Kind::nothing:
+      break;
+    case Command::Kind::help:
+      tell(helpText());
+      break;
+    case Command::Kind::quit:
+      leave(phase_ == Phase::idle ? status_ : interruptedStatus);
+      break;
+    case Command::Kind::unknown:
+      tell("There is no command " + command.text + "; /help tells which there are.", Style::red);
+      break;
+    default:
+      if (phase_ == Phase::idle) {
+        performIdle(command);
+      } else {
+        performDuringOperation(command);
+      }
+  }
+}
+
+void Session::performIdle(const Command& command) {
+  if (command.kind == Command::Kind::steer) {
+    tell("There is nothing to steer: the agent does nothing now.", Style::red);
+  } else if (command.kind == Command::Kind::side && command.text.empty()) {
+    tell("/side needs a text.", Style::red);
+  } else {
+    start(command);
+  }
+}
+
+void Session::performDuringOperation(const Command& command) {
+  if (command.kind == Command::Kind::prompt || command.kind == Command::Kind::steer) {
+    steer(command.text);
+  } else {
+    tell("The agent is busy; Ctrl-C interrupts it.", Style::red);
+  }
+}
+
+void Session::steer(const std::string& text) {
+  if (text.empty()) {
+    tell("/steer needs a text.", Style::red);
+  } else {
+    follow(thread_.steer(text), inbox_);
+  }
+}
+
+void Session::start(const Command& command) {
+  abort_.emplace();
+  hasFailed_ = false;
+  phase_ = Phase::starting;
+  follow(operation(command), inbox_);
+}
+
+Task<StreamedTurn> Session::operation(const Command& command) const {
+  TurnOptions turnOptions;
+  turnOptions.signal = abort_->signal;
+  switch (command.kind) {
+    case Command::Kind::review:
+      return thread_.startReviewStreamed(
+          command.text.empty() ? ReviewTarget::uncommittedChanges() : ReviewTarget::custom(command.text),
+          ReviewDelivery::inline_, abort_->signal);
+    case Command::Kind::compact:
+      return thread_.compactStreamed(abort_->signal);
+    case Command::Kind::side:
+      return thread_.runSideConversationStreamed(command.text, std::string(sideInstructions), std::move(turnOptions));
+    default:
+      return thread_.runStreamed(command.text, std::move(turnOptions));
+  }
+}
+
+void Session::take(Message& message) {
+  std::visit([this](auto& news) { takeNews(news); }, message);
+}
+
+void Session::takeNews(OperationAccepted&) { phase_ = Phase::running; }
+
+void Session::takeNews(ThreadEvent& event) {
+  noteOutcome(event);
+  noteQuestions(event);
+  leaveLine();
+  renderer_.show(event);
+}
+
+void Session::noteOutcome(const ThreadEvent& event) {
+  visit(
+      event, [this](const TurnFailedEvent&) { hasFailed_ = true; },
+      [this](const ThreadErrorEvent&) { hasFailed_ = true; }, [this](const TurnCompletedEvent&) { hasFailed_ = false; },
+      [](const auto&) {});
+}
+
+void Session::noteQuestions(const ThreadEvent& event) {
+  const auto* started = std::get_if<ItemStartedEvent>(&event.value);
+  const auto* completed = std::get_if<ItemCompletedEvent>(&event.value);
+  if (!started && !completed) return;
+  const auto* item = std::get_if<McpToolCallItem>(&(started ? started->item : completed->item).value);
+  if (!item || !isUserInputRequest(*item)) return;
+  if (completed) {
+    questions_.withdraw(std::exchange(userInputQuestions_[item->id], nullptr));
+  } else if (auto question = userInputQuestion(*item, thread_, inbox_)) {
+    userInputQuestions_[item->id] = question;
+    questions_.add(std::move(question));
+  }
+}
+
+void Session::takeNews(QuestionWithdrawn& news) {
+  leaveLine();
+  questions_.withdraw(news.question);
+}
+
+void Session::takeNews(OperationEnded& news) {
+  leaveLine();
+  renderer_.pause();
+  phase_ = Phase::idle;
+  for (const auto& [itemID, question] : std::exchange(userInputQuestions_, {})) questions_.withdraw(question);
+  status_ = statusOf(news.failure);
+  if (options_.prompt) leave(status_);
+}
+
+int Session::statusOf(const std::exception_ptr& failure) {
+  if (!failure) return hasFailed_ ? failedStatus : 0;
+  try {
+    std::rethrow_exception(failure);
+  } catch (const OrmelProcessError& error) {
+    if (error.kind() == OrmelProcessError::Kind::aborted) {
+      tell("Interrupted.", Style::yellow);
+      return interruptedStatus;
+    }
+    tell(error.what(), Style::red);
+    if (error.kind() == OrmelProcessError::Kind::untrustedExecutable) {
+      tell("If you trust " + error.path() + " yourself, name it with --server.");
+    }
+  } catch (const std::exception& error) {
+    tell(error.what(), Style::red);
+  }
+  return failedStatus;
+}
+
+void Session::tell(std::string_view text, Style style) {
+  leaveLine();
+  renderer_.pause();
+  notes().line(text, style);
+  notes().flush();
+}
+
+void Session::askForInput() {
+  if (!questions_.isEmpty()) {
+    if (questions_.hasAsked()) return;
+    leaveLine();
+    renderer_.pause();
+    output_.flush();
+    questions_.ask(notes());
+    hasPrompted_ = true;
+  } else if (!hasPrompted_ && phase_ == Phase::idle && input_.isTerminal()) {
+    output_.flush();
+    notes().separate();
+    notes().write("> ", Style::bold);
+    hasPrompted_ = true;
+  }
+}
+
+void Session::leaveLine() {
+  if (!hasPrompted_) return;
+  notes().endLine();
+  hasPrompted_ = false;
+}
+
+}  // namespace ormel::chat

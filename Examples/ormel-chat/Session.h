@@ -1,0 +1,99 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Command.h"
+#include "Console.h"
+#include "EventRenderer.h"
+#include "Inbox.h"
+#include "LineInput.h"
+#include "Options.h"
+#include "OrmelSDK/AbortSignal.h"
+#include "OrmelSDK/Thread.h"
+#include "QuestionDesk.h"
+#include "ServerChoice.h"
+#include "Signals.h"
+
+namespace ormel::chat {
+
+/// A conversation in the terminal. One thread reads the user's lines, the library's news and signals, and does all the
+/// writing.
+class Session {
+ public:
+  Session(Options options, const ServerChoice& server);
+
+  /// Runs to the end and gives the status to exit with.
+  int run();
+
+ private:
+  enum class Phase { idle, starting, running };
+
+  void greet(const ServerChoice& server);
+
+  // Input.
+  void wait();
+  bool wantsInput() const;
+  bool canTakeLine() const;
+  void takeLine();
+  void takeEndOfInput();
+  void takeSignals();
+  void perform(const Command& command);
+  void performIdle(const Command& command);
+  void performDuringOperation(const Command& command);
+  void interrupt();
+
+  // The operation.
+  void start(const Command& command);
+  Task<StreamedTurn> operation(const Command& command) const;
+  void steer(const std::string& text);
+
+  // News of the library.
+  void take(Message& message);
+  void takeNews(OperationAccepted&);
+  void takeNews(ThreadEvent& event);
+  void takeNews(OperationEnded& news);
+  void takeNews(QuestionAsked& news) { questions_.add(std::move(news.question)); }
+  void takeNews(QuestionWithdrawn& news);
+  void takeNews(Notice& news) { tell(news.text, news.style); }
+  void noteQuestions(const ThreadEvent& event);
+  void noteOutcome(const ThreadEvent& event);
+  int statusOf(const std::exception_ptr& failure);
+
+  // Output.
+  Console& notes() { return ownNotes_ ? *ownNotes_ : output_; }
+  void tell(std::string_view text, Style style = Style::dim);
+  void askForInput();
+  void leaveLine();
+  void leave(int status) { exitStatus_ = status; }
+
+  const Options options_;
+  const std::shared_ptr<Inbox> inbox_ = std::make_shared<Inbox>();
+  const Signals signals_{inbox_->wakePipe()};
+  LineInput input_;
+  Console output_;
+  /// What is not part of the answer goes where the answer is seen by a person, else to standard error.
+  std::optional<Console> ownNotes_;
+  EventRenderer renderer_;
+  QuestionDesk questions_;
+  std::map<std::string, std::shared_ptr<Question>> userInputQuestions_;
+  const Thread thread_;
+  /// By another run of this program.
+  const bool canBeResumed_;
+
+  Phase phase_ = Phase::idle;
+  /// Of the operation that was started last.
+  std::optional<AbortController> abort_;
+  /// What the events so far say about the outcome of the operation.
+  bool hasFailed_ = false;
+  /// Of the last operation.
+  int status_ = 0;
+  /// Since the last line of the user.
+  int interrupts_ = 0;
+  bool hasPrompted_ = false;
+  std::optional<int> exitStatus_;
+};
+
+}  // namespace ormel::chat

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "OrmelSDK/DynamicToolCallItems.h"
+#include "OrmelSDK/JSONValue.h"
+
+namespace ormel::chat {
+
+/// At most about one line of the text; "..." stands for the rest.
+std::string shortened(std::string_view text);
+
+std::string durationText(std::int64_t milliseconds);
+
+/// What a tool gave, as text; parts that are no text by their address or type.
+std::string toolText(const std::vector<JSONValue>& content);
+std::string toolText(const std::vector<DynamicToolCallOutputContentItem>& content);
+
+/// The text under the key, or the fallback.
+std::string textUnder(const JSONValue& object, std::string_view key, std::string_view fallback = "");
+
+/// Without white space at both ends.
+std::string_view trimmed(std::string_view text);
+
+}  // namespace ormel::chat

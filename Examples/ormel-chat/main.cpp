@@ -1,0 +1,20 @@
+// Talks with an agent in the terminal: an example of an application of the library.
+
+#include <exception>
+#include <iostream>
+
+#include "Options.h"
+#include "ServerChoice.h"
+#include "Session.h"
+
+int main(int argumentCount, char** arguments) {
+  const auto commandLine = ormel::chat::readCommandLine(argumentCount, arguments);
+  if (commandLine.exitStatus) return *commandLine.exitStatus;
+  try {
+    const auto server = ormel::chat::chooseServer(commandLine.options.server, arguments[0]);
+    return ormel::chat::Session(commandLine.options, server).run();
+  } catch (const std::exception& error) {
+    std::cerr << "ormel-chat: " << error.what() << '\n';
+    return 1;
+  }
+}

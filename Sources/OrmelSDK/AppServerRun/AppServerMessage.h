@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <variant>
+
+#include "OrmelSDK/AppServerRun/AppServerRequestID.h"
+#include "OrmelSDK/JSONValue.h"
+
+namespace ormel::detail {
+
+/// The server asks the client for something. `payload` is the whole message.
+struct ServerRequestMessage {
+  std::string method;
+  JSONValue payload;
+};
+
+/// The server tells something. `payload` is the whole message.
+struct ServerNotificationMessage {
+  std::string method;
+  JSONValue payload;
+};
+
+/// The answer to a request of the client.
+struct ResponseMessage {
+  AppServerRequestID id;
+  JSONValue result;
+};
+
+/// The refusal of a request of the client; the code of the error is of no use to a run.
+struct ErrorResponseMessage {
+  AppServerRequestID id;
+  std::string message;
+};
+
+using AppServerMessage =
+    std::variant<ServerRequestMessage, ServerNotificationMessage, ResponseMessage, ErrorResponseMessage>;
+
+/// Tells what a line of the server is. Fails with `ThreadRunError` of the kind `streamError` if it is nothing that the
+/// protocol knows, or the bare report of an error.
+AppServerMessage classifiedAppServerMessage(const JSONValue& payload);
+
+}  // namespace ormel::detail

@@ -1,0 +1,93 @@
+#include "OrmelSDK/AppServerRun/AppServerTurnRun+ProtocolHandling.h"
+#include "OrmelSDK/AppServerRun/ThreadItemDeltas.h"
+#include "OrmelSDK/AppServerRun/ThreadItemParsing.h"
+#include "OrmelSDK/AppServerRun/ThreadItemWords.h"
+#include "OrmelSDK/AppServerRun/TurnNotificationParsing.h"
+
+namespace ormel::detail {
+
+namespace {
+
+std::string_view deltaIn(const JSONObject& params) { return textUnder(params, {"delta"}).value_or(""); }
+
+std::optional<std::int64_t> millisecondsUnder(const JSONObject& params, JSONKeys keys) {
+  return firstUnder(params, keys, parseOptionalInt);
+}
+
+}  // namespace
+
+void AppServerTurnRun::Notifications::update(ThreadItem item) const {
+  run.items_.store(item);
+  emit(ItemUpdatedEvent{std::move(item)});
+}
+
+std::optional<ThreadItem> AppServerTurnRun::Notifications::storedItem() const {
+  const JSONValue* value = params.find("item");
+  auto item = value ? parseThreadItem(*value, run.scope_.active()) : std::nullopt;
+  if (item) run.items_.store(*item);
+  return item;
+}
+
+void AppServerTurnRun::Notifications::itemStarted() const {
+  auto item = storedItem();
+  if (!item) return;
+  emit(ItemStartedEvent{*std::move(item), ownTextUnder(params, {"threadId", "thread_id"}),
+                        ownTextUnder(params, {"turnId", "turn_id"}),
+                        millisecondsUnder(params, {"startedAtMs", "started_at_ms"})});
+}
+
+void AppServerTurnRun::Notifications::itemUpdated() const {
+  if (auto item = storedItem()) emit(ItemUpdatedEvent{*std::move(item)});
+}
+
+void AppServerTurnRun::Notifications::itemCompleted() const {
+  auto item = storedItem();
+  if (!item) return;
+  emit(ItemCompletedEvent{*std::move(item), ownTextUnder(params, {"threadId", "thread_id"}),
+                          ownTextUnder(params, {"turnId", "turn_id"}),
+                          millisecondsUnder(params, {"completedAtMs", "completed_at_ms"})});
+}
+
+void AppServerTurnRun::Notifications::agentMessageDelta() const {
+  std::string itemID = neededText({"itemId"}, "agentMessage delta missing itemId");
+  const ThreadItem* stored = run.items_.find(itemID);
+  update(mergeAgentMessageDelta(stored, std::move(itemID), deltaIn(params)));
+}
+
+void AppServerTurnRun::Notifications::commandOutputDelta() const {
+  const std::string itemID = neededText({"itemId"}, "commandExecution delta missing itemId");
+  if (auto item = mergeCommandOutputDelta(run.items_.find(itemID), deltaIn(params))) update(*std::move(item));
+}
+
+void AppServerTurnRun::Notifications::mcpToolCallProgress() const {
+  const std::string itemID = neededText({"itemId"}, "mcpToolCall progress missing itemId");
+  auto item = mergeMcpToolCallProgress(run.items_.find(itemID), ownTextUnder(params, {"message"}, ""));
+  if (item) update(*std::move(item));
+}
+
+void AppServerTurnRun::Notifications::fileChangePatchUpdated() const {
+  std::string itemID = neededText({"itemId", "item_id"}, "fileChange patch update missing itemId");
+  const ThreadItem* stored = run.items_.find(itemID);
+  update(mergeFileChangePatch(stored, std::move(itemID), arrayUnder(params, {"changes"})));
+}
+
+void AppServerTurnRun::Notifications::reasoningDelta() const { reasoningLikeDelta(false); }
+void AppServerTurnRun::Notifications::planDelta() const { reasoningLikeDelta(true); }
+
+void AppServerTurnRun::Notifications::reasoningLikeDelta(bool isPlan) const {
+  std::string itemID = neededText({"itemId"}, "reasoning delta missing itemId");
+  const ThreadItem* stored = run.items_.find(itemID);
+  update(mergeReasoningLikeDelta(stored, std::move(itemID), deltaIn(params), isPlan));
+}
+
+bool AppServerTurnRun::Notifications::contextCompaction(const std::string& method) const {
+  if (!isContextCompactionNotificationMethod(method)) return false;
+  ThreadItem item = contextCompactionItem(params);
+  if (run.items_.store(item)) {
+    emit(ItemStartedEvent{item, std::nullopt, std::nullopt, std::nullopt});
+    emit(ItemCompletedEvent{std::move(item), std::nullopt, std::nullopt, std::nullopt});
+  }
+  return true;
+}
+
+}  // namespace ormel::detail

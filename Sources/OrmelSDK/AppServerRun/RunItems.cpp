@@ -1,0 +1,28 @@
+#include "OrmelSDK/AppServerRun/RunItems.h"
+
+#include <utility>
+
+namespace ormel::detail {
+
+const ThreadItem* RunItems::find(std::string_view itemID) const {
+  const auto entry = itemStateByID_.find(itemID);
+  return entry == itemStateByID_.end() ? nullptr : &entry->second;
+}
+
+bool RunItems::store(ThreadItem item) {
+  const auto entry = itemStateByID_.find(item.id());
+  if (entry == itemStateByID_.end()) {
+    std::string id = item.id();
+    itemStateByID_.emplace(std::move(id), std::move(item));
+    return true;
+  }
+  entry->second = std::move(item);
+  return false;
+}
+
+void RunItems::clear() {
+  itemStateByID_.clear();
+  latestUsage.reset();
+}
+
+}  // namespace ormel::detail

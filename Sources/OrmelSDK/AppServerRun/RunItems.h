@@ -1,0 +1,33 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "OrmelSDK/ThreadItem.h"
+#include "OrmelSDK/TurnEvents.h"
+
+namespace ormel::detail {
+
+/// The latest state of each item of an operation, which what comes in pieces is added to, and the tokens used.
+///
+/// *Thread safety*: none; it belongs to the run's strand.
+class RunItems {
+ public:
+  /// Null if there is no such item.
+  const ThreadItem* find(std::string_view itemID) const;
+
+  /// Keeps the item under its id; returns whether there was none before.
+  bool store(ThreadItem item);
+
+  std::optional<Usage> latestUsage;
+
+  void clear();
+
+ private:
+  std::map<std::string, ThreadItem, std::less<>> itemStateByID_;
+};
+
+}  // namespace ormel::detail

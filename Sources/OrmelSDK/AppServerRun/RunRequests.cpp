@@ -1,0 +1,56 @@
+#include "OrmelSDK/AppServerRun/RunRequests.h"
+
+#include <exception>
+#include <limits>
+#include <utility>
+
+#include "OrmelSDK/FatalError.h"
+
+namespace ormel::detail {
+
+AppServerRequestID RunRequests::takeID() {
+  if (nextRequestID_ == std::numeric_limits<std::int64_t>::max()) fatalError("a run has used up its request ids");
+  return AppServerRequestID::integer(nextRequestID_++);
+}
+
+void RunRequests::add(const AppServerRequestID& id, PendingResponse request) {
+  pendingResponses_.emplace(id, std::move(request));
+}
+
+std::optional<PendingResponse> RunRequests::remove(const AppServerRequestID& id) {
+  auto node = pendingResponses_.extract(id);
+  if (node.empty()) return std::nullopt;
+  node.mapped().timeoutTask.cancel();
+  return std::move(node.mapped());
+}
+
+void RunRequests::complete(const AppServerRequestID& id, const JSONValue& result) {
+  if (const auto request = remove(id)) request->continuation.resume(result);
+}
+
+void RunRequests::fail(const AppServerRequestID& id, const std::exception_ptr& error) {
+  if (const auto request = remove(id)) request->continuation.fail(error);
+}
+
+void RunRequests::release(const StreamCompletion& completion) {
+  const std::exception_ptr error = completion.waiterError();
+  for (PendingResponse& request : take(completion.kind() == StreamCompletion::Kind::failed)) {
+    request.timeoutTask.cancel();
+    request.continuation.fail(error);
+  }
+}
+
+std::vector<PendingResponse> RunRequests::take(bool alsoSurvivors) {
+  std::vector<PendingResponse> taken;
+  for (auto entry = pendingResponses_.begin(); entry != pendingResponses_.end();) {
+    if (entry->second.survivesNormalStreamCompletion && !alsoSurvivors) {
+      ++entry;
+      continue;
+    }
+    taken.push_back(std::move(entry->second));
+    entry = pendingResponses_.erase(entry);
+  }
+  return taken;
+}
+
+}  // namespace ormel::detail

@@ -1,0 +1,220 @@
+#include "OrmelSDK/Conversation.h"
+
+#include <exception>
+#include <utility>
+#include <variant>
+
+#include "OrmelSDK/OrmelProcessError.h"
+#include "OrmelSDK/ThreadRunError.h"
+
+namespace ormel::detail {
+
+namespace {
+
+void refuseIfAborted(const std::optional<AbortSignal>& signal) {
+  if (signal && signal->isAborted()) throw OrmelProcessError::aborted();
+}
+
+/// Adds what an event says of a turn. Fails with what makes a turn fail.
+void fold(ThreadEvent& event, Turn& turn) {
+  if (auto* completed = std::get_if<ItemCompletedEvent>(&event.value)) {
+    if (const auto text = completed->item.agentMessageText()) turn.finalResponse = std::string(std::string_view(*text));
+    turn.items.push_back(std::move(completed->item));
+  } else if (const auto* ended = std::get_if<TurnCompletedEvent>(&event.value)) {
+    turn.usage = ended->usage;
+  } else if (const auto* failed = std::get_if<TurnFailedEvent>(&event.value)) {
+    throw ThreadRunError::turnFailed(failed->error.message);
+  } else if (const auto* error = std::get_if<ThreadErrorEvent>(&event.value)) {
+    throw ThreadRunError::streamError(error->message);
+  }
+}
+
+}  // namespace
+
+Conversation::Conversation(AppServerTurnRunConfiguration configuration, std::optional<std::string> threadID,
+                           RunSurroundings surroundings)
+    : configuration_(std::move(configuration)), surroundings_(surroundings), threadID_(std::move(threadID)) {}
+
+Conversation::~Conversation() {
+  if (persistentRun_) persistentRun_->release().onScheduler(*surroundings_.scheduler).detach();
+}
+
+std::optional<std::string> Conversation::id() const {
+  const std::lock_guard guard(lock_);
+  return threadID_;
+}
+
+std::string Conversation::neededThreadID(const char* message) const {
+  auto threadID = id();
+  if (!threadID) throw ThreadRunError::streamError(message);
+  return *std::move(threadID);
+}
+
+Conversation::Run Conversation::reusableRun() {
+  const std::lock_guard guard(lock_);
+  if (!persistentRun_) persistentRun_ = AppServerTurnRun::create(configuration_, surroundings_);
+  return persistentRun_;
+}
+
+std::optional<Conversation::ActiveOperation> Conversation::currentOperation() const {
+  const std::lock_guard guard(lock_);
+  return currentOperation_;
+}
+
+void Conversation::updateThreadID(const std::string& threadID, const ActiveOperation& operation) {
+  const std::lock_guard guard(lock_);
+  if (currentOperation_ == operation) threadID_ = threadID;
+}
+
+Task<Conversation::ConnectedOperation> Conversation::connectOperation(Self self, std::optional<AbortSignal> signal) {
+  refuseIfAborted(signal);
+  const Run run = self->reusableRun();
+  const std::uint64_t generation = co_await run->reserveOperation();
+  ConnectedOperation connected;
+  connected.operation = {run, generation};
+  {
+    const std::lock_guard guard(self->lock_);
+    self->currentOperation_ = connected.operation;
+  }
+  if (signal) {
+    connected.signalToken = signal->register_([weakRun = std::weak_ptr(run), generation] {
+      if (const auto interrupted = weakRun.lock()) interrupted->interruptFromSignal(generation).detach();
+    });
+    connected.signal = std::move(signal);
+  }
+  co_return connected;
+}
+
+void Conversation::finishOperation(const ConnectedOperation& connected) {
+  if (connected.signal) connected.signal->unregister(connected.signalToken);
+  const std::lock_guard guard(lock_);
+  if (currentOperation_ != connected.operation) return;
+  if (connected.restoreThreadID) threadID_ = connected.restoreThreadID;
+  currentOperation_.reset();
+}
+
+StreamedTurn Conversation::forwarded(const Self& self, EventChannel<ThreadEvent> events, ConnectedOperation connected) {
+  auto ends = EventChannel<ThreadEvent>::make(ChannelLimit::unbounded(), "turn event");
+  auto forwarding = forwardEvents(self, std::move(events), std::move(ends.first), std::move(connected));
+  std::move(forwarding).withStopToken({}).onScheduler(*surroundings_.scheduler).detach();
+  return StreamedTurn(std::move(ends.second));
+}
+
+Task<void> Conversation::forwardEvents(Self self, EventChannel<ThreadEvent> from, EventProducer<ThreadEvent> to,
+                                       ConnectedOperation connected) {
+  const bool tracksThread = !connected.restoreThreadID;
+  std::exception_ptr failure;
+  try {
+    while (auto event = co_await from.next()) {
+      const auto* started = std::get_if<ThreadStartedEvent>(&event->value);
+      if (started && tracksThread) self->updateThreadID(started->threadID, connected.operation);
+      to.yield(*std::move(event));
+    }
+  } catch (...) {
+    failure = std::current_exception();
+  }
+  self->finishOperation(connected);
+  if (failure) {
+    to.fail(std::move(failure));
+  } else {
+    to.finish();
+  }
+}
+
+Task<StreamedTurn> Conversation::runStreamed(Self self, Input input, TurnOptions turnOptions) {
+  auto connected = co_await connectOperation(self, turnOptions.signal);
+  const ActiveOperation operation = connected.operation;
+  try {
+    auto start = operation.run->startTurn(self->id(), std::move(input), std::move(turnOptions), operation.generation);
+    auto started = co_await std::move(start);
+    self->updateThreadID(started.threadID, operation);
+    co_return self->forwarded(self, std::move(started.events), std::move(connected));
+  } catch (...) {
+    self->finishOperation(connected);
+    throw;
+  }
+}
+
+Task<StreamedTurn> Conversation::startOnOwnThread(Self self, ConnectedOperation connected,
+                                                  Task<EventChannel<ThreadEvent>> start) {
+  const auto restored = std::exchange(connected.restoreThreadID, std::nullopt);
+  try {
+    auto events = co_await std::move(start);
+    connected.restoreThreadID = restored;
+    co_return self->forwarded(self, std::move(events), std::move(connected));
+  } catch (...) {
+    self->finishOperation(connected);
+    throw;
+  }
+}
+
+Task<StreamedTurn> Conversation::startReviewStreamed(Self self, ReviewTarget target, ReviewDelivery delivery,
+                                                     std::optional<AbortSignal> signal) {
+  if (delivery == ReviewDelivery::detached) {
+    throw ThreadRunError::streamError("Detached reviews require a separate thread owner");
+  }
+  const std::string threadID = self->neededThreadID("Start the thread before requesting a review");
+  auto connected = co_await connectOperation(self, std::move(signal));
+  connected.restoreThreadID = threadID;
+  const ActiveOperation operation = connected.operation;
+  auto start = operation.run->startReview(threadID, std::move(target), delivery, operation.generation);
+  auto starting = startOnOwnThread(self, std::move(connected), std::move(start));
+  auto streamed = co_await std::move(starting);
+  co_return streamed;
+}
+
+Task<StreamedTurn> Conversation::compactStreamed(Self self, std::optional<AbortSignal> signal) {
+  const std::string threadID = self->neededThreadID("Start the thread before requesting compaction");
+  auto connected = co_await connectOperation(self, std::move(signal));
+  connected.restoreThreadID = threadID;
+  const ActiveOperation operation = connected.operation;
+  auto start = operation.run->startCompaction(threadID, operation.generation);
+  auto starting = startOnOwnThread(self, std::move(connected), std::move(start));
+  auto streamed = co_await std::move(starting);
+  co_return streamed;
+}
+
+Task<StreamedTurn> Conversation::runSideConversationStreamed(Self self, Input input, std::string developerInstructions,
+                                                             TurnOptions turnOptions) {
+  const std::string threadID = self->neededThreadID("Start the main thread before opening a side conversation");
+  auto connected = co_await connectOperation(self, turnOptions.signal);
+  connected.restoreThreadID = threadID;
+  const ActiveOperation operation = connected.operation;
+  auto start = operation.run->startEphemeralForkTurn(threadID, std::move(input), std::move(developerInstructions),
+                                                     std::move(turnOptions), operation.generation);
+  auto starting = startOnOwnThread(self, std::move(connected), std::move(start));
+  auto streamed = co_await std::move(starting);
+  co_return streamed;
+}
+
+Task<Turn> Conversation::run(Self self, Input input, TurnOptions turnOptions) {
+  auto start = runStreamed(self, std::move(input), std::move(turnOptions));
+  auto streamed = co_await std::move(start);
+  Turn turn;
+  while (auto event = co_await streamed.events.next()) fold(*event, turn);
+  co_return turn;
+}
+
+Task<void> Conversation::steer(Self self, Input input, TurnOptions turnOptions) {
+  const auto operation = self->currentOperation();
+  if (!operation) throw ThreadRunError::streamError("No active turn to steer");
+  auto steering = operation->run->steer(std::move(input), std::move(turnOptions), operation->generation);
+  co_await std::move(steering);
+}
+
+Task<void> Conversation::submitRequestUserInput(Self self, std::string itemID,
+                                                std::map<std::string, std::vector<std::string>> answers) {
+  const auto operation = self->currentOperation();
+  if (!operation) throw ThreadRunError::streamError("No active turn for request_user_input response");
+  auto submission = operation->run->submitUserInput(std::move(itemID), std::move(answers), operation->generation);
+  co_await std::move(submission);
+}
+
+Task<void> Conversation::interrupt(Self self) {
+  const auto operation = self->currentOperation();
+  if (!operation) co_return;
+  auto interruption = operation->run->interruptFromSignal(operation->generation);
+  co_await std::move(interruption);
+}
+
+}  // namespace ormel::detail

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "OrmelSDK/AbortSignal.h"
+#include "OrmelSDK/AppServerRun/AppServerTurnRun.h"
+#include "OrmelSDK/Thread.h"
+
+namespace ormel::detail {
+
+/// What the handles of one `Thread` share. It reserves each operation on its run, connects it to the application's
+/// signal, and forwards the events.
+///
+/// *Thread safety*: the operations may be called from any thread. The lock is held for short reads and writes only.
+///
+/// *Object lifetimes*: held by shared pointers; an operation holds it until the events have ended. When it goes, its
+/// run is ended in the background.
+class Conversation final {
+ public:
+  using Self = std::shared_ptr<Conversation>;
+
+  explicit Conversation(AppServerTurnRunConfiguration configuration, std::optional<std::string> threadID = std::nullopt,
+                        RunSurroundings surroundings = RunSurroundings());
+  Conversation(const Conversation&) = delete;
+  Conversation& operator=(const Conversation&) = delete;
+  ~Conversation();
+
+  std::optional<std::string> id() const;
+
+  static Task<Turn> run(Self self, Input input, TurnOptions turnOptions);
+  static Task<StreamedTurn> runStreamed(Self self, Input input, TurnOptions turnOptions);
+  static Task<StreamedTurn> startReviewStreamed(Self self, ReviewTarget target, ReviewDelivery delivery,
+                                                std::optional<AbortSignal> signal);
+  static Task<StreamedTurn> compactStreamed(Self self, std::optional<AbortSignal> signal);
+  static Task<StreamedTurn> runSideConversationStreamed(Self self, Input input, std::string developerInstructions,
+                                                        TurnOptions turnOptions);
+  static Task<void> steer(Self self, Input input, TurnOptions turnOptions);
+  static Task<void> submitRequestUserInput(Self self, std::string itemID,
+                                           std::map<std::string, std::vector<std::string>> answers);
+  static Task<void> interrupt(Self self);
+
+ private:
+  using Run = std::shared_ptr<AppServerTurnRun>;
+
+  struct ActiveOperation {
+    Run run;
+    std::uint64_t generation = 0;
+    friend bool operator==(const ActiveOperation&, const ActiveOperation&) = default;
+  };
+
+  /// An operation and what its end has to undo.
+  struct ConnectedOperation {
+    ActiveOperation operation;
+    std::optional<AbortSignal> signal;
+    UUID signalToken;
+    /// The main conversation, if the operation runs on another thread.
+    std::optional<std::string> restoreThreadID;
+  };
+
+  Run reusableRun();
+  std::optional<ActiveOperation> currentOperation() const;
+  /// The conversation's id; fails with `ThreadRunError` of the kind `streamError` and the message without one.
+  std::string neededThreadID(const char* message) const;
+  static Task<ConnectedOperation> connectOperation(Self self, std::optional<AbortSignal> signal);
+  void finishOperation(const ConnectedOperation& connected);
+  void updateThreadID(const std::string& threadID, const ActiveOperation& operation);
+  static Task<StreamedTurn> startOnOwnThread(Self self, ConnectedOperation connected,
+                                             Task<EventChannel<ThreadEvent>> start);
+  StreamedTurn forwarded(const Self& self, EventChannel<ThreadEvent> events, ConnectedOperation connected);
+  static Task<void> forwardEvents(Self self, EventChannel<ThreadEvent> from, EventProducer<ThreadEvent> to,
+                                  ConnectedOperation connected);
+
+  const AppServerTurnRunConfiguration configuration_;
+  const RunSurroundings surroundings_;
+
+  mutable std::mutex lock_;
+  std::optional<std::string> threadID_;
+  std::optional<ActiveOperation> currentOperation_;
+  Run persistentRun_;
+};
+
+}  // namespace ormel::detail

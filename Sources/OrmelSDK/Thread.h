@@ -1,0 +1,114 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "OrmelSDK/AbortSignal.h"
+#include "OrmelSDK/Concurrency/EventChannel.h"
+#include "OrmelSDK/Concurrency/Task.h"
+#include "OrmelSDK/ReviewTarget.h"
+#include "OrmelSDK/ThreadEvent.h"
+#include "OrmelSDK/ThreadItem.h"
+#include "OrmelSDK/TurnEvents.h"
+#include "OrmelSDK/TurnOptions.h"
+#include "OrmelSDK/UserInput.h"
+
+namespace ormel {
+
+namespace detail {
+class Conversation;
+}
+
+/// A whole turn.
+struct Turn {
+  /// The items that were completed, in order.
+  std::vector<ThreadItem> items;
+  /// The text of the last completed message of the agent; empty if there was none.
+  std::string finalResponse;
+  /// The tokens used; absent if the turn ended without saying so.
+  std::optional<Usage> usage;
+  friend bool operator==(const Turn&, const Turn&) = default;
+};
+
+/// An operation that the server has accepted, and its events as they come.
+///
+///     while (auto event = co_await streamed.events.next()) { ... }   // in a coroutine
+///     for (const ThreadEvent& event : streamed.events) { ... }       // blocking
+///
+/// The events end plainly, also when the turn itself failed, which an event tells; or they fail, with `ThreadRunError`
+/// or, when the application stopped the operation, with `OrmelProcessError` of the kind `aborted`. A consumer that
+/// stops reading does not stop the operation.
+struct StreamedTurn {
+  explicit StreamedTurn(EventChannel<ThreadEvent> eventsOfTurn) : events(std::move(eventsOfTurn)) {}
+
+  EventChannel<ThreadEvent> events;
+};
+
+/// An application's handle on one conversation with the server. `Ormel` makes it. It starts a server process at the
+/// first operation and keeps it for the next ones; operations go one at a time.
+///
+///     Thread thread = ormel.startThread();
+///     Turn turn = thread.run("What is in this folder?").get();       // or co_await
+///     std::cout << turn.finalResponse << '\n';
+///
+/// *Thread safety*: all members may be called from any threads. Of two operations that are started at the same time one
+/// fails.
+///
+/// *Object lifetimes*: copies are the same conversation. When the last copy is gone and no operation is under way, the
+/// server process is ended in the background; an operation under way keeps the conversation until its events have
+/// ended.
+///
+/// *Errors*: `ThreadRunError` of the kind `streamError` when the server, the connection to it or the use of the thread
+/// is at fault: "An app-server operation is already active" during another operation. `OrmelProcessError` when the
+/// server cannot be started, or, of the kind `aborted`, when the application stopped the operation. An operation that
+/// fails ends the server process; the next one starts another.
+///
+/// *Cancellation*: an operation whose call is cancelled by its stop token before the server has accepted it fails as
+/// aborted. Afterwards, `interrupt` or the `AbortSignal` of its options ends it.
+class Thread {
+ public:
+  explicit Thread(std::shared_ptr<detail::Conversation> conversation) : conversation_(std::move(conversation)) {}
+
+  /// The server's id of the conversation; absent until the first turn has begun.
+  std::optional<std::string> id() const;
+
+  /// Runs a turn to its end. Fails with `ThreadRunError` of the kind `turnFailed` if the server says that the turn
+  /// failed.
+  Task<Turn> run(Input input, TurnOptions turnOptions = TurnOptions()) const;
+
+  /// Starts a turn; ends when the server has accepted it.
+  Task<StreamedTurn> runStreamed(Input input, TurnOptions turnOptions = TurnOptions()) const;
+
+  /// Starts a review, for which the conversation must have begun. A detached one is refused: it needs a thread of its
+  /// own.
+  Task<StreamedTurn> startReviewStreamed(ReviewTarget target, ReviewDelivery delivery = ReviewDelivery::inline_,
+                                         std::optional<AbortSignal> signal = std::nullopt) const;
+
+  /// Has the server shorten the conversation's history, which must have begun.
+  Task<StreamedTurn> compactStreamed(std::optional<AbortSignal> signal = std::nullopt) const;
+
+  /// Runs a turn on a copy of the conversation that is forgotten afterwards, with instructions of its own. The
+  /// conversation must have begun, and does not change.
+  Task<StreamedTurn> runSideConversationStreamed(Input input, std::string developerInstructions,
+                                                 TurnOptions turnOptions = TurnOptions()) const;
+
+  /// Adds input to the turn that is running; fails with "No active turn to steer" if there is none.
+  Task<void> steer(Input input, TurnOptions turnOptions = TurnOptions()) const;
+
+  /// Answers questions that the server has asked by an item of the tool "request_user_input": for the id of each
+  /// question its answers. An item is answered once.
+  Task<void> submitRequestUserInput(std::string itemID, std::map<std::string, std::vector<std::string>> answers) const;
+
+  /// Ends the operation that is running, as aborted; does nothing without one. Ends when the server has taken note; the
+  /// events end then or at most three seconds later.
+  Task<void> interrupt() const;
+
+ private:
+  std::shared_ptr<detail::Conversation> conversation_;
+};
+
+}  // namespace ormel

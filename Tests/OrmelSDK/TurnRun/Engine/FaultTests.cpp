@@ -1,0 +1,214 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <stop_token>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Support/SimulatedRun.h"
+
+namespace {
+
+using namespace ormel;
+using namespace ormel::testing;
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+
+/// What goes wrong at a step of a conversation.
+struct Fault {
+  const char* name;
+  std::function<void(SimulatedRun&, std::stop_source& caller)> happen;
+  /// How the application hears of it from a start operation; a text that ends in "..." is a beginning.
+  const char* heardFromStart;
+  /// The same from the events of a running turn.
+  const char* heardFromTurn;
+};
+
+const std::vector<Fault>& faults() {
+  static const std::vector<Fault> all = {
+      {"the line is malformed", [](SimulatedRun& engine, std::stop_source&) { engine.process().write("{\"id\":\n"); },
+       "stream error: App-server decode error at $: ...", "stream error: App-server decode error at $: ..."},
+      {"the process exits", [](SimulatedRun& engine, std::stop_source&) { engine.process().exit(9); },
+       "stream error: Ormel app-server terminated unexpectedly",
+       "stream error: Ormel app-server terminated unexpectedly"},
+      {"the process is killed with a word on its lips",
+       [](SimulatedRun& engine, std::stop_source&) {
+         engine.process().writeError("argh");
+         engine.process().endBySignal(9);
+       },
+       "stream error: argh", "stream error: argh"},
+      {"the process ends and its pipes stay open",
+       [](SimulatedRun& engine, std::stop_source&) {
+         engine.process().end({detail::TerminationReason::uncaughtSignal, 9}, true);
+       },
+       "stream error: ...signal 9...", "stream error: ...signal 9..."},
+      {"the output ends and the process lives on",
+       [](SimulatedRun& engine, std::stop_source&) { engine.process().closeOutput(); },
+       "stream error: Ormel app-server terminated unexpectedly",
+       "stream error: Ormel app-server terminated unexpectedly"},
+      {"the server falls silent", [](SimulatedRun&, std::stop_source&) {}, "stream error: App-server RPC ...",
+       "stream error: App-server RPC thread/read timed out after 30 seconds"},
+      {"no write reaches the server", [](SimulatedRun& engine, std::stop_source&) { engine.process().breakInput(); },
+       "stream error: App-server RPC ...", "stream error: App-server RPC thread/read timed out after 30 seconds"},
+      {"the application interrupts",
+       [](SimulatedRun& engine, std::stop_source&) { startOn(engine.scheduler, engine.run->interruptFromSignal()); },
+       "aborted", "aborted"},
+      {"the caller is cancelled", [](SimulatedRun&, std::stop_source& caller) { caller.request_stop(); }, "cancelled",
+       // It has got what it called for, and does not own it.
+       "stream error: App-server RPC thread/read timed out after 30 seconds"},
+      {"the owner goes away",
+       [](SimulatedRun& engine, std::stop_source&) { startOn(engine.scheduler, engine.run->release()); },
+       "stream error: Stream finished", "end"},
+  };
+  return all;
+}
+
+bool fits(const std::string& heard, std::string_view expected) {
+  const auto dots = expected.find("...");
+  if (dots == std::string_view::npos) return heard == expected;
+  if (!heard.starts_with(expected.substr(0, dots))) return false;
+  const auto rest = expected.substr(dots + 3);
+  return heard.find(rest.substr(0, rest.find("..."))) != std::string::npos;
+}
+
+/// Whatever has happened: nothing runs, nothing waits, and the next turn does well.
+void expectSoundRun(SimulatedRun& engine) {
+  EXPECT_NE(engine.state(), "pending");
+  EXPECT_EQ(engine.run->requests().count(), 0U);
+  EXPECT_FALSE(engine.run->transport().hasProcess());
+  engine.settle();
+  EXPECT_EQ(engine.server.held(), 0U);
+  const auto heard = engine.startTurn();
+  engine.completeTurn();
+  EXPECT_THAT(*heard, ElementsAre("thread.started t1", "turn.completed", "end"));
+}
+
+using Begin = std::function<Task<void>(SimulatedRun&)>;
+
+Task<void> withoutChannel(Task<EventChannel<ThreadEvent>> starting) { co_await std::move(starting); }
+Task<void> withoutTurn(Task<detail::StartedTurn> starting) { co_await std::move(starting); }
+
+struct Operation {
+  const char* name;
+  Begin begin;
+  std::vector<std::string> steps;
+};
+
+const std::vector<Operation>& operations() {
+  static const std::vector<Operation> all = {
+      {"a turn",
+       [](SimulatedRun& engine) { return withoutTurn(engine.turn()); },
+       {"initialize", "thread/start", "turn/start"}},
+      {"a review",
+       [](SimulatedRun& engine) { return withoutChannel(engine.review()); },
+       {"initialize", "thread/resume", "review/start"}},
+      {"a compaction",
+       [](SimulatedRun& engine) { return withoutChannel(engine.compaction()); },
+       {"initialize", "thread/resume", "thread/compact/start"}},
+      {"a turn on a fork",
+       [](SimulatedRun& engine) { return withoutChannel(engine.forkTurn()); },
+       {"initialize", "thread/resume", "thread/fork", "turn/start"}},
+  };
+  return all;
+}
+
+TEST(AppServerTurnRunFaults, AtEachStepOfEachStartEndItAndLeaveTheRunSound) {
+  for (const Operation& operation : operations()) {
+    for (const std::string& step : operation.steps) {
+      for (const Fault& fault : faults()) {
+        SCOPED_TRACE(std::string(fault.name) + " at " + step + " of " + operation.name);
+        inManyOrders([&](SimulatedScheduler& scheduler) {
+          SimulatedRun engine(scheduler);
+          std::stop_source caller;
+          bool isDone = false;
+          engine.reply(step, [&](InMemoryProcess& process, const JSONValue& request) {
+            if (!std::exchange(isDone, true)) {
+              fault.happen(engine, caller);
+            } else {
+              process.answer(request, JSONValue::decode(R"({"thread":{"id":"t1"},"turn":{"id":"u1"}})"));
+            }
+          });
+          const auto starting = engine.start(operation.begin(engine), caller.get_token());
+          engine.pass(31s);
+          const std::string heard = failureOf([&] { SimulatedRun::taken(starting); });
+          EXPECT_TRUE(fits(heard, fault.heardFromStart)) << heard;
+          expectSoundRun(engine);
+        });
+      }
+    }
+  }
+}
+
+TEST(AppServerTurnRunFaults, InARunningTurnEndItAndLeaveTheRunSound) {
+  for (const Fault& fault : faults()) {
+    SCOPED_TRACE(fault.name);
+    inManyOrders([&](SimulatedScheduler& scheduler) {
+      SimulatedRun engine(scheduler);
+      engine.keep("thread/read");
+      std::stop_source caller;
+      const auto starting = engine.start(engine.turn(), caller.get_token());
+      const auto heard = engine.listen(SimulatedRun::taken(starting).events);
+      fault.happen(engine, caller);
+      engine.pass(151s);
+      ASSERT_EQ(heard->size(), 2U);
+      EXPECT_TRUE(fits(heard->back(), fault.heardFromTurn)) << heard->back();
+      expectSoundRun(engine);
+    });
+  }
+}
+
+TEST(AppServerTurnRunFaults, WhileASteerWaitsEndItWithItsTurn) {
+  for (const Fault& fault : faults()) {
+    SCOPED_TRACE(fault.name);
+    inManyOrders([&](SimulatedScheduler& scheduler) {
+      SimulatedRun engine(scheduler);
+      engine.keep("turn/steer");
+      engine.keep("thread/read");
+      std::stop_source caller;
+      const auto heard = engine.startTurn();
+      const auto steering = engine.start(engine.steer(), caller.get_token());
+      fault.happen(engine, caller);
+      engine.pass(151s);
+      EXPECT_TRUE(steering->isSet());
+      EXPECT_NE(failureOf([&] { SimulatedRun::taken(steering); }), "no failure");
+      EXPECT_EQ(heard->size(), 2U);
+      expectSoundRun(engine);
+    });
+  }
+}
+
+TEST(AppServerTurnRunFaults, WhileAnInterruptWaitsEndTheTurn) {
+  for (const Fault& fault : faults()) {
+    SCOPED_TRACE(fault.name);
+    inManyOrders([&](SimulatedScheduler& scheduler) {
+      SimulatedRun engine(scheduler);
+      engine.keep("turn/interrupt");
+      std::stop_source caller;
+      const auto heard = engine.startTurn();
+      const auto interrupting = engine.start(engine.run->interruptFromSignal(), caller.get_token());
+      fault.happen(engine, caller);
+      engine.pass(31s);
+      EXPECT_EQ(failureOf([&] { SimulatedRun::taken(interrupting); }), "no failure");
+      EXPECT_EQ(heard->size(), 2U);
+      expectSoundRun(engine);
+    });
+  }
+}
+
+TEST(AppServerTurnRunFaults, OfTheOwnerWhoDropsTheRunEndTheProcess) {
+  inManyOrders([](SimulatedScheduler& scheduler) {
+    SimulatedRun engine(scheduler);
+    engine.keep("turn/steer");
+    engine.startTurn();
+    engine.completeTurn();
+    engine.run.reset();
+    engine.settle();
+    EXPECT_EQ(engine.server.running(), 0U);
+    EXPECT_EQ(engine.server.held(), 0U);
+  });
+}
+
+}  // namespace

@@ -1,0 +1,182 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "OrmelSDK/AppServerRun/AppServerTurnRun.h"
+#include "OrmelSDK/ProcessEnvironment.h"
+#include "Support/ConcurrencySchedulers.h"
+#include "Support/RunTranscript.h"
+#include "Support/SimulatorScenario.h"
+
+namespace ormel::testing {
+
+/// The beginning of most scenarios: a server that shakes hands and knows every thread; a new one is "t1".
+inline constexpr const char* politeServer = R"(
+always ignore initialized
+always answer initialize with {}
+always answer thread/start with {"thread": {"id": "t1"}}
+always answer thread/resume {"threadId": "$string:resumed"} with {"thread": {"id": "$resumed"}}
+)";
+
+/// The statements that make one turn, "u1" of "t1", run to its good end.
+inline constexpr const char* wholeTurn = R"(
+client asks turn/start
+server answers {"turn": {"id": "u1"}}
+server notifies turn/started {"threadId": "t1", "turn": {"id": "u1"}}
+server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status": "completed"}}
+)";
+
+/// A run of the engine on the library's threads, and the real simulator behind real pipes.
+///
+///     TurnRunHarness server(std::string(politeServer) + wholeTurn);
+///     auto turn = server.startTurn();
+///     EXPECT_THAT(told(turn.events), ElementsAre("thread.started", "turn.started", "turn.completed", "end"));
+///
+/// What waits gives up after a generous time. At its end it releases the run and fails the test if the client went
+/// against the scenario.
+class TurnRunHarness {
+ public:
+  using Run = detail::AppServerTurnRun;
+
+  /// What a test may set before the run is made.
+  struct Settings {
+    Settings() {}
+
+    ThreadOptions threadOptions;
+    OrmelOptions ormelOptions;
+    /// In place of the simulator.
+    std::optional<std::string> executable;
+  };
+
+  explicit TurnRunHarness(std::string_view scenario, const Settings& settings = Settings())
+      : scenario_(scenario), run_(Run::create(configuration(settings))) {}
+  TurnRunHarness(const TurnRunHarness&) = delete;
+  TurnRunHarness& operator=(const TurnRunHarness&) = delete;
+  ~TurnRunHarness() {
+    if (run_) ended(run_->release());
+    for (const std::string& failure : scenario_.failures()) ADD_FAILURE() << failure;
+  }
+
+  Run& run() { return *run_; }
+  const SimulatorScenario& scenario() const { return scenario_; }
+
+  /// Drops the run, as an owner does that goes away without a word.
+  void dropRun() { run_.reset(); }
+
+  /// Runs the task to its end. Throws what it fails with.
+  template <class T>
+  static T ended(Task<T> task) {
+    return Production().run(std::move(task));
+  }
+
+  /// Starts the task, whose end `taken` gives.
+  template <class T>
+  static std::shared_ptr<Outcome<T>> started(Task<T> task, std::stop_token token = {}) {
+    return startOn(productionScheduler(), std::move(task), std::move(token));
+  }
+
+  template <class T>
+  static T taken(const std::shared_ptr<Outcome<T>>& outcome) {
+    outcome->waitUntilSet();
+    return outcome->take();
+  }
+
+  /// What the run looks like at this moment, seen from its strand.
+  template <class Seen>
+  Seen seen(std::function<Seen(const Run&)> look) const {
+    return ended(looked<Seen>(run_, std::move(look)));
+  }
+  /// How the operation of the run is doing: "pending", "finished" or "failed".
+  std::string state() const {
+    return seen<std::string>([](const Run& run) { return stateOf(run.stream().completion()); });
+  }
+  bool hasProcess() const {
+    return seen<bool>([](const Run& run) { return run.transport().hasProcess(); });
+  }
+  std::size_t requestsInFlight() const {
+    return seen<std::size_t>([](const Run& run) { return run.requests().count(); });
+  }
+  std::uint64_t activity() const {
+    return seen<std::uint64_t>([](const Run& run) { return run.protocolActivityGeneration(); });
+  }
+
+  detail::StartedTurn startTurn(std::optional<std::string> existingThreadID = std::nullopt) {
+    return ended(run_->startTurn(std::move(existingThreadID), "hello", TurnOptions()));
+  }
+  std::shared_ptr<Outcome<detail::StartedTurn>> beginTurn(std::stop_token token = {}) {
+    return started(run_->startTurn(std::nullopt, "hello", TurnOptions()), std::move(token));
+  }
+  EventChannel<ThreadEvent> startReview() {
+    return ended(run_->startReview("t1", ReviewTarget::uncommittedChanges(), ReviewDelivery::inline_));
+  }
+
+  /// The methods of what the simulator has received, over all processes, in order.
+  std::vector<std::string> methodsReceived() const {
+    std::vector<std::string> methods;
+    for (const std::string& line : scenario_.receivedLines()) {
+      const JSONValue message = JSONValue::decode(line);
+      const JSONValue* method = message.find("method");
+      methods.emplace_back(method ? method->stringValue().value_or("?") : "reply");
+    }
+    return methods;
+  }
+  bool waitForMethod(std::string_view method) const {
+    return eventually([&] {
+      for (const std::string& received : methodsReceived()) {
+        if (received == method) return true;
+      }
+      return false;
+    });
+  }
+  std::size_t processesStarted() const { return scenario_.record("start").size(); }
+
+ private:
+  template <class Seen>
+  static Task<Seen> looked(std::shared_ptr<Run> run, std::function<Seen(const Run&)> look) {
+    co_await run->strand().enter();
+    co_return look(*run);
+  }
+
+  static std::string stateOf(const detail::StreamCompletion& completion) {
+    switch (completion.kind()) {
+      case detail::StreamCompletion::Kind::pending:
+        return "pending";
+      case detail::StreamCompletion::Kind::finished:
+        return "finished";
+      case detail::StreamCompletion::Kind::failed:
+        break;
+    }
+    return "failed";
+  }
+
+  detail::AppServerTurnRunConfiguration configuration(const Settings& settings) const {
+    detail::AppServerTurnRunConfiguration configuration;
+    configuration.executablePath = settings.executable.value_or(SimulatorScenario::executable());
+    configuration.ormelOptions = settings.ormelOptions;
+    configuration.ormelOptions.selectedOrmelPathOverride = true;
+    auto environment = detail::ProcessEnvironment::current();
+    for (const std::string& variable : scenario_.environment()) {
+      const auto equals = variable.find('=');
+      environment.insert_or_assign(variable.substr(0, equals), variable.substr(equals + 1));
+    }
+    configuration.ormelOptions.env = std::move(environment);
+    configuration.threadOptions = settings.threadOptions;
+    return configuration;
+  }
+
+  SimulatorScenario scenario_;
+  std::shared_ptr<Run> run_;
+};
+
+}  // namespace ormel::testing

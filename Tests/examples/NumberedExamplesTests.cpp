@@ -1,0 +1,66 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Support/ChildProgram.h"
+#include "Support/SimulatorScenario.h"
+
+namespace ormel {
+namespace {
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
+
+/// What the example prints, talking with the simulator's agent.
+std::string outputOf(const std::string& example, const std::string& server = testing::SimulatorScenario::executable()) {
+  testing::ChildOptions options;
+  options.arguments = {server};
+  options.environment = {"ORMEL_SIMULATOR_PACE_MS=1"};
+  testing::ChildProgram child(ORMEL_EXAMPLES_FOLDER "/" + example, options);
+  child.closeInput();
+  std::string output = child.readRestOfOutput();
+  const std::string errors = child.readErrors();
+  const auto status = child.wait().status;
+  EXPECT_EQ(errors, "");
+  EXPECT_EQ(status, 0) << output;
+  return output;
+}
+
+TEST(NumberedExamples, TakeAFirstTurnAndRememberIt) {
+  EXPECT_THAT(outputOf("01-first-turn"),
+              MatchesRegex("You said: \"Hello, agent\".*You asked before: \"Hello, agent\".*\n\\([0-9]+ tokens\\)\n"));
+}
+
+TEST(NumberedExamples, StreamAnAnswerWithEachPieceOnce) {
+  EXPECT_THAT(outputOf("02-streaming"), MatchesRegex("You said: \"Tell me something\"[^\n]*\n"));
+}
+
+TEST(NumberedExamples, ApproveAHarmlessCommandOnly) {
+  const std::string output = outputOf("03-approvals");
+  EXPECT_THAT(output, HasSubstr("asked for: ls\nI ran \"ls\"; its exit code was 0."));
+  EXPECT_THAT(output, HasSubstr("You declined \"rm -rf everything\", so I did not run it.\n"));
+  EXPECT_THAT(output, EndsWith("would change: notes.txt\nYou declined, so I have not edited notes.txt.\n"));
+}
+
+TEST(NumberedExamples, LendATool) {
+  EXPECT_THAT(outputOf("04-dynamic-tools"), MatchesRegex("The tool add says: The sum is [0-9.]+\n"));
+}
+
+TEST(NumberedExamples, AbortATurn) { EXPECT_EQ(outputOf("05-abort"), "Operation aborted\n"); }
+
+TEST(NumberedExamples, ReadStructuredOutput) {
+  EXPECT_THAT(outputOf("06-structured-output"), MatchesRegex("city: [^\n]+\ninhabitants: [0-9]+\n"));
+}
+
+TEST(NumberedExamples, ReviewChanges) {
+  EXPECT_THAT(outputOf("07-review"), EndsWith("\nReviewed the uncommitted changes: one remark. The names could be "
+                                              "shorter.\n"));
+}
+
+TEST(NumberedExamples, AnswerQuestions) {
+  EXPECT_EQ(outputOf("08-user-input"),
+            "Which language shall it be?\nHow large shall it be?\nYou chose: language C++, size Small.\n");
+}
+
+}  // namespace
+}  // namespace ormel

@@ -1,0 +1,67 @@
+#include <gtest/gtest.h>
+
+#include "ormel-chat/Command.h"
+#include "ormel-chat/Console.h"
+#include "ormel-chat/ShownTexts.h"
+#include "ormel-chat/Texts.h"
+
+namespace ormel::chat {
+namespace {
+
+TEST(ChatShownTexts, GiveEachPieceOnce) {
+  ShownTexts shown;
+  SharedText text("one");
+  EXPECT_EQ(shown.gained("a", text), "one");
+  EXPECT_EQ(shown.gained("a", text), "");
+  text.append(" two");
+  EXPECT_EQ(shown.gained("a", text), " two");
+  EXPECT_EQ(shown.gained("b", text), "one two");
+  EXPECT_EQ(shown.completed("a", SharedText("one two three")), " three");
+}
+
+TEST(ChatShownTexts, GiveAFinalTextWholeThatSaysSomethingElse) {
+  ShownTexts shown;
+  shown.gained("a", SharedText("one"));
+  const SharedText end("uno");
+  EXPECT_EQ(shown.completed("a", end), "uno");
+  const SharedText unseen("never streamed");
+  EXPECT_EQ(shown.completed("b", unseen), "never streamed");
+}
+
+TEST(ChatConsole, KeepsWhatATerminalWouldObeyOffIt) {
+  EXPECT_EQ(harmless("a\x1b[2Jb\rc\td\ne\x7f"), "a[2Jbc\td\ne");
+  EXPECT_EQ(harmless("caf\xc3\xa9 \xc2\xa9"), "caf\xc3\xa9 \xc2\xa9");
+  EXPECT_EQ(harmless("a\xc2\x9b"
+                     "2Jb"),
+            "a2Jb");
+}
+
+TEST(ChatTexts, AreShortenedBetweenCharacters) {
+  EXPECT_EQ(shortened("short"), "short");
+  const std::string umlauts = [] {
+    std::string text = "x";
+    for (int count = 0; count < 100; ++count) text += "\xc3\xa4";
+    return text;
+  }();
+  const std::string cut = shortened(umlauts);
+  EXPECT_EQ(cut, umlauts.substr(0, 159) + "...");
+}
+
+TEST(ChatTexts, TellDurations) {
+  EXPECT_EQ(durationText(12), "12 ms");
+  EXPECT_EQ(durationText(1000), "1.0 s");
+  EXPECT_EQ(durationText(61'990), "61.9 s");
+}
+
+TEST(ChatCommand, IsReadWithItsText) {
+  EXPECT_EQ(readCommand("  ").kind, Command::Kind::nothing);
+  EXPECT_EQ(readCommand(" hello ").kind, Command::Kind::prompt);
+  EXPECT_EQ(readCommand(" hello ").text, "hello");
+  EXPECT_EQ(readCommand("/side  a b ").kind, Command::Kind::side);
+  EXPECT_EQ(readCommand("/side  a b ").text, "a b");
+  EXPECT_EQ(readCommand("/sideways").kind, Command::Kind::unknown);
+  EXPECT_EQ(readCommand("/usr/bin").kind, Command::Kind::prompt);
+}
+
+}  // namespace
+}  // namespace ormel::chat

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "ormel-simulator/Agent/AgentClient.h"
+#include "ormel-simulator/Agent/AgentSettings.h"
+#include "ormel-simulator/Agent/AgentThreadStore.h"
+#include "ormel-simulator/Agent/AgentTurn.h"
+#include "ormel-simulator/Scenario.h"
+
+namespace ormel::simulator {
+
+/// The built-in agent: it holds a whole conversation by the words that it finds in the user's input.
+class Agent {
+ public:
+  Agent(Wire& wire, Recorder& recorder, const AgentSettings& settings);
+
+  /// Serves the client until it closes the input, and tells how the process is to end. Single-threaded: it reads
+  /// whenever no step of a turn is due.
+  Exit run();
+
+ private:
+  struct Route;
+
+  void receiveLines();
+  void receive(const Message& message);
+  void answer(const Message& request);
+  void advanceTurns();
+  void endTurn(AgentTurn& turn);
+  milliseconds timeToNextStep() const;
+
+  JSONValue initialize(const JSONValue& params);
+  JSONValue startThread(const JSONValue& params);
+  JSONValue resumeThread(const JSONValue& params);
+  JSONValue readThread(const JSONValue& params);
+  JSONValue forkThread(const JSONValue& params);
+  JSONValue compactThread(const JSONValue& params);
+  JSONValue startTurn(const JSONValue& params);
+  JSONValue steerTurn(const JSONValue& params);
+  JSONValue interruptTurn(const JSONValue& params);
+  JSONValue startReview(const JSONValue& params);
+  JSONValue setSkillRoots(const JSONValue& params);
+
+  AgentThread& thread(const JSONValue& params);
+  AgentThread& fork(const AgentThread& parent, const JSONValue& params);
+  AgentTurn& beginTurn(AgentThread& thread, const JSONValue& outputSchema);
+  AgentTurn* runningTurn(const AgentThread& thread);
+  AgentTurn& addressedTurn(const JSONValue& params, const char* turnKey);
+
+  Wire& wire_;
+  Recorder& recorder_;
+  AgentSettings settings_;
+  AgentClient client_;
+  AgentThreadStore threads_;
+  // After the threads and the client, which they refer to.
+  std::vector<std::unique_ptr<AgentTurn>> turns_;
+  bool initialized_ = false;
+  std::optional<int> exitStatus_;
+};
+
+}  // namespace ormel::simulator

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "OrmelSDK/JSONValue.h"
+
+namespace ormel::simulator {
+
+/// A plausible value of a JSON schema: it has the required properties, and of the others those near the top. A
+/// reference is followed inside of the schema. What the example cannot be made of, such as a pattern, it disregards.
+JSONValue schemaExample(const JSONValue& schema, const std::string& text);
+
+/// An example of the schema, or where that is null an object of our own; `prompt` is what it answers.
+JSONValue jsonAnswer(const JSONValue& schema, const std::string& prompt);
+
+}  // namespace ormel::simulator
