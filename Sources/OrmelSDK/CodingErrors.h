@@ -10,7 +10,10 @@
 
 namespace ormel {
 
-/// Why a text is not JSON: the first offence and where it stands.
+/// Why a text is not JSON: the first offence and where it stands. It comes as the underlying error of a
+/// `DecodingError`, never by itself; `what()` is the reason with " at byte " and the offset behind it.
+///
+/// Immutable; may be copied, and read from any thread.
 class JSONSyntaxError : public Error {
  public:
   JSONSyntaxError(std::string_view reason, std::size_t byteOffset);
@@ -26,22 +29,24 @@ class JSONSyntaxError : public Error {
   std::size_t byteOffset_;
 };
 
-/// Where and why decoding stopped.
+/// Where and why decoding stopped. A plain value that owns its texts.
 struct DecodingContext {
   DecodingContext() = default;
   explicit DecodingContext(std::string description) : debugDescription(std::move(description)) {}
 
   /// Keys from the outermost value down to the failing one; empty at the top level.
   std::vector<std::string> codingPath;
+  /// What is wrong, in English.
   std::string debugDescription;
   /// The failure beneath this one; null when there is none.
   std::shared_ptr<const Error> underlyingError;
 };
 
-/// A text or a JSON value that is not what the reader needs.
+/// A text or a JSON value that is not what the reader needs. Nothing is read in part: whoever fails with it has
+/// produced no value.
 ///
 /// `what()` is the context's debug description, followed by the underlying error's text in parentheses if there
-/// is one.
+/// is one. Immutable; may be copied, and read from any thread.
 class DecodingError : public Error {
  public:
   enum class Kind {
@@ -76,7 +81,11 @@ class DecodingError : public Error {
   DecodingContext context_;
 };
 
-/// A value that has no JSON text: a number that is not finite.
+/// A value that cannot be put into JSON. Only values built in code can be of that kind, for two reasons: a number that
+/// is not finite, found when the value is written; and nesting deeper than `JSONValue::maximumDepth`, found when the
+/// value is built. `what()` says which.
+///
+/// Immutable; may be copied, and read from any thread.
 class EncodingError : public Error {
  public:
   using Error::Error;

@@ -182,6 +182,7 @@ struct Parser {
   simdjson::dom::document document;
   std::unique_ptr<char[]> padded;
   std::size_t paddedSize = 0;
+  std::size_t tapeCapacity = 0;
   // The longest text for which the document's string buffer is large enough.
   std::size_t textsCapacity = 0;
 
@@ -195,19 +196,33 @@ struct Parser {
     return {padded.get(), text.size()};
   }
 
+  // In simdjson's two stages: after the first it is known how large the tape can get, which is far less than what would
+  // be needed for the worst text of this size.
   simdjson::error_code run(std::string_view text, std::size_t depth = strictDepth) {
-    if (text.size() > parser.capacity()) {
+    if (!parser.implementation || text.size() > parser.capacity()) {
       // Growing in powers of two keeps a slowly rising line length from reallocating at every line.
       const std::size_t capacity = text.size() > keptParserLimit ? text.size() : std::bit_ceil(text.size() | 4096);
       if (const auto error = parser.allocate(capacity, depth)) return error;
-      if (const auto error = document.allocate(capacity)) return error;
-      textsCapacity = capacity;
     }
-    if (!document.string_buf || textsCapacity < text.size()) {
-      textsCapacity = std::max(text.size(), adoptionThreshold);
+    auto& stages = *parser.implementation;
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    if (const auto error = stages.stage1(bytes, text.size(), simdjson::stage1_mode::regular)) return error;
+    fitDocument(text.size(), stages.n_structural_indexes);
+    return stages.stage2(document);
+  }
+
+  void fitDocument(std::size_t textSize, std::size_t tokens) {
+    // A token makes at most two words, and the root has two more.
+    const std::size_t words = 2 * tokens + 2;
+    if (tapeCapacity < words) {
+      document.tape.reset();
+      document.tape = std::make_unique_for_overwrite<std::uint64_t[]>(words);
+      tapeCapacity = words;
+    }
+    if (!document.string_buf || textsCapacity < textSize) {
+      textsCapacity = std::max(textSize, adoptionThreshold);
       document.string_buf = std::make_unique_for_overwrite<std::uint8_t[]>(parserTextsSize(textsCapacity));
     }
-    return parser.parse_into_document(document, text.data(), text.size(), false).error();
   }
 };
 

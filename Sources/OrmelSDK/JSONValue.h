@@ -46,13 +46,16 @@ struct JSONAccess;
 /// Numbers are IEEE doubles and nothing else: an integer of the text keeps its exact value up to 2^53 and takes
 /// the nearest double beyond. All text inside a value is valid UTF-8.
 ///
-/// *Thread safety*: distinct handles may be used from any threads at the same time, also when they share storage.
+/// *Thread safety*: distinct handles may be used from any threads at the same time, also when they share storage. One
+/// handle may be read by many threads, but not while another assigns to it, moves from it or destroys it.
+/// *Errors*: reading a value never fails, but for the fatal case of `intValue`. Building, decoding, comparing and
+/// encoding may run out of memory (`std::bad_alloc`); what else they fail with is said at each.
 /// *Object lifetimes*: views, containers and references that an accessor returns are valid while any handle to
 /// the value that they came from (or to the value that contains it) exists. The accessors that hand out views
 /// cannot be called on a temporary, which would leave them dangling at once.
 class JSONValue {
  public:
-  /// The six cases of a value.
+  /// The six cases of a value, numbered in this order.
   enum class Kind : unsigned char { string, number, bool_, object, array, null };
 
   /// The deepest nesting of arrays and objects that `decode` reads.
@@ -79,7 +82,7 @@ class JSONValue {
     requires(!std::same_as<Number, bool> && !std::same_as<Number, char>)
   JSONValue(Number value) noexcept : JSONValue(static_cast<double>(value)) {}
 
-  /// Constructs a `string`. Invalid UTF-8 is repaired with replacement characters. Fails with
+  /// Constructs a `string`, a copy of `text`. Invalid UTF-8 is repaired with replacement characters. Fails with
   /// `std::length_error` for a text of 4 GiB or more.
   JSONValue(std::string_view text);
   JSONValue(const std::string& text) : JSONValue(std::string_view(text)) {}
@@ -120,13 +123,18 @@ class JSONValue {
   /// Reads one JSON text. Any value is accepted at the top level. Of a key that occurs twice in an object the
   /// last value stands.
   ///
+  /// `text` is UTF-8 and is not needed any more when the call returns. Linear in time for any text, and without
+  /// recursion. Each thread keeps working memory for texts of up to 2 MiB.
+  ///
   /// Fails with `DecodingError` of kind `dataCorrupted`: with the debug description "Unsupported JSON value" for
   /// a number outside the range of a double, otherwise with a `JSONSyntaxError` as its underlying error (not
   /// JSON, invalid UTF-8, a lone surrogate, or nested deeper than `maximumDecodingDepth`).
   static JSONValue decode(std::string_view text);
 
   /// Writes the value as compact JSON: no white space, no raw line feed, whole numbers without a fraction. The
-  /// order of an object's keys is unspecified. Fails with `EncodingError` if a number is not finite.
+  /// order of an object's keys is unspecified. Numbers take the shortest text that reads back as the same double.
+  /// Decoding the text gives an equal value. Fails with `EncodingError` if a number is not finite, which no decoded
+  /// value holds.
   std::string encode() const;
 
   Kind kind() const noexcept { return static_cast<Kind>(ownerAndKind_ & kindMask); }
@@ -160,15 +168,16 @@ class JSONValue {
   /// infinity, ends the process: no honest integer exists, and callers hold no guard.
   std::optional<std::int64_t> intValue() const noexcept;
 
-  /// The value under `key` if this is an `object` that has it, else null.
+  /// The value under `key` if this is an `object` that has it, else null; see `JSONObject::find`.
   const JSONValue* find(std::string_view key) const& noexcept;
   const JSONValue* find(std::string_view key) && = delete;
 
-  /// An equal value that owns exactly the memory that it needs, and shares none with the message it came from.
+  /// An equal value that owns exactly the memory that it needs, and shares none with the message it came from. Takes
+  /// time in proportion to the value's size.
   JSONValue detached() const;
 
   /// Cases must match. Texts and keys compare by Unicode canonical equivalence, numbers as doubles, objects
-  /// regardless of key order.
+  /// regardless of key order; a number that is not a number equals nothing, itself included.
   friend bool operator==(const JSONValue& left, const JSONValue& right);
 
   /// Writes the JSON text, for logs and test failures; a number that is not finite is written as its C name.
@@ -209,7 +218,7 @@ class JSONValue {
   std::uintptr_t ownerAndKind_;
 };
 
-/// One key and value to build an object from.
+/// One key and value to build an object from. Invalid UTF-8 in the key is repaired when the object is built.
 struct JSONMemberInit {
   JSONMemberInit(std::string_view memberKey, JSONValue memberValue) : key(memberKey), value(std::move(memberValue)) {}
 
@@ -218,7 +227,7 @@ struct JSONMemberInit {
   JSONValue value;
 };
 
-/// One key and value of an object, as met when iterating.
+/// One key and value of an object, as met when iterating; valid as long as the object.
 struct JSONMember {
   std::string_view key;
   const JSONValue& value;
@@ -252,9 +261,10 @@ inline std::string_view storedText(const std::byte* text) noexcept {
 
 }  // namespace detail
 
-/// The elements of an array.
+/// The elements of an array, in their order.
 ///
 /// It lies in the storage of its value and cannot be copied; it is valid as long as a handle to that value exists.
+/// It never changes and may be read from any threads.
 class JSONArray {
  public:
   using value_type = JSONValue;
@@ -270,6 +280,7 @@ class JSONArray {
 
   /// The element at `index`, which must be below `size()`.
   const JSONValue& operator[](std::size_t index) const noexcept { return begin()[index]; }
+  /// The first and the last element; there must be one.
   const JSONValue& front() const noexcept { return begin()[0]; }
   const JSONValue& back() const noexcept { return begin()[size() - 1]; }
 
@@ -284,6 +295,7 @@ class JSONArray {
 /// The members of an object. Keys are unique. Iteration gives each member once, in an order that means nothing.
 ///
 /// It lies in the storage of its value and cannot be copied; it is valid as long as a handle to that value exists.
+/// It never changes and may be read from any threads.
 class JSONObject {
  public:
   class const_iterator {
@@ -323,7 +335,8 @@ class JSONObject {
   const_iterator end() const noexcept { return const_iterator(members() + size()); }
 
   /// The value under `key`, or null if there is none; a present JSON null is not a null pointer. Keys compare by
-  /// canonical equivalence. Linear in small objects, logarithmic in large ones.
+  /// canonical equivalence. Linear in small objects, logarithmic in large ones; valid as long as the object. Ends the
+  /// process if there is no memory for comparing keys outside of ASCII.
   const JSONValue* find(std::string_view key) const noexcept;
   bool contains(std::string_view key) const noexcept { return find(key) != nullptr; }
 
@@ -341,10 +354,10 @@ class JSONObject {
 
 /// Collects members for an object whose shape is known only at run time.
 ///
-/// Keys are copied. Not thread-safe.
+/// Keys are copied, and values keep what they are made of alive. Not thread-safe.
 class JSONObjectBuilder {
  public:
-  /// Adds a member; of a key that was added before, the last value stands.
+  /// Adds a member; of a key that was added before, the last value stands. Invalid UTF-8 in the key is repaired.
   JSONObjectBuilder& set(std::string_view key, JSONValue value);
 
   /// Adds a member only if there is a value.
@@ -354,6 +367,7 @@ class JSONObjectBuilder {
     return *this;
   }
 
+  /// Whether no member has been added.
   bool empty() const noexcept { return members_.empty(); }
 
   /// The object. The builder keeps its members and may be extended and built again. Fails as `JSONValue::object`.

@@ -53,7 +53,7 @@ void serve(NativePipeClient& client, LineWriter& output, const BridgeEnvironment
   } catch (const std::exception& error) {
     return output.write(errorEnvelope(id, error));
   }
-  output.write(std::move(result));
+  output.write(result);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <utility>
 
-#include "OrmelSDK/ByteBuffer.h"
 #include "OrmelSDK/CodingErrors.h"
 #include "OrmelSDK/JSONEncoding.h"
 #include "OrmelSDK/Platform/PipeCapacity.h"
@@ -15,21 +14,22 @@ namespace ormel {
 
 namespace {
 
-// The usual capacity of a pipe.
-constexpr std::size_t longLine = std::size_t{64} << 10;
+// Small enough to be written from the processor's cache, and as large as the usual pipe.
+constexpr std::size_t pieceSize = std::size_t{64} << 10;
 
 }  // namespace
 
-void LineWriter::write(JSONValue value) {
-  detail::ByteBuffer text;
+void LineWriter::write(const JSONValue& value) {
+  piece_.clear();
   try {
-    detail::encodeJSON(value, text);
+    detail::encodeJSONInPieces(value, piece_, pieceSize, [this](detail::ByteBuffer& piece) {
+      if (piece.size() >= pieceSize && !std::exchange(pipeGrown_, true)) detail::growPipe(descriptor_);
+      writeBytes(piece.view());
+      piece.clear();
+    });
   } catch (const EncodingError&) {
     return;
   }
-  value = nullptr;
-  if (text.size() > longLine && !std::exchange(pipeGrown_, true)) detail::growPipe(descriptor_);
-  writeBytes(text.view());
   writeBytes("\n");
 }
 

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "OrmelSDK/ByteBuffer.h"
 #include "OrmelSDK/JSONValue.h"
 
 namespace ormel {
@@ -14,13 +15,14 @@ class LineWriter {
   /// Writes the text of `value`, then, as a write of its own, a line feed. A value that has no JSON text is left out.
   /// Fails with `OutputError`.
   ///
-  /// Takes the value over, so that a large one is gone before its text waits for the reader.
-  void write(JSONValue value);
+  /// A long text is written while it is made, so that it is never in memory as a whole and its reader can begin.
+  void write(const JSONValue& value);
 
  private:
   void writeBytes(std::string_view bytes);
 
   int descriptor_;
+  detail::ByteBuffer piece_;
   bool pipeGrown_ = false;
 };
 

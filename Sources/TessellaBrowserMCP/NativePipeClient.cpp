@@ -45,19 +45,6 @@ int openSocket() {
   return moved;
 }
 
-JSONValue envelope(std::int64_t id, std::string_view token, std::string_view workspacePath, JSONValue message) {
-  return JSONValue::object({
-      {"jsonrpc", "2.0"},
-      {"id", id},
-      {"method", "tessellaMCP"},
-      {"params", JSONValue::object({
-                     {"token", token},
-                     {"workspacePath", workspacePath},
-                     {"message", std::move(message)},
-                 })},
-  });
-}
-
 void storeLength(char* field, std::size_t length) {
   for (std::size_t at = 0; at < lengthSize; ++at) field[at] = static_cast<char>(length >> (8 * at));
 }
@@ -68,6 +55,10 @@ std::size_t loadLength(std::string_view field) {
     length |= static_cast<std::size_t>(static_cast<unsigned char>(field[at])) << (8 * at);
   }
   return length;
+}
+
+void checkSize(const detail::ByteBuffer& frame) {
+  if (frame.size() - lengthSize > NativePipeClient::maximumRequestSize) throw BridgeFailure::payloadTooLarge();
 }
 
 JSONValue unwrap(const JSONValue& reply, std::int64_t id) {
@@ -94,19 +85,29 @@ NativePipeClient::~NativePipeClient() { ::close(descriptor_); }
 
 JSONValue NativePipeClient::request(std::string_view token, std::string_view workspacePath, JSONValue message) {
   const std::int64_t id = ids_.take();
-  send(envelope(id, token, workspacePath, std::move(message)));
+  encodeFrame(id, token, workspacePath, message);
+  message = nullptr;
+  writeAll(frame_.view());
   return unwrap(receive(), id);
 }
 
-void NativePipeClient::send(const JSONValue& envelope) {
-  detail::ByteBuffer frame;
-  storeLength(frame.room(lengthSize), 0);
-  frame.commit(lengthSize);
-  detail::encodeJSON(envelope, frame);
-  const std::size_t bodySize = frame.size() - lengthSize;
-  if (bodySize > maximumRequestSize) throw BridgeFailure::payloadTooLarge();
-  storeLength(frame.data(), bodySize);
-  writeAll(frame.view());
+// The envelope around the message is small and always the same, and so is written without making a value of it.
+void NativePipeClient::encodeFrame(std::int64_t id, std::string_view token, std::string_view workspacePath,
+                                   const JSONValue& message) {
+  frame_.clear();
+  frame_.room(lengthSize);
+  frame_.commit(lengthSize);
+  frame_.append(R"({"jsonrpc":"2.0","id":)");
+  detail::encodeJSON(id, frame_);
+  frame_.append(R"(,"method":"tessellaMCP","params":{"token":)");
+  detail::encodeJSON(token, frame_);
+  frame_.append(R"(,"workspacePath":)");
+  detail::encodeJSON(workspacePath, frame_);
+  frame_.append(R"(,"message":)");
+  detail::encodeJSONInPieces(message, frame_, lengthSize + maximumRequestSize, checkSize);
+  frame_.append("}}");
+  checkSize(frame_);
+  storeLength(frame_.data(), frame_.size() - lengthSize);
 }
 
 JSONValue NativePipeClient::receive() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 #include "OrmelSDK/ByteBuffer.h"
@@ -33,13 +34,15 @@ class NativePipeClient {
   JSONValue request(std::string_view token, std::string_view workspacePath, JSONValue message);
 
  private:
-  void send(const JSONValue& envelope);
+  void encodeFrame(std::int64_t id, std::string_view token, std::string_view workspacePath, const JSONValue& message);
   JSONValue receive();
   detail::ByteBuffer readExactly(std::size_t count);
   void writeAll(std::string_view bytes);
 
   int descriptor_;
   EnvelopeCounter ids_;
+  /// Kept from request to request; it grows little beyond the largest one that can be sent.
+  detail::ByteBuffer frame_;
 };
 
 }  // namespace ormel

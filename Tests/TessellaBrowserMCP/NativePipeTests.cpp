@@ -171,8 +171,11 @@ TEST(NativePipeClient, SpendsAnIDOnAMessageThatCannotBeEncoded) {
   const JSONValue message = JSONValue::object({{"id", std::numeric_limits<double>::infinity()}});
   EXPECT_THROW(client.request("t", "w", message), EncodingError);
   EXPECT_FALSE(isReadable(host.number()));
-  writeAll(host.number(), frame(R"({"id":2,"result":"second"})"));
-  EXPECT_EQ(client.request("t", "w", JSONValue::object()), JSONValue("second"));
+  const std::string large(NativePipeClient::maximumRequestSize, 'x');
+  EXPECT_THROW(client.request("t", "w", JSONValue::array({large, message})), EncodingError);
+  EXPECT_FALSE(isReadable(host.number()));
+  writeAll(host.number(), frame(R"({"id":3,"result":"third"})"));
+  EXPECT_EQ(client.request("t", "w", JSONValue::object()), JSONValue("third"));
 }
 
 TEST(NativePipeClient, ClosesTheSocketWhenDestroyed) {

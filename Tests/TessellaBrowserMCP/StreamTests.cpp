@@ -120,6 +120,8 @@ TEST(LineWriter, WritesNothingForAValueWithoutJSONText) {
   Pipe output = makePipe();
   LineWriter(output.writeEnd.number()).write(JSONValue::array({"begun", std::numeric_limits<double>::infinity()}));
   LineWriter(output.writeEnd.number()).write(JSONValue(std::numeric_limits<double>::quiet_NaN()));
+  const std::string longText(std::size_t{1} << 20, 'x');
+  LineWriter(output.writeEnd.number()).write(JSONValue::array({longText, std::numeric_limits<double>::infinity()}));
   output.writeEnd.reset();
   EXPECT_EQ(readToEnd(output.readEnd.number()), "");
 }

@@ -9,6 +9,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -314,6 +315,11 @@ TEST(JSONDecoding, CountsArraysBeyondTheParsersOwnCounter) {
   const JSONValue value = JSONValue::decode(text);
   EXPECT_EQ(value.arrayValue()->size(), count);
   EXPECT_EQ(value.arrayValue()->back().numberValue(), 1.0);
+}
+
+TEST(JSONDecoding, RefusesAnEmptyTextAlsoAsTheFirstOfAThread) {
+  std::thread([] { EXPECT_EQ(syntaxFailure(""), (SyntaxFailure{"Unexpected end of text", 0})); }).join();
+  std::thread([] { EXPECT_THROW(ormel::detail::decodePaddedJSON(ormel::detail::ByteBuffer()), DecodingError); }).join();
 }
 
 TEST(JSONDecoding, ReadsOnAfterAFailure) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <concepts>
 #include <cstdint>
@@ -7,11 +8,14 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "OrmelSDK/ByteBuffer.h"
 #include "OrmelSDK/CodingErrors.h"
+#include "OrmelSDK/JSONEncoding.h"
 #include "OrmelSDK/JSONValue.h"
 
 namespace {
@@ -26,6 +30,12 @@ JSONValue arrayOfDepth(std::size_t depth) {
   JSONValue value = JSONValue::array();
   for (std::size_t level = 1; level < depth; ++level) value = JSONValue::array({value});
   return value;
+}
+
+std::string repeated(std::string_view text, std::size_t count) {
+  std::string result;
+  for (; count > 0; --count) result += text;
+  return result;
 }
 
 template <typename Value>
@@ -131,6 +141,33 @@ TEST(JSONValueEncoding, RefusesANumberThatIsNotFinite) {
   }
 }
 
+TEST(JSONValueEncoding, GivesTheSameTextInPieces) {
+  const std::string escapes(20'000, '\n');
+  const JSONValue value =
+      JSONValue::array({JSONValue(std::string(50'000, 'x')), JSONValue(escapes),
+                        JSONValue::decode(repeated("[", 500) + repeated("]", 500)),
+                        JSONValue::object({{"key " + escapes, 1.5}, {"b", JSONValue::array({true, nullptr, -3})}})});
+  for (const std::size_t pieceSize : {1u, 100u, 4096u, 10'000'000u}) {
+    ormel::detail::ByteBuffer piece;
+    std::string whole;
+    ormel::detail::encodeJSONInPieces(value, piece, pieceSize, [&](ormel::detail::ByteBuffer& filled) {
+      EXPECT_LE(filled.size(), std::max<std::size_t>(pieceSize, 1) + 6 * 4096 + 8);
+      whole += filled.view();
+      filled.clear();
+    });
+    EXPECT_TRUE(whole == value.encode()) << pieceSize;
+  }
+}
+
+TEST(JSONValueEncoding, GivesNoPieceAwayOfWhatCannotBeEncoded) {
+  const JSONValue bad = JSONValue::object({{"a", JSONValue::array({std::numeric_limits<double>::infinity()})}});
+  const JSONValue value = JSONValue::array({JSONValue(std::string(50'000, 'x')), bad});
+  ormel::detail::ByteBuffer piece;
+  EXPECT_THROW(ormel::detail::encodeJSONInPieces(value, piece, 100,
+                                                 [](ormel::detail::ByteBuffer&) { ADD_FAILURE() << "a piece"; }),
+               EncodingError);
+}
+
 TEST(JSONValueEncoding, StreamsAlsoWhatCannotBeEncoded) {
   std::ostringstream stream;
   stream << JSONValue::array({std::numeric_limits<double>::quiet_NaN(), -std::numeric_limits<double>::infinity(), "x"});
@@ -159,12 +196,6 @@ TEST(JSONValueEquality, OrdersMarksByTheirClassAndNoFurther) {
   EXPECT_NE(JSONValue("q\u0300\u0301"), JSONValue("q\u0301\u0300"));
   EXPECT_EQ(JSONValue("a\u0307\u0323b\u0323\u0307"), JSONValue("a\u0323\u0307b\u0307\u0323"));
   EXPECT_NE(JSONValue("a\u0307b\u0323"), JSONValue("a\u0323b\u0307"));
-}
-
-std::string repeated(std::string_view text, std::size_t count) {
-  std::string result;
-  for (; count > 0; --count) result += text;
-  return result;
 }
 
 // Sorting by exchanging neighbours would be at this for hours.
