@@ -58,7 +58,7 @@ std::vector<FormField> fieldsOf(const JSONValue& formSchema) {
     field.id = name;
     field.prompt = textUnder(schema, "description", textUnder(schema, "title", name));
     field.options = optionsOf(schema);
-    field.accepts = [schema = schema](const std::string& text) { return typedAnswer(schema, text).has_value(); };
+    field.accepts = [ofField = schema](const std::string& text) { return typedAnswer(ofField, text).has_value(); };
     fields.push_back(std::move(field));
   }
   std::sort(fields.begin(), fields.end(), [](const auto& left, const auto& right) { return left.id < right.id; });

@@ -117,9 +117,11 @@ TEST(AppServerTurnRunLiveness, FailsOnAnAnswerThatDoesNotFit) {
        "Coordinator turn missing during liveness reconciliation"},
       {R"({"thread":{"id":"t1"}})", "Coordinator turn missing during liveness reconciliation"},
   };
-  for (const auto& [answer, message] : cases) {
+  for (const auto& entry : cases) {
+    const auto answer = entry.first;
+    const auto message = entry.second;
     SCOPED_TRACE(answer);
-    inManyOrders([answer = answer, message = message](SimulatedScheduler& scheduler) {
+    inManyOrders([answer, message](SimulatedScheduler& scheduler) {
       SimulatedRun engine(scheduler);
       engine.answer("thread/read", answer);
       const auto heard = engine.startTurn();

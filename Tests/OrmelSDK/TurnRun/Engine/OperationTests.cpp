@@ -272,9 +272,11 @@ TEST(AppServerTurnRunOperations, PassEachRefusalOn) {
       {"thread/fork", [](SimulatedRun& engine) { return engine.forkTurn(); }},
       {"turn/start", [](SimulatedRun& engine) { return engine.forkTurn(); }},
   };
-  for (const auto& [method, begin] : cases) {
+  for (const auto& entry : cases) {
+    const auto method = entry.first;
+    const auto begin = entry.second;
     SCOPED_TRACE(method);
-    inManyOrders([method = method, begin = begin](SimulatedScheduler& scheduler) {
+    inManyOrders([method, begin](SimulatedScheduler& scheduler) {
       SimulatedRun engine(scheduler);
       engine.refuse(method, "not now");
       EXPECT_EQ(failureOf([&] { engine.end(begin(engine)); }), "stream error: not now");

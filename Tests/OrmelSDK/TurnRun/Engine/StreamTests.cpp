@@ -194,9 +194,11 @@ TEST(AppServerTurnRunStream, StartsWithSuccessThoughTheOperationEndsBeforeItsRes
       {[](SimulatedRun& engine) { engine.write("{}\n"); }, "stream error: Unexpected app-server protocol object"},
       {[](SimulatedRun& engine) { engine.release(); }, "end"},
   };
-  for (const auto& [ending, told] : endings) {
+  for (const auto& entry : endings) {
+    const auto ending = entry.first;
+    const auto told = entry.second;
     SCOPED_TRACE(told);
-    inManyOrders([ending = ending, told = told](SimulatedScheduler& scheduler) {
+    inManyOrders([ending, told](SimulatedScheduler& scheduler) {
       SimulatedRun engine(scheduler);
       auto gate = std::make_shared<OneShot<void>>();
       std::vector<std::string> hooked;
