@@ -230,7 +230,7 @@ TEST(EventChannel, BlocksAnOrdinaryThreadUntilEventsCome) {
       std::this_thread::yield();
       into.yield(std::to_string(i));
     }
-    into.fail(std::runtime_error("broken"));
+    into.fail(Error("broken"));
   });
   EXPECT_EQ(drainBlocking(events), "0 1 2 broken");
   thread.join();
