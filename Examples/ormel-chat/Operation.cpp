@@ -16,7 +16,7 @@ Task<void> forwardEvents(Task<StreamedTurn> operation, std::shared_ptr<Inbox> in
   } catch (...) {
     failure = std::current_exception();
   }
-  inbox->post(OperationEnded{std::move(failure)});
+  inbox->post(OperationEnded{failure});
 }
 
 Task<void> reportFailure(Task<void> call, std::shared_ptr<Inbox> inbox) {

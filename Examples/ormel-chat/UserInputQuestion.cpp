@@ -51,7 +51,7 @@ bool isUserInputRequest(const McpToolCallItem& item) {
 }
 
 std::shared_ptr<Question> userInputQuestion(const McpToolCallItem& item, const Thread& thread,
-                                            std::shared_ptr<Inbox> inbox) {
+                                            const std::shared_ptr<Inbox>& inbox) {
   auto fields = fieldsOf(item.arguments);
   std::map<std::string, std::vector<std::string>> unanswered;
   for (const auto& field : fields) unanswered[field.id];

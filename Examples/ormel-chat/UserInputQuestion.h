@@ -13,6 +13,6 @@ bool isUserInputRequest(const McpToolCallItem& item);
 
 /// The questions of such an item, whose answers go to the server. Null if it asks nothing.
 std::shared_ptr<Question> userInputQuestion(const McpToolCallItem& item, const Thread& thread,
-                                            std::shared_ptr<Inbox> inbox);
+                                            const std::shared_ptr<Inbox>& inbox);
 
 }  // namespace ormel::chat

@@ -245,7 +245,10 @@ std::size_t textsBound(const simdjson::dom::document& document, std::size_t sour
 // Builds into a new block, which the value then owns; a value without parts needs none.
 JSONValue buildInto(JSONBlockPointer block, const simdjson::dom::document& document, JSONTextPlace texts) {
   JSONValue root = MessageBuilder(document.tape.get(), block.get(), texts).build();
-  if (JSONAccess::owner(root)) (void)block.release();
+  if (JSONAccess::owner(root)) {
+    // NOLINTNEXTLINE(bugprone-unused-return-value): the value owns it now
+    (void)block.release();
+  }
   return root;
 }
 

@@ -120,7 +120,7 @@ void Recorder::recordReceived(std::string_view line, bool terminated) {
 
 void Recorder::recordSent(std::string_view stream, std::string_view bytes) {
   if (file_ < 0) return;
-  constexpr std::size_t longestText = 64 * 1024;
+  constexpr std::size_t longestText = std::size_t{64} * 1024;
   JSONObjectBuilder members;
   members.set("stream", stream).set("bytes", bytes.size());
   if (bytes.size() <= longestText) setBytes(members, "text", bytes);
