@@ -105,10 +105,14 @@ Task<void> Conversation::forwardEvents(Self self, EventChannel<ThreadEvent> from
   const bool tracksThread = !connected.restoreThreadID;
   std::exception_ptr failure;
   try {
-    while (auto event = co_await from.next()) {
-      const auto* started = std::get_if<ThreadStartedEvent>(&event->value);
-      if (started && tracksThread) self->updateThreadID(started->threadID, connected.operation);
-      to.yield(*std::move(event));
+    for (;;) {
+      auto events = co_await from.nextBatch();
+      if (events.empty()) break;
+      for (const ThreadEvent& event : events) {
+        const auto* started = std::get_if<ThreadStartedEvent>(&event.value);
+        if (started && tracksThread) self->updateThreadID(started->threadID, connected.operation);
+      }
+      to.yieldAll(std::move(events));
     }
   } catch (...) {
     failure = std::current_exception();

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -156,14 +157,51 @@ void finishObject(JSONContainerHeader* header, JSONTextPlace texts, JSONElements
     settleKeys(header, texts, !survey.nonASCII, elements);
 }
 
+namespace {
+
+/// A key whose first bytes are at hand as one word, which tells most other keys from it at once.
+class SoughtKey {
+ public:
+  explicit SoughtKey(std::string_view key) noexcept : key_(key), mask_(maskFor(key.size())), head_(headOf(key)) {}
+
+  /// Whether the text, a stored one, has the same bytes.
+  bool is(std::string_view stored) const noexcept {
+    if (stored.size() != key_.size() || (wordAt(stored.data()) & mask_) != head_) return false;
+    return key_.size() <= sizeof head_ ||
+           std::memcmp(stored.data() + sizeof head_, key_.data() + sizeof head_, key_.size() - sizeof head_) == 0;
+  }
+
+ private:
+  static std::uint64_t maskFor(std::size_t size) noexcept {
+    return size < sizeof(std::uint64_t) ? firstBytes(size) : ~std::uint64_t{0};
+  }
+
+  static std::uint64_t headOf(std::string_view key) noexcept {
+    if (key.size() >= sizeof(std::uint64_t)) return wordAt(key.data());
+    std::uint64_t head = 0;
+    for (std::size_t at = 0; at < key.size(); ++at) {
+      const std::size_t place = std::endian::native == std::endian::little ? at : sizeof head - 1 - at;
+      head |= std::uint64_t{static_cast<unsigned char>(key[at])} << 8 * place;
+    }
+    return head;
+  }
+
+  std::string_view key_;
+  std::uint64_t mask_;
+  std::uint64_t head_;
+};
+
+}  // namespace
+
 }  // namespace detail
 
 const JSONValue* JSONObject::find(std::string_view key) const noexcept {
   const auto* const begin = members();
   if (header_.flags & detail::JSONContainerHeader::hasIndex) return detail::findInIndex(begin, header_.count, key);
   const auto* const end = begin + header_.count;
+  const detail::SoughtKey sought(key);
   for (const auto* member = begin; member != end; ++member) {
-    if (detail::storedText(member->key) == key) return &member->value;
+    if (sought.is(detail::storedText(member->key))) return &member->value;
   }
   if (!(header_.flags & detail::JSONContainerHeader::hasNonASCIIKey) && detail::isASCII(key)) return nullptr;
   for (const auto* member = begin; member != end; ++member) {

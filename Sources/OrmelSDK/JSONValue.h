@@ -28,6 +28,12 @@ namespace detail {
 /// The shared storage behind one or more values; see JSONStorage.h for its layouts.
 struct JSONBlock {
   mutable std::atomic<std::size_t> references{1};
+
+  /// Whether the reference that is given up was the last one. Nobody can race for the only reference: most blocks go
+  /// without an atomic write, which would wait for all earlier writes.
+  bool losesLastReference() const noexcept {
+    return references.load(std::memory_order_acquire) == 1 || references.fetch_sub(1, std::memory_order_acq_rel) == 1;
+  }
 };
 
 /// Destroys a block whose last reference is gone.
@@ -206,7 +212,7 @@ class JSONValue {
 
   void release() noexcept {
     const auto* block = owner();
-    if (block && block->references.fetch_sub(1, std::memory_order_acq_rel) == 1) detail::releaseJSONBlock(block);
+    if (block && block->losesLastReference()) detail::releaseJSONBlock(block);
   }
 
   void becomeNull() noexcept {

@@ -6,6 +6,9 @@
 #include <limits>
 #include <new>
 #include <ostream>
+#include <utility>
+
+#include "OrmelSDK/SharedTextSnapshots.h"
 
 namespace ormel {
 
@@ -26,8 +29,10 @@ struct SharedTextBuffer {
     return new (::operator new(sizeof(SharedTextBuffer) + room)) SharedTextBuffer(size, room);
   }
 
-  void release() noexcept {
-    if (references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+  void release(std::size_t count = 1) noexcept {
+    // Nobody can race for the only references.
+    if (references.load(std::memory_order_acquire) == count ||
+        references.fetch_sub(count, std::memory_order_acq_rel) == count) {
       this->~SharedTextBuffer();
       ::operator delete(this);
     }
@@ -64,11 +69,10 @@ std::string_view SharedText::view() const noexcept {
 bool SharedText::extendInPlace(std::string_view text) noexcept {
   if (!buffer_ || text.size() > buffer_->capacity - size_) return false;
   const std::size_t end = size_ + text.size();
-  if (buffer_->references.load(std::memory_order_acquire) == 1) {
-    // Nobody else can see what longer handles, now gone, have written.
+  if (std::size_t used = size_; !buffer_->used.compare_exchange_strong(used, end, std::memory_order_relaxed)) {
+    // If this is the only handle, nobody else can see what longer ones, now gone, have written.
+    if (buffer_->references.load(std::memory_order_acquire) != 1) return false;
     buffer_->used.store(end, std::memory_order_relaxed);
-  } else if (std::size_t used = size_; !buffer_->used.compare_exchange_strong(used, end, std::memory_order_relaxed)) {
-    return false;
   }
   std::memmove(buffer_->bytes() + size_, text.data(), text.size());
   size_ = end;
@@ -85,6 +89,27 @@ void SharedText::append(std::string_view text) {
   buffer_ = grown;
   size_ = end;
 }
+
+namespace detail {
+
+SharedText SharedTextSnapshots::of(const SharedText& text) noexcept {
+  if (!text.buffer_) return SharedText();
+  if (text.buffer_ != buffer_ || references_ == 0) {
+    giveBack();
+    buffer_ = text.buffer_;
+    buffer_->references.fetch_add(takenAtOnce, std::memory_order_relaxed);
+    references_ = takenAtOnce;
+  }
+  --references_;
+  return SharedText(buffer_, text.size_);
+}
+
+void SharedTextSnapshots::giveBack() noexcept {
+  if (references_ > 0) buffer_->release(std::exchange(references_, 0));
+  buffer_ = nullptr;
+}
+
+}  // namespace detail
 
 std::ostream& operator<<(std::ostream& stream, const SharedText& value) { return stream << value.view(); }
 

@@ -12,6 +12,7 @@ namespace ormel {
 namespace detail {
 
 struct SharedTextBuffer;
+class SharedTextSnapshots;
 
 }  // namespace detail
 
@@ -72,6 +73,10 @@ class SharedText {
   friend std::ostream& operator<<(std::ostream& stream, const SharedText& value);
 
  private:
+  friend class detail::SharedTextSnapshots;
+
+  SharedText(detail::SharedTextBuffer* buffer, std::size_t size) noexcept : buffer_(buffer), size_(size) {}
+
   bool extendInPlace(std::string_view text) noexcept;
 
   detail::SharedTextBuffer* buffer_ = nullptr;

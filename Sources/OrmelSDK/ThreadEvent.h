@@ -51,6 +51,11 @@ struct ThreadEvent {
   template <CaseOf<Value> Event>
   ThreadEvent(Event event) : value(std::move(event)) {}
 
+  /// The same, made in place from what the record is made of.
+  template <CaseOf<Value> Event, class... Arguments>
+  explicit ThreadEvent(std::in_place_type_t<Event> kind, Arguments&&... arguments)
+      : value(kind, std::forward<Arguments>(arguments)...) {}
+
   friend bool operator==(const ThreadEvent&, const ThreadEvent&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const ThreadEvent& value);
 };

@@ -38,6 +38,11 @@ struct ThreadItem {
   template <CaseOf<Value> Case>
   ThreadItem(Case item) : value(std::move(item)) {}
 
+  /// The same, made in place from what the record is made of.
+  template <CaseOf<Value> Case, class... Arguments>
+  explicit ThreadItem(std::in_place_type_t<Case> kind, Arguments&&... arguments)
+      : value(kind, std::forward<Arguments>(arguments)...) {}
+
   const std::string& id() const;
 
   /// The text of an agent's message; absent for every other case.

@@ -19,12 +19,12 @@ std::optional<AppServerRequestID> requestID(const JSONObject& object) {
   return firstUnder(object, {"id"}, AppServerRequestID::fromJSONValue);
 }
 
-AppServerMessage messageWithMethod(const JSONObject& object, const JSONValue& method, const JSONValue& payload) {
+AppServerMessage messageWithMethod(const JSONObject& object, const JSONValue& method, JSONValue payload) {
   const auto name = method.stringValue();
   if (!name || name->empty()) refuse("Invalid app-server JSON-RPC method");
-  if (!object.contains("id")) return ServerNotificationMessage{std::string(*name), payload};
+  if (!object.contains("id")) return ServerNotificationMessage{*name, std::move(payload)};
   if (!requestID(object)) refuse("Invalid app-server JSON-RPC request id");
-  return ServerRequestMessage{std::string(*name), payload};
+  return ServerRequestMessage{*name, std::move(payload)};
 }
 
 std::string bareErrorMessage(const JSONObject& object) {
@@ -45,11 +45,11 @@ AppServerMessage response(const JSONObject& object, AppServerRequestID id) {
 
 }  // namespace
 
-AppServerMessage classifiedAppServerMessage(const JSONValue& payload) {
+AppServerMessage classifiedAppServerMessage(JSONValue payload) {
   const JSONObject* object = payload.objectValue();
   if (!object) refuse("Unexpected non-object JSON from app-server");
   if (object->empty()) refuse("Unexpected app-server protocol object");
-  if (const JSONValue* method = object->find("method")) return messageWithMethod(*object, *method, payload);
+  if (const JSONValue* method = object->find("method")) return messageWithMethod(*object, *method, std::move(payload));
   if (textUnder(*object, {"type"}) == "error") throw ThreadRunError::streamError(bareErrorMessage(*object));
   auto id = requestID(*object);
   if (!id) refuse("Unexpected app-server protocol object");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <variant>
 
 #include "OrmelSDK/AppServerRun/AppServerRequestID.h"
@@ -8,15 +9,17 @@
 
 namespace ormel::detail {
 
-/// The server asks the client for something. `payload` is the whole message.
+// The payload of what follows is the whole message, and `method` a part of it.
+
+/// The server asks the client for something.
 struct ServerRequestMessage {
-  std::string method;
+  std::string_view method;
   JSONValue payload;
 };
 
-/// The server tells something. `payload` is the whole message.
+/// The server tells something.
 struct ServerNotificationMessage {
-  std::string method;
+  std::string_view method;
   JSONValue payload;
 };
 
@@ -37,6 +40,6 @@ using AppServerMessage =
 
 /// Tells what a line of the server is. Fails with `ThreadRunError` of the kind `streamError` if it is nothing that the
 /// protocol knows, or the bare report of an error.
-AppServerMessage classifiedAppServerMessage(const JSONValue& payload);
+AppServerMessage classifiedAppServerMessage(JSONValue payload);
 
 }  // namespace ormel::detail

@@ -49,24 +49,24 @@ void AppServerTurnRun::Notifications::itemCompleted() const {
 }
 
 void AppServerTurnRun::Notifications::agentMessageDelta() const {
-  std::string itemID = neededText({"itemId"}, "agentMessage delta missing itemId");
-  const ThreadItem* stored = run.items_.find(itemID);
-  update(mergeAgentMessageDelta(stored, std::move(itemID), deltaIn(params)));
+  const std::string_view itemID = neededText({"itemId"}, "agentMessage delta missing itemId");
+  AgentMessageItem& message = mergeAgentMessageDelta(run.items_.at(itemID), itemID, deltaIn(params));
+  emitGrown(message, &AgentMessageItem::text);
 }
 
 void AppServerTurnRun::Notifications::commandOutputDelta() const {
-  const std::string itemID = neededText({"itemId"}, "commandExecution delta missing itemId");
-  if (auto item = mergeCommandOutputDelta(run.items_.find(itemID), deltaIn(params))) update(*std::move(item));
+  ThreadItem* item = run.items_.find(neededText({"itemId"}, "commandExecution delta missing itemId"));
+  auto* command = item ? mergeCommandOutputDelta(*item, deltaIn(params)) : nullptr;
+  if (command) emitGrown(*command, &CommandExecutionItem::aggregatedOutput);
 }
 
 void AppServerTurnRun::Notifications::mcpToolCallProgress() const {
-  const std::string itemID = neededText({"itemId"}, "mcpToolCall progress missing itemId");
-  auto item = mergeMcpToolCallProgress(run.items_.find(itemID), ownTextUnder(params, {"message"}, ""));
-  if (item) update(*std::move(item));
+  ThreadItem* item = run.items_.find(neededText({"itemId"}, "mcpToolCall progress missing itemId"));
+  if (item && mergeMcpToolCallProgress(*item, ownTextUnder(params, {"message"}, ""))) emitUpdated(*item);
 }
 
 void AppServerTurnRun::Notifications::fileChangePatchUpdated() const {
-  std::string itemID = neededText({"itemId", "item_id"}, "fileChange patch update missing itemId");
+  std::string itemID(neededText({"itemId", "item_id"}, "fileChange patch update missing itemId"));
   const ThreadItem* stored = run.items_.find(itemID);
   update(mergeFileChangePatch(stored, std::move(itemID), arrayUnder(params, {"changes"})));
 }
@@ -75,12 +75,12 @@ void AppServerTurnRun::Notifications::reasoningDelta() const { reasoningLikeDelt
 void AppServerTurnRun::Notifications::planDelta() const { reasoningLikeDelta(true); }
 
 void AppServerTurnRun::Notifications::reasoningLikeDelta(bool isPlan) const {
-  std::string itemID = neededText({"itemId"}, "reasoning delta missing itemId");
+  std::string itemID(neededText({"itemId"}, "reasoning delta missing itemId"));
   const ThreadItem* stored = run.items_.find(itemID);
   update(mergeReasoningLikeDelta(stored, std::move(itemID), deltaIn(params), isPlan));
 }
 
-bool AppServerTurnRun::Notifications::contextCompaction(const std::string& method) const {
+bool AppServerTurnRun::Notifications::contextCompaction(std::string_view method) const {
   if (!isContextCompactionNotificationMethod(method)) return false;
   ThreadItem item = contextCompactionItem(params);
   if (run.items_.store(item)) {

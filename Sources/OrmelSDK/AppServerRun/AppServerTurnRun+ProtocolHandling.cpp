@@ -95,10 +95,10 @@ void AppServerTurnRun::Notifications::serverRequestResolved() const {
   run.serverRequests_.cancel(*id);
 }
 
-std::string AppServerTurnRun::Notifications::neededText(JSONKeys keys, const char* message) const {
-  auto text = ownTextUnder(params, keys);
+std::string_view AppServerTurnRun::Notifications::neededText(JSONKeys keys, const char* message) const {
+  const auto text = textUnder(params, keys);
   if (!text) throw ThreadRunError::streamError(message);
-  return *std::move(text);
+  return *text;
 }
 
 const JSONValue& AppServerTurnRun::Notifications::needed(JSONKeys keys, const char* message) const {

@@ -2,10 +2,12 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "OrmelSDK/AppServerRun/AppServerTurnRun.h"
 #include "OrmelSDK/AppServerRun/JSONFields.h"
+#include "OrmelSDK/AppServerRun/ThreadItemDeltas.h"
 
 namespace ormel::detail {
 
@@ -37,7 +39,7 @@ struct AppServerTurnRun::Notifications {
   void reasoningDelta() const;
   void planDelta() const;
   /// Whether the method says that the context was compacted.
-  bool contextCompaction(const std::string& method) const;
+  bool contextCompaction(std::string_view method) const;
 
   // Hooks, reviews, models, warnings.
   void hookStarted() const;
@@ -63,14 +65,24 @@ struct AppServerTurnRun::Notifications {
   const JSONObject& params;
 
  private:
-  void emit(ThreadEvent event) const { run.stream_.emit(std::move(event)); }
+  template <class Event>
+  void emit(Event event) const {
+    run.stream_.emit(std::move(event));
+  }
   /// Keeps the item's new state and tells of it.
   void update(ThreadItem item) const;
+  /// Tells of an item whose state was changed where it is kept.
+  void emitUpdated(const ThreadItem& item) const { run.stream_.emit(std::in_place_type<ItemUpdatedEvent>, item); }
+  /// The same for one whose text has grown.
+  template <class Item>
+  void emitGrown(Item& item, SharedText Item::* text) const {
+    run.stream_.emit(std::in_place_type<ItemUpdatedEvent>, GrownItemCopy<Item>(item, text, run.items_.snapshots()));
+  }
   std::optional<ThreadItem> storedItem() const;
   void reasoningLikeDelta(bool isPlan) const;
   void guardianReview(bool isCompleted) const;
 
-  std::string neededText(JSONKeys keys, const char* message) const;
+  std::string_view neededText(JSONKeys keys, const char* message) const;
   const JSONValue& needed(JSONKeys keys, const char* message) const;
   /// The id that the notification names, else that of what the run works on, else nothing.
   std::string threadID() const;

@@ -148,7 +148,8 @@ std::optional<PreparedServerRequestWork> AppServerTurnRun::ServerRequests::prepa
   for (const auto& row : requestRows<ServerRequests>) {
     if (row.method == request.method) return (requests.*row.prepare)();
   }
-  run.respondToServerRequestError(id, AppServerRPCError::methodNotFoundCode, "Method not found: " + request.method);
+  run.respondToServerRequestError(id, AppServerRPCError::methodNotFoundCode,
+                                  "Method not found: " + std::string(request.method));
   return std::nullopt;
 }
 

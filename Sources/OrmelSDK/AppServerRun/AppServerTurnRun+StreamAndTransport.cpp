@@ -133,9 +133,14 @@ Task<void> AppServerTurnRun::readStdoutLoop(Reading reading, EventChannel<ByteBu
       run = reading.run(stop);
       if (!run) co_return;
     }
-    lines.append(chunk->view(), [&](std::string_view line) {
-      if (run->isReading(reading.transportGeneration, stop)) run->handleIncomingLine(line);
-    });
+    {
+      RunStream::Gathering gathering(run->stream_);
+      lines.append(chunk->view(), [&](std::string_view line) {
+        if (run->isReading(reading.transportGeneration, stop)) run->handleIncomingLine(line);
+      });
+      const LeavingThread leaving(!chunks.isReady() && isLastPieceOfThread());
+      gathering.end();
+    }
     if (!run->isReading(reading.transportGeneration, stop)) co_return;
   }
   if (auto last = lines.finish()) {

@@ -120,17 +120,18 @@ void AppServerTurnRun::completeItemsOfTurn(const JSONObject& turn, const std::st
 }
 
 void AppServerTurnRun::Notifications::threadGoalUpdated() const {
-  auto threadID = neededText({"threadId", "thread_id"}, "thread/goal/updated missing threadId");
+  std::string threadID(neededText({"threadId", "thread_id"}, "thread/goal/updated missing threadId"));
   const JSONValue& goal = needed({"goal"}, "thread/goal/updated missing goal");
   emit(ThreadGoalUpdatedEvent{std::move(threadID), owned(turnIDIn(params)), decode<ThreadGoal>(goal)});
 }
 
 void AppServerTurnRun::Notifications::threadGoalCleared() const {
-  emit(ThreadGoalClearedEvent{neededText({"threadId", "thread_id"}, "thread/goal/cleared missing threadId")});
+  std::string threadID(neededText({"threadId", "thread_id"}, "thread/goal/cleared missing threadId"));
+  emit(ThreadGoalClearedEvent{std::move(threadID)});
 }
 
 void AppServerTurnRun::Notifications::threadSettingsUpdated() const {
-  auto threadID = neededText({"threadId", "thread_id"}, "thread/settings/updated missing threadId");
+  std::string threadID(neededText({"threadId", "thread_id"}, "thread/settings/updated missing threadId"));
   const JSONValue& settings =
       needed({"threadSettings", "thread_settings"}, "thread/settings/updated missing threadSettings");
   emit(ThreadSettingsUpdatedEvent{std::move(threadID), decode<ThreadSettings>(settings)});
@@ -141,7 +142,7 @@ void AppServerTurnRun::Notifications::tokenUsageUpdated() const {
 }
 
 void AppServerTurnRun::Notifications::turnPlanUpdated() const {
-  const std::string turnID = neededText({"turnId"}, "turn/plan/updated missing turnId");
+  const std::string turnID(neededText({"turnId"}, "turn/plan/updated missing turnId"));
   ThreadItem list = todoListItem(arrayUnder(params, {"plan"}), turnID);
   if (run.items_.store(list)) {
     emit(ItemStartedEvent{std::move(list), std::nullopt, std::nullopt, std::nullopt});

@@ -4,9 +4,14 @@
 
 namespace ormel::detail {
 
-const ThreadItem* RunItems::find(std::string_view itemID) const {
+ThreadItem* RunItems::find(std::string_view itemID) {
   const auto entry = itemStateByID_.find(itemID);
   return entry == itemStateByID_.end() ? nullptr : &entry->second;
+}
+
+ThreadItem& RunItems::at(std::string_view itemID) {
+  ThreadItem* const stored = find(itemID);
+  return stored ? *stored : itemStateByID_[std::string(itemID)];
 }
 
 bool RunItems::store(ThreadItem item) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "OrmelSDK/SharedTextSnapshots.h"
 #include "OrmelSDK/ThreadItem.h"
 #include "OrmelSDK/TurnEvents.h"
 
@@ -17,10 +18,15 @@ namespace ormel::detail {
 class RunItems {
  public:
   /// Null if there is no such item.
-  const ThreadItem* find(std::string_view itemID) const;
+  ThreadItem* find(std::string_view itemID);
+  /// The item under the id, which is made if there is none. What it becomes has to have that id.
+  ThreadItem& at(std::string_view itemID);
 
   /// Keeps the item under its id; returns whether there was none before.
   bool store(ThreadItem item);
+
+  /// For the copies of a text that grows.
+  SharedTextSnapshots& snapshots() noexcept { return snapshots_; }
 
   std::optional<Usage> latestUsage;
 
@@ -28,6 +34,7 @@ class RunItems {
 
  private:
   std::map<std::string, ThreadItem, std::less<>> itemStateByID_;
+  SharedTextSnapshots snapshots_;
 };
 
 }  // namespace ormel::detail

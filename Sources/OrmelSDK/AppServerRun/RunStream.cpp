@@ -36,8 +36,9 @@ void RunStream::requireNoOperation() const {
 
 void RunStream::reset() {
   completion_ = StreamCompletion();
+  send();
   eventContinuation_.reset();
-  bufferedEvents_.clear();
+  unsent_.clear();
 }
 
 void RunStream::requireCurrent(std::uint64_t operationGeneration) const {
@@ -57,17 +58,16 @@ void RunStream::attach(EventProducer<ThreadEvent> producer, std::uint64_t operat
     producer.fail(noLongerCurrent());
     return;
   }
+  send();
   eventContinuation_ = std::move(producer);
-  for (ThreadEvent& event : std::exchange(bufferedEvents_, {})) eventContinuation_->yield(std::move(event));
+  send();
   if (!isPending()) endProducer(*eventContinuation_, completion_);
 }
 
-void RunStream::emit(ThreadEvent event) {
-  if (eventContinuation_) {
-    eventContinuation_->yield(std::move(event));
-  } else if (currentOperationGeneration_) {
-    bufferedEvents_.push_back(std::move(event));
-  }
+void RunStream::send() {
+  if (!eventContinuation_ || unsent_.empty()) return;
+  gathered_ *= 4;
+  eventContinuation_->yieldAll(std::exchange(unsent_, {}));
 }
 
 void RunStream::close(StreamCompletion completion, std::optional<std::uint64_t> operationGeneration) {
@@ -81,6 +81,7 @@ void RunStream::close(StreamCompletion completion, std::optional<std::uint64_t> 
 
 void RunStream::endChannel() {
   if (!eventContinuation_) return;
+  send();
   endProducer(*eventContinuation_, completion_);
   eventContinuation_.reset();
 }

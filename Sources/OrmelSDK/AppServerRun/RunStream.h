@@ -1,8 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <vector>
+#include <utility>
 
 #include "OrmelSDK/AppServerRun/StreamCompletion.h"
 #include "OrmelSDK/Concurrency/EventChannel.h"
@@ -50,9 +51,32 @@ class RunStream {
   /// its operation is failed.
   void attach(EventProducer<ThreadEvent> producer, std::uint64_t operationGeneration);
 
-  /// Keeps the event until a producer is attached, if none is. One that belongs to no operation is dropped: an idle
-  /// server may talk for ever.
-  void emit(ThreadEvent event);
+  /// Makes an event. It is kept until a producer is attached, if none is. One that belongs to no operation is dropped:
+  /// an idle server may talk for ever.
+  template <class... Arguments>
+  void emit(Arguments&&... arguments) {
+    if (!eventContinuation_ && !currentOperationGeneration_) return;
+    unsent_.emplaceBack(std::forward<Arguments>(arguments)...);
+    if (unsent_.size() >= gathered_) send();
+  }
+
+  /// As long as it lives, events go out several at a time, which costs their consumer one wake-up instead of many.
+  class Gathering {
+   public:
+    explicit Gathering(RunStream& stream) noexcept : stream_(stream) { stream_.gathered_ = firstGathered; }
+    Gathering(const Gathering&) = delete;
+    Gathering& operator=(const Gathering&) = delete;
+    ~Gathering() { end(); }
+
+    /// Sends what is left.
+    void end() {
+      stream_.gathered_ = 0;
+      stream_.send();
+    }
+
+   private:
+    RunStream& stream_;
+  };
 
   /// Records the end; no operation is current from now on. `endChannel` is to follow.
   void close(StreamCompletion completion, std::optional<std::uint64_t> operationGeneration);
@@ -63,8 +87,16 @@ class RunStream {
   }
 
  private:
+  // A consumer that waits for the first of many should not wait long; each further wait may be four times as long.
+  static constexpr std::size_t firstGathered = 32;
+
+  void send();
+
   std::optional<EventProducer<ThreadEvent>> eventContinuation_;
-  std::vector<ThreadEvent> bufferedEvents_;
+  /// What no producer has been given yet.
+  EventBatch<ThreadEvent> unsent_;
+  /// How many unsent events are sent at last; 0 sends each at once.
+  std::size_t gathered_ = 0;
   StreamCompletion completion_;
   std::uint64_t operationGeneration_ = 0;
   std::optional<std::uint64_t> currentOperationGeneration_;

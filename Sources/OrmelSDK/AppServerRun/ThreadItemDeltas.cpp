@@ -23,28 +23,26 @@ SharedText textSoFar(const ThreadItem* stored, bool isPlan) {
 
 }  // namespace
 
-ThreadItem mergeAgentMessageDelta(const ThreadItem* stored, std::string itemID, std::string_view delta) {
-  const auto* message = storedAs<AgentMessageItem>(stored);
-  AgentMessageItem merged = message ? *message : AgentMessageItem();
-  merged.id = std::move(itemID);
-  merged.text.append(delta);
-  return merged;
+AgentMessageItem& mergeAgentMessageDelta(ThreadItem& item, std::string_view itemID, std::string_view delta) {
+  auto* message = std::get_if<AgentMessageItem>(&item.value);
+  if (!message) {
+    message = &item.value.emplace<AgentMessageItem>();
+    message->id = itemID;
+  }
+  message->text.append(delta);
+  return *message;
 }
 
-std::optional<ThreadItem> mergeCommandOutputDelta(const ThreadItem* stored, std::string_view delta) {
-  const auto* command = storedAs<CommandExecutionItem>(stored);
-  if (!command) return std::nullopt;
-  CommandExecutionItem merged = *command;
-  merged.aggregatedOutput.append(delta);
-  return merged;
+CommandExecutionItem* mergeCommandOutputDelta(ThreadItem& item, std::string_view delta) {
+  auto* command = std::get_if<CommandExecutionItem>(&item.value);
+  if (command) command->aggregatedOutput.append(delta);
+  return command;
 }
 
-std::optional<ThreadItem> mergeMcpToolCallProgress(const ThreadItem* stored, std::string message) {
-  const auto* call = storedAs<McpToolCallItem>(stored);
-  if (!call) return std::nullopt;
-  McpToolCallItem merged = *call;
-  merged.progressMessage = std::move(message);
-  return merged;
+bool mergeMcpToolCallProgress(ThreadItem& item, std::string message) {
+  auto* call = std::get_if<McpToolCallItem>(&item.value);
+  if (call) call->progressMessage = std::move(message);
+  return call;
 }
 
 ThreadItem mergeFileChangePatch(const ThreadItem* stored, std::string itemID, const JSONArray* changes) {

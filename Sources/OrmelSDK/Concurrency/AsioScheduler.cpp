@@ -1,6 +1,7 @@
 #include "OrmelSDK/Concurrency/AsioScheduler.h"
 
 #include <algorithm>
+#include <asio/defer.hpp>
 #include <asio/post.hpp>
 #include <chrono>
 #include <limits>
@@ -42,7 +43,13 @@ std::uint64_t AsioScheduler::now() const noexcept {
   return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(sinceStart).count());
 }
 
-void AsioScheduler::post(WorkItem& item) noexcept { asio::post(context_, PostedItem(*this, item)); }
+void AsioScheduler::post(WorkItem& item) noexcept {
+  if (threadState().isLeaving) {
+    asio::defer(context_, PostedItem(*this, item));
+  } else {
+    asio::post(context_, PostedItem(*this, item));
+  }
+}
 
 void AsioScheduler::arm(TimerItem& item, std::uint64_t deadline) {
   const std::lock_guard lock(mutex_);

@@ -5,7 +5,6 @@
 #include <coroutine>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <exception>
 #include <iterator>
 #include <mutex>
@@ -14,6 +13,7 @@
 #include <utility>
 
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
+#include "OrmelSDK/Concurrency/EventBatch.h"
 #include "OrmelSDK/Concurrency/TaskPromise.h"
 #include "OrmelSDK/Concurrency/UniqueFunction.h"
 #include "OrmelSDK/Concurrency/Wakeup.h"
@@ -62,10 +62,28 @@ class EventChannelState final : public Wakeup {
       if (termination_) return false;
       if (!limit_.isUnbounded() && arrived_.size() == limit_.count()) {
         dropped.emplace(std::move(arrived_.front()));
-        arrived_.pop_front();
+        arrived_.popFront();
       }
-      arrived_.push_back(std::move(value));
+      arrived_.emplaceBack(std::move(value));
       waiter = std::exchange(waiter_, Waiter::none);
+    }
+    wakeUp(waiter);
+    return true;
+  }
+
+  bool yieldAll(EventBatch<T>&& events) {
+    if (!limit_.isUnbounded()) {
+      for (; !events.empty(); events.popFront()) {
+        if (!yield(std::move(events.front()))) return false;
+      }
+      return true;
+    }
+    Waiter waiter = Waiter::none;
+    {
+      const std::lock_guard lock(mutex_);
+      if (termination_) return false;
+      arrived_.append(std::move(events));
+      if (!arrived_.empty()) waiter = std::exchange(waiter_, Waiter::none);
     }
     wakeUp(waiter);
     return true;
@@ -101,7 +119,7 @@ class EventChannelState final : public Wakeup {
   // The consumer's side.
 
   void cancel() {
-    std::deque<T> undelivered;
+    EventBatch<T> undelivered;
     terminate(ChannelTermination::consumerGone, [] {});
     {
       const std::lock_guard lock(mutex_);
@@ -160,29 +178,37 @@ class EventChannelState final : public Wakeup {
 
   /// The next event, or nothing at the end. Throws what the channel failed with, once, or that the wait was stopped.
   std::optional<T> take() {
-    bool stopped = false;
-    if (taken_.empty()) {
-      std::exception_ptr error;
-      {
-        const std::lock_guard lock(mutex_);
-        stopped = std::exchange(stopped_, false);
-        takeArrivedLocked();
-        if (taken_.empty()) error = std::exchange(error_, nullptr);
-        if (termination_) stopped = false;
-      }
-      if (error) std::rethrow_exception(error);
-    }
-    if (taken_.empty()) {
-      if (stopped) throw CancelledError();
-      return std::nullopt;
-    }
+    if (!fillTaken()) return std::nullopt;
     std::optional<T> event(std::move(taken_.front()));
-    taken_.pop_front();
+    taken_.popFront();
     return event;
+  }
+
+  /// The same with all events that are there; none at the end.
+  EventBatch<T> takeAll() {
+    fillTaken();
+    return std::move(taken_);
   }
 
  private:
   enum class Waiter { none, coroutine, thread };
+
+  /// Whether there is an event for the consumer, which is then in `taken_`.
+  bool fillTaken() {
+    if (!taken_.empty()) return true;
+    bool stopped = false;
+    std::exception_ptr error;
+    {
+      const std::lock_guard lock(mutex_);
+      stopped = std::exchange(stopped_, false);
+      takeArrivedLocked();
+      if (taken_.empty()) error = std::exchange(error_, nullptr);
+      if (termination_) stopped = false;
+    }
+    if (error) std::rethrow_exception(error);
+    if (taken_.empty() && stopped) throw CancelledError();
+    return !taken_.empty();
+  }
 
   template <class Note>
   bool terminate(ChannelTermination termination, Note note) {
@@ -214,8 +240,8 @@ class EventChannelState final : public Wakeup {
     if (limit_.isUnbounded()) {
       taken_.swap(arrived_);
     } else if (!arrived_.empty()) {
-      taken_.push_back(std::move(arrived_.front()));
-      arrived_.pop_front();
+      taken_.emplaceBack(std::move(arrived_.front()));
+      arrived_.popFront();
     }
   }
 
@@ -224,7 +250,7 @@ class EventChannelState final : public Wakeup {
 
   mutable std::mutex mutex_;
   std::condition_variable somethingArrived_;
-  std::deque<T> arrived_;
+  EventBatch<T> arrived_;
   std::optional<ChannelTermination> termination_;
   std::exception_ptr error_;
   TerminationCallback onTermination_;
@@ -232,20 +258,16 @@ class EventChannelState final : public Wakeup {
   bool stopped_ = false;
 
   /// Taken out of `arrived_`, touched by the consumer only.
-  std::deque<T> taken_;
+  EventBatch<T> taken_;
 };
 
+/// Waits until a channel has something for its consumer.
 template <class T>
-class [[nodiscard]] NextEventAwaiter final : public PlaceAware {
+class ChannelAwaiter : public PlaceAware {
  public:
-  explicit NextEventAwaiter(Ref<EventChannelState<T>> state) noexcept : state_(std::move(state)) {}
-  NextEventAwaiter(const NextEventAwaiter&) = delete;
-  NextEventAwaiter& operator=(const NextEventAwaiter&) = delete;
-  ~NextEventAwaiter() {
-    if (!suspended_) return;
-    onStop_.reset();
-    state_->stopWaiting();
-  }
+  explicit ChannelAwaiter(Ref<EventChannelState<T>> state) noexcept : state_(std::move(state)) {}
+  ChannelAwaiter(const ChannelAwaiter&) = delete;
+  ChannelAwaiter& operator=(const ChannelAwaiter&) = delete;
 
   bool await_ready() const { return state_->isReady(); }
 
@@ -261,10 +283,17 @@ class [[nodiscard]] NextEventAwaiter final : public PlaceAware {
     return false;
   }
 
-  std::optional<T> await_resume() {
+ protected:
+  ~ChannelAwaiter() {
+    if (!suspended_) return;
+    onStop_.reset();
+    state_->stopWaiting();
+  }
+
+  EventChannelState<T>& resumed() {
     suspended_ = false;
     onStop_.reset();
-    return state_->take();
+    return *state_;
   }
 
  private:
@@ -280,6 +309,20 @@ class [[nodiscard]] NextEventAwaiter final : public PlaceAware {
   Ref<EventChannelState<T>> state_;
   std::optional<std::stop_callback<StopWait>> onStop_;
   bool suspended_ = false;
+};
+
+template <class T>
+class [[nodiscard]] NextEventAwaiter final : public ChannelAwaiter<T> {
+ public:
+  using ChannelAwaiter<T>::ChannelAwaiter;
+  std::optional<T> await_resume() { return this->resumed().take(); }
+};
+
+template <class T>
+class [[nodiscard]] NextBatchAwaiter final : public ChannelAwaiter<T> {
+ public:
+  using ChannelAwaiter<T>::ChannelAwaiter;
+  EventBatch<T> await_resume() { return this->resumed().takeAll(); }
 };
 
 }  // namespace detail
@@ -313,6 +356,9 @@ class EventProducer {
 
   /// Adds an event at the end.
   bool yield(T event) const { return state_ && state_->yield(std::move(event)); }
+
+  /// Adds all these events at the end, with one wake-up of the consumer.
+  bool yieldAll(EventBatch<T> events) const { return state_ && state_->yieldAll(std::move(events)); }
 
   /// Ends the channel; the consumer still gets the events before.
   bool finish() const { return state_ && state_->end(nullptr); }
@@ -390,6 +436,17 @@ class EventChannel {
   ///
   /// *Preconditions*: not moved from.
   detail::NextEventAwaiter<T> next() noexcept { return detail::NextEventAwaiter<T>(state_); }
+
+  /// `co_await events.nextBatch()`: all the events that are there, at least one, or none at the end. Otherwise like
+  /// `next`; for who hands many events on, or works on them together.
+  ///
+  /// *Preconditions*: not moved from.
+  detail::NextBatchAwaiter<T> nextBatch() noexcept { return detail::NextBatchAwaiter<T>(state_); }
+
+  /// Whether `next` would not have to wait.
+  ///
+  /// *Preconditions*: not moved from.
+  bool isReady() const { return state_->isReady(); }
 
   /// The next event, or nothing at the end; blocks the calling thread. Throws `WouldDeadlockError` on a thread of the
   /// library. Not cancelled by stop tokens.

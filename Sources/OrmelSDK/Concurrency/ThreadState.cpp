@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
+#include "OrmelSDK/Concurrency/StrandCore.h"
 #include "OrmelSDK/Platform/IORuntime.h"
 
 namespace ormel::detail {
@@ -14,6 +15,11 @@ constinit thread_local ThreadState stateOfThread;
 }  // namespace
 
 ThreadState& threadState() noexcept { return stateOfThread; }
+
+LeavingThread::LeavingThread(bool isSo) noexcept : before_(std::exchange(stateOfThread.isLeaving, isSo)) {}
+LeavingThread::~LeavingThread() { stateOfThread.isLeaving = before_; }
+
+bool isLastPieceOfThread() noexcept { return !stateOfThread.strand || stateOfThread.strand->isOnLastPiece(); }
 
 bool onLibraryThread() noexcept { return stateOfThread.scheduler != nullptr || IORuntime::isPoolThread(); }
 

@@ -19,11 +19,29 @@ struct ThreadState {
   StrandCore* strand = nullptr;
   /// The scheduler of which a piece is running, if any.
   Scheduler* scheduler = nullptr;
+  /// The running piece is about to give its thread back, so that what it posts can go on right here: that is sooner
+  /// than another thread would be awake.
+  bool isLeaving = false;
 };
 
 /// Never inlined into a coroutine: a coroutine can go on in another thread, where an address kept from before would be
 /// the wrong one.
 ThreadState& threadState() noexcept;
+
+/// Says, as long as it lives, that the running piece is about to give its thread back, if that is so.
+class LeavingThread {
+ public:
+  explicit LeavingThread(bool isSo = true) noexcept;
+  LeavingThread(const LeavingThread&) = delete;
+  LeavingThread& operator=(const LeavingThread&) = delete;
+  ~LeavingThread();
+
+ private:
+  bool before_;
+};
+
+/// Whether the thread is free when the running piece has ended: no other piece of the same strand is waiting for it.
+bool isLastPieceOfThread() noexcept;
 
 /// Whether the calling thread runs pieces of the library, so that it must not block.
 bool onLibraryThread() noexcept;

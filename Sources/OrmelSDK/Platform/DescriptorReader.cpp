@@ -3,6 +3,7 @@
 #include <errno.h>
 #include <unistd.h>
 
+#include "OrmelSDK/Concurrency/ThreadState.h"
 #include "OrmelSDK/Platform/WatchedDescriptor.h"
 
 namespace ormel::detail {
@@ -64,6 +65,7 @@ void DescriptorReader::waitLocked() {
 }
 
 void DescriptorReader::readWhatIsThere() {
+  const LeavingThread leaving;
   for (int chunks = 0; chunks < chunksPerTurn; ++chunks) {
     const auto handlers = handlersIfReadable();
     if (!handlers) return;

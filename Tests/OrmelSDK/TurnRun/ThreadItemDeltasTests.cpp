@@ -13,9 +13,12 @@ TEST(MergeAgentMessageDelta, BeginsAMessageThatWasNotThere) {
   AgentMessageItem expected;
   expected.id = "a";
   expected.text = "x";
-  EXPECT_EQ(mergeAgentMessageDelta(nullptr, "a", "x"), expected);
-  const ThreadItem plan = PlanItem{"a", "other"};
-  EXPECT_EQ(mergeAgentMessageDelta(&plan, "a", "x"), expected);
+  ThreadItem nothing;
+  mergeAgentMessageDelta(nothing, "a", "x");
+  EXPECT_EQ(nothing, expected);
+  ThreadItem plan = PlanItem{"a", "other"};
+  mergeAgentMessageDelta(plan, "a", "x");
+  EXPECT_EQ(plan, expected);
 }
 
 TEST(MergeAgentMessageDelta, KeepsAllButTheText) {
@@ -26,33 +29,37 @@ TEST(MergeAgentMessageDelta, KeepsAllButTheText) {
   message.memoryCitation = MemoryCitation{{}, {"r"}};
   message.delivery = "d";
   message.questions.emplace();
-  const ThreadItem stored = message;
-  const ThreadItem merged = mergeAgentMessageDelta(&stored, "a", "y");
-  EXPECT_EQ(stored, message);
+  const ThreadItem before = message;
+  ThreadItem merged = before;
+  mergeAgentMessageDelta(merged, "a", "y");
+  EXPECT_EQ(before, message);
   message.text = "xy";
   EXPECT_EQ(merged, message);
 }
 
 TEST(MergeAgentMessageDelta, ExtendsTheTextInPlace) {
-  ThreadItem latest = mergeAgentMessageDelta(nullptr, "a", std::string(1000, 'x'));
+  ThreadItem latest;
+  mergeAgentMessageDelta(latest, "a", std::string(1000, 'x'));
   const ThreadItem first = latest;
-  for (int i = 0; i < 10; ++i) latest = mergeAgentMessageDelta(&latest, "a", "");
+  for (int i = 0; i < 10; ++i) mergeAgentMessageDelta(latest, "a", "");
   EXPECT_EQ(first.agentMessageText()->view().data(), latest.agentMessageText()->view().data());
 }
 
 TEST(MergeCommandOutputDelta, ExtendsTheOutputOfACommand) {
   const CommandExecutionItem command{"c", "ls", "/", "p", {JSONValue(1)}, "o", 3, CommandExecutionStatus::inProgress,
                                      4};
-  const ThreadItem stored = command;
+  ThreadItem merged = command;
   CommandExecutionItem expected = command;
   expected.aggregatedOutput = "op";
-  EXPECT_EQ(mergeCommandOutputDelta(&stored, "p"), expected);
+  EXPECT_TRUE(mergeCommandOutputDelta(merged, "p"));
+  EXPECT_EQ(merged, expected);
 }
 
 TEST(MergeCommandOutputDelta, DropsTheOutputOfNoCommand) {
   const ThreadItem plan = PlanItem{"c", ""};
-  EXPECT_EQ(mergeCommandOutputDelta(nullptr, "p"), std::nullopt);
-  EXPECT_EQ(mergeCommandOutputDelta(&plan, "p"), std::nullopt);
+  ThreadItem merged = plan;
+  EXPECT_FALSE(mergeCommandOutputDelta(merged, "p"));
+  EXPECT_EQ(merged, plan);
 }
 
 TEST(MergeMcpToolCallProgress, ReplacesTheMessageOfACall) {
@@ -60,15 +67,17 @@ TEST(MergeMcpToolCallProgress, ReplacesTheMessageOfACall) {
   call.id = "m";
   call.server = "s";
   call.progressMessage = "old";
-  const ThreadItem stored = call;
+  ThreadItem merged = call;
   call.progressMessage = "new";
-  EXPECT_EQ(mergeMcpToolCallProgress(&stored, "new"), call);
+  EXPECT_TRUE(mergeMcpToolCallProgress(merged, "new"));
+  EXPECT_EQ(merged, call);
 }
 
 TEST(MergeMcpToolCallProgress, DropsTheProgressOfNoCall) {
   const ThreadItem plan = PlanItem{"m", ""};
-  EXPECT_EQ(mergeMcpToolCallProgress(nullptr, "p"), std::nullopt);
-  EXPECT_EQ(mergeMcpToolCallProgress(&plan, "p"), std::nullopt);
+  ThreadItem merged = plan;
+  EXPECT_FALSE(mergeMcpToolCallProgress(merged, "p"));
+  EXPECT_EQ(merged, plan);
 }
 
 TEST(MergeFileChangePatch, ReplacesTheChangesAndKeepsTheStatus) {

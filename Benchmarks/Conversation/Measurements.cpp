@@ -1,0 +1,298 @@
+#include "Measurements.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <fstream>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "JSONSamples.h"
+#include "Lines.h"
+#include "OrmelSDK/AppServerRun/AppServerJSONLineBuffer.h"
+#include "OrmelSDK/JSONDecoding.h"
+#include "OrmelSDK/Ormel.h"
+#include "Support/ChildProgram.h"
+
+namespace ormel::benchmarks {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
+
+double median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+Pair medians(int rounds, const std::function<double()>& measured, const std::function<double()>& yardstick) {
+  std::vector<double> ours;
+  std::vector<double> theirs;
+  for (int round = 0; round < rounds; ++round) {
+    ours.push_back(measured());
+    theirs.push_back(yardstick());
+  }
+  return {median(std::move(ours)), median(std::move(theirs))};
+}
+
+Thread newThread() {
+  OrmelOptions options;
+  options.ormelPathOverride = ORMEL_CONVERSATION_SERVER;
+  return Ormel(options).startThread();
+}
+
+std::string prompt(std::string_view workload, std::uint64_t amount) {
+  return std::string(workload) + ' ' + std::to_string(amount);
+}
+
+/// Plays a turn and hands each event to `look`, on a thread of the library.
+template <class Look>
+Task<void> play(Thread thread, std::string workload, Look& look) {
+  StreamedTurn turn = co_await thread.runStreamed(std::move(workload));
+  while (auto event = co_await turn.events.next()) look(*event);
+}
+
+struct CountUpdates {
+  std::uint64_t count = 0;
+
+  void operator()(const ThreadEvent& event) {
+    if (std::holds_alternative<ItemUpdatedEvent>(event.value)) ++count;
+  }
+};
+
+double eventsPerSecond(const Thread& thread, std::string_view workload, std::uint64_t lines) {
+  CountUpdates updates;
+  const auto start = Clock::now();
+  play(thread, prompt(workload, lines), updates).get();
+  const double seconds = secondsSince(start);
+  if (updates.count != lines) throw std::runtime_error("events are missing");
+  return static_cast<double>(lines) / seconds;
+}
+
+double splitAndDecodePerSecond(std::uint64_t lines) {
+  constexpr std::size_t pipeRead = 65'536;
+  std::string stream;
+  while (stream.size() < 16 * pipeRead) stream += notificationLine() + '\n';
+  detail::AppServerJSONLineBuffer buffer;
+  std::uint64_t decoded = 0;
+  const auto start = Clock::now();
+  while (decoded < lines) {
+    for (std::size_t at = 0; at < stream.size(); at += pipeRead) {
+      buffer.append(std::string_view(stream).substr(at, pipeRead), [&decoded](std::string_view line) {
+        const JSONValue message = detail::decodePaddedJSON(line);
+        if (message.find("method")) ++decoded;
+      });
+    }
+  }
+  return static_cast<double>(decoded) / secondsSince(start);
+}
+
+/// A child without a protocol, read by blocking calls.
+class BareChild {
+ public:
+  explicit BareChild(std::vector<std::string> arguments) : program_(ORMEL_CONVERSATION_SERVER, settings(arguments)) {
+    testing::setNonBlocking(program_.outputDescriptor(), false);
+  }
+
+  void write(std::string_view bytes) { program_.write(bytes); }
+
+  /// What one read gives; empty at the end.
+  std::string_view read() {
+    const ssize_t got = ::read(program_.outputDescriptor(), block_.data(), block_.size());
+    return std::string_view(block_).substr(0, got > 0 ? static_cast<std::size_t>(got) : 0);
+  }
+
+ private:
+  static testing::ChildOptions settings(std::vector<std::string>& arguments) {
+    testing::ChildOptions options;
+    options.arguments = std::move(arguments);
+    return options;
+  }
+
+  testing::ChildProgram program_;
+  std::string block_ = std::string(65'536, '\0');
+};
+
+double bareLinesPerSecond(std::uint64_t lines) {
+  const auto start = Clock::now();
+  BareChild child({"bare", "lines", std::to_string(lines)});
+  std::uint64_t bytes = 0;
+  for (auto got = child.read(); !got.empty(); got = child.read()) bytes += got.size();
+  if (bytes != lines * (notificationLine().size() + 1)) throw std::runtime_error("bytes are missing");
+  return static_cast<double>(lines) / secondsSince(start);
+}
+
+double age(std::string_view time) {
+  const std::uint64_t now = monotonicNanoseconds();
+  return static_cast<double>(now - std::stoull(std::string(time)));
+}
+
+struct CollectAges {
+  std::vector<double> ages;
+
+  void operator()(const ThreadEvent& event) {
+    if (const auto* warning = std::get_if<ThreadWarningEvent>(&event.value)) ages.push_back(age(warning->message));
+  }
+};
+
+double medianLatency(const Thread& thread, std::uint64_t lines) {
+  CollectAges collect;
+  play(thread, prompt("clock", lines), collect).get();
+  if (collect.ages.size() != lines) throw std::runtime_error("events are missing");
+  return median(std::move(collect.ages));
+}
+
+double medianWakeUp(std::uint64_t lines) {
+  const std::string head = clockLine(0);
+  const std::size_t prefix = head.find("\"message\":\"") + 11;
+  BareChild child({"bare", "clock", std::to_string(lines)});
+  std::vector<double> ages;
+  for (auto line = child.read(); !line.empty(); line = child.read()) ages.push_back(age(line.substr(prefix)));
+  return median(std::move(ages));
+}
+
+Task<void> steerManyTimes(Thread thread, std::uint64_t requests) {
+  for (std::uint64_t request = 0; request < requests; ++request) co_await thread.steer("go on");
+}
+
+/// Ends the turn that `held` has opened.
+void endHeldTurn(const Thread& thread, StreamedTurn turn) {
+  thread.steer("end").get();
+  while (turn.events.nextBlocking()) {
+  }
+}
+
+double nanosecondsPerSteer(const Thread& thread, std::uint64_t requests) {
+  StreamedTurn turn = thread.runStreamed("held 0").get();
+  const auto start = Clock::now();
+  steerManyTimes(thread, requests).get();
+  const double seconds = secondsSince(start);
+  endHeldTurn(thread, std::move(turn));
+  return seconds * 1e9 / static_cast<double>(requests);
+}
+
+/// The request that `Thread::steer` writes.
+std::string steerLine() {
+  return R"({"id":1000,"jsonrpc":"2.0","method":"turn/steer","params":{"expectedTurnId":")" + turnID +
+         R"(","input":[{"text":"go on","text_elements":[],"type":"text"}],"threadId":")" + threadID + "\"}}\n";
+}
+
+double nanosecondsPerExchange(std::uint64_t requests) {
+  BareChild child({"app-server"});
+  const std::string line = steerLine();
+  const auto exchange = [&] {
+    child.write(line);
+    while (child.read().back() != '\n') {
+    }
+  };
+  exchange();
+  const auto start = Clock::now();
+  for (std::uint64_t request = 0; request < requests; ++request) exchange();
+  return secondsSince(start) * 1e9 / static_cast<double>(requests);
+}
+
+double residentBytes() {
+  std::ifstream file("/proc/self/statm");
+  double whole = 0;
+  double resident = 0;
+  file >> whole >> resident;
+  return resident * static_cast<double>(::sysconf(_SC_PAGESIZE));
+}
+
+double nanosecondsOfTurn(const Thread& thread) {
+  const auto start = Clock::now();
+  thread.run("nothing 0").get();
+  return secondsSince(start) * 1e9;
+}
+
+double microsecondsOfCommandOutput(const Thread& thread, std::uint64_t bytes) {
+  std::uint64_t last = 0;
+  const auto look = [&last](const ThreadEvent& event) {
+    const auto* updated = std::get_if<ItemUpdatedEvent>(&event.value);
+    if (!updated) return;
+    if (const auto* command = std::get_if<CommandExecutionItem>(&updated->item.value)) {
+      last = command->aggregatedOutput.size();
+    }
+  };
+  const auto start = Clock::now();
+  play(thread, prompt("output", bytes), look).get();
+  const double seconds = secondsSince(start);
+  if (last < bytes) throw std::runtime_error("output is missing");
+  return seconds * 1e6;
+}
+
+}  // namespace
+
+Pair measureEventsOfBlocks(std::uint64_t lines, int rounds) {
+  const Thread thread = newThread();
+  return medians(
+      rounds, [&] { return eventsPerSecond(thread, "blocks", lines); }, [&] { return splitAndDecodePerSecond(lines); });
+}
+
+Pair measureEventsOfLines(std::uint64_t lines, int rounds) {
+  const Thread thread = newThread();
+  return medians(
+      rounds, [&] { return eventsPerSecond(thread, "lines", lines); }, [&] { return bareLinesPerSecond(lines); });
+}
+
+Pair measureLatency(std::uint64_t lines, int rounds) {
+  const Thread thread = newThread();
+  return medians(rounds, [&] { return medianLatency(thread, lines); }, [&] { return medianWakeUp(lines); });
+}
+
+Pair measureRoundTrip(std::uint64_t requests, int rounds) {
+  const Thread thread = newThread();
+  return medians(
+      rounds, [&] { return nanosecondsPerSteer(thread, requests); }, [&] { return nanosecondsPerExchange(requests); });
+}
+
+Pair measureMemoryOfRequests(std::uint64_t requests) {
+  const Thread thread = newThread();
+  nanosecondsPerSteer(thread, requests / 10);
+  const double before = residentBytes();
+  nanosecondsPerSteer(thread, requests);
+  return {residentBytes(), before};
+}
+
+Pair measureTurns(int rounds) {
+  const Thread thread = newThread();
+  nanosecondsOfTurn(thread);
+  return medians(rounds, [&] { return nanosecondsOfTurn(thread); }, [] { return nanosecondsOfTurn(newThread()); });
+}
+
+Pair measureCommandOutput(std::uint64_t bytes, int rounds) {
+  const Thread thread = newThread();
+  return medians(
+      rounds, [&] { return microsecondsOfCommandOutput(thread, bytes); },
+      [&] { return microsecondsOfCommandOutput(thread, bytes / 4); });
+}
+
+std::size_t measurePeakOfCommandOutput(const char* thisProgram, std::uint64_t bytes) {
+  testing::ChildOptions options;
+  options.arguments = {"--consume", prompt("output", bytes)};
+  testing::ChildProgram consumer(thisProgram, options);
+  const testing::ChildEnd end = consumer.wait();
+  if (end.status != 0) throw std::runtime_error("the consumer failed: " + consumer.readErrors());
+#ifdef __APPLE__
+  return static_cast<std::size_t>(end.usage.ru_maxrss);
+#else
+  return static_cast<std::size_t>(end.usage.ru_maxrss) << 10;
+#endif
+}
+
+void consumeTurn(const std::string& workload) {
+  const auto ignore = [](const ThreadEvent&) {};
+  play(newThread(), workload, ignore).get();
+}
+
+}  // namespace ormel::benchmarks

@@ -1,0 +1,149 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace ormel {
+
+/// Events on their way, oldest first. They stay where they were made until they are taken: to hand a whole batch on, or
+/// to add it to another one, moves no event.
+///
+/// *Thread safety*: none of its own; the events may have been made on another thread.
+template <class T>
+class EventBatch {
+ public:
+  EventBatch() noexcept = default;
+  EventBatch(EventBatch&& other) noexcept { swap(other); }
+  EventBatch& operator=(EventBatch&& other) noexcept {
+    EventBatch(std::move(other)).swap(*this);
+    return *this;
+  }
+  ~EventBatch() { clear(); }
+
+  bool empty() const noexcept { return size_ == 0; }
+  std::size_t size() const noexcept { return size_; }
+
+  /// *Preconditions*: not empty.
+  T& front() noexcept { return *first_->slot(first_->begin); }
+
+  /// Makes an event at the end.
+  template <class... Arguments>
+  void emplaceBack(Arguments&&... arguments) {
+    if (last_ && last_->end < last_->capacity) {
+      std::construct_at(last_->slot(last_->end), std::forward<Arguments>(arguments)...);
+    } else {
+      std::unique_ptr<Block, FreeBlock> block(Block::make(nextCapacity()));
+      std::construct_at(block->slot(0), std::forward<Arguments>(arguments)...);
+      (last_ ? last_->next : first_) = block.get();
+      last_ = block.release();
+    }
+    ++last_->end;
+    ++size_;
+  }
+
+  /// *Preconditions*: not empty.
+  void popFront() noexcept {
+    std::destroy_at(first_->slot(first_->begin));
+    ++first_->begin;
+    --size_;
+    if (first_->begin == first_->end) dropFirstBlock();
+  }
+
+  /// Adds the events of another batch, which is then empty, at the end.
+  void append(EventBatch&& other) noexcept {
+    if (other.empty()) return;
+    (last_ ? last_->next : first_) = other.first_;
+    last_ = other.last_;
+    size_ += other.size_;
+    other.first_ = other.last_ = nullptr;
+    other.size_ = 0;
+  }
+
+  void clear() noexcept {
+    while (!empty()) popFront();
+  }
+
+  void swap(EventBatch& other) noexcept {
+    std::swap(first_, other.first_);
+    std::swap(last_, other.last_);
+    std::swap(size_, other.size_);
+  }
+
+ private:
+  /// Room for some events, which it is followed by; filled once from its beginning to its end.
+  struct Block {
+    explicit Block(std::size_t room) noexcept : capacity(room) {}
+
+    Block* next = nullptr;
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    const std::size_t capacity;
+
+    static constexpr std::size_t alignment = std::max(alignof(T), alignof(std::max_align_t));
+    static constexpr std::size_t headSize() { return (sizeof(Block) + alignment - 1) / alignment * alignment; }
+
+    static Block* make(std::size_t room) {
+      static_assert(alignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+      return new (::operator new(headSize() + room * sizeof(T))) Block(room);
+    }
+
+    T* slot(std::size_t index) noexcept {
+      return std::launder(reinterpret_cast<T*>(reinterpret_cast<std::byte*>(this) + headSize())) + index;
+    }
+  };
+
+  struct FreeBlock {
+    void operator()(Block* block) const noexcept { ::operator delete(block); }
+  };
+
+  // Most batches hold one event; those of a stream soon have blocks of this size.
+  static constexpr std::size_t largestBlock = std::max<std::size_t>(8, 16'384 / sizeof(T));
+
+ public:
+  /// Walks through the events without taking them.
+  class Iterator {
+   public:
+    using value_type = T;
+    using difference_type = std::ptrdiff_t;
+    using iterator_concept = std::input_iterator_tag;
+
+    explicit Iterator(Block* block) noexcept : block_(block), index_(block ? block->begin : 0) {}
+
+    T& operator*() const noexcept { return *block_->slot(index_); }
+    T* operator->() const noexcept { return block_->slot(index_); }
+    Iterator& operator++() noexcept {
+      if (++index_ < block_->end) return *this;
+      block_ = block_->next;
+      index_ = block_ ? block_->begin : 0;
+      return *this;
+    }
+    void operator++(int) noexcept { ++*this; }
+    friend bool operator==(const Iterator& iterator, std::default_sentinel_t) noexcept { return !iterator.block_; }
+
+   private:
+    Block* block_;
+    std::size_t index_;
+  };
+
+  Iterator begin() const noexcept { return Iterator(empty() ? nullptr : first_); }
+  std::default_sentinel_t end() const noexcept { return {}; }
+
+ private:
+  std::size_t nextCapacity() const noexcept { return last_ ? std::min(2 * last_->capacity, largestBlock) : 1; }
+
+  void dropFirstBlock() noexcept {
+    const std::unique_ptr<Block, FreeBlock> block(first_);
+    first_ = block->next;
+    if (!first_) last_ = nullptr;
+  }
+
+  Block* first_ = nullptr;
+  Block* last_ = nullptr;
+  std::size_t size_ = 0;
+};
+
+}  // namespace ormel
