@@ -7,6 +7,7 @@
 #include "OrmelSDK/Concurrency/Sleep.h"
 #include "OrmelSDK/OrmelExecutableTrust.h"
 #include "OrmelSDK/OrmelProcessError.h"
+#include "OrmelSDK/TurnRun/Campaign/CampaignThreadScenarios.h"
 
 namespace ormel::testing {
 
@@ -370,10 +371,16 @@ void storm(CampaignWorld& world) {
   world.close();
 }
 
+/// With those that stand elsewhere.
+std::vector<CampaignScenario> joined(std::vector<CampaignScenario> scenarios) {
+  for (auto& scenario : campaignThreadScenarios()) scenarios.push_back(std::move(scenario));
+  return scenarios;
+}
+
 }  // namespace
 
 const std::vector<CampaignScenario>& campaignScenarios() {
-  static const std::vector<CampaignScenario> scenarios = {
+  static const std::vector<CampaignScenario> scenarios = joined({
       {"Turn", [](CampaignWorld& world) { plain(world, OperationKind::turn); }},
       {"ResumedTurn", [](CampaignWorld& world) { plain(world, OperationKind::resumedTurn); }},
       {"Review", [](CampaignWorld& world) { plain(world, OperationKind::review); }},
@@ -397,7 +404,7 @@ const std::vector<CampaignScenario>& campaignScenarios() {
       {"Launching", launching},
       {"Approvals", approvals},
       {"Storm", storm},
-  };
+  });
   return scenarios;
 }
 

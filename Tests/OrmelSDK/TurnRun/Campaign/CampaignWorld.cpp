@@ -15,8 +15,6 @@ namespace {
 
 /// A schedule takes a few hundred steps.
 constexpr std::uint64_t stepLimit = 100'000;
-/// Two operations that follow each other are over after about so many steps.
-constexpr std::uint64_t stepsOfInterest = 70;
 
 std::string_view stampOf(std::string_view id) {
   const auto place = id.find('@');
@@ -55,14 +53,18 @@ void CampaignWorld::dawdle() {
 }
 
 void CampaignWorld::open() {
+  run_ = Run::create(configuration, detail::RunSurroundings(scheduler, server, blockingWork));
+  open(run_);
+}
+
+void CampaignWorld::open(const std::shared_ptr<Run>& run) {
   InMemoryServerScript script = behaviour.script();
   script.onClientWrite = [this](InMemoryProcess& process, const std::string& line) { noteWrite(process, line); };
   server.setScript(std::move(script));
-  run_ = Run::create(configuration, detail::RunSurroundings(scheduler, server, blockingWork));
-  weakRun_ = run_;
+  weakRun_ = run;
   if (isDawdling_) {
-    run_->stdoutChunkProcessingHook = [this](const std::string&) { return pause(scheduler); };
-    run_->postRequestAwaitHook = [this](const std::string&, std::uint64_t) { return pause(scheduler); };
+    run->stdoutChunkProcessingHook = [this](const std::string&) { return pause(scheduler); };
+    run->postRequestAwaitHook = [this](const std::string&, std::uint64_t) { return pause(scheduler); };
   }
   scheduler.setStepHook([this] { afterStep(); });
 }
@@ -194,8 +196,8 @@ void CampaignWorld::drop() {
   run_.reset();
 }
 
-void CampaignWorld::atAnyStep(std::function<void()> action) {
-  actions_.push_back({scheduler.steps() + scheduler.choose(stepsOfInterest), std::move(action)});
+void CampaignWorld::atAnyStep(std::function<void()> action, std::uint64_t within) {
+  actions_.push_back({scheduler.steps() + scheduler.choose(within), std::move(action)});
 }
 
 void CampaignWorld::settle() {
@@ -241,6 +243,7 @@ void CampaignWorld::afterStep() {
   if (broken_) require(false, *broken_);
   mix(scheduler.now());
   if (const auto run = weakRun_.lock()) checkRun(*run);
+  if (alsoAfterStep) alsoAfterStep();
   for (auto& planned : actions_) {
     if (planned.step <= scheduler.steps() && planned.action) scheduler.post(std::exchange(planned.action, nullptr));
   }
