@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "OrmelSDK/Concurrency/Strand.h"
 #include "OrmelSDK/Thread/ThreadOperations.h"
 
 namespace ormel::testing {
@@ -149,6 +150,24 @@ TEST(Thread, LearnsItsIDWhenItsFirstTurnHasBeenAccepted) {
     server.completeTurn();
     EXPECT_THAT(*heard, ElementsAre("thread.started t1", "turn.completed", "end"));
     EXPECT_EQ(server.thread->id(), "t1");
+  });
+}
+
+// The events are forwarded elsewhere then, and may come later.
+TEST(Thread, KnowsItsIDWhenACallerOnAStrandGoesOn) {
+  inManyOrders([](SimulatedScheduler& scheduler) {
+    SimulatedThread server(scheduler);
+    const Strand strand(scheduler, "application");
+    std::optional<std::string> id;
+    std::optional<StreamedTurn> streamed;
+    server.thread->runStreamed("hello").onStrand(strand).start([&](TaskResult<StreamedTurn> result) {
+      streamed.emplace(result.take());
+      id = server.thread->id();
+    });
+    server.settle();
+    EXPECT_EQ(id, "t1");
+    server.completeTurn();
+    EXPECT_EQ(server.listen(std::move(streamed->events))->size(), 3U);
   });
 }
 
