@@ -73,6 +73,7 @@ class Conversation final {
   /// The conversation's id; fails with `ThreadRunError` of the kind `streamError` and the message without one.
   std::string neededThreadID(const char* message) const;
   static Task<ConnectedOperation> connectOperation(Self self, std::optional<AbortSignal> signal);
+  void noteOperation(const ActiveOperation& operation);
   void finishOperation(const ConnectedOperation& connected);
   void updateThreadID(const std::string& threadID, const ActiveOperation& operation);
   static Task<StreamedTurn> startOnOwnThread(Self self, ConnectedOperation connected,

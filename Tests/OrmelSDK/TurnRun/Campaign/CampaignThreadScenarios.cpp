@@ -123,6 +123,19 @@ void race(CampaignWorld& world) {
   thenAnother(thread);
 }
 
+/// The end of an idle server comes to light while the next operations begin.
+void idleExit(CampaignWorld& world) {
+  world.plan().exitsAfterTurn = true;
+  dawdleOrNot(world);
+  CampaignThread thread(world, "thread-of-old");
+  thread.call(thread.anyKind());
+  for (auto starts = 2 + world.scheduler.choose(3); starts > 0; --starts) {
+    thread.atAnyStep([&] { thread.call(thread.anyKind()); });
+  }
+  thread.settle();
+  thread.close();
+}
+
 void ownThreads(CampaignWorld& world) {
   constexpr std::array faults = {Fault::malformedLine, Fault::exitInstead, Fault::endOfFile};
   if (world.coin()) world.plan().fault = anyOf(world, faults);
@@ -278,6 +291,7 @@ std::vector<CampaignScenario> campaignThreadScenarios() {
       {"ThreadAbort", abort},
       {"ThreadLateAbort", lateAbort},
       {"ThreadRace", race},
+      {"ThreadIdleExit", idleExit},
       {"ThreadOwnThreads", ownThreads},
       {"ThreadJoins", joins},
       {"ThreadRelease", release},
