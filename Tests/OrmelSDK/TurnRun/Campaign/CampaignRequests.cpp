@@ -181,7 +181,8 @@ Task<void> CampaignRequests::takeTime() {
   servings_.push_back(over.serving);
   const auto fate = world_.scheduler.choose(8);
   if (fate == 0) co_await sleepFor(world_.scheduler, 24h);
-  Task<void> waiting = pause(world_.scheduler, world_.scheduler.choose(25));
+  const std::uint64_t longest = world_.coin() ? 4 : 25;
+  Task<void> waiting = pause(world_.scheduler, world_.scheduler.choose(longest));
   if (fate < 3) waiting = std::move(waiting).withStopToken({});
   co_await std::move(waiting);
   if (plan_.handlersFail && fate == 4) throw std::runtime_error("campaign");
@@ -258,12 +259,13 @@ void CampaignRequests::runWrote(const detail::AppServerTurnRun& run, const InMem
 }
 
 void CampaignRequests::checkRefusal(const InMemoryProcess& process, std::string_view id) {
-  const auto refused = std::find_if(requests_.begin(), requests_.end(), [&](const Request& request) {
-    return request.kind == Kind::unknown && request.id == id && request.process == process.identifier() &&
-           !request.isAnswered;
-  });
-  if (refused == requests_.end()) return world_.breaks("only what is unknown is refused, and once");
-  refused->isAnswered = true;
+  // They are refused as they are taken, which is in the order of the lines.
+  for (Request* request : lines_[process.identifier()]) {
+    if (!request || request->kind != Kind::unknown || request->id != id || request->isAnswered) continue;
+    request->isAnswered = true;
+    return;
+  }
+  world_.breaks("only what is unknown is refused, and once");
 }
 
 void CampaignRequests::checkAnswer(const detail::AppServerTurnRun& run, const InMemoryProcess& process,
