@@ -22,12 +22,12 @@ CampaignThread::CampaignThread(CampaignWorld& world, std::optional<std::string> 
       detail::RunSurroundings(world.scheduler, world.server, world.blockingWork));
   conversation_ = conversation;
   lastID_ = conversation->id();
+  world.observeBy(this);
   world.open(conversation->reusableRun());
-  world.alsoAfterStep = [this] { afterStep(); };
   thread_.emplace(std::move(conversation));
 }
 
-CampaignThread::~CampaignThread() { world_.alsoAfterStep = nullptr; }
+CampaignThread::~CampaignThread() { world_.observeBy(nullptr); }
 
 // What the application does.
 
@@ -157,7 +157,7 @@ bool CampaignThread::isBusy() const {
 
 // What is promised at all times.
 
-void CampaignThread::afterStep() {
+void CampaignThread::stepped(const detail::AppServerTurnRun*) {
   const auto conversation = conversation_.lock();
   if (!conversation) return;
   const auto id = conversation->id();

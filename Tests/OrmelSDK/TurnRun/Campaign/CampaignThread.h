@@ -46,11 +46,11 @@ struct ThreadCallRecord {
 
 /// One `Thread` in a campaign's world, and the application that uses it. After each step it checks what a thread
 /// promises at all times, at the end of each call what the call promises, and at the end that nothing is left.
-class CampaignThread {
+class CampaignThread final : public CampaignObserver {
  public:
   /// Makes the thread, by the world's plan and configuration as they are now.
   explicit CampaignThread(CampaignWorld& world, std::optional<std::string> threadID = std::nullopt);
-  ~CampaignThread();
+  ~CampaignThread() override;
   CampaignThread(const CampaignThread&) = delete;
   CampaignThread& operator=(const CampaignThread&) = delete;
 
@@ -91,7 +91,7 @@ class CampaignThread {
   void noteEnd(ThreadCallRecord& record);
   void checkID(const ThreadCallRecord& record);
   void checkTurn(const ThreadCallRecord& record) const;
-  void afterStep();
+  void stepped(const detail::AppServerTurnRun* run) override;
 
   CampaignWorld& world_;
   std::weak_ptr<detail::Conversation> conversation_;

@@ -60,6 +60,9 @@ void CampaignWorld::open() {
 void CampaignWorld::open(const std::shared_ptr<Run>& run) {
   InMemoryServerScript script = behaviour.script();
   script.onClientWrite = [this](InMemoryProcess& process, const std::string& line) { noteWrite(process, line); };
+  script.onSend = [this](InMemoryProcess& process, const JSONValue& message) {
+    if (observer_) observer_->serverSent(process, message);
+  };
   server.setScript(std::move(script));
   weakRun_ = run;
   if (isDawdling_) {
@@ -180,6 +183,11 @@ CallRecord& CampaignWorld::steer() {
   return begin(run_->steer(Input("faster"), TurnOptions()), true);
 }
 
+CallRecord& CampaignWorld::submit(std::string itemID, std::map<std::string, std::vector<std::string>> answers) {
+  if (!run_) return *calls_.emplace_back(std::make_unique<CallRecord>());
+  return begin(run_->submitUserInput(std::move(itemID), std::move(answers)));
+}
+
 CallRecord& CampaignWorld::interrupt() {
   if (!run_) return *calls_.emplace_back(std::make_unique<CallRecord>());
   return begin(run_->interruptFromSignal());
@@ -242,8 +250,9 @@ void CampaignWorld::mix(std::string_view text) noexcept {
 void CampaignWorld::afterStep() {
   if (broken_) require(false, *broken_);
   mix(scheduler.now());
-  if (const auto run = weakRun_.lock()) checkRun(*run);
-  if (alsoAfterStep) alsoAfterStep();
+  const auto run = weakRun_.lock();
+  if (run) checkRun(*run);
+  if (observer_) observer_->stepped(run.get());
   for (auto& planned : actions_) {
     if (planned.step <= scheduler.steps() && planned.action) scheduler.post(std::exchange(planned.action, nullptr));
   }
@@ -282,7 +291,8 @@ void CampaignWorld::checkRun(const Run& run) {
 
 void CampaignWorld::checkEndOfOperation(const Run& run) const {
   require(run.requests().count() <= steersUnderWay_, "the end of an operation leaves no request but steers");
-  require(run.serverRequests().count() == 0, "the end of an operation leaves no request of the server");
+  // Who looks on knows better: some may have come after the end.
+  require(observer_ || run.serverRequests().count() == 0, "the end of an operation leaves no request of the server");
   // A timer that was cancelled when it was due may still be ready, and does nothing then.
   std::string pending = scheduler.pending();
   pending.erase(0, pending.find("; timers:"));
@@ -313,6 +323,7 @@ void CampaignWorld::note(OperationRecord& record, const ThreadEvent& event) {
     ++record.turnsStarted;
     if (turn->modelContextWindow == CampaignServer::foreignWindow) breaks("no start is of a foreign turn");
   } else if (const auto* item = std::get_if<ItemCompletedEvent>(&event.value)) {
+    if (std::holds_alternative<McpToolCallItem>(item->item.value)) return;
     const auto* message = std::get_if<AgentMessageItem>(&item->item.value);
     if (!message) return breaks("items are those that the server completed");
     noteStamp(record, message->text);
@@ -348,6 +359,9 @@ void CampaignWorld::checkScope(const InMemoryProcess& process, const JSONValue& 
   if (&process != &server.lastProcess()) breaks("nothing is written to an older process");
   const auto run = weakRun_.lock();
   if (!run) return breaks("a run that is gone writes nothing");
+  if (observer_) observer_->runWrote(*run, process, message);
+  // What is not understood is refused at any time.
+  if (message.find("error")) return;
   if (!run->stream().isPending()) breaks("nothing is written for an operation that has ended");
   const auto& turnID = run->scope().coordinatorTurnID();
   const JSONValue* params = message.find("params");
@@ -355,7 +369,7 @@ void CampaignWorld::checkScope(const InMemoryProcess& process, const JSONValue& 
     if (params && textOf(params->find(method == "turn/steer" ? "expectedTurnId" : "turnId")) != turnID) {
       breaks("who joins a turn joins the present one");
     }
-  } else if (method.empty() && turnID && textOf(message.find("id")) != "ask-" + *turnID) {
+  } else if (method.empty() && !observer_ && turnID && textOf(message.find("id")) != "ask-" + *turnID) {
     breaks("no answer is written for a turn that is over");
   }
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -52,6 +53,18 @@ struct CallRecord {
   std::optional<std::string> error;
 };
 
+/// Looks on at what a schedule does, and says which promise was broken by `CampaignWorld::breaks`.
+class CampaignObserver {
+ public:
+  virtual ~CampaignObserver() = default;
+
+  virtual void serverSent(const InMemoryProcess&, const JSONValue&) {}
+  /// Within the call that writes.
+  virtual void runWrote(const detail::AppServerTurnRun&, const InMemoryProcess&, const JSONValue&) {}
+  /// After each step; null once the run is gone.
+  virtual void stepped(const detail::AppServerTurnRun* run) = 0;
+};
+
 /// One run, its server and its clients under one seed. After each step it checks what a run promises at all times, and
 /// at the end what it promises to leave behind.
 class CampaignWorld {
@@ -80,6 +93,7 @@ class CampaignWorld {
   /// Reserves first, and starts then, with other work in between.
   OperationRecord& reserveAndStart(OperationKind kind);
   CallRecord& steer();
+  CallRecord& submit(std::string itemID, std::map<std::string, std::vector<std::string>> answers);
   CallRecord& interrupt();
   CallRecord& release();
   /// Lets go of the run.
@@ -99,8 +113,6 @@ class CampaignWorld {
 
   /// Does it before a step that is chosen at random, once the work at hand is done at the latest.
   void atAnyStep(std::function<void()> action, std::uint64_t within = stepsOfInterest);
-  /// Checks what somebody else promises at all times.
-  std::function<void()> alsoAfterStep;
 
   /// Runs until nothing is left to do.
   void settle();
@@ -110,8 +122,11 @@ class CampaignWorld {
   /// Fails unless the operation did not fail, or one of the texts begins its failure.
   void requireErrors(const OperationRecord& record, std::initializer_list<std::string_view> allowed) const;
   void require(bool holds, std::string_view promise) const;
-  /// For where an exception cannot leave.
+  /// For where an exception cannot leave: fails the next step.
   void breaks(std::string_view promise);
+
+  /// Has somebody look on, from `open` on; nobody if null.
+  void observeBy(CampaignObserver* observer) noexcept { observer_ = observer; }
 
   /// Adds to the trace.
   void mix(std::uint64_t value) noexcept;
@@ -147,6 +162,7 @@ class CampaignWorld {
   void checkOperation(const OperationRecord& record) const;
   void checkNothingIsLeft() const;
 
+  CampaignObserver* observer_ = nullptr;
   std::shared_ptr<Run> run_;
   std::weak_ptr<Run> weakRun_;
   std::vector<std::unique_ptr<OperationRecord>> operations_;
