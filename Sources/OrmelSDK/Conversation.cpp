@@ -66,16 +66,19 @@ void Conversation::updateThreadID(const std::string& threadID, const ActiveOpera
   if (currentOperation_ == operation) threadID_ = threadID;
 }
 
+void Conversation::noteOperation(const ActiveOperation& operation) {
+  const std::lock_guard guard(lock_);
+  // The end of an idle server may have ended the reservation since, and a later operation may have taken its place.
+  if (!currentOperation_ || currentOperation_->generation < operation.generation) currentOperation_ = operation;
+}
+
 Task<Conversation::ConnectedOperation> Conversation::connectOperation(Self self, std::optional<AbortSignal> signal) {
   refuseIfAborted(signal);
   const Run run = self->reusableRun();
   const std::uint64_t generation = co_await run->reserveOperation();
   ConnectedOperation connected;
   connected.operation = {run, generation};
-  {
-    const std::lock_guard guard(self->lock_);
-    self->currentOperation_ = connected.operation;
-  }
+  self->noteOperation(connected.operation);
   if (signal) {
     connected.signalToken = signal->register_([weakRun = std::weak_ptr(run), generation] {
       if (const auto interrupted = weakRun.lock()) interrupted->interruptFromSignal(generation).detach();

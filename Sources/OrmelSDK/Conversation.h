@@ -45,7 +45,6 @@ class Conversation final {
                                            std::map<std::string, std::vector<std::string>> answers);
   static Task<void> interrupt(Self self);
 
- private:
   using Run = std::shared_ptr<AppServerTurnRun>;
 
   struct ActiveOperation {
@@ -54,6 +53,14 @@ class Conversation final {
     friend bool operator==(const ActiveOperation&, const ActiveOperation&) = default;
   };
 
+  // For what is below, and for tests.
+
+  /// The run of all operations, made at the first use.
+  Run reusableRun();
+  /// From its reservation until its end has been forwarded.
+  std::optional<ActiveOperation> currentOperation() const;
+
+ private:
   /// An operation and what its end has to undo.
   struct ConnectedOperation {
     ActiveOperation operation;
@@ -63,11 +70,10 @@ class Conversation final {
     std::optional<std::string> restoreThreadID;
   };
 
-  Run reusableRun();
-  std::optional<ActiveOperation> currentOperation() const;
   /// The conversation's id; fails with `ThreadRunError` of the kind `streamError` and the message without one.
   std::string neededThreadID(const char* message) const;
   static Task<ConnectedOperation> connectOperation(Self self, std::optional<AbortSignal> signal);
+  void noteOperation(const ActiveOperation& operation);
   void finishOperation(const ConnectedOperation& connected);
   void updateThreadID(const std::string& threadID, const ActiveOperation& operation);
   static Task<StreamedTurn> startOnOwnThread(Self self, ConnectedOperation connected,

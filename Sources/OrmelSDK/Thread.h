@@ -64,11 +64,13 @@ struct StreamedTurn {
 ///
 /// *Errors*: `ThreadRunError` of the kind `streamError` when the server, the connection to it or the use of the thread
 /// is at fault: "An app-server operation is already active" during another operation. `OrmelProcessError` when the
-/// server cannot be started, or, of the kind `aborted`, when the application stopped the operation. An operation that
-/// fails ends the server process; the next one starts another.
+/// server cannot be started, or, of the kind `aborted`, when the application stopped the operation; one that is stopped
+/// while it starts may also fail with "Prepared app-server operation is no longer current". An operation that fails
+/// ends the server process; the next one starts another.
 ///
-/// *Cancellation*: an operation whose call is cancelled by its stop token before the server has accepted it fails as
-/// aborted. Afterwards, `interrupt` or the `AbortSignal` of its options ends it.
+/// *Cancellation*: an operation whose call is cancelled by its stop token before the server has accepted it is aborted,
+/// and the call fails with `CancelledError`. Afterwards a cancelled `run` only stops reading, and `interrupt` or the
+/// `AbortSignal` of its options ends the operation.
 class Thread {
  public:
   explicit Thread(std::shared_ptr<detail::Conversation> conversation) : conversation_(std::move(conversation)) {}

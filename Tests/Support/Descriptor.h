@@ -1,15 +1,13 @@
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
 
-namespace ormel::testing {
+#include "Support/Eventually.h"
 
-/// How long a test waits for what must happen: far beyond any real delay, so that a hang fails and nothing else does.
-inline constexpr std::chrono::seconds patience{120};
+namespace ormel::testing {
 
 /// Owns a descriptor; -1 is none.
 class Descriptor {

@@ -6,8 +6,8 @@
 
 namespace ormel::testing {
 
-/// How long a test waits for something that is bound to happen before it fails.
-constexpr std::chrono::seconds patience{60};
+/// How long a test waits for what must happen: far beyond any real delay, so that a hang fails and nothing else does.
+inline constexpr std::chrono::seconds patience{120};
 
 /// Whether the condition comes true in time. For what nobody can signal, such as the end of a thread.
 template <typename Condition>

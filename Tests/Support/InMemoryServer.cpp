@@ -62,7 +62,10 @@ void InMemoryProcess::write(std::string_view bytes) {
   if (isRunning()) output_->write(bytes);
 }
 
-void InMemoryProcess::send(const JSONValue& message) { write(message.encode() + "\n"); }
+void InMemoryProcess::send(const JSONValue& message) {
+  if (isRunning() && script_->onSend) script_->onSend(*this, message);
+  write(message.encode() + "\n");
+}
 
 void InMemoryProcess::answer(const JSONValue& request, const JSONValue& result) {
   if (const auto* id = request.find("id")) send(JSONValue::object({{"id", *id}, {"result", result}}));

@@ -33,6 +33,8 @@ struct InMemoryServerScript {
   std::function<void(InMemoryProcess&)> onTerminate;
   /// Within the call that writes a line, on the client's strand.
   std::function<void(InMemoryProcess&, const std::string& line)> onClientWrite;
+  /// Within the call that sends a message.
+  std::function<void(InMemoryProcess&, const JSONValue& message)> onSend;
 };
 
 /// The server's side of one process that was started. Nothing happens within a call: each delivery to the client, and

@@ -8,6 +8,8 @@ namespace ormel::testing {
 struct ProcessResources {
   std::size_t descriptors = 0;
   std::size_t threads = 0;
+  /// The memory that is in use; 0 where the system does not tell.
+  std::size_t residentBytes = 0;
   /// Children that run or have not been reaped.
   bool hasChildren = false;
 

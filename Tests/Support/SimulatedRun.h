@@ -60,11 +60,7 @@ class SimulatedRun {
       const JSONValue thread = JSONValue::object({{"id", *request.find("params")->find("threadId")}});
       process.answer(request, JSONValue::object({{"thread", thread}}));
     });
-    detail::AppServerTurnRunConfiguration configuration;
-    configuration.executablePath = "/opt/ormel";
-    configuration.ormelOptions = options.ormel;
-    configuration.threadOptions = options.thread;
-    run = Run::create(std::move(configuration), detail::RunSurroundings(scheduler, server, blockingWork_));
+    run = Run::create(configuration(options), surroundings());
   }
   SimulatedRun(const SimulatedRun&) = delete;
   SimulatedRun& operator=(const SimulatedRun&) = delete;
@@ -198,6 +194,16 @@ class SimulatedRun {
   SimulatedScheduler& scheduler;
   InMemoryServer server;
   std::shared_ptr<Run> run;
+
+ protected:
+  static detail::AppServerTurnRunConfiguration configuration(const Options& options) {
+    detail::AppServerTurnRunConfiguration configuration;
+    configuration.executablePath = "/opt/ormel";
+    configuration.ormelOptions = options.ormel;
+    configuration.threadOptions = options.thread;
+    return configuration;
+  }
+  detail::RunSurroundings surroundings() { return {scheduler, server, blockingWork_}; }
 
  private:
   void respond(InMemoryProcess& process, const JSONValue& message) {

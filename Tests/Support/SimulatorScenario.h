@@ -1,12 +1,17 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/ProcessEnvironment.h"
+#include "Support/Eventually.h"
 #include "Support/TemporaryDirectory.h"
 
 namespace ormel::testing {
@@ -23,6 +28,16 @@ class SimulatorScenario {
 
   std::filesystem::path path() const { return folder_.path() / "scenario"; }
   std::filesystem::path recordPath() const { return folder_.path() / "record"; }
+
+  /// The environment of this process, with the two variables that make the simulator play this scenario.
+  std::map<std::string, std::string> wholeEnvironment() const {
+    auto all = detail::ProcessEnvironment::current();
+    for (const std::string& variable : environment()) {
+      const auto equals = variable.find('=');
+      all.insert_or_assign(variable.substr(0, equals), variable.substr(equals + 1));
+    }
+    return all;
+  }
 
   /// The two variables that make the simulator play this scenario, as "NAME=value".
   std::vector<std::string> environment() const {
@@ -52,6 +67,24 @@ class SimulatorScenario {
 
   /// The lines that the client has sent, in order.
   std::vector<std::string> receivedLines() const { return texts("received", "line"); }
+
+  /// The methods of those lines, over all processes; "reply" for an answer.
+  std::vector<std::string> methodsReceived() const {
+    std::vector<std::string> methods;
+    for (const std::string& line : receivedLines()) {
+      const JSONValue message = JSONValue::decode(line);
+      const JSONValue* method = message.find("method");
+      methods.emplace_back(method ? method->stringValue().value_or("?") : "reply");
+    }
+    return methods;
+  }
+  bool waitForMethod(std::string_view method) const {
+    return eventually([&] {
+      const auto methods = methodsReceived();
+      return std::find(methods.begin(), methods.end(), method) != methods.end();
+    });
+  }
+  std::size_t processesStarted() const { return record("start").size(); }
 
   /// What went against the scenario, in the simulator's words; empty when nothing did.
   std::vector<std::string> failures() const { return texts("failure", "text"); }

@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "OrmelSDK/AppServerRun/AppServerTurnRun.h"
-#include "OrmelSDK/ProcessEnvironment.h"
 #include "Support/ConcurrencySchedulers.h"
 #include "Support/RunTranscript.h"
 #include "Support/SimulatorScenario.h"
@@ -122,24 +121,9 @@ class TurnRunHarness {
   }
 
   /// The methods of what the simulator has received, over all processes, in order.
-  std::vector<std::string> methodsReceived() const {
-    std::vector<std::string> methods;
-    for (const std::string& line : scenario_.receivedLines()) {
-      const JSONValue message = JSONValue::decode(line);
-      const JSONValue* method = message.find("method");
-      methods.emplace_back(method ? method->stringValue().value_or("?") : "reply");
-    }
-    return methods;
-  }
-  bool waitForMethod(std::string_view method) const {
-    return eventually([&] {
-      for (const std::string& received : methodsReceived()) {
-        if (received == method) return true;
-      }
-      return false;
-    });
-  }
-  std::size_t processesStarted() const { return scenario_.record("start").size(); }
+  std::vector<std::string> methodsReceived() const { return scenario_.methodsReceived(); }
+  bool waitForMethod(std::string_view method) const { return scenario_.waitForMethod(method); }
+  std::size_t processesStarted() const { return scenario_.processesStarted(); }
 
  private:
   template <class Seen>
@@ -165,12 +149,7 @@ class TurnRunHarness {
     configuration.executablePath = settings.executable.value_or(SimulatorScenario::executable());
     configuration.ormelOptions = settings.ormelOptions;
     configuration.ormelOptions.selectedOrmelPathOverride = true;
-    auto environment = detail::ProcessEnvironment::current();
-    for (const std::string& variable : scenario_.environment()) {
-      const auto equals = variable.find('=');
-      environment.insert_or_assign(variable.substr(0, equals), variable.substr(equals + 1));
-    }
-    configuration.ormelOptions.env = std::move(environment);
+    configuration.ormelOptions.env = scenario_.wholeEnvironment();
     configuration.threadOptions = settings.threadOptions;
     return configuration;
   }

@@ -95,10 +95,11 @@ Task<void> AppServerTurnRun::serve(std::weak_ptr<AppServerTurnRun> owner, AppSer
 }
 
 bool AppServerTurnRun::takePendingServerRequest(const AppServerRequestID& id, const ServerRequestScope& scope) {
-  const bool isCurrent = serverRequests_.contains(id, scope) && isCurrentTransport(scope.transportGeneration) &&
-                         stream_.currentOperationGeneration() == scope.operationGeneration && stream_.isPending();
-  if (isCurrent) serverRequests_.remove(id);
-  return isCurrent;
+  if (!serverRequests_.contains(id, scope)) return false;
+  // Also when it is not answered: an idle server may ask for ever.
+  serverRequests_.remove(id);
+  return isCurrentTransport(scope.transportGeneration) &&
+         stream_.currentOperationGeneration() == scope.operationGeneration && stream_.isPending();
 }
 
 void AppServerTurnRun::completePendingServerRequest(const AppServerRequestID& id, const ServerRequestScope& scope,

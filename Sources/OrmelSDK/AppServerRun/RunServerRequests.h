@@ -27,6 +27,12 @@ struct ServerRequestScope {
 /// *Thread safety*: none; it belongs to the run's strand.
 class RunServerRequests {
  public:
+  RunServerRequests() = default;
+  RunServerRequests(const RunServerRequests&) = delete;
+  RunServerRequests& operator=(const RunServerRequests&) = delete;
+  /// Cancels all: nobody waits for an answer any more.
+  ~RunServerRequests() { cancelAll(); }
+
   /// Notes a request; one under the same id is cancelled. Returns the token that its handler's task observes.
   std::stop_token add(const AppServerRequestID& id, const ServerRequestScope& scope);
 

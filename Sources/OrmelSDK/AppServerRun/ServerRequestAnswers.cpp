@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <exception>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "OrmelSDK/AppServerRun/RunFailure.h"
-#include "OrmelSDK/DynamicToolCallItemsTables.h"
 #include "OrmelSDK/ElicitationTables.h"
 #include "OrmelSDK/PermissionProfileTables.h"
 
@@ -48,11 +48,19 @@ JSONValue elicitationAnswer(const McpServerElicitationResponse& response) {
                             {"_meta", response.metadata.value_or(JSONValue())}});
 }
 
+// Not the form that items have: there the key of an image is another.
+JSONValue contentOf(const DynamicToolCallOutputText& text) {
+  return JSONValue::object({{"type", "inputText"}, {"text", text.text}});
+}
+JSONValue contentOf(const DynamicToolCallOutputImage& image) {
+  return JSONValue::object({{"type", "inputImage"}, {"imageUrl", image.imageURL}});
+}
+
 JSONValue toolAnswer(const DynamicToolResult& result) {
   std::vector<JSONValue> items;
   items.reserve(result.contentItems.size());
   for (const auto& item : result.contentItems) {
-    items.push_back(coding::Codec<DynamicToolCallOutputContentItem>::encode(item));
+    items.push_back(std::visit([](const auto& content) { return contentOf(content); }, item.value));
   }
   return JSONValue::object({{"contentItems", JSONValue::array(items)}, {"success", result.success}});
 }

@@ -53,6 +53,21 @@ TEST_F(InMemoryServerTest, ReadsEachLineAsAPieceOfItsOwnAndAnswersIt) {
   EXPECT_EQ(server->running(), 1u);
 }
 
+TEST_F(InMemoryServerTest, TellsEachMessageThatItSendsWhileItRuns) {
+  std::vector<std::string> sent;
+  InMemoryServerScript script;
+  script.onSend = [&sent](InMemoryProcess&, const JSONValue& message) { sent.push_back(message.encode()); };
+  script.onStart = [](InMemoryProcess& process) {
+    process.notify("a", JSONValue::object());
+    process.write("a line\n");
+    process.exit(0);
+    process.notify("b", JSONValue::object());
+  };
+  start(script);
+  scheduler->run();
+  EXPECT_EQ(sent, (std::vector<std::string>{R"({"method":"a","params":{}})"}));
+}
+
 TEST_F(InMemoryServerTest, KeepsOutputInThePipeWhenItExits) {
   InMemoryServerScript script;
   script.onStart = [](InMemoryProcess& process) {

@@ -7,6 +7,8 @@
 #include "OrmelSDK/Concurrency/Sleep.h"
 #include "OrmelSDK/OrmelExecutableTrust.h"
 #include "OrmelSDK/OrmelProcessError.h"
+#include "OrmelSDK/TurnRun/Campaign/CampaignServerRequestScenarios.h"
+#include "OrmelSDK/TurnRun/Campaign/CampaignThreadScenarios.h"
 
 namespace ormel::testing {
 
@@ -373,31 +375,37 @@ void storm(CampaignWorld& world) {
 }  // namespace
 
 const std::vector<CampaignScenario>& campaignScenarios() {
-  static const std::vector<CampaignScenario> scenarios = {
-      {"Turn", [](CampaignWorld& world) { plain(world, OperationKind::turn); }},
-      {"ResumedTurn", [](CampaignWorld& world) { plain(world, OperationKind::resumedTurn); }},
-      {"Review", [](CampaignWorld& world) { plain(world, OperationKind::review); }},
-      {"Compaction", [](CampaignWorld& world) { plain(world, OperationKind::compaction); }},
-      {"Fork", [](CampaignWorld& world) { plain(world, OperationKind::fork); }},
-      {"SecondOperations", secondOperations},
-      {"Steering", steering},
-      {"Abort", abort},
-      {"Silence", silence},
-      {"Refusals", refusals},
-      {"Liveness", liveness},
-      {"Exit", exit},
-      {"ExitAfterTurn", exitAfterTurn},
-      {"EndOfOutput", endOfOutput},
-      {"MalformedLine", malformedLine},
-      {"BrokenInput", brokenInput},
-      {"Release", release},
-      {"LostOwner", lostOwner},
-      {"CancelledCaller", cancelledCaller},
-      {"Overlap", overlap},
-      {"Launching", launching},
-      {"Approvals", approvals},
-      {"Storm", storm},
-  };
+  static const std::vector<CampaignScenario> scenarios = [] {
+    std::vector<CampaignScenario> all = {
+        {"Turn", [](CampaignWorld& world) { plain(world, OperationKind::turn); }},
+        {"ResumedTurn", [](CampaignWorld& world) { plain(world, OperationKind::resumedTurn); }},
+        {"Review", [](CampaignWorld& world) { plain(world, OperationKind::review); }},
+        {"Compaction", [](CampaignWorld& world) { plain(world, OperationKind::compaction); }},
+        {"Fork", [](CampaignWorld& world) { plain(world, OperationKind::fork); }},
+        {"SecondOperations", secondOperations},
+        {"Steering", steering},
+        {"Abort", abort},
+        {"Silence", silence},
+        {"Refusals", refusals},
+        {"Liveness", liveness},
+        {"Exit", exit},
+        {"ExitAfterTurn", exitAfterTurn},
+        {"EndOfOutput", endOfOutput},
+        {"MalformedLine", malformedLine},
+        {"BrokenInput", brokenInput},
+        {"Release", release},
+        {"LostOwner", lostOwner},
+        {"CancelledCaller", cancelledCaller},
+        {"Overlap", overlap},
+        {"Launching", launching},
+        {"Approvals", approvals},
+        {"Storm", storm},
+    };
+    const auto& ofRequests = serverRequestScenarios();
+    all.insert(all.end(), ofRequests.begin(), ofRequests.end());
+    for (auto& scenario : campaignThreadScenarios()) all.push_back(std::move(scenario));
+    return all;
+  }();
   return scenarios;
 }
 

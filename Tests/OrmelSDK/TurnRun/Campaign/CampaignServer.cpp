@@ -143,6 +143,9 @@ void CampaignServer::beginTurn(InMemoryProcess& process, const JSONValue& reques
   if (plan.completesTurns) {
     course.push_back(turnCompleted(conversation.threadID, turnObject(conversation.turnID, plan.turnStatus)));
   }
+  if (plan.asks) {
+    for (JSONValue& line : plan.asks(conversation.threadID, conversation.turnID)) insert(course, std::move(line));
+  }
   if (kind == plan.replies.end()) {
     insert(course, std::move(response));
   } else {

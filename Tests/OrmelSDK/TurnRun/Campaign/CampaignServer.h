@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -45,6 +46,8 @@ struct ServerPlan {
   std::string turnStatus = "completed";
   bool tellsOfForeignTurns = false;
   bool asksForApproval = false;
+  /// Further lines of a turn, which come anywhere in its course and after it.
+  std::function<std::vector<JSONValue>(const std::string& threadID, const std::string& turnID)> asks;
   bool exitsAfterTurn = false;
   bool endsInterruptedTurns = true;
   bool holdsSteersUntilTurnEnds = false;

@@ -15,8 +15,6 @@ namespace {
 
 /// A schedule takes a few hundred steps.
 constexpr std::uint64_t stepLimit = 100'000;
-/// Two operations that follow each other are over after about so many steps.
-constexpr std::uint64_t stepsOfInterest = 70;
 
 std::string_view stampOf(std::string_view id) {
   const auto place = id.find('@');
@@ -55,14 +53,21 @@ void CampaignWorld::dawdle() {
 }
 
 void CampaignWorld::open() {
+  run_ = Run::create(configuration, detail::RunSurroundings(scheduler, server, blockingWork));
+  open(run_);
+}
+
+void CampaignWorld::open(const std::shared_ptr<Run>& run) {
   InMemoryServerScript script = behaviour.script();
   script.onClientWrite = [this](InMemoryProcess& process, const std::string& line) { noteWrite(process, line); };
+  script.onSend = [this](InMemoryProcess& process, const JSONValue& message) {
+    if (observer_) observer_->serverSent(process, message);
+  };
   server.setScript(std::move(script));
-  run_ = Run::create(configuration, detail::RunSurroundings(scheduler, server, blockingWork));
-  weakRun_ = run_;
+  weakRun_ = run;
   if (isDawdling_) {
-    run_->stdoutChunkProcessingHook = [this](const std::string&) { return pause(scheduler); };
-    run_->postRequestAwaitHook = [this](const std::string&, std::uint64_t) { return pause(scheduler); };
+    run->stdoutChunkProcessingHook = [this](const std::string&) { return pause(scheduler); };
+    run->postRequestAwaitHook = [this](const std::string&, std::uint64_t) { return pause(scheduler); };
   }
   scheduler.setStepHook([this] { afterStep(); });
 }
@@ -178,6 +183,11 @@ CallRecord& CampaignWorld::steer() {
   return begin(run_->steer(Input("faster"), TurnOptions()), true);
 }
 
+CallRecord& CampaignWorld::submit(std::string itemID, std::map<std::string, std::vector<std::string>> answers) {
+  if (!run_) return *calls_.emplace_back(std::make_unique<CallRecord>());
+  return begin(run_->submitUserInput(std::move(itemID), std::move(answers)));
+}
+
 CallRecord& CampaignWorld::interrupt() {
   if (!run_) return *calls_.emplace_back(std::make_unique<CallRecord>());
   return begin(run_->interruptFromSignal());
@@ -194,8 +204,8 @@ void CampaignWorld::drop() {
   run_.reset();
 }
 
-void CampaignWorld::atAnyStep(std::function<void()> action) {
-  actions_.push_back({scheduler.steps() + scheduler.choose(stepsOfInterest), std::move(action)});
+void CampaignWorld::atAnyStep(std::function<void()> action, std::uint64_t within) {
+  actions_.push_back({scheduler.steps() + scheduler.choose(within), std::move(action)});
 }
 
 void CampaignWorld::settle() {
@@ -240,7 +250,9 @@ void CampaignWorld::mix(std::string_view text) noexcept {
 void CampaignWorld::afterStep() {
   if (broken_) require(false, *broken_);
   mix(scheduler.now());
-  if (const auto run = weakRun_.lock()) checkRun(*run);
+  const auto run = weakRun_.lock();
+  if (run) checkRun(*run);
+  if (observer_) observer_->stepped(run.get());
   for (auto& planned : actions_) {
     if (planned.step <= scheduler.steps() && planned.action) scheduler.post(std::exchange(planned.action, nullptr));
   }
@@ -279,7 +291,8 @@ void CampaignWorld::checkRun(const Run& run) {
 
 void CampaignWorld::checkEndOfOperation(const Run& run) const {
   require(run.requests().count() <= steersUnderWay_, "the end of an operation leaves no request but steers");
-  require(run.serverRequests().count() == 0, "the end of an operation leaves no request of the server");
+  // Who looks on knows better: some may have come after the end.
+  require(observer_ || run.serverRequests().count() == 0, "the end of an operation leaves no request of the server");
   // A timer that was cancelled when it was due may still be ready, and does nothing then.
   std::string pending = scheduler.pending();
   pending.erase(0, pending.find("; timers:"));
@@ -310,6 +323,7 @@ void CampaignWorld::note(OperationRecord& record, const ThreadEvent& event) {
     ++record.turnsStarted;
     if (turn->modelContextWindow == CampaignServer::foreignWindow) breaks("no start is of a foreign turn");
   } else if (const auto* item = std::get_if<ItemCompletedEvent>(&event.value)) {
+    if (std::holds_alternative<McpToolCallItem>(item->item.value)) return;
     const auto* message = std::get_if<AgentMessageItem>(&item->item.value);
     if (!message) return breaks("items are those that the server completed");
     noteStamp(record, message->text);
@@ -345,6 +359,9 @@ void CampaignWorld::checkScope(const InMemoryProcess& process, const JSONValue& 
   if (&process != &server.lastProcess()) breaks("nothing is written to an older process");
   const auto run = weakRun_.lock();
   if (!run) return breaks("a run that is gone writes nothing");
+  if (observer_) observer_->runWrote(*run, process, message);
+  // What is not understood is refused at any time.
+  if (message.find("error")) return;
   if (!run->stream().isPending()) breaks("nothing is written for an operation that has ended");
   const auto& turnID = run->scope().coordinatorTurnID();
   const JSONValue* params = message.find("params");
@@ -352,7 +369,7 @@ void CampaignWorld::checkScope(const InMemoryProcess& process, const JSONValue& 
     if (params && textOf(params->find(method == "turn/steer" ? "expectedTurnId" : "turnId")) != turnID) {
       breaks("who joins a turn joins the present one");
     }
-  } else if (method.empty() && turnID && textOf(message.find("id")) != "ask-" + *turnID) {
+  } else if (method.empty() && !observer_ && turnID && textOf(message.find("id")) != "ask-" + *turnID) {
     breaks("no answer is written for a turn that is over");
   }
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -52,6 +53,18 @@ struct CallRecord {
   std::optional<std::string> error;
 };
 
+/// Looks on at what a schedule does, and says which promise was broken by `CampaignWorld::breaks`.
+class CampaignObserver {
+ public:
+  virtual ~CampaignObserver() = default;
+
+  virtual void serverSent(const InMemoryProcess&, const JSONValue&) {}
+  /// Within the call that writes.
+  virtual void runWrote(const detail::AppServerTurnRun&, const InMemoryProcess&, const JSONValue&) {}
+  /// After each step; null once the run is gone.
+  virtual void stepped(const detail::AppServerTurnRun* run) = 0;
+};
+
 /// One run, its server and its clients under one seed. After each step it checks what a run promises at all times, and
 /// at the end what it promises to leave behind.
 class CampaignWorld {
@@ -72,12 +85,15 @@ class CampaignWorld {
   void dawdle();
   /// Makes the run, by the plan and the configuration as they are now.
   void open();
+  /// Watches a run that somebody else owns; the clients of this world are not for it.
+  void open(const std::shared_ptr<detail::AppServerTurnRun>& run);
 
   // What clients do; each is a task on its own, on no strand.
   OperationRecord& start(OperationKind kind, std::optional<std::uint64_t> preparedGeneration = std::nullopt);
   /// Reserves first, and starts then, with other work in between.
   OperationRecord& reserveAndStart(OperationKind kind);
   CallRecord& steer();
+  CallRecord& submit(std::string itemID, std::map<std::string, std::vector<std::string>> answers);
   CallRecord& interrupt();
   CallRecord& release();
   /// Lets go of the run.
@@ -88,8 +104,15 @@ class CampaignWorld {
   std::uint64_t pastGeneration() const noexcept { return highWaterMark_; }
   bool coin() { return scheduler.choose(2) == 0; }
 
+  /// What other clients do: tasks on their own, and calls that join an operation.
+  void launch(Task<void> task, std::stop_token stop);
+  CallRecord& begin(Task<void> task, bool isSteer = false);
+
+  /// Two operations that follow each other are over after about so many steps.
+  static constexpr std::uint64_t stepsOfInterest = 70;
+
   /// Does it before a step that is chosen at random, once the work at hand is done at the latest.
-  void atAnyStep(std::function<void()> action);
+  void atAnyStep(std::function<void()> action, std::uint64_t within = stepsOfInterest);
 
   /// Runs until nothing is left to do.
   void settle();
@@ -99,7 +122,15 @@ class CampaignWorld {
   /// Fails unless the operation did not fail, or one of the texts begins its failure.
   void requireErrors(const OperationRecord& record, std::initializer_list<std::string_view> allowed) const;
   void require(bool holds, std::string_view promise) const;
+  /// For where an exception cannot leave: fails the next step.
+  void breaks(std::string_view promise);
 
+  /// Has somebody look on, from `open` on; nobody if null.
+  void observeBy(CampaignObserver* observer) noexcept { observer_ = observer; }
+
+  /// Adds to the trace.
+  void mix(std::uint64_t value) noexcept;
+  void mix(std::string_view text) noexcept;
   /// Differs, as good as surely, between two schedules that differ anywhere.
   std::uint64_t trace() const noexcept { return trace_; }
 
@@ -119,8 +150,6 @@ class CampaignWorld {
                                                  std::optional<std::uint64_t> preparedGeneration);
   static Task<void> call(CampaignWorld& world, CallRecord& record, Task<void> task, bool isSteer);
   OperationRecord& startOperation(OperationKind kind, std::optional<std::uint64_t> preparedGeneration, bool reserves);
-  CallRecord& begin(Task<void> task, bool isSteer = false);
-  void launch(Task<void> task, std::stop_token stop);
 
   void note(OperationRecord& record, const ThreadEvent& event);
   void noteStamp(OperationRecord& record, std::string_view id);
@@ -132,11 +161,8 @@ class CampaignWorld {
   void checkEndOfOperation(const Run& run) const;
   void checkOperation(const OperationRecord& record) const;
   void checkNothingIsLeft() const;
-  /// For where an exception cannot leave.
-  void breaks(std::string_view promise);
-  void mix(std::uint64_t value) noexcept;
-  void mix(std::string_view text) noexcept;
 
+  CampaignObserver* observer_ = nullptr;
   std::shared_ptr<Run> run_;
   std::weak_ptr<Run> weakRun_;
   std::vector<std::unique_ptr<OperationRecord>> operations_;

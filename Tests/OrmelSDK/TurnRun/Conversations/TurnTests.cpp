@@ -187,7 +187,7 @@ TEST(AppServerTurnRun, LeavesNothingBehindHoweverOftenItIsStartedAndStopped) {
   round(true);
   EXPECT_TRUE(eventually([] { return !ProcessResources::now().hasChildren; }));
   const auto before = ProcessResources::now();
-  for (int count = 0; count < 100; ++count) round(count % 2 == 0);
+  for (int count = 0; count < 1000; ++count) round(count % 2 == 0);
   EXPECT_TRUE(eventually([&before] { return ProcessResources::now().isNoMoreThan(before); }));
 }
 

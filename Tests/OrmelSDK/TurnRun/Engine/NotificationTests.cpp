@@ -3,11 +3,10 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <variant>
 #include <vector>
 
-#include "Support/SimulatedRun.h"
+#include "Support/NotifiedRun.h"
 
 namespace {
 
@@ -15,41 +14,6 @@ using namespace ormel;
 using namespace ormel::testing;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-/// The events of a running turn of the thread "t1" that the lines bring about.
-std::vector<ThreadEvent> eventsOf(const std::vector<std::string>& lines) {
-  SimulatedScheduler scheduler(1);
-  SimulatedRun engine(scheduler);
-  auto events = engine.end(engine.turn()).events;
-  for (const std::string& line : lines) engine.write(line + "\n");
-  EXPECT_EQ(engine.state(), "pending");
-  engine.release();
-  std::vector<ThreadEvent> all;
-  for (const ThreadEvent& event : events) all.push_back(event);
-  all.erase(all.begin());
-  return all;
-}
-
-std::vector<std::string> wordsOf(const std::vector<std::string>& lines) {
-  std::vector<std::string> words;
-  for (const ThreadEvent& event : eventsOf(lines)) words.push_back(inWords(event));
-  return words;
-}
-
-std::string line(std::string_view method, std::string_view params) {
-  return R"({"method":")" + std::string(method) + R"(","params":)" + std::string(params) + "}";
-}
-
-template <typename Item>
-std::vector<Item> itemsOf(const std::vector<std::string>& lines) {
-  std::vector<Item> items;
-  for (const ThreadEvent& event : eventsOf(lines)) {
-    const auto* updated = std::get_if<ItemUpdatedEvent>(&event.value);
-    const auto* item = updated ? std::get_if<Item>(&updated->item.value) : nullptr;
-    if (item) items.push_back(*item);
-  }
-  return items;
-}
 
 TEST(AppServerTurnRunNotifications, ThatLackWhatTheyAreAboutFailTheOperation) {
   const std::pair<std::string, const char*> cases[] = {
