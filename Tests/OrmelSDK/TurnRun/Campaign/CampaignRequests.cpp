@@ -223,7 +223,9 @@ void CampaignRequests::stepped(const detail::AppServerTurnRun* run) {
   for (; linesTaken_ < std::min<std::uint64_t>(activity - activityBefore_, lines.size()); ++linesTaken_) {
     if (Request* request = lines[linesTaken_]) take(*request, run->stream().currentOperationGeneration());
   }
-  if (run->stream().currentOperationGeneration()) return;
+  // The whole of a line that was to be cut off may be a request, of which only the run knows.
+  const bool mayHaveMore = world_.plan().fault == ServerPlan::Fault::exitWithinTheLine;
+  if (run->stream().currentOperationGeneration() || mayHaveMore) return;
   const auto takenInNone = std::count_if(requests_.begin(), requests_.end(), [](const Request& request) {
     return request.kind == Kind::handled && request.takenAs != 0 && !request.takenIn;
   });
