@@ -14,6 +14,7 @@
 #include "OrmelSDK/CollaborationItems.h"
 #include "OrmelSDK/CommandItems.h"
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
+#include "OrmelSDK/Concurrency/EventBatch.h"
 #include "OrmelSDK/Concurrency/EventChannel.h"
 #include "OrmelSDK/Concurrency/OneShot.h"
 #include "OrmelSDK/Concurrency/Place.h"

@@ -5,6 +5,17 @@
 #include "OrmelSDK/Coding/RecordCodec.h"
 #include "OrmelSDK/ThreadEventTables.h"
 
+namespace ormel {
+
+ThreadEvent::ThreadEvent() = default;
+ThreadEvent::ThreadEvent(const ThreadEvent&) = default;
+ThreadEvent::ThreadEvent(ThreadEvent&&) noexcept = default;
+ThreadEvent& ThreadEvent::operator=(const ThreadEvent&) = default;
+ThreadEvent& ThreadEvent::operator=(ThreadEvent&&) noexcept = default;
+ThreadEvent::~ThreadEvent() = default;
+
+}  // namespace ormel
+
 namespace ormel::coding {
 
 ThreadEvent VariantTable<ThreadEvent>::decodeUnknown(std::string_view type, const JSONValue&, const CodingPath&) {

@@ -45,7 +45,13 @@ struct ThreadEvent {
 
   Value value;
 
-  ThreadEvent() = default;
+  // Copying and moving a variant of so many cases is much code; it is compiled once, not in every file that does it.
+  ThreadEvent();
+  ThreadEvent(const ThreadEvent& other);
+  ThreadEvent(ThreadEvent&& other) noexcept;
+  ThreadEvent& operator=(const ThreadEvent& other);
+  ThreadEvent& operator=(ThreadEvent&& other) noexcept;
+  ~ThreadEvent();
 
   /// From the record of any of the cases.
   template <CaseOf<Value> Event>

@@ -6,6 +6,13 @@
 
 namespace ormel {
 
+ThreadItem::ThreadItem() = default;
+ThreadItem::ThreadItem(const ThreadItem&) = default;
+ThreadItem::ThreadItem(ThreadItem&&) noexcept = default;
+ThreadItem& ThreadItem::operator=(const ThreadItem&) = default;
+ThreadItem& ThreadItem::operator=(ThreadItem&&) noexcept = default;
+ThreadItem::~ThreadItem() = default;
+
 const std::string& ThreadItem::id() const {
   return visit(*this, [](const auto& item) -> const std::string& { return item.id; });
 }

@@ -34,7 +34,14 @@ struct ThreadItem {
                    TodoListItem, SleepItem, SubAgentActivityItem, ErrorItem, UnknownThreadItem>;
   Value value;
 
-  ThreadItem() = default;
+  // Copying and moving a variant of so many cases is much code; it is compiled once, not in every file that does it.
+  ThreadItem();
+  ThreadItem(const ThreadItem& other);
+  ThreadItem(ThreadItem&& other) noexcept;
+  ThreadItem& operator=(const ThreadItem& other);
+  ThreadItem& operator=(ThreadItem&& other) noexcept;
+  ~ThreadItem();
+
   template <CaseOf<Value> Case>
   ThreadItem(Case item) : value(std::move(item)) {}
 

@@ -101,7 +101,7 @@ TEST(AgentThreads, KeepTheirIDWhenASideConversationIsAborted) {
   EXPECT_THAT(thread.run("back again").get().finalResponse, HasSubstr("You asked before: \"the main thing\"."));
 }
 
-TEST(AgentThreads, TakeAnAnswerOnce) {
+TEST(AgentThreads, TakeAnAnswerOnlyWhileAQuestionIsPending) {
   const AgentConversation agent;
   const Thread thread = agent.startThread();
   StreamedTurn streamed = thread.runStreamed("ask me").get();
@@ -113,8 +113,6 @@ TEST(AgentThreads, TakeAnAnswerOnce) {
   EXPECT_EQ(failureOf([&] { thread.submitRequestUserInput("another", {}).get(); }),
             "stream error: No pending request_user_input call for item: another");
   thread.submitRequestUserInput(question, {{"language", {"C++"}}}).get();
-  EXPECT_EQ(failureOf([&] { thread.submitRequestUserInput(question, {}).get(); }),
-            "stream error: No pending request_user_input call for item: " + question);
   EXPECT_THAT(finalText(drain(streamed)), HasSubstr("language C++"));
   EXPECT_EQ(failureOf([&] { thread.submitRequestUserInput(question, {}).get(); }),
             "stream error: No active turn for request_user_input response");
