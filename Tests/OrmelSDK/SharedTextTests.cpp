@@ -16,10 +16,14 @@
 
 #include "OrmelSDK/Coding/SharedTextCodec.h"
 #include "OrmelSDK/CodingErrors.h"
+#include "OrmelSDK/Concurrency/EventChannel.h"
+#include "OrmelSDK/SharedTextSnapshots.h"
 
 namespace {
 
+using ormel::EventChannel;
 using ormel::SharedText;
+using ormel::detail::SharedTextSnapshots;
 
 TEST(SharedText, BeginsEmpty) {
   const SharedText text;
@@ -189,6 +193,50 @@ TEST(SharedText, LetsManyThreadsReadOlderSnapshotsWhileItGrows) {
   }
   for (auto& thread : threads) thread.join();
   EXPECT_EQ(wrong, 0u);
+}
+
+TEST(SharedTextSnapshots, AreCopiesOfTheirText) {
+  SharedTextSnapshots snapshots;
+  EXPECT_EQ(snapshots.of(SharedText()), "");
+  SharedText text;
+  std::vector<SharedText> copies;
+  std::string expected;
+  for (int step = 0; step < 500; ++step) {
+    text.append("word ");
+    copies.push_back(snapshots.of(text));
+  }
+  for (const SharedText& copy : copies) EXPECT_EQ(copy, expected += "word ");
+  const SharedText other = "other";
+  EXPECT_EQ(snapshots.of(other), "other");
+  EXPECT_EQ(snapshots.of(text), text);
+}
+
+TEST(SharedTextSnapshots, MayOutliveTheirMakerAndTheText) {
+  SharedText copy;
+  {
+    SharedTextSnapshots snapshots;
+    SharedText text = "a text that is";
+    text.append(" no more");
+    copy = snapshots.of(text);
+  }
+  EXPECT_EQ(copy, "a text that is no more");
+}
+
+TEST(SharedTextSnapshots, AreDroppedByOtherThreadsWhileTheTextGrows) {
+  auto [producer, snapshotsOfText] = EventChannel<SharedText>::make();
+  std::thread reader([&events = snapshotsOfText] {
+    std::size_t size = 0;
+    for (const SharedText& snapshot : events) EXPECT_EQ(snapshot.size(), size += 4);
+    EXPECT_EQ(size, 40'000U);
+  });
+  SharedTextSnapshots snapshots;
+  SharedText text;
+  for (int step = 0; step < 10'000; ++step) {
+    text.append("text");
+    producer.yield(snapshots.of(text));
+  }
+  producer.finish();
+  reader.join();
 }
 
 TEST(SharedText, LetsSeveralThreadsAppendToTheSameSnapshot) {

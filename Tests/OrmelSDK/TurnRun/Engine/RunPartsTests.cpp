@@ -112,6 +112,52 @@ TEST(RunStream, KeepsEventsUntilAProducerIsThere) {
   EXPECT_THAT(consumer.told(), ElementsAre("warning a", "warning b", "warning c", "end"));
 }
 
+TEST(RunStream, SendsWhatWasGatheredTogether) {
+  RunStream stream;
+  const auto generation = stream.begin();
+  Consumer consumer;
+  stream.attach(consumer.ends.first, generation);
+  {
+    const RunStream::Gathering gathering(stream);
+    stream.emit(warning("a"));
+    stream.emit(warning("b"));
+    EXPECT_FALSE(consumer.ends.second.isReady());
+  }
+  EXPECT_TRUE(consumer.ends.second.isReady());
+  {
+    RunStream::Gathering gathering(stream);
+    stream.emit(warning("c"));
+    gathering.end();
+    stream.emit(warning("d"));
+    stream.close(StreamCompletion::finished(), generation);
+    stream.endChannel();
+  }
+  EXPECT_THAT(consumer.told(), ElementsAre("warning a", "warning b", "warning c", "warning d", "end"));
+}
+
+TEST(RunStream, DoesNotGatherForLong) {
+  RunStream stream;
+  const auto generation = stream.begin();
+  Consumer consumer;
+  stream.attach(consumer.ends.first, generation);
+  const RunStream::Gathering gathering(stream);
+  int emitted = 0;
+  for (; emitted < 1000 && !consumer.ends.second.isReady(); ++emitted) stream.emit(warning("w"));
+  EXPECT_LT(emitted, 100);
+}
+
+TEST(RunStream, SendsWhatWasGatheredBeforeTheEndOfItsOperation) {
+  RunStream stream;
+  const auto generation = stream.begin();
+  Consumer consumer;
+  stream.attach(std::move(consumer.ends.first), generation);
+  const RunStream::Gathering gathering(stream);
+  stream.emit(warning("last"));
+  stream.close(broken(), generation);
+  stream.endChannel();
+  EXPECT_THAT(consumer.told(), ElementsAre("warning last", "stream error: broken"));
+}
+
 TEST(RunStream, EndsTheChannelAsTheOperationEnds) {
   const std::pair<StreamCompletion, const char*> cases[] = {{StreamCompletion::finished(), "end"},
                                                             {broken(), "stream error: broken"},
