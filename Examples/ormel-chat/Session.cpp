@@ -70,7 +70,7 @@ int Session::run() {
     auto messages = inbox_->take();
     for (Message& message : messages) take(message);
     takeSignals();
-    if (messages.empty() || isOverdue()) askForInput();
+    if ((messages.empty() || isOverdue()) && hasTakenEarlierLines()) askForInput();
     while (!exitStatus_ && canTakeLine()) takeLine();
     if (!exitStatus_ && input_.isAtEnd()) takeEndOfInput();
     if (!exitStatus_) wait(needsToAsk());
@@ -319,6 +319,16 @@ bool Session::needsToAsk() const {
 bool Session::isOverdue() const {
   return !questions_.isEmpty() && !questions_.hasAsked() &&
          std::chrono::steady_clock::now() - questionsSince_ > longestDelayOfQuestion;
+}
+
+// A line that was typed before a question was to be seen is no answer to it, however shortly before. True when there is
+// none left.
+bool Session::hasTakenEarlierLines() {
+  if (!input_.isTerminal() || questions_.isEmpty() || questions_.hasAsked()) return true;
+  struct pollfd polled = {input_.descriptor(), POLLIN, 0};
+  if (::poll(&polled, 1, 0) > 0) input_.readAvailable();
+  while (!exitStatus_ && canTakeLine()) takeLine();
+  return !input_.hasLine();
 }
 
 void Session::askForInput() {

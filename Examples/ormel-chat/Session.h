@@ -39,6 +39,7 @@ class Session {
   bool wantsInput() const;
   bool canTakeLine() const;
   void takeLine();
+  bool hasTakenEarlierLines();
   void takeEndOfInput();
   void takeSignals();
   void perform(const Command& command);

@@ -20,10 +20,11 @@ class SharedTextSnapshots {
   /// A copy of the text.
   SharedText of(const SharedText& text) noexcept;
 
+  /// Lets go of the text.
+  void giveBack() noexcept;
+
  private:
   static constexpr std::size_t takenAtOnce = 64;
-
-  void giveBack() noexcept;
 
   SharedTextBuffer* buffer_ = nullptr;
   std::size_t references_ = 0;

@@ -27,6 +27,7 @@ bool RunItems::store(ThreadItem item) {
 
 void RunItems::clear() {
   itemStateByID_.clear();
+  snapshots_.giveBack();
   latestUsage.reset();
 }
 

@@ -437,8 +437,8 @@ class EventChannel {
   /// *Preconditions*: not moved from.
   detail::NextEventAwaiter<T> next() noexcept { return detail::NextEventAwaiter<T>(state_); }
 
-  /// `co_await events.nextBatch()`: all the events that are there, at least one, or none at the end. Otherwise like
-  /// `next`; for who hands many events on, or works on them together.
+  /// `co_await events.nextBatch()`: events that are there, as many as can be had at once and at least one, or none at
+  /// the end. Otherwise like `next`; for who hands many events on, or works on them together.
   ///
   /// *Preconditions*: not moved from.
   detail::NextBatchAwaiter<T> nextBatch() noexcept { return detail::NextBatchAwaiter<T>(state_); }

@@ -21,7 +21,6 @@ void Place::resume(std::coroutine_handle<> coroutine, ResumeItem& item) const no
     transferTo(coroutine);
   } else {
     item.coroutine = coroutine;
-    const LeavingThread leaving(isLastPieceOfThread());
     post(item);
   }
 }

@@ -20,7 +20,7 @@ struct ThreadState {
   /// The scheduler of which a piece is running, if any.
   Scheduler* scheduler = nullptr;
   /// The running piece is about to give its thread back, so that what it posts can go on right here: that is sooner
-  /// than another thread would be awake.
+  /// than another thread would be awake. Until it does, nothing else can run what it has posted.
   bool isLeaving = false;
 };
 
@@ -28,7 +28,9 @@ struct ThreadState {
 /// the wrong one.
 ThreadState& threadState() noexcept;
 
-/// Says, as long as it lives, that the running piece is about to give its thread back, if that is so.
+/// Says, as long as it lives, that the running piece is about to give its thread back, if that is so. Only for code
+/// that knows the whole piece: what a coroutine posts before it suspends may be followed by more of whoever has started
+/// it.
 class LeavingThread {
  public:
   explicit LeavingThread(bool isSo = true) noexcept;

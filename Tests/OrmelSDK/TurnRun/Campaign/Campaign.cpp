@@ -59,7 +59,9 @@ CampaignSeeds campaignSeeds() {
   const std::uint64_t total = numberInEnvironment("ORMEL_CAMPAIGN_SCHEDULES").value_or(ORMEL_CAMPAIGN_SCHEDULES);
   const std::uint64_t scenarios = campaignScenarios().size();
   const std::uint64_t fixed = std::min(total / 2, mostFixedSchedules);
-  const auto each = [scenarios](std::uint64_t count) { return std::max<std::uint64_t>(count / scenarios, 1); };
+  const auto each = [scenarios](std::uint64_t count) {
+    return std::max<std::uint64_t>((count + scenarios - 1) / scenarios, 1);
+  };
   const std::uint64_t base = numberInEnvironment("ORMEL_CAMPAIGN_BASE").value_or(std::random_device()());
   return {{1, each(fixed)}, {base, each(total - fixed)}, {1, each(fixed / 50)}};
 }
