@@ -41,8 +41,11 @@ class Interruptions {
   void interrupt() const {
     for (int round = 0; round < 50; ++round) {
       const int handled = handledSignals.load();
-      pthread_kill(thread_, SIGUSR1);
-      while (handledSignals.load() == handled) std::this_thread::yield();
+      // Sent until it is handled: the thread sanitizer puts a signal off that comes just before the call blocks.
+      while (handledSignals.load() == handled) {
+        pthread_kill(thread_, SIGUSR1);
+        std::this_thread::yield();
+      }
     }
   }
 
