@@ -29,13 +29,13 @@ class RequestError : public std::runtime_error {
   int code_;
 };
 
-std::string textUnder(const JSONValue& object, std::string_view key) {
+std::string textOrNothing(const JSONValue& object, std::string_view key) {
   const auto* value = object.find(key);
   return std::string(value ? value->stringValue().value_or("") : "");
 }
 
 JSONValue initialize(const JSONValue& params) {
-  const auto wanted = textUnder(params, "protocolVersion");
+  const auto wanted = textOrNothing(params, "protocolVersion");
   const bool supported = std::ranges::find(protocolVersions, wanted) != protocolVersions.end();
   return JSONValue::object({
       {"protocolVersion", supported ? std::string_view(wanted) : protocolVersions.front()},
@@ -47,7 +47,8 @@ JSONValue initialize(const JSONValue& params) {
 
 std::string outcomeOf(const JSONValue& response) {
   if (const auto* error = response.find("error")) {
-    return "error " + std::to_string(error->find("code")->intValue().value_or(0)) + ", " + textUnder(*error, "message");
+    return "error " + std::to_string(error->find("code")->intValue().value_or(0)) + ", " +
+           textOrNothing(*error, "message");
   }
   const auto* result = response.find("result");
   const auto* isError = result ? result->find("isError") : nullptr;
@@ -60,7 +61,7 @@ MCPServer::MCPServer(std::vector<Tool> tools, RequestLog& log) : tools_(std::mov
 
 std::optional<JSONValue> MCPServer::answer(const JSONValue& message, const Session& session) const {
   const auto started = std::chrono::steady_clock::now();
-  const auto method = textUnder(message, "method");
+  const auto method = textOrNothing(message, "method");
   const auto* id = message.find("id");
   if (!id && !method.empty()) {
     log_.request(session.name, method, "notification", started);
@@ -80,7 +81,7 @@ std::optional<JSONValue> MCPServer::answer(const JSONValue& message, const Sessi
     response = errorResponse(idOf(message), errorcode::internalError, error.what());
   }
 
-  const auto subject = method == "tools/call" ? method + " " + textUnder(arguments, "name") : method;
+  const auto subject = method == "tools/call" ? method + " " + textOrNothing(arguments, "name") : method;
   log_.request(session.name, subject, outcomeOf(response), started);
   return response;
 }
@@ -113,7 +114,7 @@ JSONValue MCPServer::callTool(const JSONValue& params, const Session& session) c
 }
 
 const Tool& MCPServer::tool(const JSONValue& params) const {
-  const auto name = textUnder(params, "name");
+  const auto name = textOrNothing(params, "name");
   const auto found = std::ranges::find(tools_, name, &Tool::name);
   if (found == tools_.end()) throw RequestError(errorcode::invalidParams, "Unknown tool: " + name);
   return *found;

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -17,6 +18,14 @@
 #include "OrmelSDK/RecordCoding.h"
 
 namespace ormel::tests {
+
+/// What the record shows of itself in a log.
+template <typename Record>
+std::string printed(const Record& record) {
+  std::ostringstream stream;
+  stream << record;
+  return stream.str();
+}
 
 /// `object` with `key` taken out, and, if `value` is given, put in with that value.
 inline JSONValue changed(const JSONValue& object, std::string_view without, std::string_view key = {},

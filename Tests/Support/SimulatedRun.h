@@ -20,6 +20,11 @@
 
 namespace ormel::testing {
 
+inline constexpr const char* noLongerCurrent = "stream error: Prepared app-server operation is no longer current";
+
+/// A wait that lasts until the gate is opened. It stands alone: the closure of a coroutine would go with the run.
+inline Task<void> heldOpen(std::shared_ptr<OneShot<void>> gate) { co_await gate->wait(); }
+
 /// A run of the engine in a simulation, and a server that answers every request of an operation until it is told
 /// otherwise: the threads are "t1", or the one resumed, or "f1" for a fork, or "r1" for a review; the turn is "u1".
 ///

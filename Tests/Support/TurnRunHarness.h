@@ -21,11 +21,17 @@
 namespace ormel::testing {
 
 /// The beginning of most scenarios: a server that shakes hands and knows every thread; a new one is "t1".
-inline constexpr const char* politeServer = R"(
+inline const std::string politeServer = R"(
 always ignore initialized
 always answer initialize with {}
 always answer thread/start with {"thread": {"id": "t1"}}
 always answer thread/resume {"threadId": "$string:resumed"} with {"thread": {"id": "$resumed"}}
+)";
+
+/// The beginning of a turn.
+inline constexpr const char* turnIsAccepted = R"(
+client asks turn/start
+server answers {"turn": {"id": "u1"}}
 )";
 
 /// The statements that make one turn, "u1" of "t1", run to its good end.
@@ -38,7 +44,7 @@ server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status":
 
 /// A run of the engine on the library's threads, and the real simulator behind real pipes.
 ///
-///     TurnRunHarness server(std::string(politeServer) + wholeTurn);
+///     TurnRunHarness server(politeServer + wholeTurn);
 ///     auto turn = server.startTurn();
 ///     EXPECT_THAT(told(turn.events), ElementsAre("thread.started", "turn.started", "turn.completed", "end"));
 ///

@@ -44,7 +44,7 @@ void renewApprovalPolicy(Config& config) {
 }
 
 template <typename Value>
-void setIfPresent(Config& config, std::string key, const std::optional<Value>& value) {
+void enterIfPresent(Config& config, std::string key, const std::optional<Value>& value) {
   if (value) config.insert_or_assign(std::move(key), coding::Codec<Value>::encode(*value));
 }
 
@@ -60,11 +60,11 @@ JSONValue buildConfigObject(const ThreadOptions& threadOptions, const OrmelOptio
   merge(ormelOptions.config, config);
   merge(threadOptions.configOverrides, config);
   renewApprovalPolicy(config);
-  setIfPresent(config, "web_search", webSearch(threadOptions));
-  setIfPresent(config, "model_reasoning_summary", threadOptions.modelReasoningSummary);
-  setIfPresent(config, "model_verbosity", threadOptions.modelVerbosity);
-  setIfPresent(config, "model_context_window", threadOptions.modelContextWindow);
-  setIfPresent(config, "model_auto_compact_token_limit", threadOptions.modelAutoCompactTokenLimit);
+  enterIfPresent(config, "web_search", webSearch(threadOptions));
+  enterIfPresent(config, "model_reasoning_summary", threadOptions.modelReasoningSummary);
+  enterIfPresent(config, "model_verbosity", threadOptions.modelVerbosity);
+  enterIfPresent(config, "model_context_window", threadOptions.modelContextWindow);
+  enterIfPresent(config, "model_auto_compact_token_limit", threadOptions.modelAutoCompactTokenLimit);
   return coding::Codec<Config>::encode(configJSONEnablingRequiredSDKFeatures(std::move(config)));
 }
 

@@ -12,7 +12,7 @@ namespace ormel::detail {
 namespace {
 
 template <typename Handlers>
-struct Row {
+struct NotificationRow {
   std::string_view method;
   /// Dropped unless it is about the coordinator.
   bool isScoped;
@@ -23,7 +23,7 @@ constexpr bool scoped = true;
 constexpr bool unscoped = false;
 
 template <typename N>
-constexpr std::array<Row<N>, 35> notificationRows = {{
+constexpr std::array<NotificationRow<N>, 35> notificationRows = {{
     {"serverRequest/resolved", unscoped, &N::serverRequestResolved},
     {"thread/started", unscoped, &N::threadStarted},
     {"turn/started", unscoped, &N::turnStarted},
@@ -62,9 +62,9 @@ constexpr std::array<Row<N>, 35> notificationRows = {{
 }};
 
 template <typename N>
-const Row<N>* rowOf(std::string_view method) {
+const NotificationRow<N>* rowOf(std::string_view method) {
   static const auto rows = [] {
-    std::unordered_map<std::string_view, const Row<N>*> byMethod;
+    std::unordered_map<std::string_view, const NotificationRow<N>*> byMethod;
     for (const auto& row : notificationRows<N>) byMethod.emplace(row.method, &row);
     return byMethod;
   }();

@@ -16,13 +16,13 @@ namespace ormel::detail {
 namespace {
 
 template <typename R>
-struct Row {
+struct ServerRequestRow {
   std::string_view method;
   std::optional<PreparedServerRequestWork> (R::*prepare)() const;
 };
 
 template <typename R>
-constexpr std::array<Row<R>, 8> requestRows = {{
+constexpr std::array<ServerRequestRow<R>, 8> requestRows = {{
     {"item/tool/requestUserInput", &R::userInput},
     {"item/commandExecution/requestApproval", &R::commandApproval},
     {"item/fileChange/requestApproval", &R::fileChangeApproval},

@@ -15,36 +15,34 @@ namespace {
 using ormel::OrmelConfigValue;
 using ormel::OrmelExecutableTrustAssessment;
 using ormel::OrmelOptions;
-using Kind = OrmelConfigValue::Kind;
-
 TEST(OrmelConfigValue, IsWrittenAsALiteralOfEachKind) {
   const OrmelConfigValue text = "x";
-  EXPECT_EQ(text.kind(), Kind::string);
+  EXPECT_EQ(text.kind(), OrmelConfigValue::Kind::string);
   EXPECT_EQ(*text.stringValue(), "x");
   EXPECT_EQ(text, OrmelConfigValue(std::string("x")));
   EXPECT_EQ(text, OrmelConfigValue(std::string_view("x")));
 
   const OrmelConfigValue integer = 3;
-  EXPECT_EQ(integer.kind(), Kind::integer);
+  EXPECT_EQ(integer.kind(), OrmelConfigValue::Kind::integer);
   EXPECT_EQ(*integer.integerValue(), 3);
   EXPECT_EQ(integer, OrmelConfigValue(3u));
   EXPECT_EQ(integer, OrmelConfigValue(std::int64_t{3}));
 
   const OrmelConfigValue number = 1.5;
-  EXPECT_EQ(number.kind(), Kind::double_);
+  EXPECT_EQ(number.kind(), OrmelConfigValue::Kind::double_);
   EXPECT_EQ(*number.doubleValue(), 1.5);
   EXPECT_EQ(number, OrmelConfigValue(1.5f));
 
   const OrmelConfigValue boolean = true;
-  EXPECT_EQ(boolean.kind(), Kind::bool_);
+  EXPECT_EQ(boolean.kind(), OrmelConfigValue::Kind::bool_);
   EXPECT_EQ(*boolean.boolValue(), true);
 
   const auto list = OrmelConfigValue::array({1, 2.5, "x", false, OrmelConfigValue::array({})});
-  EXPECT_EQ(list.kind(), Kind::array);
+  EXPECT_EQ(list.kind(), OrmelConfigValue::Kind::array);
   EXPECT_EQ(list.arrayValue()->size(), 5u);
 
   const auto table = OrmelConfigValue::object({{"a", 1}, {"b", OrmelConfigValue::object({{"c", "d"}})}});
-  EXPECT_EQ(table.kind(), Kind::object);
+  EXPECT_EQ(table.kind(), OrmelConfigValue::Kind::object);
   EXPECT_EQ(*table.objectValue()->at("b").objectValue()->at("c").stringValue(), "d");
 }
 

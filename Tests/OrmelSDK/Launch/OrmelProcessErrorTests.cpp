@@ -7,7 +7,6 @@
 namespace {
 
 using ormel::OrmelProcessError;
-using Kind = OrmelProcessError::Kind;
 
 TEST(OrmelProcessError, DescribesTheCasesWithOneText) {
   EXPECT_STREQ(OrmelProcessError::unsupportedPlatform("plan9").what(), "Unsupported platform: plan9");
@@ -46,11 +45,11 @@ TEST(OrmelProcessError, TellsHowToReinstall) {
 
 TEST(OrmelProcessError, KeepsItsCaseAndPayload) {
   const auto exited = OrmelProcessError::exited("signal 9", "why\n");
-  EXPECT_EQ(exited.kind(), Kind::exited);
+  EXPECT_EQ(exited.kind(), OrmelProcessError::Kind::exited);
   EXPECT_EQ(exited.detail(), "signal 9");
   EXPECT_EQ(exited.stderr_(), "why\n");
   EXPECT_EQ(OrmelProcessError::executableNotFound("/x").text(), "/x");
-  EXPECT_EQ(OrmelProcessError::aborted().kind(), Kind::aborted);
+  EXPECT_EQ(OrmelProcessError::aborted().kind(), OrmelProcessError::Kind::aborted);
 }
 
 TEST(OrmelProcessError, ComparesTheCaseAndThePayload) {

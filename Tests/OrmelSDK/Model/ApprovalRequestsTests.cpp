@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 
 #include "OrmelSDK/AdditionalContext.h"
@@ -15,13 +14,7 @@
 namespace {
 
 using namespace ormel;
-
-template <typename Record>
-std::string printed(const Record& record) {
-  std::ostringstream stream;
-  stream << record;
-  return stream.str();
-}
+using tests::printed;
 
 TEST(CommandApprovalKind, KnowsTwoWordsAndCarriesAnyOther) {
   tests::checkVocabulary<CommandApprovalKind>(

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -14,13 +13,7 @@
 namespace {
 
 using namespace ormel;
-
-template <typename Record>
-std::string printed(const Record& record) {
-  std::ostringstream stream;
-  stream << record;
-  return stream.str();
-}
+using tests::printed;
 
 TEST(Elicitation, TellsItsModesApart) {
   const std::vector<McpServerElicitationMode> modes{McpServerElicitationMode::form("m", JSONValue(1)),

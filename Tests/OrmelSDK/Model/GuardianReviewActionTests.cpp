@@ -12,12 +12,12 @@ using namespace ormel;
 using tests::decoded;
 using tests::failureOf;
 
-struct Example {
+struct ActionExample {
   GuardianApprovalReviewAction action;
   std::string_view text;
 };
 
-std::vector<Example> examples() {
+std::vector<ActionExample> actionExamples() {
   return {
       {GuardianCommandReviewAction{GuardianCommandSource::unifiedExec, "ls", "/"},
        R"({"type":"command","source":"unifiedExec","command":"ls","cwd":"/"})"},
@@ -53,7 +53,7 @@ TEST(GuardianReviewAction, FollowsItsTables) {
 }
 
 TEST(GuardianReviewAction, IsReadAndWrittenUnderItsType) {
-  for (const auto& [action, text] : examples()) {
+  for (const auto& [action, text] : actionExamples()) {
     EXPECT_EQ(decoded<GuardianApprovalReviewAction>(text), action);
     tests::expectWritten(action, text);
   }

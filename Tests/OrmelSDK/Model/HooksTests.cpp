@@ -16,7 +16,7 @@ constexpr std::string_view wholeRun = R"({"id":"h","eventName":"postToolUse","ha
   "statusMessage":"s","startedAt":1700000000000,"completedAt":1700000000005,"durationMs":5,
   "entries":[{"kind":"feedback","text":"x"}]})";
 
-HookRunSummary run() {
+HookRunSummary wholeRunRecord() {
   HookRunSummary run;
   run.id = "h";
   run.eventName = HookEventName::postToolUse;
@@ -35,18 +35,18 @@ HookRunSummary run() {
   return run;
 }
 
-std::string eventText(std::string_view before) { return std::string(before) + std::string(wholeRun) + "}"; }
+std::string eventOfRun(std::string_view before) { return std::string(before) + std::string(wholeRun) + "}"; }
 
 TEST(Hooks, FollowTheirTables) {
   tests::checkRecord<HookOutputEntry>(R"({"kind":"feedback","text":"x"})");
   tests::checkRecord<HookRunSummary>(wholeRun);
-  tests::checkRecord<HookStartedEvent>(eventText(R"({"thread_id":"t","turn_id":"u","run":)"));
-  tests::checkRecord<HookCompletedEvent>(eventText(R"({"thread_id":"t","turn_id":"u","run":)"));
+  tests::checkRecord<HookStartedEvent>(eventOfRun(R"({"thread_id":"t","turn_id":"u","run":)"));
+  tests::checkRecord<HookCompletedEvent>(eventOfRun(R"({"thread_id":"t","turn_id":"u","run":)"));
 }
 
 TEST(HookRunSummary, IsReadAndWrittenWhole) {
-  EXPECT_EQ(decoded<HookRunSummary>(wholeRun), run());
-  tests::expectWritten(run(), wholeRun);
+  EXPECT_EQ(decoded<HookRunSummary>(wholeRun), wholeRunRecord());
+  tests::expectWritten(wholeRunRecord(), wholeRun);
 }
 
 TEST(HookRunSummary, WritesNothingForWhatIsAbsent) {
@@ -57,8 +57,9 @@ TEST(HookRunSummary, WritesNothingForWhatIsAbsent) {
 }
 
 TEST(HookStartedEvent, IsWrittenWithItsTurnIfItHasOne) {
-  tests::expectWritten(HookStartedEvent{"t", {}, run()}, eventText(R"({"thread_id":"t","run":)"));
-  tests::expectWritten(HookCompletedEvent{"t", "u", run()}, eventText(R"({"thread_id":"t","turn_id":"u","run":)"));
+  tests::expectWritten(HookStartedEvent{"t", {}, wholeRunRecord()}, eventOfRun(R"({"thread_id":"t","run":)"));
+  tests::expectWritten(HookCompletedEvent{"t", "u", wholeRunRecord()},
+                       eventOfRun(R"({"thread_id":"t","turn_id":"u","run":)"));
 }
 
 TEST(HookEventName, KeepsNamesThatItDoesNotKnow) {

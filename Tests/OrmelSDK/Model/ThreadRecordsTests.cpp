@@ -18,8 +18,8 @@ namespace {
 
 using namespace ormel;
 
-constexpr std::string_view item = R"({"type":"reasoning","id":"i","summary":["s"],"content":[]})";
-constexpr std::string_view goal =
+constexpr std::string_view recordedItem = R"({"type":"reasoning","id":"i","summary":["s"],"content":[]})";
+constexpr std::string_view recordedGoal =
     R"({"threadId":"t","objective":"o","status":"active","tokenBudget":9,"tokensUsed":1,"timeUsedSeconds":2,)"
     R"("createdAt":3,"updatedAt":4})";
 constexpr std::string_view status = R"({"type":"active","activeFlags":["waiting"]})";
@@ -28,8 +28,9 @@ constexpr std::string_view turnError =
     R"({"message":"m","ormelErrorInfo":{"kind":"overload"},"additionalDetails":"more"})";
 
 std::string turn() {
-  return R"({"id":"u","items":[)" + std::string(item) + R"(],"itemsView":"summary","status":"failed","error":)" +
-         std::string(turnError) + R"(,"startedAt":1.5,"completedAt":2.5,"durationMs":1000})";
+  return R"({"id":"u","items":[)" + std::string(recordedItem) +
+         R"(],"itemsView":"summary","status":"failed","error":)" + std::string(turnError) +
+         R"(,"startedAt":1.5,"completedAt":2.5,"durationMs":1000})";
 }
 
 std::string thread() {
@@ -58,8 +59,8 @@ TEST(ThreadRecords, FollowTheirTables) {
       R"("approvalPolicy":"never","approvalsReviewer":"auto_review","sandbox":{"type":"readOnly"},)"
       R"("reasoningEffort":"custom"})");
   tests::checkRecord<ThreadUnsubscribeResponse>(R"({"status":"unsubscribed"})");
-  tests::checkRecord<ThreadGoalSetResponse>(R"({"goal":)" + std::string(goal) + "}");
-  tests::checkRecord<ThreadGoalGetResponse>(R"({"goal":)" + std::string(goal) + "}");
+  tests::checkRecord<ThreadGoalSetResponse>(R"({"goal":)" + std::string(recordedGoal) + "}");
+  tests::checkRecord<ThreadGoalGetResponse>(R"({"goal":)" + std::string(recordedGoal) + "}");
   tests::checkRecord<ThreadGoalClearResponse>(R"({"cleared":true})");
   tests::checkRecord<ConversationSummaryResponse>(R"({"summary":{"text":"s"}})");
 }
@@ -67,9 +68,9 @@ TEST(ThreadRecords, FollowTheirTables) {
 TEST(ThreadTurnRecords, FollowTheirTables) {
   tests::checkRecord<ThreadTurnError>(turnError);
   tests::checkRecord<ThreadTurn>(turn());
-  tests::checkRecord<ThreadItemEntry>(R"({"turnId":"u","item":)" + std::string(item) + "}");
-  tests::checkRecord<ThreadTurnItemsListResponse>(page(R"({"turnId":"u","item":)" + std::string(item) + "}"));
-  tests::checkRecord<LegacyThreadTurnItemsListResponse>(page(std::string(item)));
+  tests::checkRecord<ThreadItemEntry>(R"({"turnId":"u","item":)" + std::string(recordedItem) + "}");
+  tests::checkRecord<ThreadTurnItemsListResponse>(page(R"({"turnId":"u","item":)" + std::string(recordedItem) + "}"));
+  tests::checkRecord<LegacyThreadTurnItemsListResponse>(page(std::string(recordedItem)));
   tests::checkRecord<ThreadTurnsListResponse>(page(turn()));
   tests::checkRecord<ReviewStartResponse>(R"({"turn":)" + turn() + R"(,"reviewThreadId":"r"})");
 }

@@ -11,9 +11,9 @@ namespace {
 using namespace ormel;
 using tests::decoded;
 
-constexpr std::string_view settings = R"({"cwd":"/w","approvalPolicy":"never","approvalsReviewer":"user",
+constexpr std::string_view settingsText = R"({"cwd":"/w","approvalPolicy":"never","approvalsReviewer":"user",
   "sandboxPolicy":{},"model":"m","modelProvider":"mp","collaborationMode":"default"})";
-constexpr std::string_view goal = R"({"thread_id":"t","objective":"o","status":"active","tokensUsed":1,
+constexpr std::string_view goalText = R"({"thread_id":"t","objective":"o","status":"active","tokensUsed":1,
   "timeUsedSeconds":2,"createdAt":3,"updatedAt":4})";
 
 std::string with(std::string_view before, std::string_view value) {
@@ -22,18 +22,18 @@ std::string with(std::string_view before, std::string_view value) {
 
 TEST(ThreadStateEvents, FollowTheirTables) {
   tests::checkRecord<ThreadStartedEvent>(R"({"thread_id":"t","forked_from_id":"f","instructionSources":["a","b"]})");
-  tests::checkRecord<ThreadGoalUpdatedEvent>(with(R"({"thread_id":"t","turn_id":"u","goal":)", goal));
+  tests::checkRecord<ThreadGoalUpdatedEvent>(with(R"({"thread_id":"t","turn_id":"u","goal":)", goalText));
   tests::checkRecord<ThreadGoalClearedEvent>(R"({"thread_id":"t"})");
-  tests::checkRecord<ThreadSettingsUpdatedEvent>(with(R"({"thread_id":"t","threadSettings":)", settings));
+  tests::checkRecord<ThreadSettingsUpdatedEvent>(with(R"({"thread_id":"t","threadSettings":)", settingsText));
 }
 
 TEST(ThreadStateEvents, AreWrittenUnderTheirOwnKeys) {
   tests::expectWritten(ThreadStartedEvent{"t", "f", {"a"}},
                        R"({"thread_id":"t","forked_from_id":"f","instructionSources":["a"]})");
   tests::expectWritten(ThreadStartedEvent{"t", {}, {}}, R"({"thread_id":"t"})");
-  const std::string updated = with(R"({"thread_id":"t","turn_id":"u","goal":)", goal);
+  const std::string updated = with(R"({"thread_id":"t","turn_id":"u","goal":)", goalText);
   tests::expectWritten(decoded<ThreadGoalUpdatedEvent>(updated), updated);
-  const std::string changed = with(R"({"thread_id":"t","threadSettings":)", settings);
+  const std::string changed = with(R"({"thread_id":"t","threadSettings":)", settingsText);
   tests::expectWritten(decoded<ThreadSettingsUpdatedEvent>(changed), changed);
 }
 
@@ -55,7 +55,7 @@ TEST(ThreadStateEvents, TakeAnEmptyListUnderTheFirstSpellingForAnAnswer) {
 }
 
 TEST(ThreadSettingsUpdatedEvent, ReadsTheSettingsUnderOneSpellingOnly) {
-  EXPECT_EQ(tests::failureOf<ThreadSettingsUpdatedEvent>(with(R"({"thread_id":"t","thread_settings":)", settings)),
+  EXPECT_EQ(tests::failureOf<ThreadSettingsUpdatedEvent>(with(R"({"thread_id":"t","thread_settings":)", settingsText)),
             "No value is associated with the key 'threadSettings'.");
 }
 

@@ -7,6 +7,7 @@
 #include "OrmelSDK/Concurrency/Sleep.h"
 #include "OrmelSDK/OrmelExecutableTrust.h"
 #include "OrmelSDK/OrmelProcessError.h"
+#include "OrmelSDK/TurnRun/Campaign/CampaignFailures.h"
 #include "OrmelSDK/TurnRun/Campaign/CampaignServerRequestScenarios.h"
 #include "OrmelSDK/TurnRun/Campaign/CampaignThreadScenarios.h"
 
@@ -14,31 +15,17 @@ namespace ormel::testing {
 
 namespace {
 
+using namespace failures;
 using Reply = ServerPlan::Reply;
 using Fault = ServerPlan::Fault;
 using ProbeReply = ServerPlan::ProbeReply;
 
-constexpr std::string_view aborted = "Operation aborted";
-constexpr std::string_view exited = "Ormel process exited with ";
-constexpr std::string_view endOfFile = "Ormel app-server terminated unexpectedly";
-constexpr std::string_view explained = CampaignServer::explanation;
-constexpr std::string_view unreadable = "App-server decode error at ";
-constexpr std::string_view timedOut = "App-server RPC ";
 constexpr std::string_view refused = "refused";
-constexpr std::string_view noLongerCurrent = "Prepared app-server operation is no longer current";
-constexpr std::string_view alreadyActive = "An app-server operation is already active";
-constexpr std::string_view streamFinished = "Stream finished";
-constexpr std::string_view alreadyFinished = "Ormel app-server stream already finished";
 
 constexpr std::array<const char*, 8> requestMethods = {
     "initialize", "thread/start",         "thread/resume", "thread/fork",
     "turn/start", "thread/compact/start", "review/start",  "turn/interrupt",
 };
-
-template <typename Choices>
-auto anyOf(CampaignWorld& world, const Choices& choices) {
-  return choices[world.scheduler.choose(choices.size())];
-}
 
 /// An operation that nothing disturbs; only a compaction can learn of its end before its start has returned.
 void requirePlainEnd(const CampaignWorld& world, const OperationRecord& record) {

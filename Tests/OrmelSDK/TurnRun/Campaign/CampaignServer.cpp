@@ -12,14 +12,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-std::string textIn(const JSONValue& object, std::string_view key) {
+std::string copiedText(const JSONValue& object, std::string_view key) {
   const JSONValue* value = object.find(key);
   return std::string(value ? value->stringValue().value_or("") : "");
 }
 
 std::string paramIn(const JSONValue& request, std::string_view key) {
   const JSONValue* params = request.find("params");
-  return params ? textIn(*params, key) : "";
+  return params ? copiedText(*params, key) : "";
 }
 
 JSONValue responseTo(const JSONValue& request, const JSONValue& result) {
@@ -90,7 +90,7 @@ std::string CampaignServer::stamped(const char* kind, const InMemoryProcess& pro
 }
 
 void CampaignServer::read(InMemoryProcess& process, const JSONValue& message) {
-  const std::string method = textIn(message, "method");
+  const std::string method = copiedText(message, "method");
   if (!message.find("id") || method.empty()) return;
   if (method == "initialize") {
     reply(process, message, JSONValue::object({{"userAgent", "campaign"}}));
@@ -121,13 +121,13 @@ JSONValue CampaignServer::turnResponse(InMemoryProcess& process, const JSONValue
   conversation.turnID = stamped("turn-", process);
   if (isCompaction) return responseTo(request, JSONValue::object());
   const JSONValue turn = turnObject(conversation.turnID, "inProgress");
-  if (textIn(request, "method") != "review/start") return responseTo(request, JSONValue::object({{"turn", turn}}));
+  if (copiedText(request, "method") != "review/start") return responseTo(request, JSONValue::object({{"turn", turn}}));
   conversation.threadID = stamped("review-", process);
   return responseTo(request, JSONValue::object({{"reviewThreadId", conversation.threadID}, {"turn", turn}}));
 }
 
 void CampaignServer::beginTurn(InMemoryProcess& process, const JSONValue& request, bool isCompaction) {
-  const auto kind = plan.replies.find(textIn(request, "method"));
+  const auto kind = plan.replies.find(copiedText(request, "method"));
   if (kind != plan.replies.end() && kind->second == ServerPlan::Reply::refuse) {
     reply(process, request, JSONValue());
     return;
@@ -235,7 +235,7 @@ JSONValue CampaignServer::probed(const JSONValue& request) {
 }
 
 void CampaignServer::reply(InMemoryProcess& process, const JSONValue& request, const JSONValue& result) {
-  const auto planned = plan.replies.find(textIn(request, "method"));
+  const auto planned = plan.replies.find(copiedText(request, "method"));
   const auto kind = planned == plan.replies.end() ? ServerPlan::Reply::give : planned->second;
   if (kind == ServerPlan::Reply::give) {
     say(process, responseTo(request, result));

@@ -5,31 +5,24 @@
 #include <string_view>
 
 #include "OrmelSDK/Concurrency/Sleep.h"
+#include "OrmelSDK/TurnRun/Campaign/CampaignFailures.h"
 #include "OrmelSDK/TurnRun/Campaign/CampaignThread.h"
 
 namespace ormel::testing {
 
 namespace {
 
+using namespace failures;
 using Reply = ServerPlan::Reply;
 using Fault = ServerPlan::Fault;
 
-constexpr std::string_view aborted = "Operation aborted";
 constexpr std::string_view interruptTimedOut = "App-server RPC turn/interrupt timed out";
-constexpr std::string_view noLongerCurrent = "Prepared app-server operation is no longer current";
-constexpr std::string_view alreadyActive = "An app-server operation is already active";
-constexpr std::string_view streamFinished = "Stream finished";
 constexpr std::string_view dropped = "dropped";
 /// What the operations that need a conversation say to a new thread.
 constexpr std::string_view notStarted = "Start the ";
 
 constexpr std::array interruptReplies = {Reply::give, Reply::give, Reply::refuse, Reply::withhold,
                                          Reply::giveAtTimeout};
-
-template <typename Choices>
-auto anyOf(CampaignWorld& world, const Choices& choices) {
-  return choices[world.scheduler.choose(choices.size())];
-}
 
 std::optional<std::string> anyThread(CampaignWorld& world) {
   return world.coin() ? std::optional<std::string>("thread-of-old") : std::nullopt;

@@ -181,4 +181,9 @@ class CampaignWorld {
   std::uint64_t trace_ = 0xcbf29ce484222325U;
 };
 
+template <typename Choices>
+auto anyOf(CampaignWorld& world, const Choices& choices) {
+  return choices[world.scheduler.choose(choices.size())];
+}
+
 }  // namespace ormel::testing

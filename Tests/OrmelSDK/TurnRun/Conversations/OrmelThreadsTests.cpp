@@ -65,7 +65,7 @@ TEST(OrmelThreads, AreStartedAndResumedWithTheirOptions) {
 }
 
 TEST(OrmelThreads, ResumeTheThreadThatIsNamed) {
-  ThreadHarness server(std::string(politeServer) + wholeTurn);
+  ThreadHarness server(politeServer + wholeTurn);
   server.thread = server.ormel().resumeThread("t1");
   EXPECT_EQ(server.thread->id(), "t1");
   EXPECT_EQ(failureOf([&] { server.thread->run("hello").get(); }), "no failure");
@@ -74,7 +74,7 @@ TEST(OrmelThreads, ResumeTheThreadThatIsNamed) {
 }
 
 TEST(OrmelThreads, GiveTheServerTheOptionsAndTheFoldersOfTheFacade) {
-  const SimulatorScenario scenario(std::string(politeServer) + wholeTurn);
+  const SimulatorScenario scenario(politeServer + wholeTurn);
   // The executable of a package, with programs of its own beside it.
   const TemporaryDirectory package;
   const std::string vendor =

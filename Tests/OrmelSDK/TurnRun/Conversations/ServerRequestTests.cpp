@@ -19,7 +19,7 @@ using namespace ormel::testing;
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 
-const std::string runningTurn = std::string(politeServer) + R"(
+const std::string runningTurn = politeServer + R"(
 client asks turn/start
 server answers {"turn": {"id": "u1"}}
 )";

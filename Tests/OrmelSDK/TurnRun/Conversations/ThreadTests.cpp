@@ -17,11 +17,6 @@ using namespace ormel;
 using namespace ormel::testing;
 using ::testing::ElementsAre;
 
-const std::string polite = politeServer;
-constexpr const char* turnIsAccepted = R"(
-client asks turn/start
-server answers {"turn": {"id": "u1"}}
-)";
 constexpr const char* turnCompletes = R"(
 server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status": "completed"}}
 )";
@@ -38,7 +33,7 @@ bool noChildIsLeft() {
 }
 
 TEST(ThreadConversation, BlocksForTurnsThatFollowEachOther) {
-  ThreadHarness server(polite + turnThatSays("one") + turnThatSays("two") + turnThatSays("three"));
+  ThreadHarness server(politeServer + turnThatSays("one") + turnThatSays("two") + turnThatSays("three"));
   EXPECT_EQ(server.thread->id(), std::nullopt);
   EXPECT_EQ(server.thread->run("first").get().finalResponse, "one");
   EXPECT_EQ(server.thread->id(), "t1");
@@ -79,7 +74,7 @@ Task<void> awaitEverything(Thread thread) {
 }
 
 TEST(ThreadConversation, IsAwaited) {
-  ThreadHarness server(polite + turnThatSays("one") + turnIsAccepted + R"(
+  ThreadHarness server(politeServer + turnThatSays("one") + turnIsAccepted + R"(
     client asks turn/steer {"threadId": "t1", "expectedTurnId": "u1"}
     server answers {})" +
                        turnCompletes + R"(
@@ -101,7 +96,7 @@ TEST(ThreadConversation, IsAwaited) {
 }
 
 TEST(ThreadConversation, CallsBack) {
-  ThreadHarness server(polite + turnThatSays("one"));
+  ThreadHarness server(politeServer + turnThatSays("one"));
   std::promise<Turn> promise;
   auto turn = promise.get_future();
   server.thread->run("hello").start([&promise](TaskResult<Turn> result) { promise.set_value(result.take()); });
@@ -110,7 +105,7 @@ TEST(ThreadConversation, CallsBack) {
 }
 
 TEST(ThreadConversation, EndsTheServerWhenItIsReleasedWhileIdle) {
-  ThreadHarness server(polite + turnThatSays("one"));
+  ThreadHarness server(politeServer + turnThatSays("one"));
   server.thread->run("hello").get();
   EXPECT_TRUE(ProcessResources::now().hasChildren);
   server.thread.reset();
@@ -118,14 +113,14 @@ TEST(ThreadConversation, EndsTheServerWhenItIsReleasedWhileIdle) {
 }
 
 TEST(ThreadConversation, EndsAServerThatDoesNotListenWhenItIsReleased) {
-  ThreadHarness server("server ignores TERM\n" + polite + turnThatSays("one") + "wait until input closes\n");
+  ThreadHarness server("server ignores TERM\n" + politeServer + turnThatSays("one") + "wait until input closes\n");
   server.thread->run("hello").get();
   server.thread.reset();
   EXPECT_TRUE(noChildIsLeft());
 }
 
 TEST(ThreadConversation, GoesOnToTheEndOfATurnWithoutAHandle) {
-  ThreadHarness server(polite + turnIsAccepted + "wait until file \"go\"\n" + turnCompletes);
+  ThreadHarness server(politeServer + turnIsAccepted + "wait until file \"go\"\n" + turnCompletes);
   StreamedTurn streamed = server.thread->runStreamed("hello").get();
   server.thread.reset();
   EXPECT_TRUE(ProcessResources::now().hasChildren);
@@ -135,7 +130,7 @@ TEST(ThreadConversation, GoesOnToTheEndOfATurnWithoutAHandle) {
 }
 
 TEST(ThreadConversation, LeavesTheProcessToTheNextTurnWhenATurnFails) {
-  ThreadHarness server(polite + turnIsAccepted + R"(
+  ThreadHarness server(politeServer + turnIsAccepted + R"(
     server notifies turn/completed {"turn": {"id": "u1", "status": "failed", "error": {"message": "no credit"}}})" +
                        turnThatSays("two"));
   EXPECT_EQ(failureOf([&] { server.thread->run("hello").get(); }), "turn failed: no credit");
@@ -144,7 +139,7 @@ TEST(ThreadConversation, LeavesTheProcessToTheNextTurnWhenATurnFails) {
 }
 
 TEST(ThreadConversation, StartsAnotherServerAfterACrash) {
-  ThreadHarness server(polite + "in run 1\n" + turnIsAccepted + R"(
+  ThreadHarness server(politeServer + "in run 1\n" + turnIsAccepted + R"(
       server writes stderr "panicked\n"
       server exits 3
     end
@@ -160,7 +155,7 @@ TEST(ThreadConversation, StartsAnotherServerAfterACrash) {
 }
 
 TEST(ThreadConversation, IsAbortedFromAnyThread) {
-  ThreadHarness server(polite + "in run 1\n" + turnIsAccepted + R"(
+  ThreadHarness server(politeServer + "in run 1\n" + turnIsAccepted + R"(
       client asks turn/interrupt {"threadId": "t1", "turnId": "u1"}
       server answers {}
       server notifies turn/completed {"turn": {"id": "u1", "status": "interrupted"}}
@@ -184,7 +179,7 @@ TEST(ThreadConversation, SendsNoTurnWhenAHandlerAborts) {
   const AbortController controller;
   ThreadOptions options;
   options.threadStartedHandler = [&controller](const std::string&) { controller.abort(); };
-  ThreadHarness server(polite, options);
+  ThreadHarness server(politeServer, options);
   TurnOptions turnOptions;
   turnOptions.signal = controller.signal;
   const std::string failure = failureOf([&] { server.thread->run("hello", turnOptions).get(); });
@@ -194,7 +189,7 @@ TEST(ThreadConversation, SendsNoTurnWhenAHandlerAborts) {
 }
 
 TEST(ThreadConversation, AnswersAQuestionOfTheServer) {
-  ThreadHarness server(polite + turnIsAccepted + R"(
+  ThreadHarness server(politeServer + turnIsAccepted + R"(
     server asks item/tool/requestUserInput {"itemId": "q1", "questions": []} with id "ask" as question
     client answers question exactly {"answers": {"size": {"answers": ["Small"]}}}
     )" + turnCompletes);
@@ -207,7 +202,7 @@ TEST(ThreadConversation, AnswersAQuestionOfTheServer) {
 
 TEST(ThreadConversation, GivesOneOfTwoTurnsThatAreStartedAtOnceToTheServer) {
   for (int round = 0; round < 20; ++round) {
-    ThreadHarness server(polite + turnIsAccepted + "wait until file \"go\"\n" + turnCompletes);
+    ThreadHarness server(politeServer + turnIsAccepted + "wait until file \"go\"\n" + turnCompletes);
     std::atomic<int> ready{0};
     std::atomic<int> refused{0};
     std::array<std::string, 2> outcomes;
@@ -229,7 +224,7 @@ TEST(ThreadConversation, GivesOneOfTwoTurnsThatAreStartedAtOnceToTheServer) {
 }
 
 TEST(ThreadConversation, RunsBesideOthersEachWithAServerOfItsOwn) {
-  ThreadHarness server(polite + turnIsAccepted + "wait until file \"go\"\n" + turnCompletes);
+  ThreadHarness server(politeServer + turnIsAccepted + "wait until file \"go\"\n" + turnCompletes);
   const Thread other = server.ormel().startThread();
   StreamedTurn first = server.thread->runStreamed("hello").get();
   StreamedTurn second = other.runStreamed("hello").get();

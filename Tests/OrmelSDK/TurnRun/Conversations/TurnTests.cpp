@@ -13,14 +13,8 @@ using namespace ormel::testing;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-const std::string polite = politeServer;
-constexpr const char* turnIsAccepted = R"(
-client asks turn/start
-server answers {"turn": {"id": "u1"}}
-)";
-
 TEST(AppServerTurnRun, StreamsATurnOnANewThreadToItsEnd) {
-  TurnRunHarness server(polite + wholeTurn);
+  TurnRunHarness server(politeServer + wholeTurn);
   auto turn = server.startTurn();
   EXPECT_EQ(turn.threadID, "t1");
   EXPECT_THAT(told(turn.events), ElementsAre("thread.started t1", "turn.started", "turn.completed", "end"));
@@ -30,7 +24,7 @@ TEST(AppServerTurnRun, StreamsATurnOnANewThreadToItsEnd) {
 }
 
 TEST(AppServerTurnRun, TakesATurnThatIsToldInOneWriteBeforeItsResponse) {
-  TurnRunHarness server(polite + R"(
+  TurnRunHarness server(politeServer + R"(
     client asks turn/start
     in one write
       server notifies turn/started {"threadId": "t1", "turn": {"id": "u1"}}
@@ -42,7 +36,7 @@ TEST(AppServerTurnRun, TakesATurnThatIsToldInOneWriteBeforeItsResponse) {
 }
 
 TEST(AppServerTurnRun, TakesALineThatComesInManyPieces) {
-  TurnRunHarness server(polite + turnIsAccepted + R"(
+  TurnRunHarness server(politeServer + turnIsAccepted + R"(
     server writes raw '{"method":"warning","par' then 'ams":{"message":"\xc3' then '\xa9"}}\r' then "\n"
     server notifies turn/completed {"turn": {"id": "u1", "status": "completed"}})");
   auto turn = server.startTurn();
@@ -52,7 +46,7 @@ TEST(AppServerTurnRun, TakesALineThatComesInManyPieces) {
 // One process for two turns, an abort that costs it, and another one for the third turn.
 TEST(AppServerTurnRun, LivesThroughTurnsAnAbortAndANewProcess) {
   {
-    TurnRunHarness server(polite + "in run 1\n" + wholeTurn + turnIsAccepted + R"(
+    TurnRunHarness server(politeServer + "in run 1\n" + wholeTurn + turnIsAccepted + R"(
         client asks turn/interrupt {"threadId": "t1", "turnId": "u1"}
         server answers {}
         server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status": "interrupted"}}
@@ -76,7 +70,7 @@ TEST(AppServerTurnRun, LivesThroughTurnsAnAbortAndANewProcess) {
 }
 
 TEST(AppServerTurnRun, TellsTheLastWordsOfAServerThatFails) {
-  TurnRunHarness server(polite + turnIsAccepted + R"(
+  TurnRunHarness server(politeServer + turnIsAccepted + R"(
     server notifies warning {"message": "low on memory"}
     server writes stderr "panicked\n"
     server exits 3)");
@@ -86,14 +80,14 @@ TEST(AppServerTurnRun, TellsTheLastWordsOfAServerThatFails) {
 }
 
 TEST(AppServerTurnRun, TellsThatAServerWasKilled) {
-  TurnRunHarness server(polite + turnIsAccepted + "server exits with signal 9\n");
+  TurnRunHarness server(politeServer + turnIsAccepted + "server exits with signal 9\n");
   auto turn = server.startTurn();
   EXPECT_THAT(told(turn.events),
               ElementsAre("thread.started t1", "stream error: Ormel app-server terminated unexpectedly"));
 }
 
 TEST(AppServerTurnRun, TellsHowAServerEndedWhosePipesAnotherProcessHolds) {
-  TurnRunHarness server(polite + turnIsAccepted + R"(
+  TurnRunHarness server(politeServer + turnIsAccepted + R"(
     server forks
       wait until input closes
     end
@@ -104,7 +98,7 @@ TEST(AppServerTurnRun, TellsHowAServerEndedWhosePipesAnotherProcessHolds) {
 }
 
 TEST(AppServerTurnRun, HandlesWhatADeadServerLeftInThePipe) {
-  TurnRunHarness server(polite + turnIsAccepted + R"(
+  TurnRunHarness server(politeServer + turnIsAccepted + R"(
     in one write
       repeat 1000 times as i
         server notifies item/agentMessage/delta {"itemId": "m1", "delta": "word "}
@@ -121,7 +115,7 @@ TEST(AppServerTurnRun, HandlesWhatADeadServerLeftInThePipe) {
 }
 
 TEST(AppServerTurnRun, FailsOnALineThatIsNotJSON) {
-  TurnRunHarness server(polite + turnIsAccepted + "server writes raw \"{oops\\n\"\n");
+  TurnRunHarness server(politeServer + turnIsAccepted + "server writes raw \"{oops\\n\"\n");
   auto turn = server.startTurn();
   const auto words = told(turn.events);
   ASSERT_EQ(words.size(), 2U);
@@ -179,7 +173,7 @@ TEST(AppServerTurnRun, IsCancelledWithItsCaller) {
 
 TEST(AppServerTurnRun, LeavesNothingBehindHoweverOftenItIsStartedAndStopped) {
   const auto round = [](bool isReleased) {
-    TurnRunHarness server(polite + turnIsAccepted + "wait until input closes\n");
+    TurnRunHarness server(politeServer + turnIsAccepted + "wait until input closes\n");
     auto turn = server.startTurn();
     EXPECT_EQ(nextTold(turn.events), "thread.started t1");
     if (!isReleased) server.dropRun();

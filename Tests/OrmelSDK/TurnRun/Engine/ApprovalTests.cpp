@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Support/AskedRun.h"
+#include "Support/PayloadChecks.h"
 
 namespace {
 
@@ -16,10 +17,9 @@ using namespace ormel;
 using namespace ormel::testing;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using tests::json;
 
-JSONValue json(std::string_view text) { return JSONValue::decode(text); }
-
-constexpr const char* command = "item/commandExecution/requestApproval";
+constexpr const char* commandApproval = "item/commandExecution/requestApproval";
 constexpr const char* fileChange = "item/fileChange/requestApproval";
 constexpr const char* permissions = "item/permissions/requestApproval";
 
@@ -49,16 +49,16 @@ TEST(AppServerTurnRunApprovals, AreClosedByTheMostRestrictiveDecisionThatIsOffer
       {R"([null,7,"cancel"])", "cancel"},
   };
   for (const auto& [offered, decision] : cases) {
-    for (const char* method : {command, fileChange}) {
+    for (const char* method : {commandApproval, fileChange}) {
       EXPECT_EQ(resultOf(method, offering(offered)), JSONValue::object({{"decision", decision}})) << offered;
     }
   }
 }
 
 TEST(AppServerTurnRunApprovals, ReadWhatIsOfferedInEitherSpelling) {
-  EXPECT_EQ(resultOf(command, R"({"availableDecisions":["cancel"],"available_decisions":["decline"]})"),
+  EXPECT_EQ(resultOf(commandApproval, R"({"availableDecisions":["cancel"],"available_decisions":["decline"]})"),
             json(R"({"decision":"cancel"})"));
-  EXPECT_EQ(resultOf(command, R"({"availableDecisions":"decline","available_decisions":["cancel"]})"),
+  EXPECT_EQ(resultOf(commandApproval, R"({"availableDecisions":"decline","available_decisions":["cancel"]})"),
             json(R"({"decision":"cancel"})"));
 }
 
@@ -73,7 +73,7 @@ TEST(AppServerTurnRunApprovals, PassADecisionOnThatIsOffered) {
       {"[]", R"("acceptForSession")"},
   };
   for (const auto& [offered, decision] : cases) {
-    for (const char* method : {command, fileChange}) {
+    for (const char* method : {commandApproval, fileChange}) {
       EXPECT_EQ(resultOf(method, offering(offered), deciding(json(decision))),
                 JSONValue::object({{"decision", json(decision)}}))
           << decision;
@@ -87,7 +87,7 @@ TEST(AppServerTurnRunApprovals, CloseADecisionThatIsNotOffered) {
       {R"([{"accept":{}}])", "decline"}, {R"(["accept "])", "decline"},
   };
   for (const auto& [offered, decision] : cases) {
-    for (const char* method : {command, fileChange}) {
+    for (const char* method : {commandApproval, fileChange}) {
       EXPECT_EQ(resultOf(method, offering(offered), deciding("accept")), JSONValue::object({{"decision", decision}}))
           << offered;
     }
@@ -118,7 +118,7 @@ CommandApprovalRequest commandRequestOf(std::string_view params) {
     seen = request;
     return OrmelApprovalDecision::accept;
   };
-  (void)answerTo(command, params, options);
+  (void)answerTo(commandApproval, params, options);
   return seen;
 }
 

@@ -9,16 +9,16 @@
 #include <vector>
 
 #include "Support/AskedRun.h"
+#include "Support/PayloadChecks.h"
 
 namespace {
 
 using namespace ormel;
 using namespace ormel::testing;
 using ::testing::IsEmpty;
+using tests::json;
 
-JSONValue json(std::string_view text) { return JSONValue::decode(text); }
-
-constexpr const char* method = "mcpServer/elicitation/request";
+constexpr const char* elicit = "mcpServer/elicitation/request";
 constexpr const char* form = R"({"serverName":"s","mode":"form","message":"m","requestedSchema":{"type":"object"}})";
 constexpr const char* cancelled = R"({"action":"cancel","content":null,"_meta":null})";
 
@@ -36,7 +36,7 @@ std::optional<McpServerElicitationRequest> requestOf(std::string_view params) {
     seen = request;
     return McpServerElicitationResponse();
   };
-  EXPECT_EQ(resultOf(method, params, options), json(cancelled));
+  EXPECT_EQ(resultOf(elicit, params, options), json(cancelled));
   return seen;
 }
 
@@ -80,7 +80,7 @@ TEST(AppServerTurnRunElicitation, IsCancelledUnseenWhereItCannotBePlacedOrIsOfAn
       return McpServerElicitationResponse();
     };
     AskedRun asked(scheduler, options);
-    asked.ask(method, params);
+    asked.ask(elicit, params);
     EXPECT_FALSE(isCalled) << params;
     EXPECT_EQ(asked.answers(), jsonList({std::string(R"({"id":"q1","result":)") + cancelled + "}"})) << params;
     EXPECT_THAT(asked.events(), IsEmpty()) << params;
@@ -92,7 +92,7 @@ TEST(AppServerTurnRunElicitation, WithoutAThreadIsCancelledUnseen) {
   SimulatedRun engine(scheduler);
   engine.keep("thread/start");
   const auto starting = engine.start(engine.turn());
-  engine.process().request(1, method, json(form));
+  engine.process().request(1, elicit, json(form));
   engine.settle();
   EXPECT_EQ(json(engine.process().linesWritten().back()),
             json(R"({"id":1,"result":{"action":"cancel","content":null,"_meta":null}})"));
@@ -107,7 +107,7 @@ TEST(AppServerTurnRunElicitation, IsAnsweredAsTheUserDoes) {
       {{McpServerElicitationAction::decline, {}, {}}, R"({"action":"decline","content":null,"_meta":null})"},
       {{McpServerElicitationAction::cancel, JSONValue(), {}}, cancelled},
   };
-  for (const auto& [response, result] : cases) EXPECT_EQ(resultOf(method, form, answering(response)), json(result));
+  for (const auto& [response, result] : cases) EXPECT_EQ(resultOf(elicit, form, answering(response)), json(result));
 }
 
 /// The item that shows the elicitation, begun and ended.
@@ -135,7 +135,7 @@ TEST(AppServerTurnRunElicitation, IsShownAsAToolCallThatItsAnswerCompletes) {
     AskedRun asked(scheduler, answering(response));
     const std::string params =
         R"({"threadId":"t","turnId":"u","serverName":"s","mode":"form","message":"m","requestedSchema":{}})";
-    asked.ask(method, params);
+    asked.ask(elicit, params);
     McpToolCallItem ended = shown(McpToolCallStatus::completed, json(params), "mcp-server-elicitation:q1");
     ended.result = result;
     EXPECT_EQ(asked.events(),
@@ -149,7 +149,7 @@ TEST(AppServerTurnRunElicitation, IsShownAsAToolCallThatItsAnswerCompletes) {
 TEST(AppServerTurnRunElicitation, IsShownAndClosedWithoutAHandlerToo) {
   SimulatedScheduler scheduler(1);
   AskedRun asked(scheduler);
-  asked.ask(method, form, 12);
+  asked.ask(elicit, form, 12);
   McpToolCallItem ended = shown(McpToolCallStatus::completed, json(form), "mcp-server-elicitation:12");
   ended.result = McpToolCallResult();
   EXPECT_EQ(
@@ -168,7 +168,7 @@ TEST(AppServerTurnRunElicitation, KeepsWhatItAskedThoughItsItemChangesMeanwhile)
       co_return McpServerElicitationResponse();
     };
     AskedRun asked(scheduler, options);
-    asked.ask(method, form);
+    asked.ask(elicit, form);
     asked.engine.notify("item/mcpToolCall/progress", R"({"itemId":"mcp-server-elicitation:q1","message":"half"})");
     gate.resolver().resume(true);
     asked.engine.settle();

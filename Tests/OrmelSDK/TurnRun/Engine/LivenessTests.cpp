@@ -19,9 +19,6 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-[[maybe_unused]] constexpr const char* noLongerCurrent =
-    "stream error: Prepared app-server operation is no longer current";
-
 std::string readOf(std::string_view turn) { return R"({"thread":{"id":"t1","turns":[)" + std::string(turn) + "]}}"; }
 
 std::ptrdiff_t reads(const SimulatedRun& engine) {

@@ -19,9 +19,6 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-[[maybe_unused]] constexpr const char* noLongerCurrent =
-    "stream error: Prepared app-server operation is no longer current";
-
 const std::vector<std::string> handshake = {"initialize", "initialized"};
 
 std::vector<std::string> after(std::vector<std::string> first, const std::vector<std::string>& then) {

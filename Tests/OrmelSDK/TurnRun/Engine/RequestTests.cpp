@@ -17,9 +17,6 @@ using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-[[maybe_unused]] constexpr const char* noLongerCurrent =
-    "stream error: Prepared app-server operation is no longer current";
-
 TEST(AppServerTurnRunRequests, NumberTheirIDsFromOneAndWriteOneObjectALine) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     SimulatedRun engine(scheduler);

@@ -15,10 +15,7 @@ using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-[[maybe_unused]] constexpr const char* noLongerCurrent =
-    "stream error: Prepared app-server operation is no longer current";
-
-constexpr const char* started = R"({"threadId":"t1","turn":{"id":"u1"}})";
+constexpr const char* ourTurn = R"({"threadId":"t1","turn":{"id":"u1"}})";
 
 std::string turnOf(int number) { return R"({"turn":{"id":"other)" + std::to_string(number) + R"("}})"; }
 
@@ -27,7 +24,7 @@ TEST(AppServerTurnRunScope, HoldsBackATurnThatIsToldBeforeItsResponse) {
     SimulatedRun engine(scheduler);
     engine.keep("turn/start");
     const auto starting = engine.start(engine.turn());
-    engine.notify("turn/started", started);
+    engine.notify("turn/started", ourTurn);
     engine.notify("turn/completed",
                   R"({"turn":{"id":"u1","status":"completed","items":[{"type":"sleep","id":"s1","durationMs":5}]}})");
     EXPECT_EQ(engine.state(), "pending");

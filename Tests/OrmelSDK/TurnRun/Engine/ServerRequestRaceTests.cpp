@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr const char* command = "item/commandExecution/requestApproval";
+constexpr const char* approval = "item/commandExecution/requestApproval";
 
 /// An application that takes its time over each approval.
 struct SlowApplication {
@@ -94,7 +94,7 @@ TEST(AppServerTurnRunLateAnswers, AreNotWrittenOnceTheyAreOvertaken) {
       inManyOrders([&](SimulatedScheduler& scheduler) {
         SlowApplication application(listens);
         AskedRun asked(scheduler, application.options);
-        asked.ask(command, "{}");
+        asked.ask(approval, "{}");
         ASSERT_EQ(application.questions.size(), 1U);
         EXPECT_FALSE(application.isStopped(0));
         overtaking.happen(asked);
@@ -115,7 +115,7 @@ TEST(AppServerTurnRunLateAnswers, AreNotWrittenInTheStepInWhichTheyAreOvertaken)
     underSeeds(50, [&](SimulatedScheduler& scheduler) {
       SlowApplication application(false);
       AskedRun asked(scheduler, application.options);
-      asked.ask(command, "{}");
+      asked.ask(approval, "{}");
       scheduler.post([&] { application.decide(0); });
       overtaking.happen(asked);
       asked.engine.settle();
@@ -130,8 +130,8 @@ TEST(AppServerTurnRunLateAnswers, AreNotWrittenForAQuestionThatIsAskedAgain) {
     inManyOrders([listens](SimulatedScheduler& scheduler) {
       SlowApplication application(listens);
       AskedRun asked(scheduler, application.options);
-      asked.ask(command, R"({"approvalId":"first"})");
-      asked.ask(command, R"({"approvalId":"second"})");
+      asked.ask(approval, R"({"approvalId":"first"})");
+      asked.ask(approval, R"({"approvalId":"second"})");
       ASSERT_EQ(application.questions.size(), 2U);
       EXPECT_TRUE(application.isStopped(0));
       EXPECT_FALSE(application.isStopped(1));
@@ -150,10 +150,10 @@ TEST(AppServerTurnRunLateAnswers, AreWrittenOnceForEachOfTwoQuestionsUnderOneID)
   inManyOrders([](SimulatedScheduler& scheduler) {
     SlowApplication application(true);
     AskedRun asked(scheduler, application.options);
-    asked.ask(command, "{}");
+    asked.ask(approval, "{}");
     application.decide(0, true);
     asked.engine.settle();
-    asked.ask(command, "{}");
+    asked.ask(approval, "{}");
     application.decide(1, false);
     asked.engine.settle();
     EXPECT_EQ(asked.answers(), jsonList({R"({"id":"q1","result":{"decision":"accept"}})",
@@ -165,8 +165,8 @@ TEST(AppServerTurnRunLateAnswers, AreToldFromThoseToANumberAndToItsDigits) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     SlowApplication application(true);
     AskedRun asked(scheduler, application.options);
-    asked.ask(command, "{}", 1);
-    asked.ask(command, "{}", "1");
+    asked.ask(approval, "{}", 1);
+    asked.ask(approval, "{}", "1");
     EXPECT_EQ(asked.engine.run->serverRequests().count(), 2U);
     asked.engine.notify("serverRequest/resolved", R"({"request_id":"1"})");
     EXPECT_FALSE(application.isStopped(0));
@@ -181,7 +181,7 @@ TEST(AppServerTurnRunLateAnswers, OutliveARefusalUnderTheirID) {
   SimulatedScheduler scheduler(1);
   SlowApplication application(true);
   AskedRun asked(scheduler, application.options);
-  asked.ask(command, "{}");
+  asked.ask(approval, "{}");
   asked.ask("foo/bar", "{}");
   application.decide(0);
   asked.engine.settle();
@@ -193,7 +193,7 @@ TEST(AppServerTurnRunResolvedRequests, AreForgottenWhateverElseIsNamed) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     SlowApplication application(true);
     AskedRun asked(scheduler, application.options);
-    asked.ask(command, "{}", 7);
+    asked.ask(approval, "{}", 7);
     // A foreign thread's too: ids are the server's, not a turn's.
     asked.engine.notify("serverRequest/resolved", R"({"requestId":true,"request_id":7,"threadId":"t2"})");
     asked.engine.notify("serverRequest/resolved", R"({"requestId":7})");
@@ -208,7 +208,7 @@ TEST(AppServerTurnRunHangingHandlers, KeepNoTurnFromItsEnd) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     SlowApplication application(false);
     AskedRun asked(scheduler, application.options);
-    asked.ask(command, "{}");
+    asked.ask(approval, "{}");
     asked.engine.pass(24h);
     EXPECT_THAT(asked.answers(), IsEmpty());
     // All that hears nothing of the server is the probe, which gets no answer here.
@@ -228,7 +228,7 @@ TEST(AppServerTurnRunHangingHandlers, MayOutliveTheRun) {
     std::weak_ptr<detail::AppServerTurnRun> run;
     {
       AskedRun asked(scheduler, application.options);
-      asked.ask(command, "{}");
+      asked.ask(approval, "{}");
       run = asked.engine.run;
       asked.engine.run.reset();
       asked.engine.settle();
@@ -248,7 +248,7 @@ TEST(AppServerTurnRunRequestsBetweenTurns, AreNotAnsweredNorAddUp) {
       SlowApplication application(true);
       AskedRun asked(scheduler, isSlow ? application.options : ThreadOptions());
       asked.engine.completeTurn();
-      for (int id = 0; id < 100; ++id) asked.ask(command, "{}", id);
+      for (int id = 0; id < 100; ++id) asked.ask(approval, "{}", id);
       for (std::size_t place = 0; place < application.questions.size(); ++place) application.decide(place);
       asked.engine.settle();
       EXPECT_THAT(asked.answers(), IsEmpty());
@@ -262,7 +262,7 @@ TEST(AppServerTurnRunRequestsBetweenTurns, AreCancelledByTheNextTurn) {
     SlowApplication application(true);
     AskedRun asked(scheduler, application.options);
     asked.engine.completeTurn();
-    asked.ask(command, "{}");
+    asked.ask(approval, "{}");
     ASSERT_EQ(application.questions.size(), 1U);
     EXPECT_FALSE(application.isStopped(0));
     asked.startTurn();
@@ -285,7 +285,7 @@ TEST(AppServerTurnRunServerRequests, OfAServerThatDiesAtOnceEndTheTurnOnceAndTel
   inManyOrders([](SimulatedScheduler& scheduler) {
     SlowApplication application(true);
     AskedRun asked(scheduler, application.options);
-    asked.engine.process().request("q1", command, JSONValue::object());
+    asked.engine.process().request("q1", approval, JSONValue::object());
     asked.engine.process().exit(3);
     asked.engine.settle();
     EXPECT_THAT(asked.words(), ElementsAre("stream error: Ormel app-server terminated unexpectedly"));
@@ -300,11 +300,11 @@ TEST(AppServerTurnRunServerRequests, AreAbandonedByAnInterruptOfWhichTheServerSt
   inManyOrders([](SimulatedScheduler& scheduler) {
     SlowApplication application(true);
     AskedRun asked(scheduler, application.options);
-    asked.ask(command, "{}", 1);
+    asked.ask(approval, "{}", 1);
     asked.engine.interrupt();
     EXPECT_TRUE(application.isStopped(0));
     // One that comes while the interrupt is under way is served.
-    asked.ask(command, "{}", 2);
+    asked.ask(approval, "{}", 2);
     application.decide(1);
     asked.engine.settle();
     EXPECT_EQ(asked.answers(), jsonList({R"({"id":2,"result":{"decision":"accept"}})"}));

@@ -10,6 +10,7 @@
 
 #include "OrmelSDK/AppServerRun/ServerRequestParsing.h"
 #include "Support/AskedRun.h"
+#include "Support/PayloadChecks.h"
 
 namespace {
 
@@ -17,8 +18,7 @@ using namespace ormel;
 using namespace ormel::testing;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-JSONValue json(std::string_view text) { return JSONValue::decode(text); }
+using tests::json;
 
 /// A request, and the answer that grants nothing.
 struct Closed {

@@ -17,9 +17,6 @@ using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-[[maybe_unused]] constexpr const char* noLongerCurrent =
-    "stream error: Prepared app-server operation is no longer current";
-
 TEST(AppServerTurnRunStream, ReservesOneOperationAtATime) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     SimulatedRun engine(scheduler);
@@ -184,8 +181,6 @@ TEST(AppServerTurnRunStream, KeepsEventsForAConsumerThatDoesNotRead) {
     EXPECT_EQ(*engine.listen(std::move(events)), expected);
   });
 }
-
-Task<void> heldOpen(std::shared_ptr<OneShot<void>> gate) { co_await gate->wait(); }
 
 TEST(AppServerTurnRunStream, StartsWithSuccessThoughTheOperationEndsBeforeItsResponseIsTaken) {
   using Ending = void (*)(SimulatedRun&);

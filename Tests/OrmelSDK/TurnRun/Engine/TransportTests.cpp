@@ -393,9 +393,8 @@ TEST(AppServerTurnRunTransport, DoesNotReportTheEndOfAProcessThatItHasShutDown) 
   });
 }
 
-// These stand alone: the closure of a coroutine would go with the run.
+// Stands alone: the closure of a coroutine would go with the run.
 Task<void> atOnce() { co_return; }
-Task<void> heldOpen(std::shared_ptr<OneShot<void>> gate) { co_await gate->wait(); }
 
 TEST(AppServerTurnRunTransport, DropsAChunkThatIsInHandWhenTheProcessIsShutDown) {
   inManyOrders([](SimulatedScheduler& scheduler) {

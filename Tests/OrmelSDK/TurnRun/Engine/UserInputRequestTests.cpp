@@ -11,6 +11,7 @@
 
 #include "OrmelSDK/AppServerRun/ServerRequestParsing.h"
 #include "Support/AskedRun.h"
+#include "Support/PayloadChecks.h"
 
 namespace {
 
@@ -18,12 +19,11 @@ using namespace ormel;
 using namespace ormel::testing;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using tests::json;
 
 using Answers = std::map<std::string, std::vector<std::string>>;
 
-JSONValue json(std::string_view text) { return JSONValue::decode(text); }
-
-constexpr const char* method = "item/tool/requestUserInput";
+constexpr const char* askUser = "item/tool/requestUserInput";
 constexpr const char* question = R"({"itemId":"i","questions":[{"id":"q","question":"Which?"}]})";
 
 JSONValue argumentsOf(std::string_view params) {
@@ -128,7 +128,7 @@ McpToolCallItem shown(std::string_view params) {
 TEST(AppServerTurnRunUserInput, IsShownAndWaitsForTheUser) {
   SimulatedScheduler scheduler(1);
   AskedRun asked(scheduler);
-  asked.ask(method, question);
+  asked.ask(askUser, question);
   asked.engine.pass(std::chrono::minutes(1));
   EXPECT_EQ(asked.events(), (std::vector<ThreadEvent>{ItemStartedEvent{shown(question), {}, {}, {}}}));
   EXPECT_THAT(asked.answers(), IsEmpty());
@@ -144,7 +144,7 @@ TEST(AppServerTurnRunUserInput, WritesTheAnswersAndCompletesTheItem) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     SCOPED_TRACE("");
     AskedRun asked(scheduler);
-    asked.ask(method, question, 42);
+    asked.ask(askUser, question, 42);
     submit(asked, {{"q", {"A", "ü"}}, {"none", {}}}, "i", 1);
     const std::string result = R"({"answers":{"q":{"answers":["A","ü"]},"none":{"answers":[]}}})";
     EXPECT_EQ(asked.answers(), jsonList({R"({"id":42,"result":)" + result + "}"}));
@@ -161,7 +161,7 @@ TEST(AppServerTurnRunUserInput, WritesTheAnswersAndCompletesTheItem) {
 TEST(AppServerTurnRunUserInput, MayBeAnsweredWithNothing) {
   SimulatedScheduler scheduler(1);
   AskedRun asked(scheduler);
-  asked.ask(method, question);
+  asked.ask(askUser, question);
   submit(asked, {});
   EXPECT_EQ(asked.answers(), jsonList({R"({"id":"q1","result":{"answers":{}}})"}));
 }
@@ -169,7 +169,7 @@ TEST(AppServerTurnRunUserInput, MayBeAnsweredWithNothing) {
 TEST(AppServerTurnRunUserInput, KeepsWhatTheServerSaidOfItsItemButTheError) {
   SimulatedScheduler scheduler(1);
   AskedRun asked(scheduler);
-  asked.ask(method, question);
+  asked.ask(askUser, question);
   asked.engine.notify("item/updated",
                       R"({"item":{"type":"mcpToolCall","id":"i","server":"s","tool":"t","status":"failed",
       "error":{"message":"e"},"result":{"content":[1]},"durationMs":5}})");
@@ -188,7 +188,7 @@ TEST(AppServerTurnRunUserInput, KeepsWhatTheServerSaidOfItsItemButTheError) {
 TEST(AppServerTurnRunUserInput, AnswersButTellsNothingOfAnItemOfAnotherKind) {
   SimulatedScheduler scheduler(1);
   AskedRun asked(scheduler);
-  asked.ask(method, question);
+  asked.ask(askUser, question);
   asked.engine.notify("item/updated", R"({"item":{"type":"sleep","id":"i"}})");
   submit(asked, {{"q", {"A"}}});
   EXPECT_EQ(asked.answers().size(), 1U);
@@ -198,8 +198,8 @@ TEST(AppServerTurnRunUserInput, AnswersButTellsNothingOfAnItemOfAnotherKind) {
 TEST(AppServerTurnRunUserInput, AnswersTheLastOfTwoQuestionsOfOneItem) {
   SimulatedScheduler scheduler(1);
   AskedRun asked(scheduler);
-  asked.ask(method, question, "first");
-  asked.ask(method, question, "second");
+  asked.ask(askUser, question, "first");
+  asked.ask(askUser, question, "second");
   submit(asked, {});
   EXPECT_EQ(asked.answers(), jsonList({R"({"id":"second","result":{"answers":{}}})"}));
   EXPECT_EQ(failureOf([&] { submit(asked, {}); }), "stream error: No pending request_user_input call for item: i");
@@ -208,8 +208,8 @@ TEST(AppServerTurnRunUserInput, AnswersTheLastOfTwoQuestionsOfOneItem) {
 TEST(AppServerTurnRunUserInput, AnswersEachOfSeveralItemsInAnyOrder) {
   SimulatedScheduler scheduler(1);
   AskedRun asked(scheduler);
-  asked.ask(method, R"({"itemId":"a"})", 1);
-  asked.ask(method, R"({"itemId":"b"})", 2);
+  asked.ask(askUser, R"({"itemId":"a"})", 1);
+  asked.ask(askUser, R"({"itemId":"b"})", 2);
   EXPECT_EQ(failureOf([&] { submit(asked, {}, "c"); }), "stream error: No pending request_user_input call for item: c");
   submit(asked, {}, "b");
   submit(asked, {}, "a");
@@ -220,10 +220,10 @@ TEST(AppServerTurnRunUserInput, AnswersEachOfSeveralItemsInAnyOrder) {
 TEST(AppServerTurnRunUserInput, IsForgottenWithItsOperation) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     AskedRun asked(scheduler);
-    asked.ask(method, question);
+    asked.ask(askUser, question);
     asked.engine.completeTurn();
     EXPECT_EQ(failureOf([&] { submit(asked, {}); }), "stream error: No active turn for request_user_input response");
-    asked.ask(method, question);
+    asked.ask(askUser, question);
     asked.startTurn();
     EXPECT_EQ(failureOf([&] { submit(asked, {}, "i", 1); }),
               "stream error: No active turn for request_user_input response");
@@ -236,7 +236,7 @@ TEST(AppServerTurnRunUserInput, IsForgottenWithItsOperation) {
 TEST(AppServerTurnRunUserInput, CannotBeSubmittedToAnExitedServer) {
   SimulatedScheduler scheduler(1);
   AskedRun asked(scheduler);
-  asked.ask(method, question);
+  asked.ask(askUser, question);
   asked.engine.process().exit(1);
   asked.engine.settle();
   EXPECT_EQ(failureOf([&] { submit(asked, {}); }), "stream error: No active turn for request_user_input response");
@@ -245,7 +245,7 @@ TEST(AppServerTurnRunUserInput, CannotBeSubmittedToAnExitedServer) {
 TEST(AppServerTurnRunUserInput, IsWrittenAsTextWhateverItsBytesAre) {
   SimulatedScheduler scheduler(1);
   AskedRun asked(scheduler);
-  asked.ask(method, question);
+  asked.ask(askUser, question);
   submit(asked, {{"\xc3", {"a\xff\n"}}});
   EXPECT_EQ(asked.answers(), jsonList({R"({"id":"q1","result":{"answers":{"\ufffd":{"answers":["a\ufffd\n"]}}}})"}));
 }
@@ -253,7 +253,7 @@ TEST(AppServerTurnRunUserInput, IsWrittenAsTextWhateverItsBytesAre) {
 TEST(AppServerTurnRunUserInput, OutlivesTheWordThatItIsResolved) {
   SimulatedScheduler scheduler(1);
   AskedRun asked(scheduler);
-  asked.ask(method, question);
+  asked.ask(askUser, question);
   asked.engine.notify("serverRequest/resolved", R"({"requestId":"q1"})");
   submit(asked, {});
   EXPECT_EQ(asked.answers().size(), 1U);
