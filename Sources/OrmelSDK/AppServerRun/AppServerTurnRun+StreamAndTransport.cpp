@@ -11,6 +11,7 @@
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
 #include "OrmelSDK/JSONDecoding.h"
 #include "OrmelSDK/OrmelProcessError.h"
+#include "OrmelSDK/Platform/ChunkBuffers.h"
 #include "OrmelSDK/ThreadRunError.h"
 
 namespace ormel::detail {
@@ -122,7 +123,7 @@ AppServerTurnRun::Self AppServerTurnRun::Reading::run(const std::stop_token& sto
 Task<void> AppServerTurnRun::readStdoutLoop(Reading reading, EventChannel<ByteBuffer> chunks) {
   const std::stop_token stop = co_await currentStopToken();
   AppServerJSONLineBuffer lines;
-  while (const auto chunk = co_await nextChunk(chunks)) {
+  while (auto chunk = co_await nextChunk(chunks)) {
     const ChunkInHand inHand(*reading.exitCoordinator);
     auto run = reading.run(stop);
     if (!run) co_return;
@@ -141,6 +142,7 @@ Task<void> AppServerTurnRun::readStdoutLoop(Reading reading, EventChannel<ByteBu
       const LeavingThread leaving(!chunks.isReady() && isLastPieceOfThread());
       gathering.end();
     }
+    giveBackChunkBuffer(*std::move(chunk));
     if (!run->isReading(reading.transportGeneration, stop)) co_return;
   }
   if (auto last = lines.finish()) {

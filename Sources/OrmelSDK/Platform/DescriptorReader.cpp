@@ -4,14 +4,12 @@
 #include <unistd.h>
 
 #include "OrmelSDK/Concurrency/ThreadState.h"
+#include "OrmelSDK/Platform/ChunkBuffers.h"
 #include "OrmelSDK/Platform/WatchedDescriptor.h"
 
 namespace ormel::detail {
 
 namespace {
-
-/// What a pipe of the usual size holds, in bytes.
-constexpr std::size_t largestChunk = std::size_t{64} * 1024;
 
 /// A chunk that fills less of the buffer than this is copied out, so that a queue of short lines stays small.
 constexpr std::size_t worthKeepingWhole = largestChunk / 2;
@@ -21,18 +19,16 @@ constexpr int chunksPerTurn = 16;
 
 /// One read of up to the largest chunk; empty at the end of the stream.
 ByteBuffer readChunk(int descriptor) {
-  thread_local ByteBuffer buffer;
-  buffer.clear();
-  char* const room = buffer.room(largestChunk);
+  ByteBuffer buffer = takeChunkBuffer();
   ssize_t count = 0;
   do {
-    count = ::read(descriptor, room, largestChunk);
+    count = ::read(descriptor, buffer.data(), largestChunk);
   } while (count < 0 && errno == EINTR);
-  if (count <= 0) return ByteBuffer();
-  buffer.commit(static_cast<std::size_t>(count));
-  if (buffer.size() >= worthKeepingWhole) return std::move(buffer);
+  if (count > 0) buffer.commit(static_cast<std::size_t>(count));
+  if (buffer.size() >= worthKeepingWhole) return buffer;
   ByteBuffer copy;
   copy.append(buffer.view());
+  giveBackChunkBuffer(std::move(buffer));
   return copy;
 }
 
