@@ -159,6 +159,35 @@ TEST(Thread, GoesBackToTheConversationThatAReviewWasAskedForIn) {
   EXPECT_GT(accepted, 0);
 }
 
+// What the first turn tells of its thread is forwarded when the second one has its place already.
+TEST(Thread, LearnsNoIDFromATurnThatIsOver) {
+  int late = 0;
+  for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+    SCOPED_TRACE(seed);
+    SimulatedScheduler scheduler(seed);
+    SimulatedThread server(scheduler, "main");
+    server.answer("thread/resume", R"({"thread":{"id":"t1"}})");
+    server.keep("turn/start");
+    const auto first = server.start(server.thread->runStreamed("one"));
+    server.process().answer(server.takeKept(), JSONValue::decode(R"({"turn":{"id":"u1"}})"));
+    server.process().notify("turn/completed",
+                            JSONValue::decode(R"({"threadId":"t1","turn":{"id":"u1","status":"completed"}})"));
+    const auto run = server.runOfThread();
+    scheduler.runUntil([&] { return !run->stream().isPending(); });
+    server.keep("thread/resume");
+    const auto second = startOn(scheduler, server.thread->runStreamed("two"));
+    scheduler.runUntil([&] { return server.operation() == 2U; });
+    const auto id = server.thread->id();
+    if (id == "main") ++late;
+    server.settle();
+    EXPECT_EQ(server.thread->id(), id);
+    server.end(server.thread->interrupt());
+    EXPECT_EQ(failureOf([&] { server.taken(second); }), "aborted");
+    EXPECT_EQ(server.thread->id(), id);
+  }
+  EXPECT_GT(late, 0);
+}
+
 // A review that does not come about leaves the conversation as it is by then.
 TEST(Thread, KeepsTheConversationThatATurnHasLedToWhenAReviewIsRefused) {
   int refused = 0;
