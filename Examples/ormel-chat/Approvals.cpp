@@ -81,6 +81,7 @@ ApprovalSubject subjectOf(const FileChangeApprovalRequest& request) {
   for (const auto& change : request.changes) {
     subject.details.push_back(std::string(rawValue(change.kind)) + " " + change.path);
   }
+  if (request.changes.empty()) subject.details.push_back("(the server does not say which)");
   if (request.grantRoot) subject.details.push_back("and to write anywhere in " + *request.grantRoot);
   addReason(subject, request.reason);
   return subject;
@@ -89,6 +90,7 @@ ApprovalSubject subjectOf(const FileChangeApprovalRequest& request) {
 ApprovalSubject subjectOf(const PermissionsApprovalRequest& request) {
   ApprovalSubject subject("The agent asks for permissions:", true);
   addPermissions(subject, request.permissions);
+  if (subject.details.empty()) subject.details.push_back("(the server does not say which)");
   addReason(subject, request.reason);
   return subject;
 }

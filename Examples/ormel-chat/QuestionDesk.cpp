@@ -4,11 +4,13 @@
 
 namespace ormel::chat {
 
-void QuestionDesk::withdraw(const std::shared_ptr<Question>& question) {
+bool QuestionDesk::withdraw(const std::shared_ptr<Question>& question) {
   const auto found = std::find(questions_.begin(), questions_.end(), question);
-  if (found == questions_.end()) return;
+  if (found == questions_.end()) return false;
+  const bool wasAsked = found == questions_.begin() && hasAsked_;
   if (found == questions_.begin()) forgetAsking();
   questions_.erase(found);
+  return wasAsked;
 }
 
 void QuestionDesk::ask(Console& console) {

@@ -15,8 +15,8 @@ class QuestionDesk {
  public:
   void add(std::shared_ptr<Question> question) { questions_.push_back(std::move(question)); }
 
-  /// Does nothing if the question is settled already.
-  void withdraw(const std::shared_ptr<Question>& question);
+  /// Does nothing if the question is settled already. Whether it stood on the screen.
+  bool withdraw(const std::shared_ptr<Question>& question);
 
   bool isEmpty() const noexcept { return questions_.empty(); }
   bool isSecret() const { return questions_.front()->isSecret(); }

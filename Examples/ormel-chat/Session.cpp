@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <utility>
 
@@ -23,11 +24,16 @@ constexpr int signalStatusBase = 128;
 
 /// A question and what the server said before it come by different ways. It is shown when nothing has come for the
 /// first of these times, or when it has waited for the second.
-constexpr std::chrono::milliseconds quietBeforeQuestion{30};
+constexpr std::chrono::milliseconds usualQuietBeforeQuestion{30};
 constexpr std::chrono::milliseconds longestDelayOfQuestion{300};
 
 constexpr std::string_view sideInstructions =
     "This is a question beside the main conversation. Answer it briefly, and change nothing.";
+
+std::chrono::milliseconds quietBeforeQuestion() {
+  const char* told = std::getenv("ORMEL_CHAT_QUIET_MS");
+  return told ? std::chrono::milliseconds(std::atoi(told)) : usualQuietBeforeQuestion;
+}
 
 ThreadOptions threadOptions(const Options& options, const std::shared_ptr<Inbox>& inbox) {
   ThreadOptions result;
@@ -50,7 +56,8 @@ Session::Session(Options options, const ServerChoice& server)
       output_(STDOUT_FILENO),
       renderer_(output_, options_.json),
       thread_(makeThread(server.ormel, options_, threadOptions(options_, inbox_))),
-      canBeResumed_(!server.isSimulator()) {
+      canBeResumed_(!server.isSimulator()),
+      quietBeforeQuestion_(quietBeforeQuestion()) {
   if (!output_.isTerminal() || options_.json) ownNotes_.emplace(STDERR_FILENO);
   greet(server);
 }
@@ -88,7 +95,7 @@ void Session::wait(bool isAboutToAsk) {
   notes().flush();
   struct pollfd polled[] = {{wantsInput() ? input_.descriptor() : -1, POLLIN, 0},
                             {inbox_->wakePipe().descriptor(), POLLIN, 0}};
-  const int timeout = isAboutToAsk ? static_cast<int>(quietBeforeQuestion.count()) : -1;
+  const int timeout = isAboutToAsk ? static_cast<int>(quietBeforeQuestion_.count()) : -1;
   if (::poll(polled, 2, timeout) < 0) return;
   if (polled[0].revents != 0) input_.readAvailable();
 }
@@ -259,7 +266,7 @@ void Session::noteQuestions(const ThreadEvent& event) {
   const auto* item = std::get_if<McpToolCallItem>(&(started ? started->item : completed->item).value);
   if (!item || !isUserInputRequest(*item)) return;
   if (completed) {
-    questions_.withdraw(std::exchange(userInputQuestions_[item->id], nullptr));
+    withdrawQuestion(std::exchange(userInputQuestions_[item->id], nullptr));
   } else if (auto question = userInputQuestion(*item, thread_, inbox_)) {
     userInputQuestions_[item->id] = question;
     addQuestion(std::move(question));
@@ -271,9 +278,10 @@ void Session::addQuestion(std::shared_ptr<Question> question) {
   questions_.add(std::move(question));
 }
 
-void Session::takeNews(QuestionWithdrawn& news) {
+void Session::withdrawQuestion(const std::shared_ptr<Question>& question) {
   leaveLine();
-  questions_.withdraw(news.question);
+  // Who has interrupted the turn knows why.
+  if (questions_.withdraw(question) && interrupts_ == 0) tell("The server needs no answer to this any more.");
 }
 
 void Session::takeNews(OperationEnded& news) {

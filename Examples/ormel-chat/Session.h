@@ -58,9 +58,10 @@ class Session {
   void takeNews(ThreadEvent& event);
   void takeNews(OperationEnded& news);
   void takeNews(QuestionAsked& news) { addQuestion(std::move(news.question)); }
-  void takeNews(QuestionWithdrawn& news);
+  void takeNews(QuestionWithdrawn& news) { withdrawQuestion(news.question); }
   void takeNews(Notice& news) { tell(news.text, news.style); }
   void addQuestion(std::shared_ptr<Question> question);
+  void withdrawQuestion(const std::shared_ptr<Question>& question);
   void noteQuestions(const ThreadEvent& event);
   void noteOutcome(const ThreadEvent& event);
   int statusOf(const std::exception_ptr& failure);
@@ -91,6 +92,7 @@ class Session {
   const Thread thread_;
   /// By another run of this program.
   const bool canBeResumed_;
+  const std::chrono::milliseconds quietBeforeQuestion_;
 
   Phase phase_ = Phase::idle;
   /// Of the operation that was started last.

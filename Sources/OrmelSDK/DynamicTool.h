@@ -13,7 +13,7 @@ namespace ormel {
 
 /// What the model knows of a tool.
 struct DynamicToolSpec {
-  /// Tools of one namespace are offered as a group.
+  /// Tools of one namespace are offered as a group. A tool of the empty one is offered like a tool without one.
   std::optional<std::string> namespace_;
   std::string name;
   std::string description;

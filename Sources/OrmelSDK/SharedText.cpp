@@ -104,6 +104,11 @@ SharedText SharedTextSnapshots::of(const SharedText& text) noexcept {
   return SharedText(buffer_, text.size_);
 }
 
+void SharedTextSnapshots::append(std::string_view piece, SharedText& text) {
+  if (buffer_ && text.buffer_ == buffer_ && buffer_->used.load(std::memory_order_relaxed) != text.size_) giveBack();
+  text.append(piece);
+}
+
 void SharedTextSnapshots::giveBack() noexcept {
   if (references_ > 0) buffer_->release(std::exchange(references_, 0));
   buffer_ = nullptr;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 #include "OrmelSDK/SharedText.h"
 
@@ -19,6 +20,10 @@ class SharedTextSnapshots {
 
   /// A copy of the text.
   SharedText of(const SharedText& text) noexcept;
+
+  /// Adds `piece` to a text that copies are made of. Room that only copies which are gone have written on is used
+  /// again, which the text alone could not see.
+  void append(std::string_view piece, SharedText& text);
 
   /// Lets go of the text.
   void giveBack() noexcept;

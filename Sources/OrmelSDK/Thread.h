@@ -60,7 +60,8 @@ struct StreamedTurn {
 ///
 /// *Object lifetimes*: copies are the same conversation. When the last copy is gone and no operation is under way, the
 /// server process is ended in the background; an operation under way keeps the conversation until its events have
-/// ended.
+/// ended. The handlers of its `ThreadOptions` belong to the conversation: one that holds a copy of the thread keeps the
+/// conversation and the server process for ever. A thread that was moved from may only be destroyed or assigned to.
 ///
 /// *Errors*: `ThreadRunError` of the kind `streamError` when the server, the connection to it or the use of the thread
 /// is at fault: "An app-server operation is already active" during another operation. `OrmelProcessError` when the

@@ -222,6 +222,35 @@ TEST(SharedTextSnapshots, MayOutliveTheirMakerAndTheText) {
   EXPECT_EQ(copy, "a text that is no more");
 }
 
+// A consumer that adds to its copies, and drops them, must not have the whole text copied for each piece.
+TEST(SharedTextSnapshots, LeaveTheTextItsRoomWhenCopiesThatHaveGrownAreGone) {
+  SharedTextSnapshots snapshots;
+  SharedText text;
+  int buffers = 0;
+  const char* bytes = nullptr;
+  for (int step = 0; step < 10'000; ++step) {
+    snapshots.append("piece ", text);
+    if (std::exchange(bytes, text.view().data()) != text.view().data()) ++buffers;
+    SharedText copy = snapshots.of(text);
+    copy.append("(more to come)");
+  }
+  EXPECT_EQ(text.size(), 60'000U);
+  EXPECT_EQ(text.view().substr(59'988), "piece piece ");
+  EXPECT_LE(buffers, 20);
+}
+
+TEST(SharedTextSnapshots, LeaveACopyThatHasGrownAsItIs) {
+  SharedTextSnapshots snapshots;
+  SharedText text = "a";
+  snapshots.append("b", text);
+  SharedText copy = snapshots.of(text);
+  copy.append("-copy");
+  snapshots.append("-text", text);
+  EXPECT_EQ(copy, "ab-copy");
+  EXPECT_EQ(text, "ab-text");
+  EXPECT_EQ(snapshots.of(text), "ab-text");
+}
+
 TEST(SharedTextSnapshots, AreDroppedByOtherThreadsWhileTheTextGrows) {
   auto [producer, snapshotsOfText] = EventChannel<SharedText>::make();
   std::thread reader([&events = snapshotsOfText] {

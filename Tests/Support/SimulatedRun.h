@@ -54,6 +54,9 @@ class SimulatedRun {
       : scheduler(onScheduler), server(onScheduler), blockingWork_(onScheduler) {
     InMemoryServerScript script;
     script.onMessage = [this](InMemoryProcess& process, const JSONValue& message) { respond(process, message); };
+    script.onClientWrite = [this](InMemoryProcess&, const std::string& line) {
+      if (onClientWrite) onClientWrite(line);
+    };
     server.setScript(std::move(script));
     answer("initialize", "{}");
     answer("thread/start", R"({"thread":{"id":"t1"}})");
@@ -199,6 +202,8 @@ class SimulatedRun {
   SimulatedScheduler& scheduler;
   InMemoryServer server;
   std::shared_ptr<Run> run;
+  /// Called within the call that writes a line, on the run's strand.
+  std::function<void(const std::string& line)> onClientWrite;
 
  protected:
   static detail::AppServerTurnRunConfiguration configuration(const Options& options) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -45,6 +46,11 @@ class SimulatedThread : public SimulatedRun {
   bool isBusy() const {
     const auto conversation = conversation_.lock();
     return conversation && conversation->currentOperation().has_value();
+  }
+  /// The operation that the thread knows of.
+  std::optional<std::uint64_t> operation() const {
+    const auto known = conversation_.lock()->currentOperation();
+    return known ? std::optional(known->generation) : std::nullopt;
   }
   bool isGone() const { return conversation_.expired(); }
   std::shared_ptr<Run> runOfThread() const { return conversation_.lock()->reusableRun(); }

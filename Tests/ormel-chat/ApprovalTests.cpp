@@ -95,6 +95,30 @@ TEST(ChatApproval, AsksBeforeFilesChange) {
   EXPECT_THAT(chat({"edit a.txt"}).output, HasSubstr("files\n  ~ a.txt\n  declined\n"));
 }
 
+TEST(ChatApproval, SaysWhenTheServerDoesNotTellWhatItAsksFor) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"item/commandExecution/requestApproval", "The agent wants to run:\n  (the server does not say what)\n"},
+      {"item/fileChange/requestApproval", "The agent wants to change files:\n  (the server does not say which)\n"},
+      {"item/permissions/requestApproval", "The agent asks for permissions:\n  (the server does not say which)\n"},
+  };
+  for (const auto& [method, question] : cases) {
+    const testing::SimulatorScenario scenario(R"(
+      always answer initialize with {}
+      always ignore initialized
+      client asks thread/start
+      server answers {"thread": {"id": "t1"}}
+      client asks turn/start
+      server answers {"turn": {"id": "u1"}}
+      server asks )" + std::string(method) + R"( {"threadId": "t1", "turnId": "u1", "itemId": "i1"} as question
+      client answers question {}
+      server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status": "completed"}}
+    )");
+    ChatProgram program({"anything"}, scenario.environment());
+    EXPECT_THAT(program.finish("n\n").errors, HasSubstr(question));
+    EXPECT_THAT(scenario.failures(), ::testing::IsEmpty());
+  }
+}
+
 TEST(ChatApproval, GrantsPermissionsForTheTurnOrForAlways) {
   EXPECT_THAT(chat({"permissions"}, "y\n").output, HasSubstr("You granted: network and fileSystem, for the turn."));
   EXPECT_THAT(chat({"permissions"}, "always\n").output,

@@ -157,6 +157,72 @@ TEST(ChatInATerminal, HidesASecretWhileItIsTyped) {
   EXPECT_THAT(terminal.text(), AllOf(Not(HasSubstr("hunter2")), HasSubstr("Your answer: Ada")));
 }
 
+constexpr const char* turnBegins = R"(
+    always answer initialize with {}
+    always ignore initialized
+    client asks thread/start
+    server answers {"thread": {"id": "t1"}}
+    client asks turn/start
+    server answers {"turn": {"id": "u1"}}
+)";
+constexpr const char* turnEnds = R"(
+    server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status": "completed"}}
+)";
+
+bool hasAsked(const testing::SimulatorScenario& scenario, std::string_view method) {
+  return testing::eventually([&] {
+    for (const JSONValue& sent : scenario.record("sent")) {
+      const JSONValue* text = sent.find("text");
+      if (text && text->stringValue() && text->stringValue()->find(method) != std::string_view::npos) return true;
+    }
+    return false;
+  });
+}
+
+// It is an addition to the turn then, as it was meant.
+TEST(ChatInATerminal, TakesNoLineForAnAnswerThatWasTypedBeforeTheQuestionWasToBeSeen) {
+  const testing::SimulatorScenario scenario(std::string(turnBegins) + R"(
+    server asks item/commandExecution/requestApproval {
+      "threadId": "t1", "turnId": "u1", "itemId": "i1", "command": "ls"
+    } as question
+    client asks turn/steer {"threadId": "t1", "input": [{"type": "text", "text": "yes"}]}
+    server answers {"turnId": "u1"}
+    client answers question exactly {"decision": "decline"}
+  )" + turnEnds);
+  // The question is held back until a line comes, which is the one that was not meant for it.
+  const ChatTerminal terminal(
+      chatCommand("", "ORMEL_CHAT_QUIET_MS=100000 ORMEL_SIMULATOR_SCENARIO=" + scenario.path().string() +
+                          " ORMEL_SIMULATOR_RECORD=" + scenario.recordPath().string()));
+  terminal.enter("go");
+  ASSERT_TRUE(hasAsked(scenario, "requestApproval"));
+  terminal.enter("yes");
+  ASSERT_TRUE(terminal.shows("Allow it? y/n/always [n]"));
+  terminal.enter("n");
+  EXPECT_TRUE(terminal.shows("tokens"));
+  EXPECT_THAT(scenario.failures(), ::testing::IsEmpty());
+}
+
+TEST(ChatInATerminal, TakesAQuestionAwayThatTheServerHasSettledItself) {
+  const testing::SimulatorScenario scenario(std::string(turnBegins) + R"(
+    server asks item/commandExecution/requestApproval {
+      "threadId": "t1", "turnId": "u1", "itemId": "i1", "command": "ls"
+    } with id "ask"
+    wait until file "settled"
+    server notifies serverRequest/resolved {"threadId": "t1", "requestId": "ask"}
+    client asks turn/steer {"threadId": "t1", "input": [{"type": "text", "text": "y"}]}
+    server answers {"turnId": "u1"}
+  )" + turnEnds);
+  const ChatTerminal terminal(chatCommand("", "ORMEL_SIMULATOR_SCENARIO=" + scenario.path().string() +
+                                                  " ORMEL_SIMULATOR_RECORD=" + scenario.recordPath().string()));
+  terminal.enter("go");
+  ASSERT_TRUE(terminal.shows("Allow it? y/n/always [n]"));
+  scenario.createFile("settled");
+  ASSERT_TRUE(terminal.shows("The server needs no answer to this any more.")) << terminal.text();
+  terminal.enter("y");
+  EXPECT_TRUE(terminal.shows("tokens"));
+  EXPECT_THAT(scenario.failures(), ::testing::IsEmpty());
+}
+
 /// The whole screen after a command has run in a terminal of the environment.
 std::string colouredScreen(const std::string& environment) {
   const TmuxTerminal terminal(chatCommand("--yes 'run ls'", environment));

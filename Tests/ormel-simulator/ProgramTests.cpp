@@ -127,7 +127,7 @@ TEST(SimulatorProgram, RecordsItsArgumentsAndEnvironment) {
     arguments.emplace_back(more);
   }
   std::vector<std::string> environment = scenario.environment();
-  for (const char* more : {"PATH=/a:/b", "ORMEL_API_KEY=", "KESTRION_X=1=2", "SECRET=s"}) {
+  for (const char* more : {"PATH=/a:/b", "ORMEL_API_KEY=hunter2", "KESTRION_X=1=2", "SECRET=s"}) {
     environment.emplace_back(more);
   }
   EXPECT_EQ(run(arguments, environment).status, 0);
@@ -138,7 +138,8 @@ TEST(SimulatorProgram, RecordsItsArgumentsAndEnvironment) {
   for (std::size_t index = 0; index < arguments.size(); ++index) EXPECT_EQ(recorded[index], arguments[index]);
   const JSONValue& values = *starts[0].find("environment");
   EXPECT_EQ(*values.find("PATH"), JSONValue("/a:/b"));
-  EXPECT_EQ(*values.find("ORMEL_API_KEY"), JSONValue(""));
+  EXPECT_EQ(*values.find("ORMEL_API_KEY"), JSONValue("7 bytes"));
+  EXPECT_EQ(starts[0].encode().find("hunter2"), std::string::npos);
   EXPECT_EQ(*values.find("KESTRION_X"), JSONValue("1=2"));
   EXPECT_EQ(values.find("SECRET"), nullptr);
   EXPECT_EQ(*starts[0].find("environmentNames"),

@@ -25,6 +25,12 @@ bool valueIsRecorded(std::string_view name) {
   return name == "PATH" || name.starts_with("ORMEL_") || name.starts_with("KESTRION_");
 }
 
+// A record is kept and sent around, so of a key it tells only that the server got one.
+JSONValue recordedValue(std::string_view name, std::string_view value) {
+  if (name != "ORMEL_API_KEY") return JSONValue(value);
+  return JSONValue(std::to_string(value.size()).append(" bytes"));
+}
+
 JSONValue texts(const std::vector<std::string>& values) {
   std::vector<JSONValue> elements(values.begin(), values.end());
   return JSONValue::array(elements);
@@ -37,7 +43,8 @@ void setEnvironment(JSONObjectBuilder& members) {
     const std::string_view text = *entry;
     const std::size_t equals = std::min(text.find('='), text.size());
     names.emplace_back(text.substr(0, equals));
-    if (valueIsRecorded(names.back())) values.set(names.back(), text.substr(std::min(equals + 1, text.size())));
+    if (!valueIsRecorded(names.back())) continue;
+    values.set(names.back(), recordedValue(names.back(), text.substr(std::min(equals + 1, text.size()))));
   }
   std::sort(names.begin(), names.end());
   members.set("environment", values.build()).set("environmentNames", texts(names));

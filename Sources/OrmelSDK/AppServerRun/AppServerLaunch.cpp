@@ -34,7 +34,6 @@ std::string enclosed(char opening, const std::vector<std::string>& parts, char c
 }
 
 std::string memberPath(const std::string& path, const std::string& key) {
-  if (path.empty()) return key;
   std::string below = path;
   below += '.';
   below += key;
@@ -176,7 +175,7 @@ void flattenConfigOverridesForCLI(const OrmelConfigValue& value, const std::stri
   if (members->empty() && !prefix.empty()) overrides.push_back(prefix + "={}");
   for (const auto& [key, member] : *members) {
     requireKey(key);
-    flattenConfigOverridesForCLI(member, memberPath(prefix, key), overrides);
+    flattenConfigOverridesForCLI(member, prefix.empty() ? key : memberPath(prefix, key), overrides);
   }
 }
 

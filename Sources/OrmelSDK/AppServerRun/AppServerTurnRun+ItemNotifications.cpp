@@ -50,13 +50,14 @@ void AppServerTurnRun::Notifications::itemCompleted() const {
 
 void AppServerTurnRun::Notifications::agentMessageDelta() const {
   const std::string_view itemID = neededText({"itemId"}, "agentMessage delta missing itemId");
-  AgentMessageItem& message = mergeAgentMessageDelta(run.items_.at(itemID), itemID, deltaIn(params));
+  AgentMessageItem& message =
+      mergeAgentMessageDelta(run.items_.at(itemID), itemID, deltaIn(params), run.items_.snapshots());
   emitGrown(message, &AgentMessageItem::text);
 }
 
 void AppServerTurnRun::Notifications::commandOutputDelta() const {
   ThreadItem* item = run.items_.find(neededText({"itemId"}, "commandExecution delta missing itemId"));
-  auto* command = item ? mergeCommandOutputDelta(*item, deltaIn(params)) : nullptr;
+  auto* command = item ? mergeCommandOutputDelta(*item, deltaIn(params), run.items_.snapshots()) : nullptr;
   if (command) emitGrown(*command, &CommandExecutionItem::aggregatedOutput);
 }
 
@@ -83,7 +84,7 @@ void AppServerTurnRun::Notifications::reasoningLikeDelta(bool isPlan) const {
 bool AppServerTurnRun::Notifications::contextCompaction(std::string_view method) const {
   if (!isContextCompactionNotificationMethod(method)) return false;
   ThreadItem item = contextCompactionItem(params);
-  if (run.items_.store(item)) {
+  if (run.keepForOperation(item)) {
     emit(ItemStartedEvent{item, std::nullopt, std::nullopt, std::nullopt});
     emit(ItemCompletedEvent{std::move(item), std::nullopt, std::nullopt, std::nullopt});
   }

@@ -157,9 +157,10 @@ std::optional<PreparedServerRequestWork> AppServerTurnRun::ServerRequests::prepa
 std::optional<PreparedServerRequestWork> AppServerTurnRun::ServerRequests::userInput() const {
   auto itemID = ownTextUnder(params, {"itemId"});
   if (!itemID) throw ThreadRunError::streamError("request_user_input payload missing itemId");
-  run.serverRequests_.addUserInput(*itemID, id);
+  // Without an operation nobody will answer, and an idle server may ask for ever.
+  if (run.stream_.currentOperationGeneration()) run.serverRequests_.addUserInput(*itemID, id);
   ThreadItem item = openCall(*std::move(itemID), "ormel", "request_user_input", requestUserInputArguments(params));
-  run.items_.store(item);
+  run.keepForOperation(item);
   run.stream_.emit(ItemStartedEvent{std::move(item), std::nullopt, std::nullopt, std::nullopt});
   return std::nullopt;
 }
@@ -187,7 +188,7 @@ std::optional<PreparedServerRequestWork> AppServerTurnRun::ServerRequests::elici
     context =
         ElicitationContext{syntheticItemID("mcp-server-elicitation", id), request->serverName, paramsValue.detached()};
     ThreadItem item = openCall(context->itemID, context->serverName, elicitationTool, context->arguments);
-    run.items_.store(item);
+    run.keepForOperation(item);
     run.stream_.emit(ItemStartedEvent{std::move(item), request->threadID, request->turnID, std::nullopt});
   }
   PreparedServerRequestWork work(answerToElicitation(handlers().mcpServerElicitationHandler, std::move(request)));

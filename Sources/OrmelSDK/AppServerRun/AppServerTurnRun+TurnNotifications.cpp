@@ -108,6 +108,10 @@ void AppServerTurnRun::handleTurnCompleted(const JSONObject& params) {
   finishCurrent(StreamCompletion::finished());
 }
 
+bool AppServerTurnRun::keepForOperation(const ThreadItem& item) {
+  return stream_.currentOperationGeneration() && items_.store(item);
+}
+
 void AppServerTurnRun::completeItemsOfTurn(const JSONObject& turn, const std::string& turnID) {
   bool hasTodoList = false;
   for (ThreadItem& item : completedTurnItems(turn, turnID, scope_.active())) {

@@ -148,6 +148,7 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   const RunTransport& transport() const noexcept { return transport_; }
   const CoordinatorScope& scope() const noexcept { return scope_; }
   const RunServerRequests& serverRequests() const noexcept { return serverRequests_; }
+  const RunItems& items() const noexcept { return items_; }
   std::uint64_t protocolActivityGeneration() const noexcept { return protocolActivityGeneration_; }
 
  private:
@@ -237,6 +238,9 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   void emitTurnStartedNotification(const JSONObject& params);
   void handleTurnCompleted(const JSONObject& params);
   void completeItemsOfTurn(const JSONObject& turn, const std::string& turnID);
+  /// Keeps an item that may come at any time; returns whether there was none under its id. One that belongs to no
+  /// operation is dropped: an idle server may talk for ever.
+  bool keepForOperation(const ThreadItem& item);
 
   // Recovery.
   void scheduleLivenessProbe();

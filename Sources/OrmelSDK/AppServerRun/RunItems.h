@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <optional>
@@ -21,6 +22,8 @@ class RunItems {
   ThreadItem* find(std::string_view itemID);
   /// The item under the id, which is made if there is none. What it becomes has to have that id.
   ThreadItem& at(std::string_view itemID);
+
+  std::size_t count() const noexcept { return itemStateByID_.size(); }
 
   /// Keeps the item under its id; returns whether there was none before.
   bool store(ThreadItem item);

@@ -118,15 +118,23 @@ Task<JSONValue> answerToElicitation(decltype(ThreadOptions::mcpServerElicitation
   }
 }
 
+const DynamicTool* toolOf(const std::vector<DynamicTool>& tools, const std::string& name,
+                          const std::optional<std::string>& namespaceOfTool) {
+  const auto found = std::find_if(tools.begin(), tools.end(), [&](const DynamicTool& tool) {
+    return tool.spec.name == name && tool.spec.namespace_ == namespaceOfTool;
+  });
+  return found == tools.end() ? nullptr : &*found;
+}
+
+// A tool of the empty namespace is offered without one, and so is called without one.
+const DynamicTool* toolCalledBy(const DynamicToolCallContext& call, const std::vector<DynamicTool>& tools) {
+  const DynamicTool* const called = toolOf(tools, call.tool, call.namespace_);
+  return called || call.namespace_ ? called : toolOf(tools, call.tool, "");
+}
+
 Task<JSONValue> answerToDynamicToolCall(decltype(ThreadOptions::dynamicTools) tools, DynamicToolCallContext call) {
   const std::string name = call.tool;
-  const DynamicTool* called = nullptr;
-  if (tools) {
-    const auto found = std::find_if(tools->begin(), tools->end(), [&](const DynamicTool& tool) {
-      return tool.spec.name == call.tool && tool.spec.namespace_ == call.namespace_;
-    });
-    if (found != tools->end()) called = &*found;
-  }
+  const DynamicTool* const called = tools ? toolCalledBy(call, *tools) : nullptr;
   if (!called) co_return failedToolAnswer("Dynamic tool '" + name + "' is not registered.");
   try {
     Task<DynamicToolResult> task = called->execute(std::move(call));

@@ -23,19 +23,21 @@ SharedText textSoFar(const ThreadItem* stored, bool isPlan) {
 
 }  // namespace
 
-AgentMessageItem& mergeAgentMessageDelta(ThreadItem& item, std::string_view itemID, std::string_view delta) {
+AgentMessageItem& mergeAgentMessageDelta(ThreadItem& item, std::string_view itemID, std::string_view delta,
+                                         SharedTextSnapshots& snapshots) {
   auto* message = std::get_if<AgentMessageItem>(&item.value);
   if (!message) {
     message = &item.value.emplace<AgentMessageItem>();
     message->id = itemID;
   }
-  message->text.append(delta);
+  snapshots.append(delta, message->text);
   return *message;
 }
 
-CommandExecutionItem* mergeCommandOutputDelta(ThreadItem& item, std::string_view delta) {
+CommandExecutionItem* mergeCommandOutputDelta(ThreadItem& item, std::string_view delta,
+                                              SharedTextSnapshots& snapshots) {
   auto* command = std::get_if<CommandExecutionItem>(&item.value);
-  if (command) command->aggregatedOutput.append(delta);
+  if (command) snapshots.append(delta, command->aggregatedOutput);
   return command;
 }
 

@@ -15,13 +15,14 @@
 
 namespace ormel::detail {
 
-// Those that come by the million work on the item itself.
+// Those that come by the million work on the item itself, of which `snapshots` makes the copies.
 
 /// An item that is no message becomes one, which begins with the delta.
-AgentMessageItem& mergeAgentMessageDelta(ThreadItem& item, std::string_view itemID, std::string_view delta);
+AgentMessageItem& mergeAgentMessageDelta(ThreadItem& item, std::string_view itemID, std::string_view delta,
+                                         SharedTextSnapshots& snapshots);
 
 /// Null, with nothing done, if the item is no command.
-CommandExecutionItem* mergeCommandOutputDelta(ThreadItem& item, std::string_view delta);
+CommandExecutionItem* mergeCommandOutputDelta(ThreadItem& item, std::string_view delta, SharedTextSnapshots& snapshots);
 
 /// False, with nothing done, if the item is no call.
 bool mergeMcpToolCallProgress(ThreadItem& item, std::string message);

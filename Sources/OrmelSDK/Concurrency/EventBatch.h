@@ -28,7 +28,7 @@ class EventBatch {
   std::size_t size() const noexcept { return size_; }
 
   /// *Preconditions*: not empty.
-  T& front() noexcept { return *first_->slot(first_->begin); }
+  T& front() noexcept { return *first_->event(first_->begin); }
 
   /// Makes an event at the end.
   template <class... Arguments>
@@ -47,7 +47,7 @@ class EventBatch {
 
   /// *Preconditions*: not empty.
   void popFront() noexcept {
-    std::destroy_at(first_->slot(first_->begin));
+    std::destroy_at(first_->event(first_->begin));
     ++first_->begin;
     --size_;
     if (first_->begin == first_->end) dropFirstBlock();
@@ -76,11 +76,12 @@ class EventBatch {
  private:
   /// Room for some events, which it is followed by; filled once from its beginning to its end.
   struct Block {
-    explicit Block(std::size_t room) noexcept : capacity(room) {}
+    Block(std::byte* storage, std::size_t room) noexcept : slots(storage), capacity(room) {}
 
     Block* next = nullptr;
     std::size_t begin = 0;
     std::size_t end = 0;
+    std::byte* const slots;
     const std::size_t capacity;
 
     static constexpr std::size_t alignment = std::max(alignof(T), alignof(std::max_align_t));
@@ -88,12 +89,14 @@ class EventBatch {
 
     static Block* make(std::size_t room) {
       static_assert(alignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
-      return new (::operator new(headSize() + room * sizeof(T))) Block(room);
+      auto* const storage = static_cast<std::byte*>(::operator new(headSize() + room * sizeof(T)));
+      return new (storage) Block(storage + headSize(), room);
     }
 
-    T* slot(std::size_t index) noexcept {
-      return std::launder(reinterpret_cast<T*>(reinterpret_cast<std::byte*>(this) + headSize())) + index;
-    }
+    /// Where the event of this index is to be made.
+    T* slot(std::size_t index) noexcept { return reinterpret_cast<T*>(slots + index * sizeof(T)); }
+    /// The event of this index, which is there.
+    T* event(std::size_t index) noexcept { return std::launder(slot(index)); }
   };
 
   struct FreeBlock {
@@ -113,8 +116,8 @@ class EventBatch {
 
     explicit Iterator(Block* block) noexcept : block_(block), index_(block ? block->begin : 0) {}
 
-    T& operator*() const noexcept { return *block_->slot(index_); }
-    T* operator->() const noexcept { return block_->slot(index_); }
+    T& operator*() const noexcept { return *block_->event(index_); }
+    T* operator->() const noexcept { return block_->event(index_); }
     Iterator& operator++() noexcept {
       if (++index_ < block_->end) return *this;
       block_ = block_->next;

@@ -47,10 +47,17 @@ namespace detail {
 
 using TerminationCallback = UniqueFunction<void(ChannelTermination)>;
 
-template <class T>
-class EventChannelState final : public Wakeup {
+/// What brings the waiting consumer back. Apart from the channel, because a coroutine that is destroyed after it was
+/// woken leaves it in a queue, where that of the next consumer must not be.
+class ConsumerWait final : public Wakeup {
  public:
-  EventChannelState(ChannelLimit limit, const char* name) noexcept : Wakeup(name), limit_(limit) {}
+  explicit ConsumerWait(const char* name) noexcept : Wakeup(name) {}
+};
+
+template <class T>
+class EventChannelState final : public RefCounted {
+ public:
+  EventChannelState(ChannelLimit limit, const char* name) noexcept : limit_(limit), name_(name) {}
 
   // The producers' side.
 
@@ -65,7 +72,7 @@ class EventChannelState final : public Wakeup {
         arrived_.popFront();
       }
       arrived_.emplaceBack(std::move(value));
-      waiter = std::exchange(waiter_, Waiter::none);
+      waiter = std::exchange(waiter_, {});
     }
     wakeUp(waiter);
     return true;
@@ -78,12 +85,12 @@ class EventChannelState final : public Wakeup {
       }
       return true;
     }
-    Waiter waiter = Waiter::none;
+    Waiter waiter;
     {
       const std::lock_guard lock(mutex_);
       if (termination_) return false;
       arrived_.append(std::move(events));
-      if (!arrived_.empty()) waiter = std::exchange(waiter_, Waiter::none);
+      if (!arrived_.empty()) waiter = std::exchange(waiter_, {});
     }
     wakeUp(waiter);
     return true;
@@ -136,23 +143,38 @@ class EventChannelState final : public Wakeup {
     return isReadyLocked();
   }
 
-  bool beginWaiting() {
-    const std::lock_guard lock(mutex_);
-    if (isReadyLocked() || stopped_) return false;
-    waiter_ = Waiter::coroutine;
-    return true;
+  /// Notes the coroutine, which is about to wait.
+  void prepare(std::coroutine_handle<> coroutine) {
+    if (!wait_) wait_ = Ref<ConsumerWait>::adopt(new ConsumerWait(name_));
+    wait_->prepare(coroutine);
   }
 
+  /// Whether the coroutine that was prepared has to wait. It is not awaited any more if it has not.
+  bool beginWaiting() {
+    {
+      const std::lock_guard lock(mutex_);
+      if (!isReadyLocked() && !stopped_) {
+        waiter_.coroutine = wait_.get();
+        return true;
+      }
+    }
+    wait_->unprepare();
+    return false;
+  }
+
+  /// The coroutine that waits is destroyed.
   void stopWaiting() {
     Waiter waiter;
     {
       const std::lock_guard lock(mutex_);
-      waiter = std::exchange(waiter_, Waiter::none);
+      waiter = std::exchange(waiter_, {});
+      stopped_ = false;
     }
-    if (waiter == Waiter::coroutine) {
-      unprepare();
+    if (waiter.coroutine) {
+      wait_->unprepare();
     } else {
-      forget();
+      wait_->forget();
+      wait_ = {};
     }
   }
 
@@ -161,7 +183,7 @@ class EventChannelState final : public Wakeup {
     {
       const std::lock_guard lock(mutex_);
       stopped_ = true;
-      waiter = std::exchange(waiter_, Waiter::none);
+      waiter = std::exchange(waiter_, {});
     }
     wakeUp(waiter);
   }
@@ -170,10 +192,10 @@ class EventChannelState final : public Wakeup {
     requireBlockingAllowed();
     std::unique_lock lock(mutex_);
     while (taken_.empty() && !isReadyLocked()) {
-      waiter_ = Waiter::thread;
+      waiter_.thread = true;
       somethingArrived_.wait(lock);
     }
-    waiter_ = Waiter::none;
+    waiter_ = {};
   }
 
   /// The next event, or nothing at the end. Throws what the channel failed with, once, or that the wait was stopped.
@@ -191,7 +213,11 @@ class EventChannelState final : public Wakeup {
   }
 
  private:
-  enum class Waiter { none, coroutine, thread };
+  /// Who waits, if anybody: a coroutine or a thread.
+  struct Waiter {
+    ConsumerWait* coroutine = nullptr;
+    bool thread = false;
+  };
 
   /// Whether there is an event for the consumer, which is then in `taken_`.
   bool fillTaken() {
@@ -220,7 +246,7 @@ class EventChannelState final : public Wakeup {
       termination_ = termination;
       note();
       callback = std::move(onTermination_);
-      waiter = std::exchange(waiter_, Waiter::none);
+      waiter = std::exchange(waiter_, {});
     }
     wakeUp(waiter);
     if (callback) callback(termination);
@@ -228,8 +254,8 @@ class EventChannelState final : public Wakeup {
   }
 
   void wakeUp(Waiter waiter) {
-    if (waiter == Waiter::coroutine) wake();
-    if (waiter == Waiter::thread) somethingArrived_.notify_one();
+    if (waiter.coroutine) waiter.coroutine->wake();
+    if (waiter.thread) somethingArrived_.notify_one();
   }
 
   bool isReadyLocked() const { return !arrived_.empty() || termination_; }
@@ -246,6 +272,7 @@ class EventChannelState final : public Wakeup {
   }
 
   const ChannelLimit limit_;
+  const char* const name_;
   std::atomic<std::uint32_t> producers_{0};
 
   mutable std::mutex mutex_;
@@ -254,11 +281,14 @@ class EventChannelState final : public Wakeup {
   std::optional<ChannelTermination> termination_;
   std::exception_ptr error_;
   TerminationCallback onTermination_;
-  Waiter waiter_ = Waiter::none;
+  Waiter waiter_;
   bool stopped_ = false;
 
-  /// Taken out of `arrived_`, touched by the consumer only.
+  // Touched by the consumer only.
+  /// Taken out of `arrived_`.
   EventBatch<T> taken_;
+  /// For the next coroutine that waits, if it is not still in a queue on behalf of one before.
+  Ref<ConsumerWait> wait_;
 };
 
 /// Waits until a channel has something for its consumer.
@@ -277,9 +307,9 @@ class ChannelAwaiter : public PlaceAware {
     state_->prepare(coroutine);
     suspended_ = true;
     if (token && token->stop_possible()) onStop_.emplace(*token, StopWait(*state_));
+    // From here on the coroutine may go on elsewhere, if it has to wait.
     if (state_->beginWaiting()) return true;
     suspended_ = false;
-    state_->unprepare();
     return false;
   }
 

@@ -46,7 +46,10 @@ bool SimulatedScheduler::step() {
 
 std::uint64_t SimulatedScheduler::run(std::uint64_t stepLimit) {
   const auto before = steps_;
-  while (step()) requireBelow(steps_ - before, stepLimit);
+  while (!ready_.empty() || !timers_.empty()) {
+    requireBelow(steps_ - before, stepLimit);
+    step();
+  }
   return steps_ - before;
 }
 

@@ -19,10 +19,12 @@ namespace ormel::detail {
 HostPlatform hostPlatform() noexcept {
 #if defined(__linux__) && defined(__aarch64__)
   return HostPlatform::linuxArm64;
-#elif defined(__linux__)
+#elif defined(__linux__) && defined(__x86_64__)
   return HostPlatform::linuxX64;
-#else
+#elif defined(__APPLE__) && defined(__aarch64__)
   return HostPlatform::macOSArm64;
+#else
+#error "The names of the server's packages for this platform are not known: add them to HostPlatform."
 #endif
 }
 

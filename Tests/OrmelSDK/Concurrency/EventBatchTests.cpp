@@ -140,6 +140,72 @@ TYPED_TEST(EventBatchesOn, PushOldEventsOutOfABoundedChannel) {
   EXPECT_EQ(this->runner.run(nextBatch(events)), std::vector<std::string>{"4"});
 }
 
+/// What comes of the batches up to the end, one in brackets each.
+Task<std::string> drainInBatches(Events& events) {
+  std::string all;
+  try {
+    for (;;) {
+      auto batch = co_await events.nextBatch();
+      if (batch.empty()) co_return all + "end";
+      all += "[";
+      for (const std::string& text : taken(std::move(batch))) all += text + " ";
+      all += "]";
+    }
+  } catch (const std::exception& error) {
+    all += error.what();
+  }
+  co_return all;
+}
+
+TYPED_TEST(EventBatchesOn, EndTheirWaitByAStopTokenAndLoseNothing) {
+  for (const auto limit : {ChannelLimit::unbounded(), ChannelLimit::newest(4)}) {
+    auto [producer, events] = Events::make(limit);
+    std::stop_source stop;
+    this->runner.scheduler().post([&stop] { stop.request_stop(); });
+    EXPECT_EQ(this->runner.run(drainInBatches(events), stop.get_token()), "The task was cancelled");
+    producer.yield("a");
+    EXPECT_EQ(this->runner.run(drainInBatches(events), stop.get_token()), "[a ]The task was cancelled");
+    producer.finish();
+    EXPECT_EQ(this->runner.run(drainInBatches(events), stop.get_token()), "end");
+  }
+}
+
+Task<std::string> next(Events& events) {
+  auto event = co_await events.next();
+  co_return event.value_or("end");
+}
+
+TYPED_TEST(EventBatchesOn, MayBeTakenByTurnsWithSingleEvents) {
+  auto [producer, events] = Events::make();
+  producer.yieldAll(numbers(0, 4));
+  EXPECT_EQ(this->runner.run(next(events)), "0");
+  EXPECT_EQ(this->runner.run(next(events)), "1");
+  producer.yield("4");
+  EXPECT_EQ(this->runner.run(nextBatch(events)), (std::vector<std::string>{"2", "3"}));
+  EXPECT_EQ(this->runner.run(next(events)), "4");
+  producer.yieldAll(numbers(5, 7));
+  producer.finish();
+  EXPECT_EQ(this->runner.run(next(events)), "5");
+  EXPECT_EQ(this->runner.run(nextBatch(events)), std::vector<std::string>{"6"});
+  EXPECT_EQ(this->runner.run(next(events)), "end");
+  EXPECT_EQ(this->runner.run(nextBatch(events)), std::vector<std::string>());
+}
+
+TEST(EventBatches, GiveABoundedChannelWhatComesBeforeItsEnd) {
+  using Shared = std::shared_ptr<void>;
+  auto ends = EventChannel<Shared>::make(ChannelLimit::newest(2));
+  const auto& producer = ends.first;
+  // The channel ends when the third event pushes the first one out.
+  const auto endsTheChannel = [&] { return Shared(nullptr, [&producer](std::nullptr_t) { producer.finish(); }); };
+  EventBatch<Shared> batch;
+  batch.emplaceBack(endsTheChannel());
+  for (int count = 0; count < 4; ++count) batch.emplaceBack(std::make_shared<int>(count));
+  EXPECT_FALSE(producer.yieldAll(std::move(batch)));
+  std::vector<int> left;
+  while (auto event = ends.second.nextBlocking()) left.push_back(*std::static_pointer_cast<int>(*event));
+  EXPECT_EQ(left, (std::vector<int>{0, 1}));
+}
+
 TEST(EventBatches, EmptyOnesWakeNobody) {
   SimulatedScheduler scheduler(1);
   auto [producer, events] = Events::make();

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <coroutine>
 #include <memory>
 #include <optional>
 #include <set>
@@ -304,25 +306,160 @@ TEST(EventChannel, EndsOnceInEveryOrderOfFinishFailureCancellationAndLossOfTheCo
                                              "e The task was cancelled"}));
 }
 
+/// A consumer that its owner destroys where it waits, and another one after it.
+testing::OwnedForeignCoroutine countInto(Events& from, int& count) {
+  while (auto event = co_await from.next()) ++count;
+}
+
 TEST(EventChannel, ForgetsAConsumerCoroutineThatIsDestroyedAndLosesNoEvent) {
-  underSeeds(500, [](SimulatedScheduler& scheduler) {
+  std::set<int> takenByTheFirst;
+  underSeeds(500, [&takenByTheFirst](SimulatedScheduler& scheduler) {
     const Strand strand(scheduler);
     auto [producer, events] = Events::make();
     int taken = 0;
-    auto consume = [](Events& from, int& count) -> testing::OwnedForeignCoroutine {
-      while (auto event = co_await from.next()) ++count;
-    };
     std::optional<testing::OwnedForeignCoroutine> consumer;
-    strand.post([&, &from = events] { consumer.emplace(consume(from, taken)); });
+    strand.post([&, &from = events] { consumer.emplace(countInto(from, taken)); });
     scheduler.run();
     scheduler.post([into = producer] { into.yield("a"); });
     scheduler.post([&] { strand.post([&] { consumer->destroy(); }); });
     scheduler.run();
     producer.finish();
-    testing::startOn(scheduler, drain(events));
+    const auto rest = startOn(scheduler, drain(events));
     scheduler.run();
-    EXPECT_LE(taken, 1);
+    EXPECT_EQ(rest->take(), taken == 0 ? "a end" : "end");
+    takenByTheFirst.insert(taken);
   });
+  EXPECT_EQ(takenByTheFirst, (std::set<int>{0, 1}));
+}
+
+TEST(EventChannel, ResumesAConsumerOnlyForItsOwnWaitThoughTheOneBeforeWasDestroyedAfterItsWakeUp) {
+  underSeeds(200, [](SimulatedScheduler& scheduler) {
+    const Strand strand(scheduler);
+    auto [producer, events] = Events::make();
+    int taken = 0;
+    std::optional<testing::OwnedForeignCoroutine> first;
+    std::shared_ptr<testing::Outcome<std::string>> second;
+    strand.post([&, &from = events] { first.emplace(countInto(from, taken)); });
+    scheduler.run();
+    // The wake-up of the first consumer is queued behind this piece, in which the second one begins to wait.
+    strand.post([&, &from = events, into = producer] {
+      into.yield("a");
+      first->destroy();
+      second = startOn(scheduler, drain(from).onStrand(strand));
+    });
+    scheduler.run();
+    EXPECT_FALSE(second->isSet());
+    for (const char* text : {"b", "c"}) {
+      producer.yield(text);
+      scheduler.run();
+    }
+    producer.finish();
+    scheduler.run();
+    ASSERT_TRUE(second->isSet()) << scheduler.pending();
+    EXPECT_EQ(second->take(), "a b c end");
+    EXPECT_EQ(taken, 0);
+  });
+}
+
+TEST(EventChannel, WakesTheNextConsumerWhileTheWakeUpOfADestroyedOneIsStillQueued) {
+  underSeeds(200, [](SimulatedScheduler& scheduler) {
+    const Strand strand(scheduler);
+    auto [producer, events] = Events::make();
+    int first = 0;
+    int second = 0;
+    std::optional<testing::OwnedForeignCoroutine> consumer;
+    strand.post([&, &from = events] { consumer.emplace(countInto(from, first)); });
+    scheduler.run();
+    // All in one piece, so that both wake-ups are queued together.
+    strand.post([&, &from = events, into = producer] {
+      into.yield("a");
+      consumer->destroy();
+      consumer.emplace(countInto(from, second));
+      into.yield("b");
+    });
+    scheduler.run();
+    EXPECT_EQ(first, 0);
+    EXPECT_EQ(second, 2);
+    strand.post([&] { consumer->destroy(); });
+    scheduler.run();
+  });
+}
+
+/// A coroutine of the application whose promise brings a stop token, as that of a task does.
+class StoppableCoroutine {
+ public:
+  class promise_type : public detail::TaskPromiseBase {
+   public:
+    promise_type(const std::stop_token& token, Events&) { setStopToken(token); }
+    StoppableCoroutine get_return_object() noexcept {
+      return StoppableCoroutine(std::coroutine_handle<promise_type>::from_promise(*this));
+    }
+    std::suspend_never initial_suspend() const noexcept { return {}; }
+    std::suspend_always final_suspend() const noexcept { return {}; }
+    void return_void() const noexcept {}
+    void unhandled_exception() const noexcept { std::terminate(); }
+  };
+
+  void destroy() const noexcept { coroutine_.destroy(); }
+
+ private:
+  explicit StoppableCoroutine(std::coroutine_handle<promise_type> coroutine) noexcept : coroutine_(coroutine) {}
+  std::coroutine_handle<promise_type> coroutine_;
+};
+
+StoppableCoroutine awaitOne(const std::stop_token&, Events& from) { co_await from.next(); }
+
+TEST(EventChannel, DoesNotStopTheNextConsumerForAStopRequestToADestroyedOne) {
+  SimulatedScheduler scheduler(1);
+  const Strand strand(scheduler);
+  auto [producer, events] = Events::make();
+  std::stop_source stop;
+  strand.post([&, &from = events] {
+    const auto consumer = awaitOne(stop.get_token(), from);
+    stop.request_stop();
+    consumer.destroy();
+  });
+  scheduler.run();
+  const auto next = startOn(scheduler, drain(events));
+  scheduler.run();
+  EXPECT_FALSE(next->isSet());
+  producer.finish();
+  scheduler.run();
+  EXPECT_EQ(next->take(), "end");
+}
+
+TEST(EventChannel, SurvivesRacesOfEventsAndTheDestructionOfItsConsumerOnRealThreads) {
+  const Strand strand(productionScheduler());
+  for (int round = 0; round < 500; ++round) {
+    auto [producer, events] = Events::make();
+    int taken = 0;
+    std::optional<testing::OwnedForeignCoroutine> first;
+    std::atomic<bool> waiting = false;
+    std::shared_ptr<testing::Outcome<std::string>> rest;
+    std::atomic<bool> restBegan = false;
+    strand.post([&, &from = events] {
+      first.emplace(countInto(from, taken));
+      waiting = true;
+    });
+    ASSERT_TRUE(testing::eventually([&] { return waiting.load(); }));
+    std::thread yielding([into = producer] {
+      into.yield("a");
+      into.yield("b");
+    });
+    std::thread destroying([&, &from = events] {
+      strand.post([&] {
+        first->destroy();
+        rest = startOn(productionScheduler(), drain(from).onStrand(strand));
+        restBegan = true;
+      });
+    });
+    yielding.join();
+    destroying.join();
+    producer.finish();
+    ASSERT_TRUE(testing::eventually([&] { return restBegan.load(); }));
+    rest->waitUntilSet();
+    ASSERT_EQ(rest->take(), taken == 0 ? "a b end" : taken == 1 ? "b end" : "end");
+  }
 }
 
 TEST(EventChannel, LosesNothingOfManyProducerThreads) {

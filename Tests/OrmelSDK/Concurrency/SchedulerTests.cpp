@@ -294,6 +294,28 @@ TEST(SimulatedScheduler, NamesWhatIsPendingWhenItDoesNotEnd) {
   scheduler.run();
 }
 
+TEST(SimulatedScheduler, TakesAsManyStepsAsTheLimitAllowsAndNoMore) {
+  SimulatedScheduler scheduler(1);
+  int ran = 0;
+  const auto post = [&](int count) {
+    for (int piece = 0; piece < count; ++piece) scheduler.post([&ran] { ++ran; });
+  };
+  post(3);
+  EXPECT_EQ(scheduler.run(3), 3U);
+  post(3);
+  scheduler.runFor(seconds(1), 3);
+  post(3);
+  scheduler.runUntil([&ran] { return ran == 9; }, 3);
+  EXPECT_EQ(scheduler.run(0), 0U);
+
+  post(4);
+  EXPECT_THROW(scheduler.run(3), SimulationError);
+  EXPECT_EQ(ran, 12);
+  EXPECT_THROW(scheduler.runFor(seconds(1), 0), SimulationError);
+  EXPECT_EQ(ran, 12);
+  EXPECT_EQ(scheduler.run(1), 1U);
+}
+
 TEST(SimulatedScheduler, CallsTheStepHookAfterEachStepAndPassesItsFailureOn) {
   SimulatedScheduler scheduler(1);
   int value = 0;

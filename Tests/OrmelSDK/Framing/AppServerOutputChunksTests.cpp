@@ -5,11 +5,14 @@
 #include <atomic>
 #include <future>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "OrmelSDK/Platform/SystemProcessLauncher.h"
+#include "Support/Eventually.h"
 #include "Support/RecordedChild.h"
 
 namespace ormel::detail {
@@ -29,6 +32,8 @@ class Child {
   }
 
   std::shared_ptr<PipeReader> output() { return child_->output(); }
+  void write(std::string line) { child_->write(std::move(line)); }
+  void closeInput() { child_->closeInput(); }
   Termination waitForEnd() { return termination_.get(); }
 
  private:
@@ -70,6 +75,64 @@ TEST(AppServerOutputChunks, TellsOfEachStepBeforeTheConsumerCanSeeIt) {
   EXPECT_TRUE(ended);
   EXPECT_EQ(consumed, enqueued.load());
   EXPECT_EQ(reads.load(), enqueued.load() + 1);
+}
+
+/// Looks at the pipe and at the channel from within the callbacks. The child writes only after `watch`.
+class WatchedSteps {
+ public:
+  EventChannel<ByteBuffer> chunksOf(const std::shared_ptr<PipeReader>& pipe) {
+    AppServerOutputChunkCallbacks callbacks;
+    callbacks.onReadStart = [this, pipe] { add(pipe->hasUnreadBytes() ? "start, unread" : "start, nothing unread"); };
+    callbacks.onChunkEnqueued = [this] { add(isReady() ? "chunk, ready" : "chunk, not ready"); };
+    callbacks.onEOF = [this] { add(isReady() ? "end, ready" : "end, not ready"); };
+    return appServerOutputChunks(pipe, callbacks);
+  }
+
+  void watch(EventChannel<ByteBuffer>& chunks) { chunks_ = &chunks; }
+
+  /// The first two steps, once they have been.
+  std::vector<std::string> firstTwo() {
+    const auto both = [this] {
+      const std::lock_guard lock(mutex_);
+      return steps_.size() >= 2;
+    };
+    EXPECT_TRUE(testing::eventually(both));
+    const std::lock_guard lock(mutex_);
+    return steps_;
+  }
+
+ private:
+  bool isReady() const { return chunks_.load()->isReady(); }
+  void add(std::string step) {
+    const std::lock_guard lock(mutex_);
+    steps_.push_back(std::move(step));
+  }
+
+  std::atomic<EventChannel<ByteBuffer>*> chunks_ = nullptr;
+  std::mutex mutex_;
+  std::vector<std::string> steps_;
+};
+
+TEST(AppServerOutputChunks, TellsOfAReadBeforeItEmptiesThePipeAndOfAChunkBeforeItCanBeTaken) {
+  Child child("read line; printf one; read line");
+  WatchedSteps steps;
+  auto chunks = steps.chunksOf(child.output());
+  steps.watch(chunks);
+  child.write("go\n");
+  EXPECT_EQ(steps.firstTwo(), (std::vector<std::string>{"start, unread", "chunk, not ready"}));
+  EXPECT_EQ(chunks.nextBlocking()->view(), "one");
+  child.closeInput();
+  EXPECT_FALSE(chunks.nextBlocking());
+}
+
+TEST(AppServerOutputChunks, TellsOfTheEndBeforeItCanBeSeen) {
+  Child child("read line");
+  WatchedSteps steps;
+  auto chunks = steps.chunksOf(child.output());
+  steps.watch(chunks);
+  child.closeInput();
+  EXPECT_EQ(steps.firstTwo(), (std::vector<std::string>{"start, nothing unread", "end, not ready"}));
+  EXPECT_FALSE(chunks.nextBlocking());
 }
 
 TEST(AppServerOutputChunks, StopsReadingWhenTheConsumerGoesAway) {

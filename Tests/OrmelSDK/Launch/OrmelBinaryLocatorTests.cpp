@@ -151,6 +151,18 @@ TEST_F(OrmelBinaryLocatorTest, LeadsThePathOfTheEnvironmentToTheNativeExecutable
   EXPECT_EQ(locator().resolveOrmelBinary(std::nullopt), plain(native));
 }
 
+TEST_F(OrmelBinaryLocatorTest, PrefersThePathOfTheEnvironmentToTheApplicationsResourcesAndTheSearchPath) {
+  resources = machine / "resources";
+  const std::string bundled = machine.addExecutable(vendorTree("resources") + "/ormel/ormel");
+  machine.addExecutable("bin/ormel");
+  variables["PATH"] = machine / "bin";
+  EXPECT_EQ(locator().resolveOrmelBinary(std::nullopt), plain(bundled));
+  const std::string named = machine.addExecutable("elsewhere/my-ormel");
+  variables["KESTRION_ORMEL_PATH"] = named;
+  EXPECT_EQ(locator().resolveOrmelBinary(std::nullopt), plain(named));
+  EXPECT_EQ(locator().resolveOrmelBinary("/no/such/override"), plain(named));
+}
+
 TEST_F(OrmelBinaryLocatorTest, PassesOverAPathOfTheEnvironmentThatIsNoExecutableFile) {
   const std::string usual = machine.addExecutable("bin/ormel");
   variables["PATH"] = machine / "bin";

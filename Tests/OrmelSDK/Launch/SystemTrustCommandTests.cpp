@@ -5,6 +5,9 @@
 #include <signal.h>
 #include <sys/wait.h>
 
+#include <fstream>
+#include <limits>
+#include <string>
 #include <thread>
 
 #include "OrmelSDK/AppServerRun/OrmelExecutableTrustPolicy.h"
@@ -13,6 +16,7 @@
 #include "Support/Fifo.h"
 #include "Support/ProcessResources.h"
 #include "Support/RecordedChild.h"
+#include "Support/TemporaryDirectory.h"
 
 namespace ormel::detail {
 
@@ -107,6 +111,18 @@ TEST_F(SystemTrustCommand, PropagatesAFailureToLaunch) {
 TEST_F(SystemTrustCommand, EndsACommandThatTakesTooLong) {
   EXPECT_EQ(failureOf(helper({"hang"}), 0.05, longWaits()),
             "Trust validation command COMMAND timed out after 0 seconds.");
+}
+
+TEST_F(SystemTrustCommand, AsksACommandToEndBeforeItKillsIt) {
+  const testing::TemporaryDirectory directory;
+  std::string noted;
+  // The command has to be ready to note the request before its time is over, however slow the machine.
+  for (double time = 0.1; !noted.starts_with("ready") && time < 60; time *= 2) {
+    const auto file = directory.addFile("notes");
+    failureOf(helper({"note-termination", file}), time, longWaits());
+    std::getline(std::ifstream(file), noted);
+  }
+  EXPECT_EQ(noted, "ready terminated");
 }
 
 TEST_F(SystemTrustCommand, KillsACommandThatDoesNotEndWhenAsked) {

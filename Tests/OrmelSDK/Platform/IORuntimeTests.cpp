@@ -1,15 +1,22 @@
 #include "OrmelSDK/Platform/IORuntime.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 
+#include <array>
 #include <asio/post.hpp>
 #include <cstdlib>
+#include <future>
+#include <latch>
 #include <memory>
+#include <vector>
 
 #include "OrmelSDK/Concurrency/Scheduler.h"
 #include "OrmelSDK/Platform/SystemProcessLauncher.h"
 #include "Support/Eventually.h"
 #include "Support/RecordedChild.h"
+#include "Support/ThreadSignals.h"
 
 namespace ormel::detail {
 
@@ -52,7 +59,27 @@ class IORuntimeDeathTest : public ::testing::Test {
   void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
+/// What each of two threads of the pool may be interrupted by. Each waits until the other one is there too.
+std::array<std::vector<int>, 2> unblockedInTheThreads() {
+  std::latch both(2);
+  std::array<std::promise<std::vector<int>>, 2> told;
+  for (auto& promise : told) {
+    asio::post(IORuntime::shared().context(), [&promise, &both] {
+      both.arrive_and_wait();
+      promise.set_value(testing::unblockedSignals());
+    });
+  }
+  return {told[0].get_future().get(), told[1].get_future().get()};
+}
+
 }  // namespace
+
+TEST(IORuntime, HasAllSignalsBlockedInItsThreadsAndNoneInThoseOfTheApplication) {
+  const auto before = testing::unblockedSignals();
+  EXPECT_THAT(unblockedInTheThreads(), ::testing::Each(::testing::IsEmpty()));
+  EXPECT_THAT(before, ::testing::IsSupersetOf({SIGPIPE, SIGINT, SIGTERM, SIGCHLD, SIGUSR1, SIGSEGV}));
+  EXPECT_EQ(testing::unblockedSignals(), before);
+}
 
 TEST_F(IORuntimeDeathTest, MayBeUsedUntilTheVeryEndOfTheProcess) {
   EXPECT_EXIT(

@@ -95,6 +95,24 @@ TEST_P(ThreadAbort, ComesToNothingOnceTheOperationHasEnded) {
   });
 }
 
+TEST_P(ThreadAbort, IsNotListenedToOnceTheOperationHasEnded) {
+  SimulatedScheduler scheduler(1);
+  SimulatedThread server(scheduler, "t1");
+  const AbortController ofTurn;
+  server.follow(start(server, ofTurn.signal));
+  beginTurnOf(server, GetParam());
+  completeTurnOf(server, GetParam());
+  const AbortController ofFailure;
+  server.refuse(GetParam().lastRequest, "not today");
+  EXPECT_EQ(failureOf([&] { server.end(start(server, ofFailure.signal)); }), "stream error: not today");
+  server.settle();
+  const auto steps = scheduler.steps();
+  ofTurn.abort();
+  ofFailure.abort();
+  server.settle();
+  EXPECT_EQ(scheduler.steps(), steps);
+}
+
 TEST_P(ThreadAbort, ComesToNothingAfterAStartThatFailed) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     SimulatedThread server(scheduler, "t1");

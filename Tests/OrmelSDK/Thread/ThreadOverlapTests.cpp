@@ -63,6 +63,70 @@ TEST(Thread, StaysWithTheOperationThatRunsWhenAReservationBeforeItHasEnded) {
   EXPECT_GT(reservationsEnded, 0);
 }
 
+/// A second turn that its run has begun, while the thread has not heard of it, nor of the end of the first.
+class UnnoticedTurn {
+ public:
+  explicit UnnoticedTurn(SimulatedScheduler& scheduler) : server(scheduler) {
+    server.follow(server.thread->runStreamed("one"));
+    server.process().notify("turn/completed",
+                            JSONValue::decode(R"({"threadId":"t1","turn":{"id":"u1","status":"completed"}})"));
+    const auto run = server.runOfThread();
+    scheduler.runUntil([&] { return !run->stream().isPending(); });
+    second_ = startOn(scheduler, server.thread->runStreamed("two"));
+    scheduler.runUntil([&] { return run->stream().currentOperationGeneration() == 2U; });
+    isUnnoticed = server.operation() == 1U;
+  }
+
+  /// The second turn goes on to its end.
+  void complete() {
+    server.settle();
+    const auto heard = server.listen(server.taken(second_).events);
+    server.completeTurn();
+    EXPECT_EQ(heard->back(), "end");
+  }
+
+  SimulatedThread server;
+  /// Which it is in some orders only.
+  bool isUnnoticed = false;
+
+ private:
+  std::shared_ptr<Outcome<StreamedTurn>> second_;
+};
+
+TEST(Thread, InterruptsNoOperationButTheOneThatItKnows) {
+  int unnoticed = 0;
+  for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+    SCOPED_TRACE(seed);
+    SimulatedScheduler scheduler(seed);
+    UnnoticedTurn turn(scheduler);
+    if (turn.isUnnoticed) {
+      ++unnoticed;
+      turn.server.thread->interrupt().start([](TaskResult<void> result) { result.take(); });
+    }
+    turn.complete();
+  }
+  EXPECT_GT(unnoticed, 0);
+}
+
+TEST(Thread, AnswersNoOperationButTheOneThatItKnows) {
+  int unnoticed = 0;
+  for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+    SCOPED_TRACE(seed);
+    SimulatedScheduler scheduler(seed);
+    UnnoticedTurn turn(scheduler);
+    std::string failure;
+    if (turn.isUnnoticed) {
+      ++unnoticed;
+      turn.server.thread->submitRequestUserInput("q1", {}).start(
+          [&failure](TaskResult<void> result) { failure = failureOf([&] { result.take(); }); });
+    }
+    turn.complete();
+    const bool isRefused = failure == "stream error: No active turn for request_user_input response";
+    EXPECT_EQ(isRefused, turn.isUnnoticed) << failure;
+  }
+  EXPECT_GT(unnoticed, 0);
+}
+
 // A review belongs to the conversation that was the thread's when it was asked for, though a turn that was ending then
 // has led to another one.
 TEST(Thread, GoesBackToTheConversationThatAReviewWasAskedForIn) {
@@ -93,6 +157,63 @@ TEST(Thread, GoesBackToTheConversationThatAReviewWasAskedForIn) {
     EXPECT_EQ(server.thread->id(), "main");
   }
   EXPECT_GT(accepted, 0);
+}
+
+// What the first turn tells of its thread is forwarded when the second one has its place already.
+TEST(Thread, LearnsNoIDFromATurnThatIsOver) {
+  int late = 0;
+  for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+    SCOPED_TRACE(seed);
+    SimulatedScheduler scheduler(seed);
+    SimulatedThread server(scheduler, "main");
+    server.answer("thread/resume", R"({"thread":{"id":"t1"}})");
+    server.keep("turn/start");
+    const auto first = server.start(server.thread->runStreamed("one"));
+    server.process().answer(server.takeKept(), JSONValue::decode(R"({"turn":{"id":"u1"}})"));
+    server.process().notify("turn/completed",
+                            JSONValue::decode(R"({"threadId":"t1","turn":{"id":"u1","status":"completed"}})"));
+    const auto run = server.runOfThread();
+    scheduler.runUntil([&] { return !run->stream().isPending(); });
+    server.keep("thread/resume");
+    const auto second = startOn(scheduler, server.thread->runStreamed("two"));
+    scheduler.runUntil([&] { return server.operation() == 2U; });
+    const auto id = server.thread->id();
+    if (id == "main") ++late;
+    server.settle();
+    EXPECT_EQ(server.thread->id(), id);
+    server.end(server.thread->interrupt());
+    EXPECT_EQ(failureOf([&] { server.taken(second); }), "aborted");
+    EXPECT_EQ(server.thread->id(), id);
+  }
+  EXPECT_GT(late, 0);
+}
+
+// A review that does not come about leaves the conversation as it is by then.
+TEST(Thread, KeepsTheConversationThatATurnHasLedToWhenAReviewIsRefused) {
+  int refused = 0;
+  for (std::uint64_t seed = 1; seed <= 200; ++seed) {
+    SCOPED_TRACE(seed);
+    SimulatedScheduler scheduler(seed);
+    SimulatedThread server(scheduler, "main");
+    server.answer("thread/resume", R"({"thread":{"id":"t1"}})");
+    server.refuse("review/start", "not now");
+    server.keep("turn/start");
+    const auto turn = server.start(server.thread->runStreamed("hello"));
+    server.process().answer(server.takeKept(), JSONValue::decode(R"({"turn":{"id":"u1"}})"));
+    server.process().notify("turn/completed",
+                            JSONValue::decode(R"({"threadId":"t1","turn":{"id":"u1","status":"completed"}})"));
+    const auto run = server.runOfThread();
+    scheduler.runUntil([&] { return !run->stream().isPending() || turn->isSet(); });
+    if (turn->isSet()) continue;
+    std::string failure;
+    server.thread->startReviewStreamed(ReviewTarget::uncommittedChanges()).start([&](TaskResult<StreamedTurn> result) {
+      failure = failureOf([&] { result.take(); });
+    });
+    server.settle();
+    EXPECT_EQ(failure, "stream error: not now");
+    if (server.thread->id() == "t1") ++refused;
+  }
+  EXPECT_GT(refused, 0);
 }
 
 }  // namespace

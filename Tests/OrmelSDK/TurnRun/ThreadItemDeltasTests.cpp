@@ -9,19 +9,26 @@ namespace {
 using namespace ormel;
 using namespace ormel::detail;
 
-TEST(MergeAgentMessageDelta, BeginsAMessageThatWasNotThere) {
+class DeltaOfAGrowingText : public testing::Test {
+ protected:
+  SharedTextSnapshots snapshots;
+};
+class MergeAgentMessageDelta : public DeltaOfAGrowingText {};
+class MergeCommandOutputDelta : public DeltaOfAGrowingText {};
+
+TEST_F(MergeAgentMessageDelta, BeginsAMessageThatWasNotThere) {
   AgentMessageItem expected;
   expected.id = "a";
   expected.text = "x";
   ThreadItem nothing;
-  mergeAgentMessageDelta(nothing, "a", "x");
+  mergeAgentMessageDelta(nothing, "a", "x", snapshots);
   EXPECT_EQ(nothing, expected);
   ThreadItem plan = PlanItem{"a", "other"};
-  mergeAgentMessageDelta(plan, "a", "x");
+  mergeAgentMessageDelta(plan, "a", "x", snapshots);
   EXPECT_EQ(plan, expected);
 }
 
-TEST(MergeAgentMessageDelta, KeepsAllButTheText) {
+TEST_F(MergeAgentMessageDelta, KeepsAllButTheText) {
   AgentMessageItem message;
   message.id = "a";
   message.text = "x";
@@ -31,34 +38,34 @@ TEST(MergeAgentMessageDelta, KeepsAllButTheText) {
   message.questions.emplace();
   const ThreadItem before = message;
   ThreadItem merged = before;
-  mergeAgentMessageDelta(merged, "a", "y");
+  mergeAgentMessageDelta(merged, "a", "y", snapshots);
   EXPECT_EQ(before, message);
   message.text = "xy";
   EXPECT_EQ(merged, message);
 }
 
-TEST(MergeAgentMessageDelta, ExtendsTheTextInPlace) {
+TEST_F(MergeAgentMessageDelta, ExtendsTheTextInPlace) {
   ThreadItem latest;
-  mergeAgentMessageDelta(latest, "a", std::string(1000, 'x'));
+  mergeAgentMessageDelta(latest, "a", std::string(1000, 'x'), snapshots);
   const ThreadItem first = latest;
-  for (int i = 0; i < 10; ++i) mergeAgentMessageDelta(latest, "a", "");
+  for (int i = 0; i < 10; ++i) mergeAgentMessageDelta(latest, "a", "", snapshots);
   EXPECT_EQ(first.agentMessageText()->view().data(), latest.agentMessageText()->view().data());
 }
 
-TEST(MergeCommandOutputDelta, ExtendsTheOutputOfACommand) {
+TEST_F(MergeCommandOutputDelta, ExtendsTheOutputOfACommand) {
   const CommandExecutionItem command{"c", "ls", "/", "p", {JSONValue(1)}, "o", 3, CommandExecutionStatus::inProgress,
                                      4};
   ThreadItem merged = command;
   CommandExecutionItem expected = command;
   expected.aggregatedOutput = "op";
-  EXPECT_TRUE(mergeCommandOutputDelta(merged, "p"));
+  EXPECT_TRUE(mergeCommandOutputDelta(merged, "p", snapshots));
   EXPECT_EQ(merged, expected);
 }
 
-TEST(MergeCommandOutputDelta, DropsTheOutputOfNoCommand) {
+TEST_F(MergeCommandOutputDelta, DropsTheOutputOfNoCommand) {
   const ThreadItem plan = PlanItem{"c", ""};
   ThreadItem merged = plan;
-  EXPECT_FALSE(mergeCommandOutputDelta(merged, "p"));
+  EXPECT_FALSE(mergeCommandOutputDelta(merged, "p", snapshots));
   EXPECT_EQ(merged, plan);
 }
 

@@ -72,6 +72,21 @@ int flood(const char* count) {
   hang();
 }
 
+int notes = -1;
+
+void noteTerminationAndEnd(int) {
+  [[maybe_unused]] const auto written = ::write(notes, " terminated", std::string_view(" terminated").size());
+  ::_exit(0);
+}
+
+/// Notes in a file that it is ready, and then that it was asked to end.
+[[noreturn]] void noteTermination(const char* file) {
+  notes = ::open(file, O_WRONLY | O_APPEND | O_CLOEXEC);
+  ::signal(SIGTERM, noteTerminationAndEnd);
+  writeAll(notes, "ready");
+  hang();
+}
+
 /// Leaves a process behind that holds the standard streams until nobody writes to the named fifo any more.
 int leaveGrandchild(const char* fifo, const char* status) {
   const int held = ::open(fifo, O_RDONLY);
@@ -110,6 +125,7 @@ int main(int count, char** arguments) {
   if (what == "flood") return flood(arguments[2]);
   if (what == "close-output") closeOutputAndHang();
   if (what == "ignore-termination") ignoreTerminationAndHang();
+  if (what == "note-termination") noteTermination(arguments[2]);
   if (what == "leave-grandchild") return leaveGrandchild(arguments[2], arguments[3]);
   if (what == "write-and-die") return writeAndDie(arguments[2]);
   if (what == "close-input") return closeInput();

@@ -93,7 +93,7 @@ TEST(OrmelThreads, GiveTheServerTheOptionsAndTheFoldersOfTheFacade) {
   const JSONValue start = scenario.record("start").at(0);
   const JSONValue& environment = *start.find("environment");
   EXPECT_THAT(std::string(*environment.find("PATH")->stringValue()), StartsWith(support + ":"));
-  EXPECT_EQ(*environment.find("ORMEL_API_KEY"), JSONValue("secret"));
+  EXPECT_EQ(*environment.find("ORMEL_API_KEY"), JSONValue("6 bytes"));
   EXPECT_THAT(start.find("arguments")->encode(), HasSubstr("http://127.0.0.1:1"));
 }
 

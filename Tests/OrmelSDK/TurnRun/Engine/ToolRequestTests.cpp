@@ -74,6 +74,14 @@ TEST(AppServerTurnRunToolCalls, GoToTheFirstToolOfTheNameAndNamespace) {
   EXPECT_EQ(resultOf(call, R"({"tool":"fetch","namespace":""})", options), said("in the empty one", true));
 }
 
+TEST(AppServerTurnRunToolCalls, ReachAToolOfTheEmptyNamespaceWithoutANamespace) {
+  const ThreadOptions options =
+      withTools({namedTool("fetch", "n", "in n"), namedTool("fetch", "", "first"), namedTool("fetch", "", "second")});
+  EXPECT_EQ(resultOf(call, R"({"tool":"fetch"})", options), said("first", true));
+  EXPECT_EQ(resultOf(call, R"({"tool":"fetch","namespace":""})", options), said("first", true));
+  EXPECT_EQ(resultOf(call, R"({"tool":"other"})", options), said("Dynamic tool 'other' is not registered.", false));
+}
+
 TEST(AppServerTurnRunToolCalls, TellTheToolWhatIsAsked) {
   std::vector<DynamicToolCallContext> seen;
   const ThreadOptions options = withTools({toolNamed("t", "n", [&seen](DynamicToolCallContext context) {

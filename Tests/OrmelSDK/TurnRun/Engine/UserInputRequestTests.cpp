@@ -3,6 +3,7 @@
 
 #include <map>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -231,6 +232,60 @@ TEST(AppServerTurnRunUserInput, IsForgottenWithItsOperation) {
               "stream error: No pending request_user_input call for item: i");
     EXPECT_THAT(asked.answers(), IsEmpty());
   });
+}
+
+// An idle server may ask for ever, and may announce things that belong to no turn.
+TEST(AppServerTurnRunUserInput, IsNotKeptBetweenOperationsNorIsAnyItem) {
+  inManyOrders([](SimulatedScheduler& scheduler) {
+    AskedRun asked(scheduler);
+    asked.ask(method, question);
+    asked.engine.completeTurn();
+    const auto& run = *asked.engine.run;
+    const auto itemsOfTheTurn = run.items().count();
+    EXPECT_GT(itemsOfTheTurn, 0U);
+    for (int round = 0; round < 100; ++round) {
+      const std::string number = std::to_string(round);
+      asked.ask(method, R"({"itemId":")" + number + R"("})", "ask" + number);
+      asked.ask("mcpServer/elicitation/request", R"({"threadId":"t1","serverName":"s","mode":"form","message":"m"})",
+                "elicit" + number);
+      asked.engine.notify("thread/contextCompacted", R"({"id":"compaction)" + number + R"("})");
+      asked.engine.notify("item/started", R"({"item":{"type":"sleep","id":"s)" + number + R"("}})");
+      EXPECT_EQ(run.serverRequests().findUserInput(number), std::nullopt);
+    }
+    EXPECT_EQ(run.items().count(), itemsOfTheTurn);
+    EXPECT_EQ(run.serverRequests().count(), 0U);
+    asked.startTurn();
+    EXPECT_EQ(run.items().count(), 0U);
+  });
+}
+
+TEST(AppServerTurnRunUserInput, CanBeSubmittedAgainWhenItCouldNotBeWritten) {
+  SimulatedScheduler scheduler(1);
+  AskedRun asked(scheduler);
+  asked.ask(method, question);
+  asked.engine.onClientWrite = [](const std::string&) { throw std::runtime_error("out of memory"); };
+  EXPECT_EQ(failureOf([&] { submit(asked, {{"q", {"A"}}}); }),
+            "stream error: Failed to submit request_user_input response: out of memory");
+  EXPECT_EQ(asked.engine.state(), "pending");
+  EXPECT_THAT(asked.words(), ElementsAre("item.started i"));
+  asked.engine.onClientWrite = nullptr;
+  submit(asked, {{"q", {"A"}}});
+  EXPECT_EQ(asked.answers().back(), json(R"({"id":"q1","result":{"answers":{"q":{"answers":["A"]}}}})"));
+  EXPECT_THAT(asked.words(), ElementsAre("item.started i", "item.completed i"));
+}
+
+// Only a pipe that calls back could do that.
+TEST(AppServerTurnRunUserInput, FailsWhenTheOperationEndsWhileItIsBeingWritten) {
+  SimulatedScheduler scheduler(1);
+  AskedRun asked(scheduler);
+  asked.ask(method, question);
+  asked.engine.onClientWrite = [&asked](const std::string&) {
+    asked.engine.run->release().start([](TaskResult<void> result) { result.take(); });
+  };
+  EXPECT_EQ(failureOf([&] { submit(asked, {}); }),
+            "stream error: Failed to submit request_user_input response: The app-server operation is no longer "
+            "current");
+  EXPECT_THAT(asked.words(), ElementsAre("item.started i", "end"));
 }
 
 TEST(AppServerTurnRunUserInput, CannotBeSubmittedToAnExitedServer) {
