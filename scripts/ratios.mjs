@@ -7,14 +7,16 @@ const run = JSON.parse(readFileSync(process.argv[2], "utf8"));
 /** The fastest repetition of each benchmark, in nanoseconds. */
 const nanoseconds = { ns: 1, us: 1e3, ms: 1e6, s: 1e9 };
 const fastest = new Map();
+const highestRate = new Map();
 for (const entry of run.benchmarks) {
   if (entry.run_type === "aggregate" && entry.aggregate_name !== "min") continue;
   const name = entry.run_name.replace(/\/(min_time|repeats|real_time|process_time).*/, "");
   const time = entry.real_time * nanoseconds[entry.time_unit];
   fastest.set(name, Math.min(time, fastest.get(name) ?? Infinity));
+  highestRate.set(name, Math.max(entry.items_per_second ?? 0, highestRate.get(name) ?? 0));
 }
 
-/** What is promised: [subject, measured, yardstick, highest allowed ratio of their times or nothing]. */
+/** What is promised: [subject, measured, yardstick, highest allowed ratio of their times or nothing, how much more is done]. */
 const promises = [];
 const sample = (name, index) => `${name}/line=0,objects=1,string=2:${index}`;
 for (const [index, what] of ["a 253-byte line", "1 MB of nested objects", "a 1 MB text"].entries()) {
@@ -35,6 +37,8 @@ promises.push(
     "splitIntoTexts<BareSplit>", 2],
   ["a 100 MB line in 4 KB chunks, against the bare split", "assembleOneLine<AppServerJSONLineBuffer>/megabytes:100",
     "assembleOneLine<BareSplit>/megabytes:100", 2],
+  ["a 200 MB line in 4 KB chunks, a byte, against a 10 MB line", "assembleOneLine<AppServerJSONLineBuffer>/megabytes:200",
+    "assembleOneLine<AppServerJSONLineBuffer>/megabytes:10", 2, 20],
   ["start and reap a child, against a bare posix_spawn", "startAndReapChild", "startAndReapBare", 1.2],
 );
 
@@ -59,9 +63,13 @@ promiseRecords("a 1 MB reply to thread/read", "threadReadToRecords", "threadRead
   "threadReadByCopyingTexts");
 
 console.log("\nRatios of this run (fastest repetitions)\n");
-for (const [subject, measured, yardstick, limit] of promises) {
-  const ratio = fastest.get(measured) / fastest.get(yardstick);
+for (const [subject, measured, yardstick, limit, moreIsDone = 1] of promises) {
+  const ratio = fastest.get(measured) / fastest.get(yardstick) / moreIsDone;
   const promise = limit === undefined ? "(for information)" : `(at most ${limit.toFixed(2)})`;
   const verdict = Number.isNaN(ratio) ? "  not measured" : limit === undefined || ratio <= limit ? "" : "  MISSED";
   console.log(`${ratio.toFixed(2).padStart(8)}  ${promise.padEnd(17)}  ${subject}${verdict}`);
 }
+
+const steps = Math.min(highestRate.get("simulatedSteps"), highestRate.get("simulatedSleeps")) / 1e6;
+const verdict = Number.isNaN(steps) ? "  not measured" : steps >= 5 ? "" : "  MISSED";
+console.log(`${steps.toFixed(1).padStart(8)}  (at least 5)      million steps a second of the simulated scheduler${verdict}`);

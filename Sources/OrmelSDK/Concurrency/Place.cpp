@@ -21,6 +21,7 @@ void Place::resume(std::coroutine_handle<> coroutine, ResumeItem& item) const no
     transferTo(coroutine);
   } else {
     item.coroutine = coroutine;
+    const LeavingThread leaving(isEndOfPiece());
     post(item);
   }
 }

@@ -12,7 +12,7 @@ class ResumeItem final : public WorkItem {
  public:
   std::coroutine_handle<> coroutine;
 
-  void run() noexcept override { drive(coroutine); }
+  void run() noexcept override { drivePiece(coroutine); }
   void discard() noexcept override {}
   const char* name() const noexcept override { return "coroutine"; }
 };

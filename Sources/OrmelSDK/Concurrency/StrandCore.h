@@ -21,8 +21,10 @@ class StrandCore final : public WorkItem, public RefCounted {
 
   void post(WorkItem& item) noexcept;
 
-  /// Whether nothing waits behind the running piece, which is the one that asks.
-  bool isOnLastPiece() const noexcept { return !localFirst_ && !incoming_.load(std::memory_order_relaxed); }
+  /// Whether at most one piece waits behind the running one, which is the one that asks.
+  bool isNearlyDone() const noexcept {
+    return (!localFirst_ || !localFirst_->next) && !incoming_.load(std::memory_order_relaxed);
+  }
 
   /// Runs a batch: what a scheduler calls.
   void run() noexcept override;

@@ -19,7 +19,9 @@ ThreadState& threadState() noexcept { return stateOfThread; }
 LeavingThread::LeavingThread(bool isSo) noexcept : before_(std::exchange(stateOfThread.isLeaving, isSo)) {}
 LeavingThread::~LeavingThread() { stateOfThread.isLeaving = before_; }
 
-bool isLastPieceOfThread() noexcept { return !stateOfThread.strand || stateOfThread.strand->isOnLastPiece(); }
+bool isLastPieceOfThread() noexcept { return !stateOfThread.strand || stateOfThread.strand->isNearlyDone(); }
+
+bool isEndOfPiece() noexcept { return stateOfThread.endsWithCoroutine && !stateOfThread.next && isLastPieceOfThread(); }
 
 bool onLibraryThread() noexcept { return stateOfThread.scheduler != nullptr || IORuntime::isPoolThread(); }
 
@@ -27,17 +29,26 @@ void requireBlockingAllowed() {
   if (onLibraryThread()) throw WouldDeadlockError();
 }
 
-void drive(std::coroutine_handle<> coroutine) noexcept {
+namespace {
+
+void drive(std::coroutine_handle<> coroutine, bool isWholePiece) noexcept {
   ThreadState& state = stateOfThread;
   const auto outerNext = std::exchange(state.next, nullptr);
   const bool outerDriving = std::exchange(state.driving, true);
+  const bool outerEndsWithCoroutine = std::exchange(state.endsWithCoroutine, isWholePiece && !outerDriving);
   while (coroutine) {
     coroutine.resume();
     coroutine = std::exchange(state.next, nullptr);
   }
   state.next = outerNext;
   state.driving = outerDriving;
+  state.endsWithCoroutine = outerEndsWithCoroutine;
 }
+
+}  // namespace
+
+void drive(std::coroutine_handle<> coroutine) noexcept { drive(coroutine, false); }
+void drivePiece(std::coroutine_handle<> coroutine) noexcept { drive(coroutine, true); }
 
 void transferTo(std::coroutine_handle<> coroutine) noexcept {
   ThreadState& state = stateOfThread;

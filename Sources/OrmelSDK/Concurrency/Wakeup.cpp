@@ -29,7 +29,7 @@ void Wakeup::forget() noexcept { coroutine_ = nullptr; }
 
 void Wakeup::run() noexcept {
   strand_ = {};
-  if (const auto coroutine = std::exchange(coroutine_, nullptr)) drive(coroutine);
+  if (const auto coroutine = std::exchange(coroutine_, nullptr)) drivePiece(coroutine);
   release();
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <future>
 #include <memory>
 #include <optional>
 #include <set>
@@ -216,6 +217,42 @@ TEST(Strand, GuardsPlainDataOfCoroutinesThatAwaitOnManyThreads) {
     co_return counter;
   };
   EXPECT_EQ(testing::Production().run(read(strand, plain)), workers * turns);
+}
+
+/// Enters the strand and says so.
+Task<void> reportFrom(Strand strand, std::shared_ptr<std::promise<void>> entered) {
+  co_await strand.enter();
+  entered->set_value();
+}
+
+bool comesSoon(std::promise<void>& promise) {
+  return promise.get_future().wait_for(testing::patience) == std::future_status::ready;
+}
+
+TEST(StrandAmongRealThreads, RunsWhatACoroutineHasStartedWhileThatOneRunsOn) {
+  const Strand strand(productionScheduler());
+  auto startAndRunOn = [](Strand other, bool leavesFirst) -> Task<bool> {
+    const Strand own(other.scheduler());
+    if (leavesFirst) co_await own.enter();
+    const auto entered = std::make_shared<std::promise<void>>();
+    reportFrom(other, entered).detach();
+    co_return comesSoon(*entered);
+  };
+  for (const bool leavesFirst : {false, true}) {
+    EXPECT_TRUE(testing::Production().run(startAndRunOn(strand, leavesFirst))) << leavesFirst;
+  }
+}
+
+TEST(StrandAmongRealThreads, RunsWhatAPieceOfWorkHasStartedWhileThatOneRunsOn) {
+  const Strand strand(productionScheduler());
+  const Strand own(productionScheduler());
+  std::promise<bool> came;
+  own.post([&came, strand] {
+    const auto entered = std::make_shared<std::promise<void>>();
+    reportFrom(strand, entered).detach();
+    came.set_value(comesSoon(*entered));
+  });
+  EXPECT_TRUE(came.get_future().get());
 }
 
 }  // namespace
