@@ -247,6 +247,27 @@ TEST(RunRequests, AreEndedByWhoeverFindsThem) {
   EXPECT_EQ(first.outcome(), "\"yes\"");
 }
 
+TEST(RunRequestsDeathTest, EndTheProcessWhenARequestIsEndedTwice) {
+  using End = void (*)(RunRequests&, const AppServerRequestID&);
+  const End ends[] = {
+      [](RunRequests& requests, const AppServerRequestID& id) { requests.complete(id, JSONValue("again")); },
+      [](RunRequests& requests, const AppServerRequestID& id) {
+        requests.fail(id, std::make_exception_ptr(CancelledError()));
+      },
+      [](RunRequests& requests, const AppServerRequestID&) { requests.release(broken()); },
+  };
+  for (const End end : ends) {
+    RunRequests requests;
+    const Requested request;
+    const AppServerRequestID first = requests.takeID();
+    const AppServerRequestID second = requests.takeID();
+    requests.add(first, request.pending());
+    requests.add(second, request.pending());
+    requests.complete(first, JSONValue("yes"));
+    EXPECT_DEATH(end(requests, second), "Fatal error: .*ended twice");
+  }
+}
+
 TEST(RunRequests, KeepTheirTimerQuietOnceTheyHaveEnded) {
   SimulatedScheduler scheduler(1);
   RunRequests requests;
