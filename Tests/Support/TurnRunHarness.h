@@ -54,6 +54,7 @@ class TurnRunHarness {
 
     ThreadOptions threadOptions;
     OrmelOptions ormelOptions;
+    detail::RunDurations durations;
     /// In place of the simulator.
     std::optional<std::string> executable;
   };
@@ -120,6 +121,12 @@ class TurnRunHarness {
     return ended(run_->startReview("t1", ReviewTarget::uncommittedChanges(), ReviewDelivery::inline_));
   }
 
+  EventChannel<ThreadEvent> startCompaction() { return ended(run_->startCompaction("t1")); }
+  EventChannel<ThreadEvent> startForkTurn() {
+    return ended(run_->startEphemeralForkTurn("t1", "hello", "be brief", TurnOptions()));
+  }
+  void steer() { ended(run_->steer("more", TurnOptions())); }
+
   /// The methods of what the simulator has received, over all processes, in order.
   std::vector<std::string> methodsReceived() const { return scenario_.methodsReceived(); }
   bool waitForMethod(std::string_view method) const { return scenario_.waitForMethod(method); }
@@ -151,6 +158,7 @@ class TurnRunHarness {
     configuration.ormelOptions.selectedOrmelPathOverride = true;
     configuration.ormelOptions.env = scenario_.wholeEnvironment();
     configuration.threadOptions = settings.threadOptions;
+    configuration.durations = settings.durations;
     return configuration;
   }
 
