@@ -7,6 +7,7 @@
 #include "OrmelSDK/Concurrency/Sleep.h"
 #include "OrmelSDK/OrmelExecutableTrust.h"
 #include "OrmelSDK/OrmelProcessError.h"
+#include "OrmelSDK/TurnRun/Campaign/CampaignErrors.h"
 #include "OrmelSDK/TurnRun/Campaign/CampaignServerRequestScenarios.h"
 #include "OrmelSDK/TurnRun/Campaign/CampaignThreadScenarios.h"
 
@@ -17,18 +18,6 @@ namespace {
 using Reply = ServerPlan::Reply;
 using Fault = ServerPlan::Fault;
 using ProbeReply = ServerPlan::ProbeReply;
-
-constexpr std::string_view aborted = "Operation aborted";
-constexpr std::string_view exited = "Ormel process exited with ";
-constexpr std::string_view endOfFile = "Ormel app-server terminated unexpectedly";
-constexpr std::string_view explained = CampaignServer::explanation;
-constexpr std::string_view unreadable = "App-server decode error at ";
-constexpr std::string_view timedOut = "App-server RPC ";
-constexpr std::string_view refused = "refused";
-constexpr std::string_view noLongerCurrent = "Prepared app-server operation is no longer current";
-constexpr std::string_view alreadyActive = "An app-server operation is already active";
-constexpr std::string_view streamFinished = "Stream finished";
-constexpr std::string_view alreadyFinished = "Ormel app-server stream already finished";
 
 constexpr std::array<const char*, 8> requestMethods = {
     "initialize", "thread/start",         "thread/resume", "thread/fork",
@@ -104,7 +93,7 @@ void abort(CampaignWorld& world) {
   const auto& record = world.start(world.anyKind());
   for (auto aborts = 1 + world.scheduler.choose(2); aborts > 0; --aborts) world.atAnyStep([&] { world.interrupt(); });
   world.settle();
-  world.requireErrors(record, {aborted, "App-server RPC turn/interrupt timed out", noLongerCurrent, streamFinished});
+  world.requireErrors(record, {aborted, interruptTimedOut, noLongerCurrent, streamFinished});
   // An aborted conversation can go on, with another process.
   const auto& next = world.start(world.anyKind());
   world.settle();
@@ -231,10 +220,11 @@ void lostOwner(CampaignWorld& world) {
   world.plan().asksForApproval = world.coin();
   if (world.coin()) world.dawdle();
   world.open();
-  world.start(world.anyKind());
+  const auto& record = world.start(world.anyKind());
   if (world.coin()) world.atAnyStep([&] { world.steer(); });
   world.atAnyStep([&] { world.drop(); });
   world.settle();
+  if (!record.wasAbandoned) world.requireErrors(record, {streamFinished});
   world.close();
 }
 
@@ -369,6 +359,11 @@ void storm(CampaignWorld& world) {
   }
   world.start(world.anyKind());
   world.settle();
+  auto errors = errorsOf(plan);
+  errors.insert(errors.end(), {aborted, noLongerCurrent, alreadyActive, alreadyFinished, dropped});
+  for (const auto& record : world.operations()) {
+    if (!record->wasCancelled) world.requireErrors(*record, errors);
+  }
   world.close();
 }
 

@@ -85,6 +85,16 @@ InMemoryServerScript CampaignServer::script() {
   return script;
 }
 
+std::string CampaignServer::threadNamedBy(const InMemoryProcess& process) const {
+  const auto found = conversations_.find(process.identifier());
+  return found == conversations_.end() ? "" : found->second.threadID;
+}
+
+std::string CampaignServer::turnNamedBy(const InMemoryProcess& process) const {
+  const auto found = conversations_.find(process.identifier());
+  return found == conversations_.end() ? "" : found->second.turnID;
+}
+
 std::string CampaignServer::stamped(const char* kind, const InMemoryProcess& process) {
   return kind + std::to_string(++idsMade_) + "@" + std::to_string(process.identifier());
 }

@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "OrmelSDK/TurnRun/Campaign/CampaignErrors.h"
 #include "OrmelSDK/TurnRun/Campaign/CampaignRequests.h"
 
 namespace ormel::testing {
@@ -12,15 +13,6 @@ namespace {
 
 using Fault = ServerPlan::Fault;
 
-constexpr std::string_view aborted = "Operation aborted";
-constexpr std::string_view exited = "Ormel process exited with ";
-constexpr std::string_view endOfFile = "Ormel app-server terminated unexpectedly";
-constexpr std::string_view explained = CampaignServer::explanation;
-constexpr std::string_view unreadable = "App-server decode error at ";
-constexpr std::string_view timedOut = "App-server RPC ";
-constexpr std::string_view noLongerCurrent = "Prepared app-server operation is no longer current";
-constexpr std::string_view streamFinished = "Stream finished";
-constexpr std::string_view alreadyFinished = "Ormel app-server stream already finished";
 constexpr std::string_view handlerFailed = "Failed handling app-server request: ";
 
 /// Any action comes while the first requests are under way, or later.
