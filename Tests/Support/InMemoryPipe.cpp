@@ -24,6 +24,7 @@ void InMemoryPipe::start(detail::PipeReadHandlers handlers) {
 void InMemoryPipe::stop() noexcept {
   isOpen_ = false;
   bytes_.clear();
+  slowRead_.cancel();
   // Let go of last: what they own may call back.
   const Handlers released = std::move(handlers_);
 }
@@ -38,7 +39,12 @@ void InMemoryPipe::beginRead() {
   if (!isOpen_) return;
   const Handlers handlers = handlers_;
   if (handlers->onReadStart) handlers->onReadStart();
-  scheduler_.post([self = shared_from_this(), handlers] { self->take(handlers); }, "read of a pipe");
+  auto read = [self = shared_from_this(), handlers] { self->take(handlers); };
+  if (delay_ > delay_.zero()) {
+    slowRead_ = scheduler_.postAfter(delay_, std::move(read), "slow read of a pipe");
+  } else {
+    scheduler_.post(std::move(read), "read of a pipe");
+  }
 }
 
 void InMemoryPipe::take(const Handlers& handlers) {

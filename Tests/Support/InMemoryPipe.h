@@ -1,10 +1,12 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <string_view>
 
 #include "OrmelSDK/ByteBuffer.h"
+#include "OrmelSDK/Concurrency/Scheduler.h"
 #include "OrmelSDK/Concurrency/SimulatedScheduler.h"
 #include "OrmelSDK/Platform/PipeReader.h"
 
@@ -17,6 +19,8 @@ class InMemoryPipe final : public detail::PipeReader, public std::enable_shared_
   explicit InMemoryPipe(SimulatedScheduler& scheduler) noexcept : scheduler_(scheduler) {}
 
   void write(std::string_view bytes);
+  /// Each read that begins from now on takes so long.
+  void slowReads(std::chrono::nanoseconds delay) noexcept { delay_ = delay; }
   void closeWriteEnd();
 
   void start(detail::PipeReadHandlers handlers) override;
@@ -37,6 +41,8 @@ class InMemoryPipe final : public detail::PipeReader, public std::enable_shared_
 
   SimulatedScheduler& scheduler_;
   Handlers handlers_;
+  std::chrono::nanoseconds delay_{0};
+  Timer slowRead_;
   std::string bytes_;
   bool isWriteEndOpen_ = true;
   bool isOpen_ = true;

@@ -53,6 +53,8 @@ class InMemoryProcess final : public std::enable_shared_from_this<InMemoryProces
   void notify(std::string_view method, const JSONValue& params);
   void request(const JSONValue& id, std::string_view method, const JSONValue& params);
   void writeError(std::string_view bytes);
+  /// From now on it takes so long until what is written to standard error has been read.
+  void slowErrorOutput(std::chrono::nanoseconds delay) { errorOutput_->slowReads(delay); }
   void closeOutput() { output_->closeWriteEnd(); }
   void closeErrorOutput() { errorOutput_->closeWriteEnd(); }
   /// The client's writes find a broken pipe from now on.

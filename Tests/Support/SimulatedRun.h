@@ -20,10 +20,16 @@
 
 namespace ormel::testing {
 
-inline constexpr const char* noLongerCurrent = "stream error: Prepared app-server operation is no longer current";
+inline constexpr const char* operationNotCurrent = "stream error: Prepared app-server operation is no longer current";
 
 /// A wait that lasts until the gate is opened. It stands alone: the closure of a coroutine would go with the run.
 inline Task<void> heldOpen(std::shared_ptr<OneShot<void>> gate) { co_await gate->wait(); }
+
+/// The events of a turn alone.
+inline Task<EventChannel<ThreadEvent>> channelOf(Task<detail::StartedTurn> starting) {
+  detail::StartedTurn turn = co_await std::move(starting);
+  co_return std::move(turn.events);
+}
 
 /// A run of the engine in a simulation, and a server that answers every request of an operation until it is told
 /// otherwise: the threads are "t1", or the one resumed, or "f1" for a fork, or "r1" for a review; the turn is "u1".

@@ -34,6 +34,11 @@ client asks turn/start
 server answers {"turn": {"id": "u1"}}
 )";
 
+/// Its end.
+inline constexpr const char* turnCompletes = R"(
+server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status": "completed"}}
+)";
+
 /// The statements that make one turn, "u1" of "t1", run to its good end.
 inline constexpr const char* wholeTurn = R"(
 client asks turn/start
@@ -60,6 +65,7 @@ class TurnRunHarness {
 
     ThreadOptions threadOptions;
     OrmelOptions ormelOptions;
+    detail::RunDurations durations;
     /// In place of the simulator.
     std::optional<std::string> executable;
   };
@@ -126,6 +132,12 @@ class TurnRunHarness {
     return ended(run_->startReview("t1", ReviewTarget::uncommittedChanges(), ReviewDelivery::inline_));
   }
 
+  EventChannel<ThreadEvent> startCompaction() { return ended(run_->startCompaction("t1")); }
+  EventChannel<ThreadEvent> startForkTurn() {
+    return ended(run_->startEphemeralForkTurn("t1", "hello", "be brief", TurnOptions()));
+  }
+  void steer() { ended(run_->steer("more", TurnOptions())); }
+
   /// The methods of what the simulator has received, over all processes, in order.
   std::vector<std::string> methodsReceived() const { return scenario_.methodsReceived(); }
   bool waitForMethod(std::string_view method) const { return scenario_.waitForMethod(method); }
@@ -157,6 +169,7 @@ class TurnRunHarness {
     configuration.ormelOptions.selectedOrmelPathOverride = true;
     configuration.ormelOptions.env = scenario_.wholeEnvironment();
     configuration.threadOptions = settings.threadOptions;
+    configuration.durations = settings.durations;
     return configuration;
   }
 

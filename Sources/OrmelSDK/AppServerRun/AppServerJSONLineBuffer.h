@@ -33,6 +33,11 @@ class AppServerJSONLineBuffer {
   template <typename OnLine>
   void append(std::string_view bytes, OnLine&& onLine);
 
+  /// The same, but `onLine` returns whether to go on. Returns what stands behind the line after which not, which is to
+  /// be appended next; nothing if all bytes were taken.
+  template <typename OnLine>
+  std::string_view appendWhile(std::string_view bytes, OnLine&& onLine);
+
   /// Ends the stream: returns what stands behind the last line feed, without a carriage return at its end, or
   /// nothing if that is empty. The buffer is empty afterwards.
   std::optional<std::string> finish();
@@ -70,28 +75,24 @@ class AppServerJSONLineBuffer {
   };
 
   template <typename OnLine>
-  static void report(std::string_view line, bool knownValid, OnLine& onLine) {
-    if (line.empty()) return;
-    if (knownValid || isValidUTF8(line)) {
-      onLine(line);
-    } else {
-      reportRepaired(repairedUTF8(line), onLine);
-    }
+  static bool report(std::string_view line, bool knownValid, OnLine& onLine) {
+    if (line.empty()) return true;
+    return knownValid || isValidUTF8(line) ? onLine(line) : reportRepaired(repairedUTF8(line), onLine);
   }
 
   template <typename OnLine>
-  static void reportRepaired(std::string repaired, OnLine& onLine) {
+  static bool reportRepaired(std::string repaired, OnLine& onLine) {
     const std::size_t size = repaired.size();
     repaired.append(jsonPadding, ' ');
-    onLine(std::string_view(repaired).substr(0, size));
+    return onLine(std::string_view(repaired).substr(0, size));
   }
 
   // Reports the line that the buffer holds, without its line feed.
   template <typename OnLine>
-  void reportBuffered(bool knownValid, OnLine& onLine) {
+  bool reportBuffered(bool knownValid, OnLine& onLine) {
     const Emptying emptying(buffer_);
     buffer_.room(jsonPadding);
-    report(withoutCarriageReturn(buffer_.view()), knownValid, onLine);
+    return report(withoutCarriageReturn(buffer_.view()), knownValid, onLine);
   }
 
   // The start of the line in progress. It never holds a line feed, so that no byte is scanned twice.
@@ -100,11 +101,19 @@ class AppServerJSONLineBuffer {
 
 template <typename OnLine>
 void AppServerJSONLineBuffer::append(std::string_view bytes, OnLine&& onLine) {
+  appendWhile(bytes, [&onLine](std::string_view line) {
+    onLine(line);
+    return true;
+  });
+}
+
+template <typename OnLine>
+std::string_view AppServerJSONLineBuffer::appendWhile(std::string_view bytes, OnLine&& onLine) {
   std::size_t lineFeed = findLineFeed(bytes);
   if (lineFeed != std::string_view::npos && !buffer_.empty()) {
     buffer_.append(bytes.substr(0, lineFeed));
     bytes.remove_prefix(lineFeed + 1);
-    reportBuffered(false, onLine);
+    if (!reportBuffered(false, onLine)) return bytes;
     lineFeed = findLineFeed(bytes);
   }
   if (lineFeed != std::string_view::npos) {
@@ -114,15 +123,16 @@ void AppServerJSONLineBuffer::append(std::string_view bytes, OnLine&& onLine) {
       const std::string_view line = bytes.substr(0, lineFeed);
       bytes.remove_prefix(lineFeed + 1);
       if (bytes.size() + 1 >= jsonPadding) {
-        report(withoutCarriageReturn(line), knownValid, onLine);
+        if (!report(withoutCarriageReturn(line), knownValid, onLine)) return bytes;
       } else if (!line.empty()) {
         buffer_.append(line);
-        reportBuffered(knownValid, onLine);
+        if (!reportBuffered(knownValid, onLine)) return bytes;
       }
       lineFeed = findLineFeed(bytes);
     } while (lineFeed != std::string_view::npos);
   }
   buffer_.append(bytes);
+  return {};
 }
 
 }  // namespace ormel::detail

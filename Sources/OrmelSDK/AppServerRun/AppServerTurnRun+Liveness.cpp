@@ -38,7 +38,8 @@ void AppServerTurnRun::scheduleLivenessProbe() {
   auto probe = [owner = weak_from_this(), turn = std::move(probed)]() mutable {
     if (const auto run = owner.lock()) run->beginReconciliation(std::move(turn));
   };
-  recovery_.armLivenessProbe(strand_.postAfter(livenessProbeInterval, std::move(probe), "liveness probe"));
+  recovery_.armLivenessProbe(
+      strand_.postAfter(configuration_.durations.livenessProbeInterval, std::move(probe), "liveness probe"));
 }
 
 void AppServerTurnRun::beginReconciliation(ProbedTurn probed) {
@@ -144,7 +145,8 @@ void AppServerTurnRun::scheduleInterruptCompletionGrace(InterruptedTurn turn) {
     const auto run = owner.lock();
     if (run && run->awaitsEndOf(interrupted)) run->finishCurrent(StreamCompletion::aborted());
   };
-  recovery_.armInterruptGrace(strand_.postAfter(interruptCompletionGrace, std::move(finish), "interrupt grace"));
+  recovery_.armInterruptGrace(
+      strand_.postAfter(configuration_.durations.interruptGrace, std::move(finish), "interrupt grace"));
 }
 
 }  // namespace ormel::detail

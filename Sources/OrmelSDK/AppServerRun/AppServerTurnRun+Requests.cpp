@@ -18,9 +18,9 @@ JSONValue messageObject(const std::optional<JSONValue>& id, std::string_view met
   return message.build();
 }
 
-std::string timeoutMessage(std::string_view method) {
-  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(AppServerTurnRun::requestTimeout).count();
-  return "App-server RPC " + std::string(method) + " timed out after " + std::to_string(seconds) + " seconds";
+std::string timeoutMessage(std::string_view method, std::chrono::nanoseconds timeout) {
+  const JSONValue seconds(std::chrono::duration<double>(timeout).count());
+  return "App-server RPC " + std::string(method) + " timed out after " + seconds.encode() + " seconds";
 }
 
 }  // namespace
@@ -58,15 +58,15 @@ Timer AppServerTurnRun::requestTimer(const AppServerRequestID& id, std::string m
   auto expire = [owner = weak_from_this(), id, name = std::move(method), operationGeneration] {
     if (const auto run = owner.lock()) run->timeoutPendingRequest(id, name, operationGeneration);
   };
-  return strand_.postAfter(requestTimeout, std::move(expire), "request time-out");
+  return strand_.postAfter(configuration_.durations.request, std::move(expire), "request time-out");
 }
 
 void AppServerTurnRun::timeoutPendingRequest(const AppServerRequestID& id, std::string_view method,
                                              std::optional<std::uint64_t> operationGeneration) {
   const auto request = requests_.remove(id);
   if (!request) return;
-  const std::string message = timeoutMessage(method);
-  request->continuation.fail(ThreadRunError::streamError(message));
+  const std::string message = timeoutMessage(method, configuration_.durations.request);
+  request->fail(std::make_exception_ptr(ThreadRunError::streamError(message)));
   const auto current = stream_.currentOperationGeneration();
   // One of an operation that is over fails alone.
   if (operationGeneration && operationGeneration != current) return;

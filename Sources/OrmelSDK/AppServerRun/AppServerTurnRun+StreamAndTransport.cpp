@@ -93,7 +93,8 @@ void AppServerTurnRun::launchProcess() {
   callbacks.onChunkEnqueued = [exitCoordinator] { exitCoordinator->chunkEnqueued(); };
   callbacks.onEOF = [exitCoordinator] { exitCoordinator->readerDidReachEOF(); };
   auto chunks = appServerOutputChunks(*output, std::move(callbacks));
-  Reading reading{weak_from_this(), surroundings_.scheduler, generation, exitCoordinator, process.errorOutput};
+  Reading reading{weak_from_this(), surroundings_.scheduler, generation,
+                  exitCoordinator,  process.errorOutput,     configuration_.durations.processExitGrace};
   auto reader = readStdoutLoop(std::move(reading), std::move(chunks));
   std::move(reader).onStrand(strand_).withStopToken(transport_.adopt(std::move(process))).detach();
 }
@@ -101,6 +102,7 @@ void AppServerTurnRun::launchProcess() {
 TerminationHandler AppServerTurnRun::terminationHandler(
     std::uint64_t transportGeneration, std::shared_ptr<AppServerProcessExitCoordinator> exitCoordinator) {
   return [owner = weak_from_this(), strand = strand_, transportGeneration,
+          grace = configuration_.durations.processExitGrace,
           coordinator = std::move(exitCoordinator)](const Termination& termination) {
     auto report = [owner, strand, transportGeneration, termination] {
       auto handle = [owner, transportGeneration, termination] {
@@ -108,8 +110,8 @@ TerminationHandler AppServerTurnRun::terminationHandler(
       };
       strand.post(std::move(handle), "process exit");
     };
-    auto tell = [coordinator, exitReport = std::move(report)] {
-      coordinator->processDidExit(processExitCoordinationGrace, exitReport);
+    auto tell = [coordinator, grace, exitReport = std::move(report)] {
+      coordinator->processDidExit(grace, exitReport);
     };
     strand.post(std::move(tell), "process termination");
   };
@@ -134,13 +136,23 @@ Task<void> AppServerTurnRun::readStdoutLoop(Reading reading, EventChannel<ByteBu
       run = reading.run(stop);
       if (!run) co_return;
     }
-    {
-      RunStream::Gathering gathering(run->stream_);
-      lines.append(chunk->view(), [&](std::string_view line) {
-        if (run->isReading(reading.transportGeneration, stop)) run->handleIncomingLine(line);
-      });
-      const LeavingThread leaving(!chunks.isReady() && isLastPieceOfThread());
-      gathering.end();
+    std::string_view rest = chunk->view();
+    while (true) {
+      bool hasEndedRequest = false;
+      {
+        RunStream::Gathering gathering(run->stream_);
+        rest = lines.appendWhile(rest, [&](std::string_view line) {
+          if (run->isReading(reading.transportGeneration, stop)) hasEndedRequest = run->handleIncomingLine(line);
+          return !hasEndedRequest;
+        });
+        const LeavingThread leaving(!chunks.isReady() && isLastPieceOfThread());
+        gathering.end();
+      }
+      if (!hasEndedRequest) break;
+      auto givingWay = giveWay(std::move(run));
+      co_await std::move(givingWay);
+      run = reading.run(stop);
+      if (!run) co_return;
     }
     giveBackChunkBuffer(*std::move(chunk));
     if (!run->isReading(reading.transportGeneration, stop)) co_return;
@@ -148,40 +160,48 @@ Task<void> AppServerTurnRun::readStdoutLoop(Reading reading, EventChannel<ByteBu
   if (auto last = lines.finish()) {
     const std::size_t size = last->size();
     last->append(jsonPadding, ' ');
-    if (const auto run = reading.run(stop)) run->handleIncomingLine(std::string_view(*last).substr(0, size));
-  }
-  {
     auto run = reading.run(stop);
-    if (!run) co_return;
-    const Strand strand = run->strand_;
-    run.reset();
-    // Whoever waited for one of the last lines goes first: what it does with it may be the operation's own end.
-    co_await strand.yield();
+    if (run && run->handleIncomingLine(std::string_view(*last).substr(0, size))) {
+      auto givingWay = giveWay(std::move(run));
+      co_await std::move(givingWay);
+    }
   }
-  if (!reading.run(stop)) co_return;
-  co_await AppServerErrorOutput::settled(reading.errorOutput, *reading.scheduler, processExitCoordinationGrace);
-  if (const auto run = reading.run(stop)) run->handleEOF(reading.transportGeneration);
+  auto run = reading.run(stop);
+  if (run && run->isErrorTextAwaited()) {
+    run.reset();
+    co_await AppServerErrorOutput::settled(reading.errorOutput, *reading.scheduler, reading.settlingLimit);
+    run = reading.run(stop);
+  }
+  if (run) run->handleEOF(reading.transportGeneration);
 }
 
-void AppServerTurnRun::handleIncomingLine(std::string_view paddedLine) noexcept {
+Task<void> AppServerTurnRun::giveWay(Self self) {
+  const Strand strand = self->strand_;
+  self.reset();
+  co_await strand.yield();
+}
+
+bool AppServerTurnRun::handleIncomingLine(std::string_view paddedLine) noexcept {
   try {
-    handleMessage(classifiedAppServerMessage(decodePaddedJSON(paddedLine)));
+    return handleMessage(classifiedAppServerMessage(decodePaddedJSON(paddedLine)));
   } catch (...) {
     finishCurrent(StreamCompletion::failed(describedFailure(std::current_exception())));
+    return false;
   }
 }
 
-void AppServerTurnRun::handleMessage(const AppServerMessage& message) {
+bool AppServerTurnRun::handleMessage(const AppServerMessage& message) {
   incrementCounter(protocolActivityGeneration_);
   if (const auto* request = std::get_if<ServerRequestMessage>(&message)) {
     dispatchServerRequest(*request);
   } else if (const auto* notification = std::get_if<ServerNotificationMessage>(&message)) {
     handleServerNotification(*notification);
   } else if (const auto* response = std::get_if<ResponseMessage>(&message)) {
-    requests_.complete(response->id, response->result);
+    return requests_.complete(response->id, response->result);
   } else if (const auto* error = std::get_if<ErrorResponseMessage>(&message)) {
-    requests_.fail(error->id, std::make_exception_ptr(ThreadRunError::streamError(error->message)));
+    return requests_.fail(error->id, std::make_exception_ptr(ThreadRunError::streamError(error->message)));
   }
+  return false;
 }
 
 void AppServerTurnRun::handleEOF(std::uint64_t transportGeneration) {

@@ -36,6 +36,16 @@ namespace ormel::detail {
 
 struct ElicitationContext;
 
+/// How long a run waits for what may never come. Only tests have others.
+struct RunDurations {
+  RunDurations() {}
+
+  std::chrono::nanoseconds request = std::chrono::seconds(30);
+  std::chrono::nanoseconds interruptGrace = std::chrono::seconds(3);
+  std::chrono::nanoseconds livenessProbeInterval = std::chrono::seconds(120);
+  std::chrono::nanoseconds processExitGrace = std::chrono::milliseconds(100);
+};
+
 /// What a run is made with, once for its life.
 struct AppServerTurnRunConfiguration {
   AppServerTurnRunConfiguration() {}
@@ -45,6 +55,7 @@ struct AppServerTurnRunConfiguration {
   std::vector<std::string> ormelPathDirectories;
   OrmelOptions ormelOptions;
   ThreadOptions threadOptions;
+  RunDurations durations;
 };
 
 /// The world that a run lives in. All of it must outlive the run and what the run has started.
@@ -88,11 +99,6 @@ struct StartedTurn {
 /// *Cancellation*: a start operation whose task is cancelled fails its operation as aborted.
 class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurnRun> {
  public:
-  static constexpr std::chrono::nanoseconds requestTimeout = std::chrono::seconds(30);
-  static constexpr std::chrono::nanoseconds interruptCompletionGrace = std::chrono::seconds(3);
-  static constexpr std::chrono::nanoseconds livenessProbeInterval = std::chrono::seconds(120);
-  static constexpr std::chrono::nanoseconds processExitCoordinationGrace = std::chrono::milliseconds(100);
-
   static std::shared_ptr<AppServerTurnRun> create(AppServerTurnRunConfiguration configuration,
                                                   RunSurroundings surroundings = RunSurroundings());
 
@@ -200,6 +206,7 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
     std::uint64_t transportGeneration;
     std::shared_ptr<AppServerProcessExitCoordinator> exitCoordinator;
     std::shared_ptr<AppServerErrorOutput> errorOutput;
+    std::chrono::nanoseconds settlingLimit;
   };
   static Task<void> readStdoutLoop(Reading reading, EventChannel<ByteBuffer> chunks);
   bool isReading(std::uint64_t transportGeneration, const std::stop_token& stop) const noexcept {
@@ -208,9 +215,14 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   bool isCurrentTransport(std::uint64_t transportGeneration) const noexcept {
     return transport_.generation() == transportGeneration;
   }
-  /// `jsonPadding` readable bytes stand behind the line.
-  void handleIncomingLine(std::string_view paddedLine) noexcept;
-  void handleMessage(const AppServerMessage& message);
+  /// Lets whoever got one of the lines that were read go on, ahead of the next line.
+  static Task<void> giveWay(Self self);
+  /// `jsonPadding` readable bytes stand behind the line. Returns whether it was the end of a request, so that the next
+  /// line may depend on what its sender makes of it.
+  bool handleIncomingLine(std::string_view paddedLine) noexcept;
+  bool handleMessage(const AppServerMessage& message);
+  /// Whether the standard error of the process would tell why the operation ended.
+  bool isErrorTextAwaited() const noexcept { return stream_.isPending() && !abortedByClient_; }
   void handleEOF(std::uint64_t transportGeneration);
   void handleProcessExit(std::uint64_t transportGeneration, const Termination& termination);
   void shutdownProcess();

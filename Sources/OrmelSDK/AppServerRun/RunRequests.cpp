@@ -8,6 +8,18 @@
 
 namespace ormel::detail {
 
+namespace {
+
+void requireFirst(bool isFirst) {
+  if (!isFirst) fatalError("a request of a run was ended twice");
+}
+
+}  // namespace
+
+void PendingResponse::resume(const JSONValue& result) const { requireFirst(continuation.resume(result)); }
+
+void PendingResponse::fail(const std::exception_ptr& error) const { requireFirst(continuation.fail(error)); }
+
 AppServerRequestID RunRequests::takeID() {
   if (nextRequestID_ == std::numeric_limits<std::int64_t>::max()) fatalError("a run has used up its request ids");
   return AppServerRequestID::integer(nextRequestID_++);
@@ -24,19 +36,23 @@ std::optional<PendingResponse> RunRequests::remove(const AppServerRequestID& id)
   return std::move(node.mapped());
 }
 
-void RunRequests::complete(const AppServerRequestID& id, const JSONValue& result) {
-  if (const auto request = remove(id)) request->continuation.resume(result);
+bool RunRequests::complete(const AppServerRequestID& id, const JSONValue& result) {
+  const auto request = remove(id);
+  if (request) request->resume(result);
+  return request.has_value();
 }
 
-void RunRequests::fail(const AppServerRequestID& id, const std::exception_ptr& error) {
-  if (const auto request = remove(id)) request->continuation.fail(error);
+bool RunRequests::fail(const AppServerRequestID& id, const std::exception_ptr& error) {
+  const auto request = remove(id);
+  if (request) request->fail(error);
+  return request.has_value();
 }
 
 void RunRequests::release(const StreamCompletion& completion) {
   const std::exception_ptr error = completion.waiterError();
   for (PendingResponse& request : take(completion.kind() == StreamCompletion::Kind::failed)) {
     request.timeoutTask.cancel();
-    request.continuation.fail(error);
+    request.fail(error);
   }
 }
 

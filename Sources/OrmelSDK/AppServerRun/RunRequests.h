@@ -15,6 +15,11 @@ namespace ormel::detail {
 
 /// A request in flight.
 struct PendingResponse {
+  /// Both end the request. That it has ended before is a fault of the run, which ends the process: one of two outcomes
+  /// would be lost without a word.
+  void resume(const JSONValue& result) const;
+  void fail(const std::exception_ptr& error) const;
+
   OneShotResolver<JSONValue> continuation;
   Timer timeoutTask;
   /// Its answer is awaited past the normal end of the operation.
@@ -37,9 +42,9 @@ class RunRequests {
   /// Takes a request out; nothing if it has ended.
   std::optional<PendingResponse> remove(const AppServerRequestID& id);
 
-  /// These do nothing if the request has ended.
-  void complete(const AppServerRequestID& id, const JSONValue& result);
-  void fail(const AppServerRequestID& id, const std::exception_ptr& error);
+  /// These do nothing if the request has ended; they return whether it was in flight.
+  bool complete(const AppServerRequestID& id, const JSONValue& result);
+  bool fail(const AppServerRequestID& id, const std::exception_ptr& error);
 
   /// Fails what the end of an operation releases: after a normal one, all that do not survive it; else all.
   void release(const StreamCompletion& completion);

@@ -61,7 +61,6 @@ void RunStream::attach(EventProducer<ThreadEvent> producer, std::uint64_t operat
   send();
   eventContinuation_ = std::move(producer);
   send();
-  if (!isPending()) endProducer(*eventContinuation_, completion_);
 }
 
 void RunStream::send() {

@@ -142,6 +142,32 @@ TEST(AppServerJSONLineBuffer, CutsManyLinesOfOnePiece) {
   EXPECT_THAT(buffer.append("ur\n"), ElementsAre("four"));
 }
 
+TEST(AppServerJSONLineBuffer, StopsBehindAnyLineAndGoesOnThere) {
+  const std::string bytes = "one\r\n\nt\xFFwo\nthree\n" + std::string(200, 'x') + "\nlast\ntail";
+  const Split expected = splitOf({bytes});
+  ASSERT_EQ(expected.lines.size(), 5U);
+  for (std::size_t cut = 0; cut <= bytes.size(); ++cut) {
+    AppServerJSONLineBuffer buffer;
+    Split stopped;
+    for (const std::string& piece : {bytes.substr(0, cut), bytes.substr(cut)}) {
+      const std::vector<char> exact(piece.begin(), piece.end());
+      std::string_view rest(exact.data(), exact.size());
+      bool goesOn = false;
+      while (!goesOn) {
+        goesOn = true;
+        rest = buffer.appendWhile(rest, [&](std::string_view line) {
+          EXPECT_TRUE(goesOn);
+          stopped.lines.emplace_back(line);
+          return goesOn = false;
+        });
+      }
+      EXPECT_EQ(rest, "");
+    }
+    stopped.tail = buffer.finish();
+    EXPECT_EQ(stopped, expected) << "cut at " << cut;
+  }
+}
+
 TEST(AppServerJSONLineBuffer, AssemblesOneLineFromManyPieces) {
   EXPECT_EQ(splitOf(bytewise("{\"a\":1}\r\n{\"b\":2}\n")), (Split{{"{\"a\":1}", "{\"b\":2}"}, std::nullopt}));
 }

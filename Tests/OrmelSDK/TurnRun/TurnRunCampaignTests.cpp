@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <chrono>
 #include <iostream>
@@ -42,6 +43,18 @@ TEST_P(TurnRunCampaign, ReplaysASeedExactly) {
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, TurnRunCampaign, ::testing::ValuesIn(campaignScenarios()),
                          [](const auto& scenario) { return scenario.param.name; });
+
+TEST(TurnRunCampaignDeathTest, NamesTheScheduleInWhichAStepNeverEnds) {
+  const auto hang = [](CampaignWorld& world) {
+    world.scheduler.post([] {
+      for (volatile bool isHanging = true; isHanging;) {
+      }
+    });
+    world.settle();
+  };
+  EXPECT_EXIT(playSchedule({"Hang", hang}, 7, std::chrono::seconds(1)), ::testing::KilledBySignal(SIGALRM),
+              "scenario Hang, seed 7, .*ORMEL_CAMPAIGN_SEED=7");
+}
 
 }  // namespace
 

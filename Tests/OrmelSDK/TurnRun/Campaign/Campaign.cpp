@@ -28,20 +28,30 @@ std::string describe(const CampaignScenario& scenario, std::uint64_t seed) {
 
 std::string scheduleUnderWay;
 
-extern "C" void tellScheduleUnderWay(int) {
+extern "C" void tellScheduleUnderWay(int signal) {
   [[maybe_unused]] const auto written = ::write(STDERR_FILENO, scheduleUnderWay.data(), scheduleUnderWay.size());
+  ::signal(signal, SIG_DFL);
+  ::raise(signal);
 }
 
-/// What ends the process names the schedule too.
-void noteScheduleUnderWay(const CampaignScenario& scenario, std::uint64_t seed) {
-  scheduleUnderWay = "\n" + describe(scenario, seed) + "\n";
-  [[maybe_unused]] static const auto before = ::signal(SIGABRT, tellScheduleUnderWay);
-}
+/// What ends the process names the schedule too: an abort, and a step that never ends.
+class ScheduleUnderWay {
+ public:
+  ScheduleUnderWay(const CampaignScenario& scenario, std::uint64_t seed, std::chrono::seconds patience) {
+    scheduleUnderWay = "\n" + describe(scenario, seed) + "\n";
+    [[maybe_unused]] static const auto onAbort = ::signal(SIGABRT, tellScheduleUnderWay);
+    [[maybe_unused]] static const auto onAlarm = ::signal(SIGALRM, tellScheduleUnderWay);
+    ::alarm(static_cast<unsigned>(patience.count()));
+  }
+  ScheduleUnderWay(const ScheduleUnderWay&) = delete;
+  ScheduleUnderWay& operator=(const ScheduleUnderWay&) = delete;
+  ~ScheduleUnderWay() { ::alarm(0); }
+};
 
 }  // namespace
 
-ScheduleResult playSchedule(const CampaignScenario& scenario, std::uint64_t seed) {
-  noteScheduleUnderWay(scenario, seed);
+ScheduleResult playSchedule(const CampaignScenario& scenario, std::uint64_t seed, std::chrono::seconds patience) {
+  const ScheduleUnderWay underWay(scenario, seed, patience);
   ScheduleResult result;
   CampaignWorld world(seed);
   try {

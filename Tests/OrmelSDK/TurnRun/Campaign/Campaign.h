@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -17,7 +18,10 @@ struct ScheduleResult {
   std::uint64_t steps = 0;
 };
 
-ScheduleResult playSchedule(const CampaignScenario& scenario, std::uint64_t seed);
+/// One that takes longer than `patience`, which is many times what any needs, hangs: then this process ends by SIGALRM,
+/// with the scenario and the seed on standard error.
+ScheduleResult playSchedule(const CampaignScenario& scenario, std::uint64_t seed,
+                            std::chrono::seconds patience = std::chrono::seconds(60));
 
 /// Seeds that follow each other.
 struct SeedRange {

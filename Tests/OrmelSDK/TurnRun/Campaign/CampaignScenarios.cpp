@@ -7,7 +7,7 @@
 #include "OrmelSDK/Concurrency/Sleep.h"
 #include "OrmelSDK/OrmelExecutableTrust.h"
 #include "OrmelSDK/OrmelProcessError.h"
-#include "OrmelSDK/TurnRun/Campaign/CampaignFailures.h"
+#include "OrmelSDK/TurnRun/Campaign/CampaignErrors.h"
 #include "OrmelSDK/TurnRun/Campaign/CampaignServerRequestScenarios.h"
 #include "OrmelSDK/TurnRun/Campaign/CampaignThreadScenarios.h"
 
@@ -15,12 +15,9 @@ namespace ormel::testing {
 
 namespace {
 
-using namespace failures;
 using Reply = ServerPlan::Reply;
 using Fault = ServerPlan::Fault;
 using ProbeReply = ServerPlan::ProbeReply;
-
-constexpr std::string_view refused = "refused";
 
 constexpr std::array<const char*, 8> requestMethods = {
     "initialize", "thread/start",         "thread/resume", "thread/fork",
@@ -91,7 +88,7 @@ void abort(CampaignWorld& world) {
   const auto& record = world.start(world.anyKind());
   for (auto aborts = 1 + world.scheduler.choose(2); aborts > 0; --aborts) world.atAnyStep([&] { world.interrupt(); });
   world.settle();
-  world.requireErrors(record, {aborted, "App-server RPC turn/interrupt timed out", noLongerCurrent, streamFinished});
+  world.requireErrors(record, {aborted, interruptTimedOut, noLongerCurrent, streamFinished});
   // An aborted conversation can go on, with another process.
   const auto& next = world.start(world.anyKind());
   world.settle();
@@ -218,10 +215,11 @@ void lostOwner(CampaignWorld& world) {
   world.plan().asksForApproval = world.coin();
   if (world.coin()) world.dawdle();
   world.open();
-  world.start(world.anyKind());
+  const auto& record = world.start(world.anyKind());
   if (world.coin()) world.atAnyStep([&] { world.steer(); });
   world.atAnyStep([&] { world.drop(); });
   world.settle();
+  if (!record.wasAbandoned) world.requireErrors(record, {streamFinished});
   world.close();
 }
 
@@ -356,6 +354,11 @@ void storm(CampaignWorld& world) {
   }
   world.start(world.anyKind());
   world.settle();
+  auto errors = errorsOf(plan);
+  errors.insert(errors.end(), {aborted, noLongerCurrent, alreadyActive, alreadyFinished, dropped});
+  for (const auto& record : world.operations()) {
+    if (!record->wasCancelled) world.requireErrors(*record, errors);
+  }
   world.close();
 }
 

@@ -85,6 +85,16 @@ InMemoryServerScript CampaignServer::script() {
   return script;
 }
 
+std::string CampaignServer::threadNamedBy(const InMemoryProcess& process) const {
+  const auto found = conversations_.find(process.identifier());
+  return found == conversations_.end() ? "" : found->second.threadID;
+}
+
+std::string CampaignServer::turnNamedBy(const InMemoryProcess& process) const {
+  const auto found = conversations_.find(process.identifier());
+  return found == conversations_.end() ? "" : found->second.turnID;
+}
+
 std::string CampaignServer::stamped(const char* kind, const InMemoryProcess& process) {
   return kind + std::to_string(++idsMade_) + "@" + std::to_string(process.identifier());
 }
@@ -244,7 +254,7 @@ void CampaignServer::reply(InMemoryProcess& process, const JSONValue& request, c
     say(process, JSONValue::object({{"id", *request.find("id")}, {"error", error}}));
   } else if (kind == ServerPlan::Reply::giveAtTimeout) {
     auto late = [this, &process, response = responseTo(request, result)] { say(process, response); };
-    process.after(detail::AppServerTurnRun::requestTimeout, std::move(late));
+    process.after(detail::RunDurations().request, std::move(late));
   }
 }
 

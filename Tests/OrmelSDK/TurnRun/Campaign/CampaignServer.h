@@ -75,6 +75,10 @@ class CampaignServer {
 
   InMemoryServerScript script();
 
+  /// The ids that the process has named last; empty before it has.
+  std::string threadNamedBy(const InMemoryProcess& process) const;
+  std::string turnNamedBy(const InMemoryProcess& process) const;
+
   ServerPlan plan;
 
  private:

@@ -4,14 +4,13 @@
 #include <initializer_list>
 #include <string_view>
 
-#include "OrmelSDK/TurnRun/Campaign/CampaignFailures.h"
+#include "OrmelSDK/TurnRun/Campaign/CampaignErrors.h"
 #include "OrmelSDK/TurnRun/Campaign/CampaignRequests.h"
 
 namespace ormel::testing {
 
 namespace {
 
-using namespace failures;
 using Fault = ServerPlan::Fault;
 
 constexpr std::string_view handlerFailed = "Failed handling app-server request: ";

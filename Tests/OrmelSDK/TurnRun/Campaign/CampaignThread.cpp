@@ -235,8 +235,7 @@ void CampaignThread::checkTurn(const ThreadCallRecord& record) const {
   }
 }
 
-void CampaignThread::requireErrors(const ThreadCallRecord& record,
-                                   std::initializer_list<std::string_view> allowed) const {
+void CampaignThread::requireErrors(const ThreadCallRecord& record, const std::vector<std::string_view>& allowed) const {
   if (!record.error) return;
   const bool isAllowed = std::any_of(allowed.begin(), allowed.end(),
                                      [&record](std::string_view text) { return record.error->starts_with(text); });

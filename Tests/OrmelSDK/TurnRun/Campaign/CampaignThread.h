@@ -75,7 +75,7 @@ class CampaignThread final : public CampaignObserver {
   std::optional<std::string> id() const;
   bool isBusy() const;
 
-  void requireErrors(const ThreadCallRecord& record, std::initializer_list<std::string_view> allowed) const;
+  void requireErrors(const ThreadCallRecord& record, const std::vector<std::string_view>& allowed) const;
   /// That the call ended as if nothing disturbed it; only a compaction can learn of its end before it has started.
   void requirePlainEnd(const ThreadCallRecord& record) const;
 

@@ -5,19 +5,16 @@
 #include <string_view>
 
 #include "OrmelSDK/Concurrency/Sleep.h"
-#include "OrmelSDK/TurnRun/Campaign/CampaignFailures.h"
+#include "OrmelSDK/TurnRun/Campaign/CampaignErrors.h"
 #include "OrmelSDK/TurnRun/Campaign/CampaignThread.h"
 
 namespace ormel::testing {
 
 namespace {
 
-using namespace failures;
 using Reply = ServerPlan::Reply;
 using Fault = ServerPlan::Fault;
 
-constexpr std::string_view interruptTimedOut = "App-server RPC turn/interrupt timed out";
-constexpr std::string_view dropped = "dropped";
 /// What the operations that need a conversation say to a new thread.
 constexpr std::string_view notStarted = "Start the ";
 
@@ -31,6 +28,16 @@ std::optional<std::string> anyThread(CampaignWorld& world) {
 void dawdleOrNot(CampaignWorld& world) {
   world.plan().tellsOfForeignTurns = world.coin();
   if (world.coin()) world.dawdle();
+}
+
+/// Fails unless all calls but those that were cancelled failed with what the plan brings about, or with one of these.
+void requireErrorsOfPlan(CampaignWorld& world, const CampaignThread& thread,
+                         std::initializer_list<std::string_view> others) {
+  auto errors = errorsOf(world.plan());
+  errors.insert(errors.end(), others);
+  for (const auto& record : thread.calls()) {
+    if (!record->wasCancelled) thread.requireErrors(*record, errors);
+  }
 }
 
 /// One that is not disturbed; it shows that the thread is sound.
@@ -126,6 +133,7 @@ void idleExit(CampaignWorld& world) {
     thread.atAnyStep([&] { thread.call(thread.anyKind()); });
   }
   thread.settle();
+  requireErrorsOfPlan(world, thread, {alreadyActive, noLongerCurrent});
   thread.close();
 }
 
@@ -141,6 +149,7 @@ void ownThreads(CampaignWorld& world) {
     thread.settle();
     world.require(thread.id() == "thread-of-old", "the id is that of the main conversation");
   }
+  requireErrorsOfPlan(world, thread, {aborted, noLongerCurrent});
   thread.close();
 }
 
@@ -199,6 +208,7 @@ void faults(CampaignWorld& world) {
   thread.settle();
   thread.call(thread.id() ? thread.anyKind() : ThreadCallKind::turn);
   thread.settle();
+  requireErrorsOfPlan(world, thread, {noLongerCurrent});
   // A fault happens once.
   world.plan().fault.reset();
   thenAnother(thread);
@@ -272,6 +282,10 @@ void storm(CampaignWorld& world) {
     });
   }
   thread.call(ThreadCallKind::turn);
+  thread.settle();
+  requireErrorsOfPlan(world, thread,
+                      {aborted, noLongerCurrent, alreadyActive, alreadyFinished, dropped, notStarted, "Turn failed",
+                       "Unknown turn completion status: strange"});
   thread.close();
 }
 

@@ -16,6 +16,9 @@ namespace {
 /// A schedule takes a few hundred steps.
 constexpr std::uint64_t stepLimit = 100'000;
 
+/// The existing thread of the clients.
+constexpr const char* threadOfOld = "thread-of-old";
+
 std::string_view stampOf(std::string_view id) {
   const auto place = id.find('@');
   return place == std::string_view::npos ? std::string_view() : id.substr(place + 1);
@@ -109,7 +112,7 @@ OperationRecord& CampaignWorld::startOperation(OperationKind kind, std::optional
 
 Task<EventChannel<ThreadEvent>> CampaignWorld::started(std::shared_ptr<Run> run, OperationKind kind,
                                                        std::optional<std::uint64_t> preparedGeneration) {
-  const std::string thread = "thread-of-old";
+  const std::string thread = threadOfOld;
   switch (kind) {
     case OperationKind::review: {
       auto task = run->startReview(thread, ReviewTarget::custom("all"), ReviewDelivery::detached, preparedGeneration);
@@ -355,6 +358,25 @@ void CampaignWorld::checkHandshake(const InMemoryProcess& process, std::string_v
   }
 }
 
+/// By what the server has named and the client has asked for, not by what the run believes.
+void CampaignWorld::checkAddress(const InMemoryProcess& process, const JSONValue& params, std::string_view method) {
+  const std::string threadID = textOf(params.find("threadId"));
+  if (method == "thread/resume") {
+    // Who looks on has a thread of its own.
+    if (!observer_ && threadID != threadOfOld) breaks("the thread that is resumed is the one that was asked for");
+    resumedThreadID_ = threadID;
+  } else if (method == "review/start" || method == "thread/compact/start" || method == "thread/fork") {
+    if (threadID != resumedThreadID_) breaks("what follows a resumed thread is about this one");
+  } else if (method == "turn/start" || method == "thread/read") {
+    if (threadID != behaviour.threadNamedBy(process)) breaks("a turn is one of the thread that the server has named");
+  } else if (method == "turn/steer" || method == "turn/interrupt") {
+    const char* key = method == "turn/steer" ? "expectedTurnId" : "turnId";
+    const bool isPresent =
+        threadID == behaviour.threadNamedBy(process) && textOf(params.find(key)) == behaviour.turnNamedBy(process);
+    if (!isPresent) breaks("who joins a turn joins the present one");
+  }
+}
+
 void CampaignWorld::checkScope(const InMemoryProcess& process, const JSONValue& message, std::string_view method) {
   if (&process != &server.lastProcess()) breaks("nothing is written to an older process");
   const auto run = weakRun_.lock();
@@ -364,12 +386,8 @@ void CampaignWorld::checkScope(const InMemoryProcess& process, const JSONValue& 
   if (message.find("error")) return;
   if (!run->stream().isPending()) breaks("nothing is written for an operation that has ended");
   const auto& turnID = run->scope().coordinatorTurnID();
-  const JSONValue* params = message.find("params");
-  if (method == "turn/steer" || method == "turn/interrupt") {
-    if (params && textOf(params->find(method == "turn/steer" ? "expectedTurnId" : "turnId")) != turnID) {
-      breaks("who joins a turn joins the present one");
-    }
-  } else if (method.empty() && !observer_ && turnID && textOf(message.find("id")) != "ask-" + *turnID) {
+  if (const JSONValue* params = message.find("params")) checkAddress(process, *params, method);
+  if (method.empty() && !observer_ && turnID && textOf(message.find("id")) != "ask-" + *turnID) {
     breaks("no answer is written for a turn that is over");
   }
 }
@@ -388,8 +406,7 @@ void CampaignWorld::checkOperation(const OperationRecord& record) const {
   }
 }
 
-void CampaignWorld::requireErrors(const OperationRecord& record,
-                                  std::initializer_list<std::string_view> allowed) const {
+void CampaignWorld::requireErrors(const OperationRecord& record, const std::vector<std::string_view>& allowed) const {
   if (!record.error) return;
   const bool isAllowed = std::any_of(allowed.begin(), allowed.end(),
                                      [&record](std::string_view text) { return record.error->starts_with(text); });

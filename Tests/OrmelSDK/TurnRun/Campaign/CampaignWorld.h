@@ -120,7 +120,7 @@ class CampaignWorld {
   void close();
 
   /// Fails unless the operation did not fail, or one of the texts begins its failure.
-  void requireErrors(const OperationRecord& record, std::initializer_list<std::string_view> allowed) const;
+  void requireErrors(const OperationRecord& record, const std::vector<std::string_view>& allowed) const;
   void require(bool holds, std::string_view promise) const;
   /// For where an exception cannot leave: fails the next step.
   void breaks(std::string_view promise);
@@ -155,6 +155,7 @@ class CampaignWorld {
   void noteStamp(OperationRecord& record, std::string_view id);
   void noteWrite(InMemoryProcess& process, const std::string& line);
   void checkHandshake(const InMemoryProcess& process, std::string_view method);
+  void checkAddress(const InMemoryProcess& process, const JSONValue& params, std::string_view method);
   void checkScope(const InMemoryProcess& process, const JSONValue& message, std::string_view method);
   void afterStep();
   void checkRun(const Run& run);
@@ -177,6 +178,8 @@ class CampaignWorld {
   std::uint64_t highWaterMark_ = 0;
   std::uint64_t transportGeneration_ = 0;
   bool wasRunning_ = false;
+  /// What the last "thread/resume" asked for.
+  std::string resumedThreadID_;
   std::optional<std::string> broken_;
   std::uint64_t trace_ = 0xcbf29ce484222325U;
 };

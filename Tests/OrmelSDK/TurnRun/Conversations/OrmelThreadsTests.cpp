@@ -19,6 +19,8 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 TEST(OrmelThreads, NeedAnExecutableOnlyForTheirFirstTurn) {
+  // The servers of earlier tests may still be ending.
+  ASSERT_TRUE(eventually([] { return !ProcessResources::now().hasChildren; }));
   const TemporaryDirectory folder;
   const std::string gone = folder.addExecutable("server");
   OrmelOptions options;

@@ -17,10 +17,6 @@ using namespace ormel;
 using namespace ormel::testing;
 using ::testing::ElementsAre;
 
-constexpr const char* turnCompletes = R"(
-server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status": "completed"}}
-)";
-
 std::string turnThatSays(std::string_view text) {
   return turnIsAccepted +
          (R"(server notifies item/completed {"item": {"type": "agentMessage", "id": "m1", "text": ")" +

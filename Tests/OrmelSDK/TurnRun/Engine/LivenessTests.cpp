@@ -207,6 +207,30 @@ TEST(AppServerTurnRunLiveness, ProbesACompactionOnceItsTurnIsKnown) {
   });
 }
 
+TEST(AppServerTurnRunLiveness, AsksForTheThreadOfAReviewOrAFork) {
+  using Begin = Task<EventChannel<ThreadEvent>> (*)(SimulatedRun&);
+  const std::pair<Begin, const char*> cases[] = {
+      {[](SimulatedRun& engine) { return engine.review(); }, "r1"},
+      {[](SimulatedRun& engine) { return engine.forkTurn(); }, "f1"},
+  };
+  for (const auto& entry : cases) {
+    const auto begin = entry.first;
+    const auto threadID = entry.second;
+    SCOPED_TRACE(threadID);
+    inManyOrders([begin, threadID](SimulatedScheduler& scheduler) {
+      SimulatedRun engine(scheduler);
+      engine.answer("thread/read", R"({"thread":{"id":")" + std::string(threadID) +
+                                       R"(","turns":[{"id":"u1","status":"completed"}]}})");
+      const auto heard = engine.listen(engine.end(begin(engine)));
+      engine.pass(120s);
+      EXPECT_EQ(reads(engine), 1);
+      EXPECT_EQ(engine.lastParams("thread/read"), JSONValue::object({{"threadId", threadID}, {"includeTurns", true}}));
+      EXPECT_EQ(heard->back(), "end");
+      EXPECT_EQ(engine.state(), "finished");
+    });
+  }
+}
+
 TEST(AppServerTurnRunLiveness, DoesNotProbeAfterTheEnd) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     SimulatedRun engine(scheduler);

@@ -24,20 +24,20 @@ using Events = std::vector<ThreadEvent>;
 
 constexpr const char* goal =
     R"({"threadId":"g","objective":"o","status":"active","tokensUsed":1,"timeUsedSeconds":2,"createdAt":3,"updatedAt":4})";
-constexpr const char* settings =
+constexpr const char* newSettings =
     R"({"cwd":"/w","approvalPolicy":"never","approvalsReviewer":"user","sandboxPolicy":{"type":"readOnly"},
         "model":"m","modelProvider":"p","collaborationMode":"plan"})";
 constexpr const char* hook =
     R"({"id":"h","eventName":"stop","handlerType":"command","executionMode":"sync","scope":"turn","sourcePath":"/p",
         "source":"user","displayOrder":1,"status":"running","startedAt":5,"entries":[]})";
-constexpr const char* review =
+constexpr const char* guardianReview =
     R"("threadId":"t1","turnId":"u1","reviewId":"r","review":{"status":"denied","risk_level":"extreme"},
        "action":{"type":"teleport"})";
 
 std::string with(std::string_view members) { return "{" + std::string(members) + "}"; }
 
 ThreadGoal decodedGoal() { return decode<ThreadGoal>(JSONValue::decode(goal)); }
-ThreadSettings decodedSettings() { return decode<ThreadSettings>(JSONValue::decode(settings)); }
+ThreadSettings decodedSettings() { return decode<ThreadSettings>(JSONValue::decode(newSettings)); }
 HookRunSummary decodedHook() { return decode<HookRunSummary>(JSONValue::decode(hook)); }
 
 /// A notification that makes an event whether it names somebody or not.
@@ -80,7 +80,7 @@ const std::vector<Notified>& unscopedNotifications() {
   static const std::vector<Notified> all = {
       {"thread/goal/updated", std::string(R"("goal":)") + goal},
       {"thread/goal/cleared", R"("x":1)"},
-      {"thread/settings/updated", std::string(R"("threadSettings":)") + settings},
+      {"thread/settings/updated", std::string(R"("threadSettings":)") + newSettings},
       {"hook/started", std::string(R"("run":)") + hook},
       {"hook/completed", std::string(R"("run":)") + hook},
       {"error", R"("message":"m")"},
@@ -185,7 +185,7 @@ TEST(AppServerTurnRunNotificationTable, TellsOfGoals) {
 }
 
 TEST(AppServerTurnRunNotificationTable, TellsOfSettings) {
-  const std::string value(settings);
+  const std::string value(newSettings);
   EXPECT_EQ(
       eventsOf({line("thread/settings/updated",
                      R"({"threadId":"a","thread_id":"b","thread_settings":{},"threadSettings":)" + value + "}"),
@@ -209,8 +209,8 @@ TEST(AppServerTurnRunNotificationTable, TellsOfHooks) {
 TEST(AppServerTurnRunNotificationTable, TellsOfReviews) {
   const GuardianApprovalReview parsed{GuardianApprovalReviewStatus::denied, {}, {}, {}, {}};
   const GuardianApprovalReviewAction action = GuardianUnknownReviewAction{"teleport"};
-  EXPECT_EQ(eventsOf({line("item/autoApprovalReview/started", with(review)),
-                      line("item/autoApprovalReview/completed", with(review))}),
+  EXPECT_EQ(eventsOf({line("item/autoApprovalReview/started", with(guardianReview)),
+                      line("item/autoApprovalReview/completed", with(guardianReview))}),
             (Events{GuardianApprovalReviewStartedEvent{"t1", "u1", {}, "r", parsed, action},
                     GuardianApprovalReviewCompletedEvent{
                         "t1", "u1", {}, "r", AutoReviewDecisionSource::agent, parsed, action}}));

@@ -191,7 +191,7 @@ TEST(AppServerTurnRunOperations, SendNoTurnWhenTheyAreAbortedInTheHandlerOfTheTh
     EXPECT_EQ(engine.state(), "failed");
     gate.resume();
     engine.settle();
-    EXPECT_EQ(failureOf([&] { engine.taken(starting); }), noLongerCurrent);
+    EXPECT_EQ(failureOf([&] { engine.taken(starting); }), operationNotCurrent);
     EXPECT_EQ(engine.methods(), after(handshake, {"thread/start"}));
   });
 }

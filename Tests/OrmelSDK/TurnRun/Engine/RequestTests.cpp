@@ -245,6 +245,35 @@ TEST(AppServerTurnRunRequests, EndASteerWithTheAbortOfItsTurn) {
   });
 }
 
+TEST(AppServerTurnRunRequests, EndASteerThatOutlivedItsTurnWithTheFailureOfALaterOperation) {
+  using End = void (*)(SimulatedRun&);
+  const std::pair<End, const char*> ends[] = {
+      {[](SimulatedRun& engine) { engine.write("{}\n"); }, "stream error: Unexpected app-server protocol object"},
+      {[](SimulatedRun& engine) {
+         engine.interrupt();
+         engine.pass(3s);
+       },
+       "aborted"},
+  };
+  for (const auto& entry : ends) {
+    const auto end = entry.first;
+    const auto failure = entry.second;
+    inManyOrders([end, failure](SimulatedScheduler& scheduler) {
+      SimulatedRun engine(scheduler);
+      engine.keep("turn/steer");
+      engine.startTurn();
+      const auto steering = engine.start(engine.steer());
+      engine.completeTurn();
+      const auto next = engine.startTurn();
+      EXPECT_FALSE(steering->isSet());
+      end(engine);
+      EXPECT_EQ(failureOf([&] { engine.taken(steering); }), failure);
+      EXPECT_THAT(*next, ElementsAre("thread.started t1", failure));
+      EXPECT_EQ(engine.run->requests().count(), 0U);
+    });
+  }
+}
+
 TEST(AppServerTurnRunRequests, AreReleasedByANormalEnd) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     SimulatedRun engine(scheduler);

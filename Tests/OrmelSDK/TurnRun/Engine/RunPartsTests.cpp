@@ -29,7 +29,7 @@ using namespace ormel::testing;
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 
-ThreadEvent warning(std::string message) { return ThreadWarningEvent{std::nullopt, std::move(message)}; }
+ThreadEvent warningEvent(std::string message) { return ThreadWarningEvent{std::nullopt, std::move(message)}; }
 
 StreamCompletion broken() { return StreamCompletion::failed({"broken", false}); }
 
@@ -101,14 +101,14 @@ TEST(RunStream, CountsOperationsFromOne) {
 TEST(RunStream, KeepsEventsUntilAProducerIsThere) {
   RunStream stream;
   const auto generation = stream.begin();
-  stream.emit(warning("a"));
-  stream.emit(warning("b"));
+  stream.emit(warningEvent("a"));
+  stream.emit(warningEvent("b"));
   Consumer consumer;
   stream.attach(std::move(consumer.ends.first), generation);
-  stream.emit(warning("c"));
+  stream.emit(warningEvent("c"));
   stream.close(StreamCompletion::finished(), generation);
   stream.endChannel();
-  stream.emit(warning("late"));
+  stream.emit(warningEvent("late"));
   EXPECT_THAT(consumer.told(), ElementsAre("warning a", "warning b", "warning c", "end"));
 }
 
@@ -119,16 +119,16 @@ TEST(RunStream, SendsWhatWasGatheredTogether) {
   stream.attach(consumer.ends.first, generation);
   {
     const RunStream::Gathering gathering(stream);
-    stream.emit(warning("a"));
-    stream.emit(warning("b"));
+    stream.emit(warningEvent("a"));
+    stream.emit(warningEvent("b"));
     EXPECT_FALSE(consumer.ends.second.isReady());
   }
   EXPECT_TRUE(consumer.ends.second.isReady());
   {
     RunStream::Gathering gathering(stream);
-    stream.emit(warning("c"));
+    stream.emit(warningEvent("c"));
     gathering.end();
-    stream.emit(warning("d"));
+    stream.emit(warningEvent("d"));
     stream.close(StreamCompletion::finished(), generation);
     stream.endChannel();
   }
@@ -142,7 +142,7 @@ TEST(RunStream, DoesNotGatherForLong) {
   stream.attach(consumer.ends.first, generation);
   const RunStream::Gathering gathering(stream);
   int emitted = 0;
-  for (; emitted < 1000 && !consumer.ends.second.isReady(); ++emitted) stream.emit(warning("w"));
+  for (; emitted < 1000 && !consumer.ends.second.isReady(); ++emitted) stream.emit(warningEvent("w"));
   EXPECT_LT(emitted, 100);
 }
 
@@ -152,7 +152,7 @@ TEST(RunStream, SendsWhatWasGatheredBeforeTheEndOfItsOperation) {
   Consumer consumer;
   stream.attach(std::move(consumer.ends.first), generation);
   const RunStream::Gathering gathering(stream);
-  stream.emit(warning("last"));
+  stream.emit(warningEvent("last"));
   stream.close(broken(), generation);
   stream.endChannel();
   EXPECT_THAT(consumer.told(), ElementsAre("warning last", "stream error: broken"));
@@ -245,6 +245,27 @@ TEST(RunRequests, AreEndedByWhoeverFindsThem) {
   EXPECT_FALSE(requests.remove(id));
   EXPECT_EQ(requests.count(), 0U);
   EXPECT_EQ(first.outcome(), "\"yes\"");
+}
+
+TEST(RunRequestsDeathTest, EndTheProcessWhenARequestIsEndedTwice) {
+  using End = void (*)(RunRequests&, const AppServerRequestID&);
+  const End ends[] = {
+      [](RunRequests& requests, const AppServerRequestID& id) { requests.complete(id, JSONValue("again")); },
+      [](RunRequests& requests, const AppServerRequestID& id) {
+        requests.fail(id, std::make_exception_ptr(CancelledError()));
+      },
+      [](RunRequests& requests, const AppServerRequestID&) { requests.release(broken()); },
+  };
+  for (const End end : ends) {
+    RunRequests requests;
+    const Requested request;
+    const AppServerRequestID first = requests.takeID();
+    const AppServerRequestID second = requests.takeID();
+    requests.add(first, request.pending());
+    requests.add(second, request.pending());
+    requests.complete(first, JSONValue("yes"));
+    EXPECT_DEATH(end(requests, second), "Fatal error: .*ended twice");
+  }
 }
 
 TEST(RunRequests, KeepTheirTimerQuietOnceTheyHaveEnded) {

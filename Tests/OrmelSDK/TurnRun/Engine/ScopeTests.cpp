@@ -149,6 +149,19 @@ TEST(AppServerTurnRunScope, LetsOnlyATurnOfItsThreadNameACompaction) {
   });
 }
 
+TEST(AppServerTurnRunScope, DropsAStartThatNamesNoThreadDuringACompactionInsteadOfHoldingItBack) {
+  inManyOrders([](SimulatedScheduler& scheduler) {
+    SimulatedRun engine(scheduler);
+    const auto heard = engine.listen(engine.end(engine.compaction()));
+    // More than can be held back.
+    for (int number = 0; number < 20; ++number) engine.notify("turn/started", R"({"turn":{"id":"u9"}})");
+    EXPECT_FALSE(engine.run->scope().coordinatorTurnID());
+    EXPECT_THAT(*heard, ElementsAre("thread.started t1"));
+    engine.notify("turn/started", R"({"threadId":"t1","turn":{"id":"u9"}})");
+    EXPECT_THAT(*heard, ElementsAre("thread.started t1", "turn.started"));
+  });
+}
+
 TEST(AppServerTurnRunScope, EndsACompactionWhoseEndIsToldBeforeItsBeginning) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     SimulatedRun engine(scheduler);

@@ -49,13 +49,13 @@ TEST(AppServerTurnRunStream, LeavesARunningOperationAloneWhenAnotherIsRefused) {
 TEST(AppServerTurnRunStream, RefusesAGenerationThatIsNotCurrentAndLeavesTheRunAlone) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     SimulatedRun engine(scheduler);
-    EXPECT_EQ(failureOf([&] { engine.end(engine.turn(std::nullopt, 1)); }), noLongerCurrent);
+    EXPECT_EQ(failureOf([&] { engine.end(engine.turn(std::nullopt, 1)); }), operationNotCurrent);
     EXPECT_EQ(engine.state(), "pending");
     const auto heard = engine.startTurn();
-    EXPECT_EQ(failureOf([&] { engine.end(engine.turn(std::nullopt, 2)); }), noLongerCurrent);
-    EXPECT_EQ(failureOf([&] { engine.end(engine.turn(std::nullopt, 0)); }), noLongerCurrent);
+    EXPECT_EQ(failureOf([&] { engine.end(engine.turn(std::nullopt, 2)); }), operationNotCurrent);
+    EXPECT_EQ(failureOf([&] { engine.end(engine.turn(std::nullopt, 0)); }), operationNotCurrent);
     engine.completeTurn();
-    EXPECT_EQ(failureOf([&] { engine.end(engine.turn(std::nullopt, 1)); }), noLongerCurrent);
+    EXPECT_EQ(failureOf([&] { engine.end(engine.turn(std::nullopt, 1)); }), operationNotCurrent);
     EXPECT_THAT(*heard, ElementsAre("thread.started t1", "turn.completed", "end"));
     EXPECT_EQ(engine.state(), "finished");
     EXPECT_TRUE(engine.run->transport().hasProcess());
@@ -68,7 +68,7 @@ TEST(AppServerTurnRunStream, RefusesAnOperationThatWasAbortedBeforeItsStart) {
     const auto generation = engine.end(engine.run->reserveOperation());
     engine.interrupt(generation);
     EXPECT_EQ(engine.state(), "failed");
-    EXPECT_EQ(failureOf([&] { engine.end(engine.turn(std::nullopt, generation)); }), noLongerCurrent);
+    EXPECT_EQ(failureOf([&] { engine.end(engine.turn(std::nullopt, generation)); }), operationNotCurrent);
     EXPECT_EQ(engine.server.started(), 0U);
   });
 }
@@ -183,8 +183,8 @@ TEST(AppServerTurnRunStream, KeepsEventsForAConsumerThatDoesNotRead) {
 }
 
 TEST(AppServerTurnRunStream, StartsWithSuccessThoughTheOperationEndsBeforeItsResponseIsTaken) {
-  using Ending = void (*)(SimulatedRun&);
-  const std::pair<Ending, const char*> endings[] = {
+  using EarlyEnding = void (*)(SimulatedRun&);
+  const std::pair<EarlyEnding, const char*> endings[] = {
       {[](SimulatedRun& engine) { engine.interrupt(); }, "aborted"},
       {[](SimulatedRun& engine) { engine.write("{}\n"); }, "stream error: Unexpected app-server protocol object"},
       {[](SimulatedRun& engine) { engine.release(); }, "end"},

@@ -393,6 +393,64 @@ TEST(AppServerTurnRunTransport, DoesNotReportTheEndOfAProcessThatItHasShutDown) 
   });
 }
 
+TEST(AppServerTurnRunTransport, DoesNotReportTheEndOfAnOlderProcessWhoseGraceIsRunning) {
+  inManyOrders([](SimulatedScheduler& scheduler) {
+    SimulatedRun engine(scheduler);
+    engine.startTurn();
+    engine.process().end({detail::TerminationReason::exit, 1}, true);
+    engine.pass(50ms);
+    engine.release();
+    const auto heard = engine.startTurn();
+    engine.pass(1s);
+    EXPECT_THAT(*heard, ElementsAre("thread.started t1"));
+    EXPECT_EQ(engine.server.started(), 2U);
+    engine.completeTurn();
+    EXPECT_THAT(*heard, ElementsAre("thread.started t1", "turn.completed", "end"));
+  });
+}
+
+TEST(AppServerTurnRunTransport, WaitsALittleForTheStandardErrorOfAServerThatEndsItsOutput) {
+  const std::pair<std::chrono::nanoseconds, const char*> cases[] = {
+      {99ms, "stream error: x"}, {101ms, "stream error: Ormel app-server terminated unexpectedly"}};
+  for (const auto& entry : cases) {
+    const auto delay = entry.first;
+    const auto told = entry.second;
+    SCOPED_TRACE(told);
+    inManyOrders([delay, told](SimulatedScheduler& scheduler) {
+      SimulatedRun engine(scheduler);
+      const auto heard = engine.startTurn();
+      engine.process().slowErrorOutput(delay);
+      engine.process().writeError("x");
+      engine.process().closeOutput();
+      engine.pass(98ms);
+      EXPECT_THAT(*heard, ElementsAre("thread.started t1"));
+      engine.pass(2ms);
+      EXPECT_THAT(*heard, ElementsAre("thread.started t1", told));
+    });
+  }
+}
+
+TEST(AppServerTurnRunTransport, DoesNotWaitForAStandardErrorThatNobodyIsToBeTold) {
+  for (const bool isAborted : {false, true}) {
+    inManyOrders([isAborted](SimulatedScheduler& scheduler) {
+      SimulatedRun engine(scheduler);
+      engine.keep("turn/interrupt");
+      const auto heard = engine.startTurn();
+      if (isAborted) {
+        engine.interrupt();
+      } else {
+        engine.completeTurn();
+      }
+      engine.process().slowErrorOutput(50ms);
+      engine.process().writeError("why");
+      engine.process().closeOutput();
+      engine.settle();
+      EXPECT_FALSE(engine.run->transport().hasProcess());
+      EXPECT_EQ(heard->back(), isAborted ? "aborted" : "end");
+    });
+  }
+}
+
 // Stands alone: the closure of a coroutine would go with the run.
 Task<void> atOnce() { co_return; }
 

@@ -238,14 +238,14 @@ TEST(AppServerTurnRunUserInput, IsForgottenWithItsOperation) {
 TEST(AppServerTurnRunUserInput, IsNotKeptBetweenOperationsNorIsAnyItem) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     AskedRun asked(scheduler);
-    asked.ask(method, question);
+    asked.ask(askUser, question);
     asked.engine.completeTurn();
     const auto& run = *asked.engine.run;
     const auto itemsOfTheTurn = run.items().count();
     EXPECT_GT(itemsOfTheTurn, 0U);
     for (int round = 0; round < 100; ++round) {
       const std::string number = std::to_string(round);
-      asked.ask(method, R"({"itemId":")" + number + R"("})", "ask" + number);
+      asked.ask(askUser, R"({"itemId":")" + number + R"("})", "ask" + number);
       asked.ask("mcpServer/elicitation/request", R"({"threadId":"t1","serverName":"s","mode":"form","message":"m"})",
                 "elicit" + number);
       asked.engine.notify("thread/contextCompacted", R"({"id":"compaction)" + number + R"("})");
@@ -262,7 +262,7 @@ TEST(AppServerTurnRunUserInput, IsNotKeptBetweenOperationsNorIsAnyItem) {
 TEST(AppServerTurnRunUserInput, CanBeSubmittedAgainWhenItCouldNotBeWritten) {
   SimulatedScheduler scheduler(1);
   AskedRun asked(scheduler);
-  asked.ask(method, question);
+  asked.ask(askUser, question);
   asked.engine.onClientWrite = [](const std::string&) { throw std::runtime_error("out of memory"); };
   EXPECT_EQ(failureOf([&] { submit(asked, {{"q", {"A"}}}); }),
             "stream error: Failed to submit request_user_input response: out of memory");
@@ -278,7 +278,7 @@ TEST(AppServerTurnRunUserInput, CanBeSubmittedAgainWhenItCouldNotBeWritten) {
 TEST(AppServerTurnRunUserInput, FailsWhenTheOperationEndsWhileItIsBeingWritten) {
   SimulatedScheduler scheduler(1);
   AskedRun asked(scheduler);
-  asked.ask(method, question);
+  asked.ask(askUser, question);
   asked.engine.onClientWrite = [&asked](const std::string&) {
     asked.engine.run->release().start([](TaskResult<void> result) { result.take(); });
   };
