@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <iostream>
@@ -47,8 +48,7 @@ INSTANTIATE_TEST_SUITE_P(Scenarios, TurnRunCampaign, ::testing::ValuesIn(campaig
 TEST(TurnRunCampaignDeathTest, NamesTheScheduleInWhichAStepNeverEnds) {
   const auto hang = [](CampaignWorld& world) {
     world.scheduler.post([] {
-      for (volatile bool isHanging = true; isHanging;) {
-      }
+      while (true) ::pause();
     });
     world.settle();
   };
