@@ -68,10 +68,12 @@ class TurnRunHarness {
     detail::RunDurations durations;
     /// In place of the simulator.
     std::optional<std::string> executable;
+    /// In place of the library's scheduler. It outlives the harness.
+    Scheduler* scheduler = &productionScheduler();
   };
 
   explicit TurnRunHarness(std::string_view scenario, const Settings& settings = Settings())
-      : scenario_(scenario), run_(Run::create(configuration(settings))) {}
+      : scenario_(scenario), run_(Run::create(configuration(settings), surroundings(settings))) {}
   TurnRunHarness(const TurnRunHarness&) = delete;
   TurnRunHarness& operator=(const TurnRunHarness&) = delete;
   ~TurnRunHarness() {
@@ -160,6 +162,12 @@ class TurnRunHarness {
         break;
     }
     return "failed";
+  }
+
+  static detail::RunSurroundings surroundings(const Settings& settings) {
+    detail::RunSurroundings surroundings;
+    surroundings.scheduler = settings.scheduler;
+    return surroundings;
   }
 
   detail::AppServerTurnRunConfiguration configuration(const Settings& settings) const {

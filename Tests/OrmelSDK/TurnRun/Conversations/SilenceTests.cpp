@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "Support/HeldTimers.h"
 #include "Support/TurnRunHarness.h"
 
 // What a run does about a server that falls silent, over real pipes and with durations that a test can wait for.
@@ -25,7 +26,34 @@ TurnRunHarness::Settings settingsWith(std::chrono::nanoseconds detail::RunDurati
 }
 
 TurnRunHarness::Settings probingSoon() { return settingsWith(&detail::RunDurations::livenessProbeInterval, 20ms); }
-TurnRunHarness::Settings impatient() { return settingsWith(&detail::RunDurations::request, 200ms); }
+
+/// A run whose requests time out when the test says so.
+class RequestsThatTimeOut {
+ public:
+  explicit RequestsThatTimeOut(const std::string& scenario, TurnRunHarness::Settings settings = {})
+      : server(scenario, on(timeouts_, std::move(settings))) {}
+
+  /// Lets the one request that waits for its answer time out, once the server has it.
+  void timeOut(std::string_view method) {
+    ASSERT_TRUE(server.waitForMethod(method));
+    EXPECT_EQ(timeouts_.letFallDue(), 1U);
+  }
+
+  static std::string failure(std::string_view method) {
+    return "stream error: App-server RPC " + std::string(method) + " timed out after 30 seconds";
+  }
+
+ private:
+  static TurnRunHarness::Settings on(HeldTimers& timeouts, TurnRunHarness::Settings settings) {
+    settings.scheduler = &timeouts;
+    return settings;
+  }
+
+  HeldTimers timeouts_{"request time-out"};
+
+ public:
+  TurnRunHarness server;
+};
 
 /// What is told of a turn about which the server says nothing until it is probed.
 std::vector<std::string> toldOfProbed(const std::string& rest) {
@@ -91,9 +119,11 @@ TEST(AppServerTurnRunSilence, TimesOutAtEachRequestOfAStart) {
   };
   for (const auto& [scenario, method] : cases) {
     const bool isTurn = std::string_view(method) == "turn/start";
-    TurnRunHarness server((isTurn ? politeServer : "") + scenario, impatient());
-    EXPECT_EQ(failureOf([&] { server.startTurn(); }),
-              "stream error: App-server RPC " + std::string(method) + " timed out after 0.2 seconds");
+    RequestsThatTimeOut requests((isTurn ? politeServer : "") + scenario);
+    auto& server = requests.server;
+    const auto turn = server.beginTurn();
+    requests.timeOut(method);
+    EXPECT_EQ(failureOf([&] { TurnRunHarness::taken(turn); }), RequestsThatTimeOut::failure(method));
     EXPECT_EQ(server.state(), "failed");
     EXPECT_FALSE(server.hasProcess());
     EXPECT_EQ(server.requestsInFlight(), 0U);
@@ -101,29 +131,31 @@ TEST(AppServerTurnRunSilence, TimesOutAtEachRequestOfAStart) {
 }
 
 TEST(AppServerTurnRunSilence, FailsATurnWhoseSteerTimesOut) {
-  TurnRunHarness server(politeServer + turnIsAccepted + "client asks turn/steer\nwait until killed\n", impatient());
+  RequestsThatTimeOut requests(politeServer + turnIsAccepted + "client asks turn/steer\nwait until killed\n");
+  auto& server = requests.server;
   auto turn = server.startTurn();
-  const std::string failure = "stream error: App-server RPC turn/steer timed out after 0.2 seconds";
-  EXPECT_EQ(failureOf([&] { server.steer(); }), failure);
+  const auto steering = TurnRunHarness::started(server.run().steer("more", TurnOptions()));
+  requests.timeOut("turn/steer");
+  const std::string failure = RequestsThatTimeOut::failure("turn/steer");
+  EXPECT_EQ(failureOf([&] { TurnRunHarness::taken(steering); }), failure);
   EXPECT_THAT(told(turn.events), ElementsAre("thread.started t1", failure));
 }
 
 TEST(AppServerTurnRunSilence, FailsATurnWhoseProbeTimesOut) {
-  auto settings = impatient();
-  settings.durations.livenessProbeInterval = 20ms;
-  TurnRunHarness server(politeServer + turnIsAccepted + "client asks thread/read\nwait until killed\n", settings);
-  auto turn = server.startTurn();
-  EXPECT_THAT(told(turn.events),
-              ElementsAre("thread.started t1", "stream error: App-server RPC thread/read timed out after 0.2 seconds"));
+  RequestsThatTimeOut requests(politeServer + turnIsAccepted + "client asks thread/read\nwait until killed\n",
+                               probingSoon());
+  auto turn = requests.server.startTurn();
+  requests.timeOut("thread/read");
+  EXPECT_THAT(told(turn.events), ElementsAre("thread.started t1", RequestsThatTimeOut::failure("thread/read")));
 }
 
 TEST(AppServerTurnRunSilence, FailsATurnWhoseInterruptTimesOut) {
-  TurnRunHarness server(politeServer + turnIsAccepted + "client asks turn/interrupt\nwait until killed\n", impatient());
-  auto turn = server.startTurn();
-  server.ended(server.run().interruptFromSignal());
-  EXPECT_THAT(
-      told(turn.events),
-      ElementsAre("thread.started t1", "stream error: App-server RPC turn/interrupt timed out after 0.2 seconds"));
+  RequestsThatTimeOut requests(politeServer + turnIsAccepted + "client asks turn/interrupt\nwait until killed\n");
+  auto turn = requests.server.startTurn();
+  const auto interrupt = TurnRunHarness::started(requests.server.run().interruptFromSignal());
+  requests.timeOut("turn/interrupt");
+  TurnRunHarness::taken(interrupt);
+  EXPECT_THAT(told(turn.events), ElementsAre("thread.started t1", RequestsThatTimeOut::failure("turn/interrupt")));
 }
 
 TEST(AppServerTurnRunSilence, AbortsATurnThatDoesNotEndAfterItsInterruptWasAcknowledged) {
