@@ -29,6 +29,9 @@ constexpr std::size_t keptParserLimit = std::size_t{2} << 20;
 // From this size on a message takes over the parser's string buffer instead of copying out of it.
 constexpr std::size_t adoptionThreshold = std::size_t{256} << 10;
 
+// From this size on memory counts for more than the time to arrange it well.
+constexpr std::size_t frugalThreshold = std::size_t{16} << 20;
+
 // simdjson counts a container only once it meets something inside, and lets an empty one pass at its limit. The strict
 // limit admits no text that is too deep, and refuses some of exactly the deepest nesting; those are examined and then
 // read with the generous one.
@@ -173,6 +176,57 @@ class MessageBuilder {
   std::array<Frame, generousDepth> stack_;
 };
 
+// How many words of tape the token makes that begins with this character. What begins no token makes none in the end.
+constexpr std::size_t tapeWordsOf(char token) {
+  switch (token) {
+    case ',':
+    case ':':
+      return 0;
+    case '{':
+    case '}':
+    case '[':
+    case ']':
+    case '"':
+    case 't':
+    case 'f':
+    case 'n':
+      return 1;
+    default:
+      return 2;
+  }
+}
+
+// Room for a tape and, behind its first words, for the places of the tokens that it is made of. The second stage reads
+// one and writes the other from their beginnings on: the tape may take the room of places that have been read.
+struct SharedRoom {
+  // Behind those of the tokens simdjson puts some that tell it where the text ends.
+  static constexpr std::size_t closingPlaces = 3;
+
+  std::unique_ptr<std::uint64_t[]> words;
+  // In units of places.
+  std::size_t placesAt = 0;
+
+  std::uint32_t* places() const { return reinterpret_cast<std::uint32_t*>(words.get()) + placesAt; }
+
+  static SharedRoom forTokens(std::string_view text, const std::uint32_t* places, std::size_t tokens) {
+    constexpr std::size_t placesInWord = sizeof(std::uint64_t) / sizeof(std::uint32_t);
+    // An empty container is written whole when its beginning is read, and the root has a word at either end.
+    constexpr std::size_t margin = 4 * placesInWord;
+    std::size_t written = 0;
+    std::size_t lead = 0;
+    for (std::size_t token = 0; token < tokens; ++token) {
+      written += placesInWord * tapeWordsOf(text[places[token]]);
+      if (written > token) lead = std::max(lead, written - token);
+    }
+    SharedRoom room;
+    room.placesAt = lead + margin;
+    const std::size_t all = std::max(room.placesAt + tokens + closingPlaces, written + margin);
+    room.words = std::make_unique_for_overwrite<std::uint64_t[]>(all / placesInWord + 1);
+    std::memcpy(room.places(), places, (tokens + closingPlaces) * sizeof *places);
+    return room;
+  }
+};
+
 // What the parser may write for a text of this size: of `["",""]` each three bytes become five, and it copies in
 // blocks.
 constexpr std::size_t parserTextsSize(std::size_t textSize) { return 5 * textSize / 3 + 2 * jsonPadding; }
@@ -207,18 +261,34 @@ struct Parser {
     auto& stages = *parser.implementation;
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     if (const auto error = stages.stage1(bytes, text.size(), simdjson::stage1_mode::regular)) return error;
-    fitDocument(text.size(), stages.n_structural_indexes);
+    fitTexts(text.size());
+    if (text.size() >= frugalThreshold) return runSecondStageInSharedRoom(text);
+    fitTape(stages.n_structural_indexes);
     return stages.stage2(document);
   }
 
-  void fitDocument(std::size_t textSize, std::size_t tokens) {
+  // Leaves a parser that cannot be used again.
+  simdjson::error_code runSecondStageInSharedRoom(std::string_view text) {
+    auto& stages = *parser.implementation;
+    SharedRoom room = SharedRoom::forTokens(text, stages.structural_indexes.get(), stages.n_structural_indexes);
+    stages.structural_indexes.reset(room.places());
+    document.tape = std::move(room.words);
+    const auto error = stages.stage2(document);
+    // NOLINTNEXTLINE(bugprone-unused-return-value): it lies in the room of the tape
+    (void)stages.structural_indexes.release();
+    return error;
+  }
+
+  void fitTape(std::size_t tokens) {
     // A token makes at most two words, and the root has two more.
     const std::size_t words = 2 * tokens + 2;
-    if (tapeCapacity < words) {
-      document.tape.reset();
-      document.tape = std::make_unique_for_overwrite<std::uint64_t[]>(words);
-      tapeCapacity = words;
-    }
+    if (tapeCapacity >= words) return;
+    document.tape.reset();
+    document.tape = std::make_unique_for_overwrite<std::uint64_t[]>(words);
+    tapeCapacity = words;
+  }
+
+  void fitTexts(std::size_t textSize) {
     if (!document.string_buf || textsCapacity < textSize) {
       textsCapacity = std::max(textSize, adoptionThreshold);
       document.string_buf = std::make_unique_for_overwrite<std::uint8_t[]>(parserTextsSize(textsCapacity));

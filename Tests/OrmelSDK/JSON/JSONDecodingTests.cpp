@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -304,6 +305,49 @@ TEST(JSONDecoding, ReadsManyShortTextsInALargeMessage) {
   EXPECT_EQ(value.arrayValue()->size(), 900'001u);
   EXPECT_EQ(value.arrayValue()->back().encode(), R"({"a":"b"})");
   EXPECT_EQ(value.encode(), text);
+}
+
+/// An element of every kind that differs in how many tokens it takes and in what the reader keeps of each.
+std::vector<std::string> kindsOfElement() {
+  const std::string deep = std::string(400, '[') + std::string(400, ']');
+  return {"1", "-1.5", "[]", "{}", "\"\"", "\"text\"", "true", "null", deep, R"({"a":{"b":[1,{}]},"c":"d"})"};
+}
+
+/// An array of more than 16 MiB, beyond which the reader is sparing with memory, as its writer would write it: long
+/// stretches of one kind of element, in an order of their own.
+std::string hugeArray(unsigned seed) {
+  constexpr std::size_t stretchSize = std::size_t{2} << 20;
+  std::vector<std::string> kinds = kindsOfElement();
+  std::shuffle(kinds.begin(), kinds.end(), std::mt19937(seed));
+  std::string text = "[";
+  for (const std::string& kind : kinds) {
+    for (const std::size_t end = text.size() + stretchSize; text.size() < end;) text += kind + ',';
+  }
+  text.back() = ']';
+  return text;
+}
+
+TEST(JSONDecoding, ReadsHugeMessagesOfAnyMixture) {
+  for (const unsigned seed : {1u, 2u, 3u, 4u}) {
+    const std::string text = hugeArray(seed);
+    EXPECT_TRUE(JSONValue::decode(text).encode() == text) << "seed " << seed;
+  }
+}
+
+TEST(JSONDecoding, NamesThePlaceOfAFaultAtTheEndOfAHugeMessage) {
+  std::string text = hugeArray(5);
+  text.back() = '}';
+  const auto failure = syntaxFailure(text);
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(failure->byteOffset, text.size() - 1);
+}
+
+TEST(JSONDecoding, ReadsAWideIntegerAtTheEndOfAHugeMessage) {
+  std::string text = hugeArray(6);
+  text.back() = ',';
+  text += "100000000000000000000]";
+  const JSONValue value = JSONValue::decode(text);
+  EXPECT_EQ(value.arrayValue()->back().numberValue(), 1e20);
 }
 
 TEST(JSONDecoding, CountsArraysBeyondTheParsersOwnCounter) {
