@@ -81,7 +81,7 @@ std::uint32_t tapeCount(const std::uint64_t* container, const std::uint64_t* tap
 // the ones around it on a stack.
 class MessageBuilder {
  public:
-  MessageBuilder(const std::uint64_t* tape, JSONStorageBlock* block, JSONTextPlace texts)
+  MessageBuilder(const std::uint64_t* tape, JSONStorageBlock* block, const JSONTextPlace& texts)
       : start_(tape), tape_(tape + 1), block_(block), free_(block->payload()), texts_(texts) {}
 
   // The first value to hold a reference to the block is the one returned: if building fails, the block is still its
@@ -171,7 +171,7 @@ class MessageBuilder {
   const std::uint64_t* tape_;
   JSONStorageBlock* block_;
   std::byte* free_;
-  JSONTextPlace texts_;
+  const JSONTextPlace& texts_;
   std::size_t depth_ = 0;
   std::array<Frame, generousDepth> stack_;
 };
@@ -313,7 +313,7 @@ std::size_t textsBound(const simdjson::dom::document& document, std::size_t sour
 }
 
 // Builds into a new block, which the value then owns; a value without parts needs none.
-JSONValue buildInto(JSONBlockPointer block, const simdjson::dom::document& document, JSONTextPlace texts) {
+JSONValue buildInto(JSONBlockPointer block, const simdjson::dom::document& document, const JSONTextPlace& texts) {
   JSONValue root = MessageBuilder(document.tape.get(), block.get(), texts).build();
   if (JSONAccess::owner(root)) {
     // NOLINTNEXTLINE(bugprone-unused-return-value): the value owns it now

@@ -36,7 +36,7 @@ bool precedes(const SortKey& left, const SortKey& right) noexcept {
 }
 
 // The members' keys in their canonical form, sorted. `forms` keeps the texts that differ from the stored ones.
-std::vector<SortKey> sortedKeys(const JSONStoredMember* members, std::uint32_t count, JSONTextPlace texts,
+std::vector<SortKey> sortedKeys(const JSONStoredMember* members, std::uint32_t count, const JSONTextPlace& texts,
                                 bool plainASCII, std::vector<std::string>& forms) {
   if (!plainASCII) forms.reserve(count);
   std::vector<SortKey> keys;
@@ -50,8 +50,8 @@ std::vector<SortKey> sortedKeys(const JSONStoredMember* members, std::uint32_t c
   return keys;
 }
 
-bool occursBefore(std::string_view key, const JSONStoredMember* begin, const JSONStoredMember* end,
-                  JSONTextPlace texts) noexcept {
+[[gnu::noinline]] bool occursBefore(std::string_view key, const JSONStoredMember* begin, const JSONStoredMember* end,
+                                    const JSONTextPlace& texts) noexcept {
   return std::any_of(begin, end, [&](const auto& member) { return texts.text(member.key) == key; });
 }
 
@@ -60,11 +60,13 @@ struct KeySurvey {
   bool duplicate;
 };
 
-// One cheap pass that clears almost every object: keys are hashed into a set of 64 bits, and only a key whose bit is
-// taken is compared with those before it. Beyond the index threshold the sort for the index finds duplicates anyway.
-KeySurvey surveyKeys(const JSONStoredMember* members, std::uint32_t count, JSONTextPlace texts) noexcept {
+// One cheap pass that clears almost every object: keys are hashed into two sets of 64 bits, and only a key whose bit is
+// taken in both is compared with those before it. Beyond the index threshold the sort for the index finds duplicates
+// anyway.
+KeySurvey surveyKeys(const JSONStoredMember* members, std::uint32_t count, const JSONTextPlace& texts) noexcept {
   const bool isSmall = count <= indexThreshold;
   std::uint64_t seen = 0;
+  std::uint64_t seenToo = 0;
   std::uint64_t bytes = 0;
   bool duplicate = false;
   for (const auto* member = members; member != members + count; ++member) {
@@ -80,8 +82,11 @@ KeySurvey surveyKeys(const JSONStoredMember* members, std::uint32_t count, JSONT
     bytes |= head | tail;
     const std::uint64_t mixed = (head ^ std::rotl(tail, 23) ^ key.size()) * 0x9E3779B97F4A7C15u;
     const std::uint64_t bit = std::uint64_t{1} << (mixed >> 58);
-    if (seen & bit && isSmall) duplicate = duplicate || occursBefore(key, members, member, texts);
+    const std::uint64_t bitToo = std::uint64_t{1} << (mixed >> 52 & 63);
+    if (seen & bit && seenToo & bitToo && isSmall) [[unlikely]]
+      duplicate = duplicate || occursBefore(key, members, member, texts);
     seen |= bit;
+    seenToo |= bitToo;
   }
   return {(bytes & 0x8080808080808080u) != 0, duplicate};
 }
@@ -115,7 +120,8 @@ void buildIndex(JSONContainerHeader* header, const std::vector<SortKey>& keys) {
   header->flags |= JSONContainerHeader::hasIndex;
 }
 
-void settleKeys(JSONContainerHeader* header, JSONTextPlace texts, bool plainASCII, JSONElements elements) {
+[[gnu::noinline]] void settleKeys(JSONContainerHeader* header, const JSONTextPlace& texts, bool plainASCII,
+                                  JSONElements elements) {
   std::vector<std::string> forms;
   auto keys = sortedKeys(membersOf(header), header->count, texts, plainASCII, forms);
   const auto same = [](const SortKey& left, const SortKey& right) { return left.text == right.text; };
@@ -150,7 +156,7 @@ std::size_t tallestValue(const JSONContainerHeader& object) noexcept {
   return tallest;
 }
 
-void finishObject(JSONContainerHeader* header, JSONTextPlace texts, JSONElements elements) {
+void finishObject(JSONContainerHeader* header, const JSONTextPlace& texts, JSONElements elements) {
   const KeySurvey survey = surveyKeys(membersOf(header), header->count, texts);
   if (survey.nonASCII) header->flags |= JSONContainerHeader::hasNonASCIIKey;
   if (survey.duplicate || survey.nonASCII || header->count > indexThreshold)
