@@ -136,13 +136,23 @@ void buildIndex(JSONContainerHeader* header, const std::vector<SortKey>& keys) {
   if (header->count > indexThreshold) buildIndex(header, keys);
 }
 
-const JSONValue* findInIndex(const JSONStoredMember* members, std::uint32_t count, std::string_view key) {
+// Apart, like the search for an equivalent key, so that the usual way through `find` stays short.
+[[gnu::noinline]] const JSONValue* findInIndex(const JSONStoredMember* members, std::uint32_t count,
+                                               std::string_view key) {
   const auto* index = reinterpret_cast<const std::uint32_t*>(members + count);
   const auto* found = std::partition_point(index, index + count, [&](std::uint32_t position) {
     return compareCanonically(storedText(members[position].key), key) < 0;
   });
   if (found == index + count || !canonicallyEquivalent(storedText(members[*found].key), key)) return nullptr;
   return &members[*found].value;
+}
+
+[[gnu::noinline]] const JSONValue* findEquivalent(const JSONStoredMember* begin, const JSONStoredMember* end,
+                                                  std::string_view key) {
+  for (const auto* member = begin; member != end; ++member) {
+    if (canonicallyEquivalent(storedText(member->key), key)) return &member->value;
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -184,12 +194,22 @@ class SoughtKey {
 
   static std::uint64_t headOf(std::string_view key) noexcept {
     if (key.size() >= sizeof(std::uint64_t)) return wordAt(key.data());
-    std::uint64_t head = 0;
-    for (std::size_t at = 0; at < key.size(); ++at) {
-      const std::size_t place = std::endian::native == std::endian::little ? at : sizeof head - 1 - at;
-      head |= std::uint64_t{static_cast<unsigned char>(key[at])} << 8 * place;
+    // Two halves that may overlap: where they do they are the same.
+    if (key.size() >= sizeof(std::uint32_t)) {
+      return partAt<std::uint32_t>(key, 0) | partAt<std::uint32_t>(key, key.size() - sizeof(std::uint32_t));
     }
+    std::uint64_t head = 0;
+    for (std::size_t at = 0; at < key.size(); ++at) head |= partAt<std::uint8_t>(key, at);
     return head;
+  }
+
+  /// The bytes at this place of the key, where they stand in its first word.
+  template <typename Part>
+  static std::uint64_t partAt(std::string_view key, std::size_t at) noexcept {
+    Part part;
+    std::memcpy(&part, key.data() + at, sizeof part);
+    const bool isLittle = std::endian::native == std::endian::little;
+    return std::uint64_t{part} << 8 * (isLittle ? at : sizeof(std::uint64_t) - sizeof part - at);
   }
 
   std::string_view key_;
@@ -203,17 +223,14 @@ class SoughtKey {
 
 const JSONValue* JSONObject::find(std::string_view key) const noexcept {
   const auto* const begin = members();
-  if (header_.flags & detail::JSONContainerHeader::hasIndex) return detail::findInIndex(begin, header_.count, key);
   const auto* const end = begin + header_.count;
+  if (header_.flags & detail::JSONContainerHeader::hasIndex) return detail::findInIndex(begin, header_.count, key);
   const detail::SoughtKey sought(key);
   for (const auto* member = begin; member != end; ++member) {
     if (sought.is(detail::storedText(member->key))) return &member->value;
   }
   if (!(header_.flags & detail::JSONContainerHeader::hasNonASCIIKey) && detail::isASCII(key)) return nullptr;
-  for (const auto* member = begin; member != end; ++member) {
-    if (detail::canonicallyEquivalent(detail::storedText(member->key), key)) return &member->value;
-  }
-  return nullptr;
+  return detail::findEquivalent(begin, end, key);
 }
 
 }  // namespace ormel

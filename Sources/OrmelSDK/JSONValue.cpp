@@ -137,11 +137,6 @@ const JSONArray* JSONValue::arrayValue() const& noexcept {
   return kind() == Kind::array ? &JSONAccess::array(*this) : nullptr;
 }
 
-std::optional<std::string_view> JSONValue::stringValue() const& noexcept {
-  if (kind() != Kind::string) return std::nullopt;
-  return detail::storedText(payload_.data);
-}
-
 std::optional<std::int64_t> JSONValue::intValue() const noexcept {
   if (kind() != Kind::number) return std::nullopt;
   const double value = payload_.number;

@@ -267,6 +267,11 @@ inline std::string_view storedText(const std::byte* text) noexcept {
 
 }  // namespace detail
 
+inline std::optional<std::string_view> JSONValue::stringValue() const& noexcept {
+  if (kind() != Kind::string) return std::nullopt;
+  return detail::storedText(payload_.data);
+}
+
 /// The elements of an array, in their order.
 ///
 /// It lies in the storage of its value and cannot be copied; it is valid as long as a handle to that value exists.

@@ -1,8 +1,8 @@
 #include "OrmelSDK/AppServerRun/AppServerTurnRun+ProtocolHandling.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
-#include <unordered_map>
 
 #include "OrmelSDK/AppServerRun/MessageParams.h"
 #include "OrmelSDK/ThreadRunError.h"
@@ -61,15 +61,22 @@ constexpr std::array<NotificationRow<N>, 35> notificationRows = {{
     {"turn/moderationMetadata", unscoped, &N::turnModerationMetadata},
 }};
 
+// By length first: lengths tell most methods apart, and two numbers are quickly compared.
+constexpr bool precedes(std::string_view left, std::string_view right) {
+  return left.size() != right.size() ? left.size() < right.size() : left < right;
+}
+
+template <typename N>
+constexpr auto rowsByMethod = [] {
+  auto rows = notificationRows<N>;
+  std::ranges::sort(rows, precedes, &NotificationRow<N>::method);
+  return rows;
+}();
+
 template <typename N>
 const NotificationRow<N>* rowOf(std::string_view method) {
-  static const auto rows = [] {
-    std::unordered_map<std::string_view, const NotificationRow<N>*> byMethod;
-    for (const auto& row : notificationRows<N>) byMethod.emplace(row.method, &row);
-    return byMethod;
-  }();
-  const auto found = rows.find(method);
-  return found == rows.end() ? nullptr : found->second;
+  const auto found = std::ranges::lower_bound(rowsByMethod<N>, method, precedes, &NotificationRow<N>::method);
+  return found != rowsByMethod<N>.end() && found->method == method ? &*found : nullptr;
 }
 
 }  // namespace

@@ -42,8 +42,8 @@ std::string completedTurnID(const JSONObject& params) {
 }  // namespace
 
 bool AppServerTurnRun::notificationBelongsToCoordinator(const JSONObject& params,
-                                                        std::optional<std::string_view> embeddedThreadID,
-                                                        std::optional<std::string_view> embeddedTurnID) const {
+                                                        const std::optional<std::string_view>& embeddedThreadID,
+                                                        const std::optional<std::string_view>& embeddedTurnID) const {
   return stream_.isPending() && scope_.notificationBelongs(params, embeddedThreadID, embeddedTurnID);
 }
 

@@ -245,8 +245,8 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   void handleServerNotification(const ServerNotificationMessage& notification);
   /// See `CoordinatorScope::notificationBelongs`; nothing belongs to an operation that has ended.
   bool notificationBelongsToCoordinator(const JSONObject& params,
-                                        std::optional<std::string_view> embeddedThreadID = std::nullopt,
-                                        std::optional<std::string_view> embeddedTurnID = std::nullopt) const;
+                                        const std::optional<std::string_view>& embeddedThreadID = std::nullopt,
+                                        const std::optional<std::string_view>& embeddedTurnID = std::nullopt) const;
   void emitTurnStartedNotification(const JSONObject& params);
   void handleTurnCompleted(const JSONObject& params);
   void completeItemsOfTurn(const JSONObject& turn, const std::string& turnID);

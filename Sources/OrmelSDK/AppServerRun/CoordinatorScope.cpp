@@ -57,8 +57,9 @@ void CoordinatorScope::dropDeferred() {
   deferredTurnCompletions_.clear();
 }
 
-bool CoordinatorScope::notificationBelongs(const JSONObject& params, std::optional<std::string_view> embeddedThreadID,
-                                           std::optional<std::string_view> embeddedTurnID) const {
+bool CoordinatorScope::notificationBelongs(const JSONObject& params,
+                                           const std::optional<std::string_view>& embeddedThreadID,
+                                           const std::optional<std::string_view>& embeddedTurnID) const {
   if (coordinatorThreadID_) {
     auto threadID = threadIDIn(params);
     if (!threadID) threadID = embeddedThreadID;

@@ -65,8 +65,9 @@ class CoordinatorScope {
 
   /// Whether a notification of the current operation is about the coordinator. One that names no thread or no turn is:
   /// absence is no mismatch. The embedded ids stand in for ids that `params` lacks.
-  bool notificationBelongs(const JSONObject& params, std::optional<std::string_view> embeddedThreadID = std::nullopt,
-                           std::optional<std::string_view> embeddedTurnID = std::nullopt) const;
+  bool notificationBelongs(const JSONObject& params,
+                           const std::optional<std::string_view>& embeddedThreadID = std::nullopt,
+                           const std::optional<std::string_view>& embeddedTurnID = std::nullopt) const;
 
   /// The stricter test of a "turn/completed": the turn must be known and be this one.
   bool turnCompletionBelongs(const JSONObject& params, std::string_view turnID) const;
