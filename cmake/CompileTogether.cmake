@@ -1,11 +1,15 @@
 # Compiles the sources of a target a few at a time: what they instantiate alike is then instantiated once. Worth it where
 # everything is built from nothing; where one file changes at a time it is not, so a developer's preset leaves it off.
-option(ORMEL_COMPILE_TOGETHER "Compile sources of one folder together; names must be unique in a folder then" OFF)
+set(ORMEL_COMPILE_TOGETHER OFF CACHE STRING
+  "Compile sources of one folder together: ON, OFF, or TESTS for those of tests; names must be unique in a folder then")
 
 # ormel_compile_together(<target> AT_ONCE <number> [SOURCES <source>...])     without SOURCES: all of them
 function(ormel_compile_together target)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "AT_ONCE" "SOURCES")
   if(NOT ORMEL_COMPILE_TOGETHER)
+    return()
+  endif()
+  if(ORMEL_COMPILE_TOGETHER STREQUAL "TESTS" AND NOT CMAKE_CURRENT_SOURCE_DIR MATCHES "^${PROJECT_SOURCE_DIR}/Tests")
     return()
   endif()
   if(NOT arg_SOURCES)
