@@ -267,7 +267,6 @@ struct Parser {
     return stages.stage2(document);
   }
 
-  // Leaves a parser that cannot be used again.
   simdjson::error_code runSecondStageInSharedRoom(std::string_view text) {
     auto& stages = *parser.implementation;
     SharedRoom room = SharedRoom::forTokens(text, stages.structural_indexes.get(), stages.n_structural_indexes);
@@ -276,6 +275,7 @@ struct Parser {
     const auto error = stages.stage2(document);
     // NOLINTNEXTLINE(bugprone-unused-return-value): it lies in the room of the tape
     (void)stages.structural_indexes.release();
+    parser.implementation.reset();
     return error;
   }
 

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -15,10 +17,14 @@ namespace ormel::testing {
 /// The library's threads and clock, save that the timers of one name never fall due by themselves. A test lets them
 /// fall due at the moment that it wants, however slow the machine.
 ///
-/// *Object lifetimes*: outlives what was made on it.
+/// *Object lifetimes*: never destroyed, like the library's own scheduler: when a test is over, threads of the pool may
+/// still have to do with it.
 class HeldTimers final : public Scheduler {
  public:
-  explicit HeldTimers(std::string name) : name_(std::move(name)) {}
+  static HeldTimers& neverDestroyed(std::string name) {
+    static auto& all = *new std::deque<std::unique_ptr<HeldTimers>>();
+    return *all.emplace_back(new HeldTimers(std::move(name)));
+  }
 
   /// Lets all held timers that are waiting fall due, and says how many there were.
   std::size_t letFallDue() {
@@ -47,6 +53,8 @@ class HeldTimers final : public Scheduler {
   std::size_t strandBatch() const noexcept override { return threads_.strandBatch(); }
 
  private:
+  explicit HeldTimers(std::string name) : name_(std::move(name)) {}
+
   Scheduler& threads_ = productionScheduler();
   const std::string name_;
   std::mutex mutex_;

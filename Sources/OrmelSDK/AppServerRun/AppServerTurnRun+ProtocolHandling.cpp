@@ -62,20 +62,20 @@ constexpr std::array<NotificationRow<N>, 35> notificationRows = {{
 }};
 
 // By length first: lengths tell most methods apart, and two numbers are quickly compared.
-constexpr bool precedes(std::string_view left, std::string_view right) {
+constexpr bool isListedBefore(std::string_view left, std::string_view right) {
   return left.size() != right.size() ? left.size() < right.size() : left < right;
 }
 
 template <typename N>
 constexpr auto rowsByMethod = [] {
   auto rows = notificationRows<N>;
-  std::ranges::sort(rows, precedes, &NotificationRow<N>::method);
+  std::ranges::sort(rows, isListedBefore, &NotificationRow<N>::method);
   return rows;
 }();
 
 template <typename N>
 const NotificationRow<N>* rowOf(std::string_view method) {
-  const auto found = std::ranges::lower_bound(rowsByMethod<N>, method, precedes, &NotificationRow<N>::method);
+  const auto found = std::ranges::lower_bound(rowsByMethod<N>, method, isListedBefore, &NotificationRow<N>::method);
   return found != rowsByMethod<N>.end() && found->method == method ? &*found : nullptr;
 }
 

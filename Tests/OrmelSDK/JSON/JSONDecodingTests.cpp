@@ -336,10 +336,11 @@ TEST(JSONDecoding, ReadsHugeMessagesOfAnyMixture) {
 
 TEST(JSONDecoding, NamesThePlaceOfAFaultAtTheEndOfAHugeMessage) {
   std::string text = hugeArray(5);
-  text.back() = '}';
+  text.back() = ',';
+  text += "}]";
   const auto failure = syntaxFailure(text);
   ASSERT_TRUE(failure);
-  EXPECT_EQ(failure->byteOffset, text.size() - 1);
+  EXPECT_EQ(failure->byteOffset, text.size() - 2);
 }
 
 TEST(JSONDecoding, ReadsAWideIntegerAtTheEndOfAHugeMessage) {

@@ -6,9 +6,11 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <set>
 #include <string>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace ormel::detail {
 namespace {
@@ -23,29 +25,41 @@ TEST(ChunkBuffers, AreEmptyAndHaveRoomForTheLargestChunk) {
   }
 }
 
-TEST(ChunkBuffers, AreUsedAgain) {
-  ByteBuffer buffer = takeChunkBuffer();
-  const char* const place = buffer.data();
-  giveBackChunkBuffer(std::move(buffer));
-  EXPECT_EQ(takeChunkBuffer().data(), place);
+/// The places of so many buffers that are given back, in a pool that had none before.
+std::set<const char*> placesGivenBack(std::size_t count) {
+  std::vector<ByteBuffer> buffers(count);
+  std::set<const char*> places;
+  for (ByteBuffer& buffer : buffers) places.insert((buffer = takeChunkBuffer()).data());
+  for (ByteBuffer& buffer : buffers) giveBackChunkBuffer(std::move(buffer));
+  return places;
 }
 
-TEST(ChunkBuffers, AreNotKeptIfTheyHaveGrownOrWereNeverFilled) {
+/// How many of those places come back, when nobody but the pool can give them.
+std::size_t placesThatComeBack(const std::set<const char*>& places) {
+  std::vector<ByteBuffer> taken(places.size());
+  // The allocator gives the places that it has got back first, so that only kept buffers have others.
+  std::vector<ByteBuffer> fresh(places.size());
+  for (ByteBuffer& buffer : fresh) buffer.room(largestChunk);
+  std::size_t count = 0;
+  for (ByteBuffer& buffer : taken) count += places.count((buffer = takeChunkBuffer()).data());
+  return count;
+}
+
+TEST(ChunkBuffers, AreUsedAgain) { EXPECT_EQ(placesThatComeBack(placesGivenBack(3)), 3U); }
+
+TEST(ChunkBuffers, AreFreedBeyondAFew) { EXPECT_EQ(placesThatComeBack(placesGivenBack(100)), 8U); }
+
+TEST(ChunkBuffers, AreNotKeptIfTheyHaveGrown) {
   ByteBuffer grown = takeChunkBuffer();
   grown.append(std::string(largestChunk + 1, 'x'));
   giveBackChunkBuffer(std::move(grown));
-  giveBackChunkBuffer(ByteBuffer());
   EXPECT_EQ(takeChunkBuffer().capacity(), largestChunk);
 }
 
-TEST(ChunkBuffers, AreFreedBeyondAFew) {
-  std::array<ByteBuffer, 100> many;
-  std::generate(many.begin(), many.end(), takeChunkBuffer);
-  for (ByteBuffer& buffer : many) giveBackChunkBuffer(std::move(buffer));
-  for (ByteBuffer& buffer : many) {
-    buffer = takeChunkBuffer();
-    EXPECT_EQ(buffer.capacity(), largestChunk);
-  }
+TEST(ChunkBuffers, AreNotKeptIfTheyNeverHadRoom) {
+  const auto places = placesGivenBack(1);
+  giveBackChunkBuffer(ByteBuffer());
+  EXPECT_EQ(placesThatComeBack(places), 1U);
 }
 
 /// Fills a buffer and has a look whether anybody else has written to it.

@@ -10,7 +10,8 @@
 #include "Support/HeldTimers.h"
 #include "Support/TurnRunHarness.h"
 
-// What a run does about a server that falls silent, over real pipes and with durations that a test can wait for.
+// What a run does about a server that falls silent, over real pipes: with durations that a test can wait for, and with
+// time-outs of requests that wait for the test.
 namespace {
 
 using namespace ormel;
@@ -31,7 +32,8 @@ TurnRunHarness::Settings probingSoon() { return settingsWith(&detail::RunDuratio
 class RequestsThatTimeOut {
  public:
   explicit RequestsThatTimeOut(const std::string& scenario, TurnRunHarness::Settings settings = {})
-      : server(scenario, on(timeouts_, std::move(settings))) {}
+      : timeouts_(HeldTimers::neverDestroyed("request time-out")),
+        server(scenario, on(timeouts_, std::move(settings))) {}
 
   /// Lets the one request that waits for its answer time out, once the server has it.
   void timeOut(std::string_view method) {
@@ -49,7 +51,7 @@ class RequestsThatTimeOut {
     return settings;
   }
 
-  HeldTimers timeouts_{"request time-out"};
+  HeldTimers& timeouts_;
 
  public:
   TurnRunHarness server;
