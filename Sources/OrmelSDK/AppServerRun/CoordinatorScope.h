@@ -64,7 +64,8 @@ class CoordinatorScope {
   void dropDeferred();
 
   /// Whether a notification of the current operation is about the coordinator. One that names no thread or no turn is:
-  /// absence is no mismatch. The embedded ids stand in for ids that `params` lacks.
+  /// absence is no mismatch. The embedded ids stand in for ids that `params` lacks, and come by reference because
+  /// they are looked at only then.
   bool notificationBelongs(const JSONObject& params,
                            const std::optional<std::string_view>& embeddedThreadID = std::nullopt,
                            const std::optional<std::string_view>& embeddedTurnID = std::nullopt) const;
