@@ -12,13 +12,13 @@
 #include <chrono>
 #include <cstdint>
 
-#include "OrmelSDK/Concurrency/AsioScheduler.h"
 #include "OrmelSDK/Concurrency/EventChannel.h"
 #include "OrmelSDK/Concurrency/OneShot.h"
 #include "OrmelSDK/Concurrency/SimulatedScheduler.h"
 #include "OrmelSDK/Concurrency/Sleep.h"
 #include "OrmelSDK/Concurrency/Strand.h"
 #include "OrmelSDK/Concurrency/Task.h"
+#include "OrmelSDK/Platform/AsioScheduler.h"
 
 // Each pair does the same work, once with the library's type and once with Asio's nearest one, on one thread that runs
 // an Asio context, and is to be compared within one run of the program.

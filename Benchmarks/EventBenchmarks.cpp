@@ -6,9 +6,9 @@
 #include "EventSamples.h"
 #include "EventYardstick.h"
 #include "Fastest.h"
-#include "OrmelSDK/JSONValue.h"
-#include "OrmelSDK/RecordCoding.h"
-#include "OrmelSDK/ThreadEvent.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/Events/ThreadEvent.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 #include "Walk.h"
 
 namespace {

@@ -10,10 +10,10 @@
 
 #include "Fastest.h"
 #include "JSONSamples.h"
-#include "OrmelSDK/AppServerRun/AppServerJSONLineBuffer.h"
-#include "OrmelSDK/ByteBuffer.h"
-#include "OrmelSDK/JSONDecoding.h"
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/AppServerRun/Framing/AppServerJSONLineBuffer.h"
+#include "OrmelSDK/Base/ByteBuffer.h"
+#include "OrmelSDK/JSON/JSONDecoding.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace {
 

@@ -9,10 +9,10 @@
 
 #include "Fastest.h"
 #include "JSONSamples.h"
-#include "OrmelSDK/ByteBuffer.h"
-#include "OrmelSDK/JSONDecoding.h"
-#include "OrmelSDK/JSONEncoding.h"
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/Base/ByteBuffer.h"
+#include "OrmelSDK/JSON/JSONDecoding.h"
+#include "OrmelSDK/JSON/JSONEncoding.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace {
 

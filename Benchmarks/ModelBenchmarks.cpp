@@ -12,10 +12,10 @@
 #include "Fastest.h"
 #include "ItemSamples.h"
 #include "ItemYardstick.h"
-#include "OrmelSDK/JSONValue.h"
-#include "OrmelSDK/RecordCoding.h"
-#include "OrmelSDK/SharedText.h"
-#include "OrmelSDK/ThreadItem.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/Items/ThreadItem.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+#include "OrmelSDK/Text/SharedText.h"
 #include "Walk.h"
 
 namespace {

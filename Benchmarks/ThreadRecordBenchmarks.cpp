@@ -7,9 +7,9 @@
 
 #include "Fastest.h"
 #include "ItemYardstick.h"
-#include "OrmelSDK/JSONValue.h"
-#include "OrmelSDK/RecordCoding.h"
-#include "OrmelSDK/ThreadRecords.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+#include "OrmelSDK/Records/ThreadRecords.h"
 #include "ThreadRecordSamples.h"
 #include "Walk.h"
 

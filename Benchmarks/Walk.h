@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel::benchmarks {
 

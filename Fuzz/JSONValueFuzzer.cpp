@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "Check.h"
-#include "OrmelSDK/CodingErrors.h"
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/JSON/CodingErrors.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   using ormel::JSONValue;

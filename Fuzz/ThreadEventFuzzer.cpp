@@ -4,10 +4,10 @@
 #include <variant>
 
 #include "Check.h"
-#include "OrmelSDK/CodingErrors.h"
-#include "OrmelSDK/JSONValue.h"
-#include "OrmelSDK/RecordCoding.h"
-#include "OrmelSDK/ThreadEvent.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/Events/ThreadEvent.h"
+#include "OrmelSDK/JSON/CodingErrors.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "Check.h"
-#include "OrmelSDK/CodingErrors.h"
-#include "OrmelSDK/JSONValue.h"
-#include "OrmelSDK/RecordCoding.h"
-#include "OrmelSDK/ThreadItem.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/Items/ThreadItem.h"
+#include "OrmelSDK/JSON/CodingErrors.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace {
 

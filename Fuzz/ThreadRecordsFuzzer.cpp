@@ -4,10 +4,10 @@
 #include <string_view>
 
 #include "Check.h"
-#include "OrmelSDK/CodingErrors.h"
-#include "OrmelSDK/JSONValue.h"
-#include "OrmelSDK/RecordCoding.h"
-#include "OrmelSDK/ThreadRecords.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/JSON/CodingErrors.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+#include "OrmelSDK/Records/ThreadRecords.h"
 
 namespace {
 

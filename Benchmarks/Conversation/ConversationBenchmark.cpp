@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "Measurements.h"
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace {
 

@@ -16,8 +16,8 @@
 
 #include "JSONSamples.h"
 #include "Lines.h"
-#include "OrmelSDK/AppServerRun/AppServerJSONLineBuffer.h"
-#include "OrmelSDK/JSONDecoding.h"
+#include "OrmelSDK/AppServerRun/Framing/AppServerJSONLineBuffer.h"
+#include "OrmelSDK/JSON/JSONDecoding.h"
 #include "OrmelSDK/Ormel.h"
 #include "Support/ChildProgram.h"
 

@@ -1,8 +1,8 @@
 // Ends a turn that takes too long, from a coroutine.
 // Usage: 05-abort [SERVER]
 
+#include <OrmelSDK/Base/OrmelProcessError.h>
 #include <OrmelSDK/Ormel.h>
-#include <OrmelSDK/OrmelProcessError.h>
 
 #include <iostream>
 

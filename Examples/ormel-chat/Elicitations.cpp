@@ -9,7 +9,7 @@
 #include "ApprovalQuestion.h"
 #include "AskedQuestion.h"
 #include "FormQuestion.h"
-#include "OrmelSDK/CodingErrors.h"
+#include "OrmelSDK/JSON/CodingErrors.h"
 #include "Texts.h"
 
 namespace ormel::chat {
@@ -28,7 +28,7 @@ std::optional<JSONValue> numberIn(const std::string& text) {
 
 /// The answer in the type that the schema of its field asks for; nothing if it has no such form.
 std::optional<JSONValue> typedAnswer(const JSONValue& schema, const std::string& text) {
-  const std::string type = textUnder(schema, "type", "string");
+  const std::string type = textViewMember(schema, "type", "string");
   if (type == "boolean") return JSONValue(text == "yes");
   if (type == "number") return numberIn(text);
   if (type != "integer") return JSONValue(text);
@@ -38,7 +38,7 @@ std::optional<JSONValue> typedAnswer(const JSONValue& schema, const std::string&
 }
 
 std::vector<FormOption> optionsOf(const JSONValue& schema) {
-  if (textUnder(schema, "type") == "boolean") return {{"yes", "", false}, {"no", "", false}};
+  if (textViewMember(schema, "type") == "boolean") return {{"yes", "", false}, {"no", "", false}};
   std::vector<FormOption> options;
   const JSONValue* values = schema.find("enum");
   if (!values || !values->arrayValue()) return options;
@@ -56,7 +56,7 @@ std::vector<FormField> fieldsOf(const JSONValue& formSchema) {
   for (const auto& [name, schema] : *properties->objectValue()) {
     FormField field;
     field.id = name;
-    field.prompt = textUnder(schema, "description", textUnder(schema, "title", name));
+    field.prompt = textViewMember(schema, "description", textViewMember(schema, "title", name));
     field.options = optionsOf(schema);
     field.accepts = [ofField = schema](const std::string& text) { return typedAnswer(ofField, text).has_value(); };
     fields.push_back(std::move(field));

@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "Inbox.h"
-#include "OrmelSDK/ThreadOptions.h"
+#include "OrmelSDK/Options/ThreadOptions.h"
 
 namespace ormel::chat {
 

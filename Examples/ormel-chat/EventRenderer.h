@@ -2,7 +2,7 @@
 
 #include "Console.h"
 #include "ItemRenderer.h"
-#include "OrmelSDK/ThreadEvent.h"
+#include "OrmelSDK/Events/ThreadEvent.h"
 
 namespace ormel::chat {
 

@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-#include "OrmelSDK/ThreadEvent.h"
+#include "OrmelSDK/Events/ThreadEvent.h"
 #include "Question.h"
 #include "WakePipe.h"
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Console.h"
-#include "OrmelSDK/ThreadItem.h"
+#include "OrmelSDK/Items/ThreadItem.h"
 #include "ShownTexts.h"
 
 namespace ormel::chat {

@@ -11,7 +11,7 @@
 #include "Approvals.h"
 #include "Elicitations.h"
 #include "Operation.h"
-#include "OrmelSDK/OrmelProcessError.h"
+#include "OrmelSDK/Base/OrmelProcessError.h"
 #include "UserInputQuestion.h"
 
 namespace ormel::chat {

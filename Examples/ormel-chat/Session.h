@@ -12,7 +12,7 @@
 #include "Inbox.h"
 #include "LineInput.h"
 #include "Options.h"
-#include "OrmelSDK/AbortSignal.h"
+#include "OrmelSDK/Options/AbortSignal.h"
 #include "OrmelSDK/Thread.h"
 #include "QuestionDesk.h"
 #include "ServerChoice.h"

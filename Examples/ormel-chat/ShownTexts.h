@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "OrmelSDK/SharedText.h"
+#include "OrmelSDK/Text/SharedText.h"
 
 namespace ormel::chat {
 

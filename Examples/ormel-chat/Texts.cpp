@@ -1,6 +1,6 @@
 #include "Texts.h"
 
-#include "OrmelSDK/Visit.h"
+#include "OrmelSDK/Base/Visit.h"
 
 namespace ormel::chat {
 
@@ -45,7 +45,7 @@ std::string toolText(const std::vector<DynamicToolCallOutputContentItem>& conten
   return text;
 }
 
-std::string textUnder(const JSONValue& object, std::string_view key, std::string_view fallback) {
+std::string textViewMember(const JSONValue& object, std::string_view key, std::string_view fallback) {
   const JSONValue* value = object.find(key);
   return std::string(value ? value->stringValue().value_or(fallback) : fallback);
 }

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "OrmelSDK/DynamicToolCallItems.h"
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/Items/DynamicToolCallItems.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel::chat {
 
@@ -20,7 +20,7 @@ std::string toolText(const std::vector<JSONValue>& content);
 std::string toolText(const std::vector<DynamicToolCallOutputContentItem>& content);
 
 /// The text under the key, or the fallback.
-std::string textUnder(const JSONValue& object, std::string_view key, std::string_view fallback = "");
+std::string textViewMember(const JSONValue& object, std::string_view key, std::string_view fallback = "");
 
 /// Without white space at both ends.
 std::string_view trimmed(std::string_view text);

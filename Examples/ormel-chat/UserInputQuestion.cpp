@@ -23,8 +23,8 @@ std::vector<FormOption> optionsOf(const JSONValue& question) {
   const JSONValue* list = question.find("options");
   if (!list || !list->arrayValue()) return options;
   for (const JSONValue& option : *list->arrayValue()) {
-    options.push_back(
-        {textUnder(option, "label"), textUnder(option, "description"), isTrue(option, "requiresCustomInput")});
+    options.push_back({textViewMember(option, "label"), textViewMember(option, "description"),
+                       isTrue(option, "requiresCustomInput")});
   }
   return options;
 }
@@ -35,8 +35,8 @@ std::vector<FormField> fieldsOf(const JSONValue& arguments) {
   if (!questions || !questions->arrayValue()) return fields;
   for (const JSONValue& question : *questions->arrayValue()) {
     FormField field;
-    field.id = textUnder(question, "id");
-    field.prompt = textUnder(question, "prompt");
+    field.id = textViewMember(question, "id");
+    field.prompt = textViewMember(question, "prompt");
     field.options = optionsOf(question);
     field.isSecret = isTrue(question, "isSecret");
     fields.push_back(std::move(field));

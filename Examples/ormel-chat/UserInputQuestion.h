@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "Inbox.h"
-#include "OrmelSDK/McpToolCallItems.h"
+#include "OrmelSDK/Items/McpToolCallItems.h"
 #include "OrmelSDK/Thread.h"
 
 namespace ormel::chat {

@@ -12,7 +12,7 @@ using ormel::JSONValue;
 
 namespace {
 
-std::optional<std::string_view> textUnder(const JSONValue& object, std::string_view key) {
+std::optional<std::string_view> textViewMember(const JSONValue& object, std::string_view key) {
   const auto* value = object.find(key);
   return value ? value->stringValue() : std::nullopt;
 }
@@ -47,7 +47,7 @@ std::string EnvelopeHandler::reply(std::string_view body, Session& session) cons
 
   const auto id = idOf(envelope);
   const auto* params = envelope.find("params");
-  if (!id.numberValue() || textUnder(envelope, "method") != "tessellaMCP" || !params) {
+  if (!id.numberValue() || textViewMember(envelope, "method") != "tessellaMCP" || !params) {
     return encodeReply(id, refusal("The frame holds no bridge envelope."));
   }
   auto encoded = encodeReply(id, answer(*params, session));
@@ -58,8 +58,8 @@ std::string EnvelopeHandler::reply(std::string_view body, Session& session) cons
 }
 
 JSONValue EnvelopeHandler::answer(const JSONValue& params, Session& session) const {
-  const auto token = textUnder(params, "token");
-  const auto workspacePath = textUnder(params, "workspacePath");
+  const auto token = textViewMember(params, "token");
+  const auto workspacePath = textViewMember(params, "workspacePath");
   const auto* message = params.find("message");
   if (!token || !workspacePath || !message) return refusal("The envelope's params are not complete.");
   if (!sameToken(*token, token_)) return errorResponse(idOf(*message), errorcode::wrongToken, "The token is wrong.");

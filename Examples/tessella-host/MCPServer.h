@@ -1,6 +1,6 @@
 #pragma once
 
-#include <OrmelSDK/JSONValue.h>
+#include <OrmelSDK/JSON/JSONValue.h>
 
 #include <optional>
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "PageText.h"
 
-#include <OrmelSDK/UTF8.h>
+#include <OrmelSDK/Text/UTF8.h>
 #include <libxml/HTMLparser.h>
 #include <libxml/parser.h>
 

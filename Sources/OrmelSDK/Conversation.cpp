@@ -4,8 +4,8 @@
 #include <utility>
 #include <variant>
 
-#include "OrmelSDK/OrmelProcessError.h"
-#include "OrmelSDK/ThreadRunError.h"
+#include "OrmelSDK/Base/OrmelProcessError.h"
+#include "OrmelSDK/Base/ThreadRunError.h"
 
 namespace ormel::detail {
 
@@ -32,11 +32,11 @@ void fold(ThreadEvent& event, Turn& turn) {
 }  // namespace
 
 Conversation::Conversation(AppServerTurnRunConfiguration configuration, std::optional<std::string> threadID,
-                           RunSurroundings surroundings)
-    : configuration_(std::move(configuration)), surroundings_(surroundings), threadID_(std::move(threadID)) {}
+                           RunServices services)
+    : configuration_(std::move(configuration)), services_(services), threadID_(std::move(threadID)) {}
 
 Conversation::~Conversation() {
-  if (persistentRun_) persistentRun_->release().onScheduler(*surroundings_.scheduler).detach();
+  if (persistentRun_) persistentRun_->release().onScheduler(*services_.scheduler).detach();
 }
 
 std::optional<std::string> Conversation::id() const {
@@ -52,7 +52,7 @@ std::string Conversation::neededThreadID(const char* message) const {
 
 Conversation::Run Conversation::reusableRun() {
   const std::lock_guard guard(lock_);
-  if (!persistentRun_) persistentRun_ = AppServerTurnRun::create(configuration_, surroundings_);
+  if (!persistentRun_) persistentRun_ = AppServerTurnRun::create(configuration_, services_);
   return persistentRun_;
 }
 
@@ -99,7 +99,7 @@ void Conversation::finishOperation(const ConnectedOperation& connected) {
 StreamedTurn Conversation::forwarded(const Self& self, EventChannel<ThreadEvent> events, ConnectedOperation connected) {
   auto ends = EventChannel<ThreadEvent>::make(ChannelLimit::unbounded(), "turn event");
   auto forwarding = forwardEvents(self, std::move(events), std::move(ends.first), std::move(connected));
-  std::move(forwarding).withStopToken({}).onScheduler(*surroundings_.scheduler).detach();
+  std::move(forwarding).withStopToken({}).onScheduler(*services_.scheduler).detach();
   return StreamedTurn(std::move(ends.second));
 }
 

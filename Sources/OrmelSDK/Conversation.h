@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "OrmelSDK/AbortSignal.h"
-#include "OrmelSDK/AppServerRun/AppServerTurnRun.h"
+#include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun.h"
+#include "OrmelSDK/Options/AbortSignal.h"
 #include "OrmelSDK/Thread.h"
 
 namespace ormel::detail {
@@ -26,7 +26,7 @@ class Conversation final {
   using Self = std::shared_ptr<Conversation>;
 
   explicit Conversation(AppServerTurnRunConfiguration configuration, std::optional<std::string> threadID = std::nullopt,
-                        RunSurroundings surroundings = RunSurroundings());
+                        RunServices services = RunServices());
   Conversation(const Conversation&) = delete;
   Conversation& operator=(const Conversation&) = delete;
   ~Conversation();
@@ -83,7 +83,7 @@ class Conversation final {
                                   ConnectedOperation connected);
 
   const AppServerTurnRunConfiguration configuration_;
-  const RunSurroundings surroundings_;
+  const RunServices services_;
 
   mutable std::mutex lock_;
   std::optional<std::string> threadID_;

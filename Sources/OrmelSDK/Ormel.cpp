@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "OrmelSDK/AppServerRun/OrmelBinaryLocator.h"
+#include "OrmelSDK/AppServerRun/Launch/OrmelBinaryLocator.h"
 #include "OrmelSDK/Conversation.h"
 
 namespace ormel {

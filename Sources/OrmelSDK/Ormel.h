@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "OrmelSDK/OrmelOptions.h"
+#include "OrmelSDK/Options/OrmelOptions.h"
+#include "OrmelSDK/Options/ThreadOptions.h"
 #include "OrmelSDK/Thread.h"
-#include "OrmelSDK/ThreadOptions.h"
 
 namespace ormel {
 

@@ -7,15 +7,15 @@
 #include <utility>
 #include <vector>
 
-#include "OrmelSDK/AbortSignal.h"
 #include "OrmelSDK/Concurrency/EventChannel.h"
 #include "OrmelSDK/Concurrency/Task.h"
-#include "OrmelSDK/ReviewTarget.h"
-#include "OrmelSDK/ThreadEvent.h"
-#include "OrmelSDK/ThreadItem.h"
-#include "OrmelSDK/TurnEvents.h"
-#include "OrmelSDK/TurnOptions.h"
-#include "OrmelSDK/UserInput.h"
+#include "OrmelSDK/Events/ThreadEvent.h"
+#include "OrmelSDK/Events/TurnEvents.h"
+#include "OrmelSDK/Input/ReviewTarget.h"
+#include "OrmelSDK/Input/UserInput.h"
+#include "OrmelSDK/Items/ThreadItem.h"
+#include "OrmelSDK/Options/AbortSignal.h"
+#include "OrmelSDK/Options/TurnOptions.h"
 
 namespace ormel {
 

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <utility>
 
-#include "OrmelSDK/CodingErrors.h"
-#include "OrmelSDK/JSONDecoding.h"
-#include "OrmelSDK/UTF8.h"
+#include "OrmelSDK/JSON/CodingErrors.h"
+#include "OrmelSDK/JSON/JSONDecoding.h"
+#include "OrmelSDK/Text/UTF8.h"
 #include "TessellaBrowserMCP/BridgeEnvironment.h"
 #include "TessellaBrowserMCP/BridgeFailure.h"
 #include "TessellaBrowserMCP/LineReader.h"

@@ -2,7 +2,7 @@
 
 #include <exception>
 
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel {
 

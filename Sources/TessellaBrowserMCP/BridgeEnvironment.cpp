@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "OrmelSDK/UTF8.h"
+#include "OrmelSDK/Text/UTF8.h"
 #include "TessellaBrowserMCP/BridgeFailure.h"
 
 namespace ormel {

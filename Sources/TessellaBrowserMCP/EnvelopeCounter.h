@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "OrmelSDK/FatalError.h"
+#include "OrmelSDK/Base/FatalError.h"
 
 namespace ormel {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "OrmelSDK/JSONDecoding.h"
+#include "OrmelSDK/JSON/JSONDecoding.h"
 #include "OrmelSDK/Platform/PipeCapacity.h"
 #include "TessellaBrowserMCP/DescriptorIO.h"
 

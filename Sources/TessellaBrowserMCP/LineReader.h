@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-#include "OrmelSDK/ByteBuffer.h"
+#include "OrmelSDK/Base/ByteBuffer.h"
 
 namespace ormel {
 

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <utility>
 
-#include "OrmelSDK/CodingErrors.h"
-#include "OrmelSDK/JSONEncoding.h"
+#include "OrmelSDK/JSON/CodingErrors.h"
+#include "OrmelSDK/JSON/JSONEncoding.h"
 #include "OrmelSDK/Platform/PipeCapacity.h"
 #include "TessellaBrowserMCP/DescriptorIO.h"
 #include "TessellaBrowserMCP/OutputError.h"

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-#include "OrmelSDK/ByteBuffer.h"
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/Base/ByteBuffer.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel {
 

@@ -11,8 +11,8 @@
 #include <cstring>
 #include <utility>
 
-#include "OrmelSDK/JSONDecoding.h"
-#include "OrmelSDK/JSONEncoding.h"
+#include "OrmelSDK/JSON/JSONDecoding.h"
+#include "OrmelSDK/JSON/JSONEncoding.h"
 #include "TessellaBrowserMCP/BridgeFailure.h"
 #include "TessellaBrowserMCP/DescriptorIO.h"
 

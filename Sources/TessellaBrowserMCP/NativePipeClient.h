@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "OrmelSDK/ByteBuffer.h"
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/Base/ByteBuffer.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 #include "TessellaBrowserMCP/EnvelopeCounter.h"
 
 namespace ormel {

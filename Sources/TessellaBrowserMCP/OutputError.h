@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "OrmelSDK/Error.h"
+#include "OrmelSDK/Base/Error.h"
 
 namespace ormel {
 

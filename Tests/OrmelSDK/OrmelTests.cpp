@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "OrmelSDK/AppServerRun/OrmelBinaryLocator.h"
+#include "OrmelSDK/AppServerRun/Launch/OrmelBinaryLocator.h"
 #include "Support/ProcessResources.h"
 #include "Support/TemporaryDirectory.h"
 
@@ -29,7 +29,7 @@ Ormel ormelAt(const std::string& path, bool claimsSelection = false) {
 // An installed package of this platform: a script entry point, and a native executable in a package beside it.
 struct InstalledPackage {
   InstalledPackage() {
-    const auto names = detail::OrmelBinarySurroundings::ofThisProcess().packageNames;
+    const auto names = detail::LocatorInputs::ofThisProcess().packageNames;
     const std::string root =
         "lib/node_modules/@velnor/" + std::string(names.platformPackage) + "/vendor/" + std::string(names.targetTriple);
     script = folder.addExecutable("lib/node_modules/@velnor/ormel/bin/ormel.js");

@@ -9,9 +9,9 @@
 #include <string_view>
 #include <utility>
 
-#include "OrmelSDK/CodingErrors.h"
-#include "OrmelSDK/JSONValue.h"
-#include "OrmelSDK/RecordCoding.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/JSON/CodingErrors.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel::tests {
 

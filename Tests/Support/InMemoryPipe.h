@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "OrmelSDK/ByteBuffer.h"
+#include "OrmelSDK/Base/ByteBuffer.h"
 #include "OrmelSDK/Concurrency/Scheduler.h"
 #include "OrmelSDK/Concurrency/SimulatedScheduler.h"
 #include "OrmelSDK/Platform/PipeReader.h"

@@ -11,7 +11,7 @@
 
 #include "OrmelSDK/Concurrency/Scheduler.h"
 #include "OrmelSDK/Concurrency/SimulatedScheduler.h"
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 #include "OrmelSDK/Platform/BlockingWork.h"
 #include "OrmelSDK/Platform/ProcessLauncher.h"
 #include "Support/InMemoryPipe.h"

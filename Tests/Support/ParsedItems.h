@@ -8,9 +8,9 @@
 #include <string_view>
 #include <variant>
 
-#include "OrmelSDK/AppServerRun/ThreadItemParsing.h"
-#include "OrmelSDK/JSONValue.h"
-#include "OrmelSDK/ThreadItem.h"
+#include "OrmelSDK/AppServerRun/Parsing/ThreadItemParsing.h"
+#include "OrmelSDK/Items/ThreadItem.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel::tests {
 

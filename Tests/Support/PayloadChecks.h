@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "OrmelSDK/DynamicTool.h"
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/Handlers/DynamicTool.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel::tests {
 

@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "OrmelSDK/Coding/FieldTable.h"
-#include "OrmelSDK/CodingErrors.h"
-#include "OrmelSDK/JSONValue.h"
-#include "OrmelSDK/RecordCoding.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/JSON/CodingErrors.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel::tests {
 

@@ -6,12 +6,12 @@
 #include <variant>
 #include <vector>
 
+#include "OrmelSDK/Base/OrmelProcessError.h"
+#include "OrmelSDK/Base/ThreadRunError.h"
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
 #include "OrmelSDK/Concurrency/EventChannel.h"
 #include "OrmelSDK/Concurrency/Task.h"
-#include "OrmelSDK/OrmelProcessError.h"
-#include "OrmelSDK/ThreadEvent.h"
-#include "OrmelSDK/ThreadRunError.h"
+#include "OrmelSDK/Events/ThreadEvent.h"
 #include "Support/ConcurrencySchedulers.h"
 
 namespace ormel::testing {

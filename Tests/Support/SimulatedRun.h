@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "OrmelSDK/AppServerRun/AppServerTurnRun.h"
+#include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun.h"
 #include "Support/ConcurrencySchedulers.h"
 #include "Support/InMemoryServer.h"
 #include "Support/RunTranscript.h"
@@ -74,7 +74,7 @@ class SimulatedRun {
       const JSONValue thread = JSONValue::object({{"id", *request.find("params")->find("threadId")}});
       process.answer(request, JSONValue::object({{"thread", thread}}));
     });
-    run = Run::create(configuration(options), surroundings());
+    run = Run::create(configuration(options), services());
   }
   SimulatedRun(const SimulatedRun&) = delete;
   SimulatedRun& operator=(const SimulatedRun&) = delete;
@@ -219,7 +219,7 @@ class SimulatedRun {
     configuration.threadOptions = options.thread;
     return configuration;
   }
-  detail::RunSurroundings surroundings() { return {scheduler, server, blockingWork_}; }
+  detail::RunServices services() { return {scheduler, server, blockingWork_}; }
 
  private:
   void respond(InMemoryProcess& process, const JSONValue& message) {

@@ -26,8 +26,7 @@ class SimulatedThread : public SimulatedRun {
       : SimulatedRun(onScheduler, options) {
     // A thread makes a run of its own, when it needs one.
     run.reset();
-    auto conversation =
-        std::make_shared<detail::Conversation>(configuration(options), std::move(threadID), surroundings());
+    auto conversation = std::make_shared<detail::Conversation>(configuration(options), std::move(threadID), services());
     conversation_ = conversation;
     thread.emplace(std::move(conversation));
   }

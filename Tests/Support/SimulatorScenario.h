@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "OrmelSDK/JSONValue.h"
-#include "OrmelSDK/ProcessEnvironment.h"
+#include "OrmelSDK/AppServerRun/Launch/ProcessEnvironment.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 #include "Support/Eventually.h"
 #include "Support/TemporaryDirectory.h"
 

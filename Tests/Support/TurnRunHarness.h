@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "OrmelSDK/AppServerRun/AppServerTurnRun.h"
+#include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun.h"
 #include "Support/ConcurrencySchedulers.h"
 #include "Support/RunTranscript.h"
 #include "Support/SimulatorScenario.h"
@@ -73,7 +73,7 @@ class TurnRunHarness {
   };
 
   explicit TurnRunHarness(std::string_view scenario, const Settings& settings = Settings())
-      : scenario_(scenario), run_(Run::create(configuration(settings), surroundings(settings))) {}
+      : scenario_(scenario), run_(Run::create(configuration(settings), services(settings))) {}
   TurnRunHarness(const TurnRunHarness&) = delete;
   TurnRunHarness& operator=(const TurnRunHarness&) = delete;
   ~TurnRunHarness() {
@@ -164,10 +164,10 @@ class TurnRunHarness {
     return "failed";
   }
 
-  static detail::RunSurroundings surroundings(const Settings& settings) {
-    detail::RunSurroundings surroundings;
-    surroundings.scheduler = settings.scheduler;
-    return surroundings;
+  static detail::RunServices services(const Settings& settings) {
+    detail::RunServices services;
+    services.scheduler = settings.scheduler;
+    return services;
   }
 
   detail::AppServerTurnRunConfiguration configuration(const Settings& settings) const {

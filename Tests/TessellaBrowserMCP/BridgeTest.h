@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 #include "Support/ChildProgram.h"
 #include "Support/Frames.h"
 #include "Support/TemporaryDirectory.h"

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <sstream>
 
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 #include "ormel-chat/ChatProgram.h"
 
 namespace ormel::chat {

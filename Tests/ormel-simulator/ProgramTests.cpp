@@ -5,7 +5,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "ormel-simulator/Simulation.h"
+#include "ormel-simulator/Scenario/Simulation.h"
 
 namespace ormel::simulator {
 namespace {

@@ -5,9 +5,9 @@
 
 #include "ormel-simulator/Agent/Agent.h"
 #include "ormel-simulator/CommandLine.h"
-#include "ormel-simulator/Player.h"
-#include "ormel-simulator/ScenarioParser.h"
-#include "ormel-simulator/Signals.h"
+#include "ormel-simulator/Scenario/Player.h"
+#include "ormel-simulator/Scenario/ScenarioParser.h"
+#include "ormel-simulator/Scenario/Signals.h"
 
 namespace ormel::simulator {
 

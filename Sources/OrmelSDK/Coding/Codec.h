@@ -13,9 +13,9 @@
 #include "OrmelSDK/Coding/CodingFailure.h"
 #include "OrmelSDK/Coding/CodingPath.h"
 #include "OrmelSDK/Coding/KeptValue.h"
-#include "OrmelSDK/JSONStorage.h"
-#include "OrmelSDK/JSONValue.h"
-#include "OrmelSDK/OpenVocabulary.h"
+#include "OrmelSDK/Coding/OpenVocabulary.h"
+#include "OrmelSDK/JSON/JSONStorage.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel::coding {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "OrmelSDK/CodingErrors.h"
+#include "OrmelSDK/JSON/CodingErrors.h"
 
 namespace ormel::coding {
 

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "OrmelSDK/Coding/CodingPath.h"
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel::coding {
 

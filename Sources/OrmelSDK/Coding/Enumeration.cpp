@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-#include "OrmelSDK/LowercasedText.h"
-#include "OrmelSDK/TrimmedText.h"
+#include "OrmelSDK/Text/LowercasedText.h"
+#include "OrmelSDK/Text/TrimmedText.h"
 
 namespace ormel::coding {
 

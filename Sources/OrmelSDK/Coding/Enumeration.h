@@ -19,8 +19,8 @@
 #include <string_view>
 
 #include "OrmelSDK/Coding/Codec.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/Coding/TypeName.h"
-#include "OrmelSDK/RecordCoding.h"
 
 namespace ormel::coding {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "OrmelSDK/JSONStorage.h"
+#include "OrmelSDK/JSON/JSONStorage.h"
 
 namespace ormel::coding {
 

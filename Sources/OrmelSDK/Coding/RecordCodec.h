@@ -15,9 +15,9 @@
 
 #include "OrmelSDK/Coding/FieldCount.h"
 #include "OrmelSDK/Coding/FieldTable.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/Coding/TypeName.h"
 #include "OrmelSDK/Coding/WordIndex.h"
-#include "OrmelSDK/RecordCoding.h"
 
 namespace ormel::coding {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "OrmelSDK/Coding/Codec.h"
-#include "OrmelSDK/SharedText.h"
+#include "OrmelSDK/Text/SharedText.h"
 
 namespace ormel::coding {
 

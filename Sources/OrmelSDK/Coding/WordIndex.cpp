@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "OrmelSDK/CanonicalText.h"
+#include "OrmelSDK/Text/CanonicalText.h"
 
 namespace ormel::coding {
 

@@ -8,22 +8,22 @@
 #include <limits>
 #include <string_view>
 
-#include "OrmelSDK/JSONStorage.h"
+#include "OrmelSDK/JSON/JSONStorage.h"
 
 namespace ormel::coding {
 
 /// What a text is told by at a glance: its ends and its size. A text of up to 16 bytes is fully told by them.
-struct WordGlance {
+struct WordFingerprint {
   std::uint64_t head = 0;
   std::uint64_t tail = 0;
   std::uint32_t size = 0;
 
   static constexpr std::size_t told = 2 * sizeof(std::uint64_t);
 
-  friend constexpr bool operator==(const WordGlance&, const WordGlance&) = default;
+  friend constexpr bool operator==(const WordFingerprint&, const WordFingerprint&) = default;
 
   /// At a text in the storage of a JSON value.
-  static WordGlance at(const std::byte* stored) noexcept {
+  static WordFingerprint at(const std::byte* stored) noexcept {
     const std::string_view text = detail::storedText(stored);
     const auto size = static_cast<std::uint32_t>(text.size());
     const std::uint64_t head = detail::wordAt(text.data());
@@ -31,7 +31,7 @@ struct WordGlance {
     return {head, detail::wordAt(text.data() + size - sizeof head), size};
   }
 
-  static consteval WordGlance of(std::string_view text) {
+  static consteval WordFingerprint of(std::string_view text) {
     constexpr std::size_t wordSize = sizeof(std::uint64_t);
     const auto size = static_cast<std::uint32_t>(text.size());
     if (size < wordSize) return {word(text), 0, size};
@@ -52,7 +52,7 @@ struct WordGlance {
 };
 
 struct IndexedWord {
-  WordGlance glance;
+  WordFingerprint fingerprint;
   const char* text = nullptr;
 };
 
@@ -68,19 +68,19 @@ class WordIndex {
   std::size_t size() const noexcept { return count_; }
 
   std::string_view operator[](std::size_t index) const noexcept {
-    return {words_[index].text, words_[index].glance.size};
+    return {words_[index].text, words_[index].fingerprint.size};
   }
 
   /// The position of a text in the storage of a JSON value, byte by byte, or `none`.
   std::size_t find(const std::byte* stored) const noexcept {
-    const WordGlance glance = WordGlance::at(stored);
-    const std::size_t position = slots_[glance.mixed() * multiplier_ >> shift_];
+    const WordFingerprint fingerprint = WordFingerprint::at(stored);
+    const std::size_t position = slots_[fingerprint.mixed() * multiplier_ >> shift_];
     const IndexedWord& word = words_[position];
-    if (glance != word.glance) return none;
-    if (glance.size > WordGlance::told) [[unlikely]] {
-      constexpr std::size_t head = WordGlance::told / 2;
+    if (fingerprint != word.fingerprint) return none;
+    if (fingerprint.size > WordFingerprint::told) [[unlikely]] {
+      constexpr std::size_t head = WordFingerprint::told / 2;
       const char* const text = detail::storedText(stored).data();
-      if (std::memcmp(text + head, word.text + head, glance.size - WordGlance::told) != 0) return none;
+      if (std::memcmp(text + head, word.text + head, fingerprint.size - WordFingerprint::told) != 0) return none;
     }
     return position;
   }
@@ -118,7 +118,7 @@ class WordTable {
   template <std::size_t capacity>
   consteval explicit WordTable(const WordList<capacity>& list) {
     for (std::size_t position = 0; position < count; ++position) {
-      words_[position] = {WordGlance::of(list.words[position]), list.words[position].data()};
+      words_[position] = {WordFingerprint::of(list.words[position]), list.words[position].data()};
     }
     while (!takesMultiplier()) multiplier_ = multiplier_ * 6364136223846793005u + 1442695040888963406u;
   }
@@ -133,7 +133,7 @@ class WordTable {
     slots_ = {};
     std::array<bool, slotCount> taken{};
     for (std::size_t position = 0; position < count; ++position) {
-      const std::uint64_t slot = words_[position].glance.mixed() * multiplier_ >> shift;
+      const std::uint64_t slot = words_[position].fingerprint.mixed() * multiplier_ >> shift;
       if (taken[slot]) return false;
       taken[slot] = true;
       slots_[slot] = static_cast<std::uint8_t>(position);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OrmelSDK/Error.h"
+#include "OrmelSDK/Base/Error.h"
 
 namespace ormel {
 

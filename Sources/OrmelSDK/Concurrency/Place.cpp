@@ -3,7 +3,7 @@
 namespace ormel::detail {
 
 bool Place::isHere() const noexcept {
-  const ThreadState& state = threadState();
+  const ExecutionState& state = executionState();
   return state.strand == strand_ && (strand_ || !scheduler_ || scheduler_ == state.scheduler);
 }
 
@@ -12,7 +12,7 @@ void Place::post(WorkItem& item) const noexcept {
     strand_->post(item);
     return;
   }
-  Scheduler* const scheduler = scheduler_ ? scheduler_ : threadState().scheduler;
+  Scheduler* const scheduler = scheduler_ ? scheduler_ : executionState().scheduler;
   (scheduler ? *scheduler : productionScheduler()).post(item);
 }
 
@@ -21,7 +21,7 @@ void Place::resume(std::coroutine_handle<> coroutine, ResumeItem& item) const no
     transferTo(coroutine);
   } else {
     item.coroutine = coroutine;
-    const LeavingThread leaving(isEndOfPiece());
+    const ThreadHandoff leaving(isEndOfPiece());
     post(item);
   }
 }

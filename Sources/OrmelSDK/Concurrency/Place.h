@@ -25,7 +25,7 @@ class ResumeItem final : public WorkItem {
 class Place {
  public:
   static Place current() noexcept {
-    const ThreadState& state = threadState();
+    const ExecutionState& state = executionState();
     return Place(state.strand, state.strand ? &state.strand->scheduler() : state.scheduler);
   }
   Place() noexcept = default;

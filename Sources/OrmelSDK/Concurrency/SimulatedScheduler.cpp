@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "OrmelSDK/Concurrency/ThreadState.h"
+#include "OrmelSDK/Concurrency/ExecutionState.h"
 
 namespace ormel {
 
@@ -13,8 +13,8 @@ namespace {
 class RunningPieceOf {
  public:
   explicit RunningPieceOf(Scheduler& scheduler) noexcept
-      : outer_(std::exchange(detail::threadState().scheduler, &scheduler)) {}
-  ~RunningPieceOf() { detail::threadState().scheduler = outer_; }
+      : outer_(std::exchange(detail::executionState().scheduler, &scheduler)) {}
+  ~RunningPieceOf() { detail::executionState().scheduler = outer_; }
   RunningPieceOf(const RunningPieceOf&) = delete;
   RunningPieceOf& operator=(const RunningPieceOf&) = delete;
 

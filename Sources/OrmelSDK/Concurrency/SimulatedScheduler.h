@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "OrmelSDK/Base/Error.h"
 #include "OrmelSDK/Concurrency/Scheduler.h"
 #include "OrmelSDK/Concurrency/TimerQueue.h"
-#include "OrmelSDK/Error.h"
 
 namespace ormel {
 

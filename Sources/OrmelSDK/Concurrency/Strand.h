@@ -29,7 +29,7 @@ class StrandAwaiter : public PlaceAware {
   void await_suspend(std::coroutine_handle<Promise> coroutine) noexcept {
     if constexpr (std::is_base_of_v<TaskPromiseBase, Promise>) keepPlaceBeforeLeaving(coroutine.promise());
     item_.coroutine = coroutine;
-    const LeavingThread leaving(isEndOfPiece());
+    const ThreadHandoff leaving(isEndOfPiece());
     strand_.post(item_);
   }
   void await_resume() const noexcept {}

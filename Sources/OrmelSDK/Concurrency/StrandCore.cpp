@@ -45,13 +45,13 @@ void StrandCore::postFromOutside(WorkItem& item) noexcept {
 }
 
 void StrandCore::run() noexcept {
-  StrandCore* const outer = std::exchange(threadState().strand, this);
+  StrandCore* const outer = std::exchange(executionState().strand, this);
   for (auto left = scheduler_.strandBatch(); left > 0; --left) {
     WorkItem* item = takeNext();
     if (!item) break;
     item->run();
   }
-  threadState().strand = outer;
+  executionState().strand = outer;
   if (becomeIdle()) {
     release();
   } else {

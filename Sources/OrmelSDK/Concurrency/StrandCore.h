@@ -3,9 +3,9 @@
 #include <atomic>
 #include <cstddef>
 
+#include "OrmelSDK/Concurrency/ExecutionState.h"
 #include "OrmelSDK/Concurrency/Ref.h"
 #include "OrmelSDK/Concurrency/Scheduler.h"
-#include "OrmelSDK/Concurrency/ThreadState.h"
 
 namespace ormel::detail {
 
@@ -16,7 +16,7 @@ class StrandCore final : public WorkItem, public RefCounted {
  public:
   StrandCore(Scheduler& scheduler, const char* name) noexcept;
 
-  bool isCurrent() const noexcept { return threadState().strand == this; }
+  bool isCurrent() const noexcept { return executionState().strand == this; }
   Scheduler& scheduler() const noexcept { return scheduler_; }
 
   void post(WorkItem& item) noexcept;

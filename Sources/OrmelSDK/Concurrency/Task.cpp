@@ -3,7 +3,7 @@
 #include <condition_variable>
 #include <mutex>
 
-#include "OrmelSDK/FatalError.h"
+#include "OrmelSDK/Base/FatalError.h"
 
 namespace ormel::detail {
 
@@ -36,7 +36,7 @@ Place placeOfStart(const TaskPromiseBase& promise) noexcept {
 }  // namespace
 
 void keepPlaceBeforeLeaving(TaskPromiseBase& promise) {
-  if (!promise.leftStrand) promise.leftStrand = Ref<StrandCore>(threadState().strand);
+  if (!promise.leftStrand) promise.leftStrand = Ref<StrandCore>(executionState().strand);
 }
 
 void startAwaited(TaskPromiseBase& promise, std::coroutine_handle<> coroutine, Completion& completion) noexcept {

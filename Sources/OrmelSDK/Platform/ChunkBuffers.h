@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "OrmelSDK/ByteBuffer.h"
+#include "OrmelSDK/Base/ByteBuffer.h"
 
 namespace ormel::detail {
 

@@ -3,7 +3,7 @@
 #include <errno.h>
 #include <unistd.h>
 
-#include "OrmelSDK/Concurrency/ThreadState.h"
+#include "OrmelSDK/Concurrency/ExecutionState.h"
 #include "OrmelSDK/Platform/ChunkBuffers.h"
 #include "OrmelSDK/Platform/WatchedDescriptor.h"
 
@@ -61,7 +61,7 @@ void DescriptorReader::waitLocked() {
 }
 
 void DescriptorReader::readWhatIsThere() {
-  const LeavingThread leaving;
+  const ThreadHandoff leaving;
   for (int chunks = 0; chunks < chunksPerTurn; ++chunks) {
     const auto handlers = handlersIfReadable();
     if (!handlers) return;

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <asio/post.hpp>
 
-#include "OrmelSDK/Platform/IORuntime.h"
+#include "OrmelSDK/Concurrency/ExecutionState.h"
 #include "OrmelSDK/Platform/WatchedDescriptor.h"
 
 namespace ormel::detail {
@@ -34,7 +34,7 @@ void DescriptorWriter::write(std::string bytes) {
     busy_ = true;
   }
   // On a thread that does not block SIGPIPE a dead child would end the application.
-  if (IORuntime::isPoolThread()) return writeQueued(1);
+  if (executionState().isPoolThread) return writeQueued(1);
   asio::post(context_, [self = shared_from_this()] { self->writeQueued(writesPerTurn); });
 }
 

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "OrmelSDK/Concurrency/ExecutionState.h"
 #include "OrmelSDK/Platform/AllSignalsBlocked.h"
 
 namespace ormel::detail {
@@ -9,8 +10,6 @@ namespace ormel::detail {
 namespace {
 
 constexpr int threadCount = 2;
-
-thread_local bool onPoolThread = false;
 
 }  // namespace
 
@@ -31,13 +30,11 @@ IORuntime& IORuntime::shared() {
   return runtime;
 }
 
-bool IORuntime::isPoolThread() noexcept { return onPoolThread; }
-
 IORuntime::IORuntime() : process_(::getpid()), work_(context_.get_executor()) {
   const AllSignalsBlocked blocked;
   for (int started = 0; started < threadCount; ++started) {
     threads_.emplace_back([this] {
-      onPoolThread = true;
+      executionState().isPoolThread = true;
       context_.run();
     });
   }

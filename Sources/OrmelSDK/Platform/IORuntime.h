@@ -25,9 +25,6 @@ class IORuntime {
   /// Work that is posted here runs on any thread of the pool, in no order. It must not block.
   asio::io_context& context() noexcept { return context_; }
 
-  /// Whether the calling thread belongs to the pool.
-  static bool isPoolThread() noexcept;
-
   IORuntime(const IORuntime&) = delete;
   IORuntime& operator=(const IORuntime&) = delete;
 

@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "OrmelSDK/ByteBuffer.h"
+#include "OrmelSDK/Base/ByteBuffer.h"
 
 namespace ormel::detail {
 

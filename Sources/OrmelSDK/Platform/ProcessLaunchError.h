@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "OrmelSDK/Error.h"
+#include "OrmelSDK/Base/Error.h"
 
 namespace ormel::detail {
 

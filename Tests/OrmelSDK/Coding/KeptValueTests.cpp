@@ -6,12 +6,12 @@
 #include <variant>
 #include <vector>
 
-#include "OrmelSDK/AppServerRun/ThreadItemParsing.h"
-#include "OrmelSDK/ApprovalDecision.h"
-#include "OrmelSDK/JSONStorage.h"
-#include "OrmelSDK/JSONValue.h"
-#include "OrmelSDK/RecordCoding.h"
-#include "OrmelSDK/ThreadItem.h"
+#include "OrmelSDK/AppServerRun/Parsing/ThreadItemParsing.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/Handlers/ApprovalDecision.h"
+#include "OrmelSDK/Items/ThreadItem.h"
+#include "OrmelSDK/JSON/JSONStorage.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel::coding {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "OrmelSDK/JSONStorage.h"
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/JSON/JSONStorage.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel::coding {
 

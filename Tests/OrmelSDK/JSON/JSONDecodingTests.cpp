@@ -14,9 +14,9 @@
 #include <utility>
 #include <vector>
 
-#include "OrmelSDK/CodingErrors.h"
-#include "OrmelSDK/JSONDecoding.h"
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/JSON/CodingErrors.h"
+#include "OrmelSDK/JSON/JSONDecoding.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace {
 

@@ -13,10 +13,10 @@
 #include <utility>
 #include <vector>
 
-#include "OrmelSDK/ByteBuffer.h"
-#include "OrmelSDK/CodingErrors.h"
-#include "OrmelSDK/JSONEncoding.h"
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/Base/ByteBuffer.h"
+#include "OrmelSDK/JSON/CodingErrors.h"
+#include "OrmelSDK/JSON/JSONEncoding.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace {
 

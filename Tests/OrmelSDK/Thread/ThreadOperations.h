@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "OrmelSDK/AbortSignal.h"
+#include "OrmelSDK/Options/AbortSignal.h"
 #include "OrmelSDK/Thread.h"
 #include "Support/SimulatedThread.h"
 

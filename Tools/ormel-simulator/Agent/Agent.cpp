@@ -7,8 +7,8 @@
 #include <system_error>
 #include <utility>
 
-#include "OrmelSDK/Error.h"
-#include "OrmelSDK/UUID.h"
+#include "OrmelSDK/Base/Error.h"
+#include "OrmelSDK/Base/UUID.h"
 #include "ormel-simulator/Agent/InputText.h"
 #include "ormel-simulator/Agent/JSONMembers.h"
 #include "ormel-simulator/Agent/TurnScripts.h"

@@ -8,7 +8,7 @@
 #include "ormel-simulator/Agent/AgentSettings.h"
 #include "ormel-simulator/Agent/AgentThreadStore.h"
 #include "ormel-simulator/Agent/AgentTurn.h"
-#include "ormel-simulator/Scenario.h"
+#include "ormel-simulator/Scenario/Scenario.h"
 
 namespace ormel::simulator {
 

@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "OrmelSDK/JSONValue.h"
-#include "ormel-simulator/Message.h"
-#include "ormel-simulator/Recorder.h"
-#include "ormel-simulator/Wire.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+#include "ormel-simulator/Scenario/Message.h"
+#include "ormel-simulator/Scenario/Recorder.h"
+#include "ormel-simulator/Scenario/Wire.h"
 
 namespace ormel::simulator {
 

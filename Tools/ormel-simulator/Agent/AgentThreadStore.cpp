@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-#include "OrmelSDK/Error.h"
+#include "OrmelSDK/Base/Error.h"
 
 namespace ormel::simulator {
 

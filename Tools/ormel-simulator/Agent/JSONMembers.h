@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel::simulator {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel::simulator {
 

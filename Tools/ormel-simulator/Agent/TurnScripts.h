@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/JSON/JSONValue.h"
 #include "ormel-simulator/Agent/AgentTurn.h"
 #include "ormel-simulator/Agent/ScriptArgument.h"
 

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "OrmelSDK/Base/ByteBuffer.h"
+#include "OrmelSDK/Concurrency/EventChannel.h"
+#include "OrmelSDK/Platform/PipeReader.h"
+
+namespace ormel::detail {
+
+/// What is told about a pipe's reading, on threads of the pool, before the consumer of the chunks can see it. Must be
+/// cheap and must not throw.
+struct AppServerOutputChunkCallbacks {
+  AppServerOutputChunkCallbacks() = default;
+
+  /// Before bytes are taken out of the pipe.
+  std::function<void()> onReadStart;
+  /// Before a chunk is yielded.
+  std::function<void()> onChunkEnqueued;
+  /// Before the channel is finished.
+  std::function<void()> onEOF;
+};
+
+/// Reads a pipe into a channel, chunk by chunk as they come, and finishes the channel at the end of file. A consumer
+/// that goes away stops the reading.
+EventChannel<ByteBuffer> appServerOutputChunks(
+    const std::shared_ptr<PipeReader>& from, AppServerOutputChunkCallbacks callbacks = AppServerOutputChunkCallbacks());
+
+}  // namespace ormel::detail

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "OrmelSDK/Options/OrmelOptions.h"
+
+namespace ormel::detail {
+
+/// Whether there is anything to assess before the server executable may be started.
+bool needsVetting(const OrmelOptions& options) noexcept;
+
+/// Fails with `OrmelProcessError` of the kind `untrustedExecutable` unless the server executable at `path` may be
+/// started. The application's own assessment decides if there is one; else an executable that the caller named is the
+/// caller's own choice, and any other is assessed by the system's tools. An assessment that throws rejects.
+///
+/// *Blocking*: as long as the assessment takes; see `OrmelExecutableTrustPolicy`.
+void requireTrustedExecutable(const std::string& path, const OrmelOptions& options);
+
+}  // namespace ormel::detail

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "OrmelSDK/JSON/JSONValue.h"
+#include "OrmelSDK/Options/ThreadOptions.h"
+
+namespace ormel::detail {
+
+/// What a client tells the server that it can do.
+struct AppServerInitializeCapabilities {
+  bool experimentalAPI = false;
+  /// The client answers requests for attestation tokens.
+  bool requestAttestation = false;
+  /// The client takes elicitation forms in Velnor's dialect.
+  bool mcpServerVelnorFormElicitation = false;
+  /// Notifications that the server need not send. An empty list is sent, unlike an absent one.
+  std::optional<std::vector<std::string>> optOutNotificationMethods;
+
+  /// Of a client that only manages, and would throw away what turns stream.
+  static AppServerInitializeCapabilities forManagement();
+
+  /// Of a client that runs turns with these options.
+  static AppServerInitializeCapabilities forTurns(const ThreadOptions& threadOptions);
+
+  /// The object that is sent.
+  JSONValue jsonObject() const;
+
+  friend bool operator==(const AppServerInitializeCapabilities&, const AppServerInitializeCapabilities&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const AppServerInitializeCapabilities& value);
+};
+
+/// The params of "initialize".
+JSONValue appServerInitializeParams(const AppServerInitializeCapabilities& capabilities);
+
+}  // namespace ormel::detail

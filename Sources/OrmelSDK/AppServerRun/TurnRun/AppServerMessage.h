@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "OrmelSDK/AppServerRun/Framing/AppServerRequestID.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+
+namespace ormel::detail {
+
+// The payload of what follows is the whole message, and `method` a part of it.
+
+/// The server asks the client for something.
+struct ServerRequestMessage {
+  std::string_view method;
+  JSONValue payload;
+};
+
+/// The server tells something.
+struct ServerNotificationMessage {
+  std::string_view method;
+  JSONValue payload;
+};
+
+/// The answer to a request of the client.
+struct ResponseMessage {
+  AppServerRequestID id;
+  JSONValue result;
+};
+
+/// The refusal of a request of the client; the code of the error is of no use to a run.
+struct ErrorResponseMessage {
+  AppServerRequestID id;
+  std::string message;
+};
+
+using AppServerMessage =
+    std::variant<ServerRequestMessage, ServerNotificationMessage, ResponseMessage, ErrorResponseMessage>;
+
+/// Tells what a line of the server is. Fails with `ThreadRunError` of the kind `streamError` if it is nothing that the
+/// protocol knows, or the bare report of an error.
+AppServerMessage classifiedAppServerMessage(JSONValue payload);
+
+}  // namespace ormel::detail

@@ -1,0 +1,88 @@
+#include "OrmelSDK/AppServerRun/TurnRun/RunStream.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "OrmelSDK/Base/CheckedCounter.h"
+#include "OrmelSDK/Base/ThreadRunError.h"
+
+namespace ormel::detail {
+
+namespace {
+
+ThreadRunError noLongerCurrent() {
+  return ThreadRunError::streamError("Prepared app-server operation is no longer current");
+}
+
+void endProducer(const EventProducer<ThreadEvent>& producer, const StreamCompletion& completion) {
+  if (auto error = completion.streamError()) {
+    producer.fail(std::move(error));
+  } else {
+    producer.finish();
+  }
+}
+
+}  // namespace
+
+std::uint64_t RunStream::begin() {
+  incrementCounter(operationGeneration_);
+  currentOperationGeneration_ = operationGeneration_;
+  return operationGeneration_;
+}
+
+void RunStream::requireNoOperation() const {
+  if (currentOperationGeneration_) throw ThreadRunError::streamError("An app-server operation is already active");
+}
+
+void RunStream::reset() {
+  completion_ = StreamCompletion();
+  send();
+  eventContinuation_.reset();
+  unsent_.clear();
+}
+
+void RunStream::requireCurrent(std::uint64_t operationGeneration) const {
+  if (!isCurrent(operationGeneration)) throw noLongerCurrent();
+}
+
+bool RunStream::isCurrentOrElseEnded(std::uint64_t operationGeneration) const {
+  if (currentOperationGeneration_ == operationGeneration) return true;
+  const bool hasEnded = operationGeneration != 0 && operationGeneration_ >= operationGeneration &&
+                        completedOperationGenerationHighWaterMark_ >= operationGeneration;
+  if (!hasEnded) throw noLongerCurrent();
+  return false;
+}
+
+void RunStream::attach(EventProducer<ThreadEvent> producer, std::uint64_t operationGeneration) {
+  if (currentOperationGeneration_ != operationGeneration) {
+    producer.fail(noLongerCurrent());
+    return;
+  }
+  send();
+  eventContinuation_ = std::move(producer);
+  send();
+}
+
+void RunStream::send() {
+  if (!eventContinuation_ || unsent_.empty()) return;
+  gathered_ *= 4;
+  eventContinuation_->yieldAll(std::exchange(unsent_, {}));
+}
+
+void RunStream::close(StreamCompletion completion, std::optional<std::uint64_t> operationGeneration) {
+  completion_ = std::move(completion);
+  if (operationGeneration) {
+    completedOperationGenerationHighWaterMark_ =
+        std::max(completedOperationGenerationHighWaterMark_, *operationGeneration);
+  }
+  currentOperationGeneration_.reset();
+}
+
+void RunStream::endChannel() {
+  if (!eventContinuation_) return;
+  send();
+  endProducer(*eventContinuation_, completion_);
+  eventContinuation_.reset();
+}
+
+}  // namespace ormel::detail

@@ -1,0 +1,40 @@
+#pragma once
+
+// What the server is answered. Nothing is granted by default: without a handler, or when it fails, or when it answers
+// what was not offered, the answer is the most restrictive one that the request allows.
+//
+// Each task calls the application's handler. It fails only where there is nothing restrictive to say.
+
+#include <optional>
+
+#include "OrmelSDK/Concurrency/Task.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+#include "OrmelSDK/Options/ThreadOptions.h"
+
+namespace ormel::detail {
+
+/// The most restrictive of the decisions that are offered.
+OrmelApprovalDecision failClosedDecision(const std::vector<OrmelApprovalDecision>& availableDecisions);
+
+Task<JSONValue> answerToCommandApproval(decltype(ThreadOptions::commandApprovalHandler) handler,
+                                        CommandApprovalRequest request);
+Task<JSONValue> answerToFileChangeApproval(decltype(ThreadOptions::fileChangeApprovalHandler) handler,
+                                           FileChangeApprovalRequest request);
+Task<JSONValue> answerToPermissionsApproval(decltype(ThreadOptions::permissionsApprovalHandler) handler,
+                                            PermissionsApprovalRequest request);
+
+/// Without a request, the cancelling answer.
+Task<JSONValue> answerToElicitation(decltype(ThreadOptions::mcpServerElicitationHandler) handler,
+                                    std::optional<McpServerElicitationRequest> request);
+
+/// `tools` are those that the application lends; a call of another one is answered by its failure.
+Task<JSONValue> answerToDynamicToolCall(decltype(ThreadOptions::dynamicTools) tools, DynamicToolCallContext call);
+
+/// Fails as the handler does: tokens cannot be refused.
+Task<JSONValue> answerToAuthTokensRefresh(
+    AsyncHandler<ParlaneAuthTokensRefreshResponse(ParlaneAuthTokensRefreshRequest)> handler,
+    ParlaneAuthTokensRefreshRequest request);
+
+Task<JSONValue> answerToAttestation(decltype(ThreadOptions::attestationGenerateHandler) handler);
+
+}  // namespace ormel::detail

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "OrmelSDK/Base/Error.h"
+
+namespace ormel {
+
+/// Why a run failed. `what()` is the text that the case was made with, and nothing else.
+///
+/// *Thread safety*: immutable; may be copied and read from any thread.
+class ThreadRunError : public Error {
+ public:
+  enum class Kind {
+    /// The server reports that the turn failed; the process behind the run is sound.
+    turnFailed,
+    /// The stream to the server is broken, or the server broke the protocol.
+    streamError,
+  };
+
+  static ThreadRunError turnFailed(std::string message) { return {Kind::turnFailed, std::move(message)}; }
+  static ThreadRunError streamError(std::string message) { return {Kind::streamError, std::move(message)}; }
+
+  Kind kind() const noexcept { return kind_; }
+
+  friend bool operator==(const ThreadRunError& left, const ThreadRunError& right) {
+    return left.kind_ == right.kind_ && left.description() == right.description();
+  }
+
+ private:
+  ThreadRunError(Kind kind, std::string message) : Error(std::move(message)), kind_(kind) {}
+
+  Kind kind_;
+};
+
+}  // namespace ormel

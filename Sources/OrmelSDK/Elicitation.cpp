@@ -1,9 +1,0 @@
-#include "OrmelSDK/Elicitation.h"
-
-#include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/ElicitationTables.h"
-
-ORMEL_DEFINE_ENUMERATION(McpServerElicitationAction)
-ORMEL_DEFINE_PRINTED_BY(McpServerElicitationMode, encodeVariant)
-ORMEL_DEFINE_PRINTED_RECORD(McpServerElicitationRequest)
-ORMEL_DEFINE_PRINTED_RECORD(McpServerElicitationResponse)

@@ -1,8 +1,0 @@
-#include "OrmelSDK/EmptyResponses.h"
-
-#include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/EmptyResponsesTables.h"
-
-ORMEL_DEFINE_RECORD(EmptyRPCResponse)
-ORMEL_DEFINE_RECORD(ConfigWriteAck)
-ORMEL_DEFINE_RECORD(ThreadSettingsUpdateResponse)

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <optional>
+#include <string>
+
+#include "OrmelSDK/Coding/RecordCoding.h"
+
+// Every type here has a JSON form.
+namespace ormel {
+
+/// How far a review is. Read without regard to case, "_" and "-". Any other word is `aborted`: a status that nobody
+/// knows must not pass for an approval.
+enum class GuardianApprovalReviewStatus { inProgress, approved, denied, timedOut, aborted };
+std::ostream& operator<<(std::ostream& stream, const GuardianApprovalReviewStatus& value);
+
+enum class GuardianRiskLevel { low, medium, high, critical };
+std::ostream& operator<<(std::ostream& stream, const GuardianRiskLevel& value);
+
+/// How surely the user has authorised an action.
+enum class GuardianUserAuthorization { unknown, low, medium, high };
+std::ostream& operator<<(std::ostream& stream, const GuardianUserAuthorization& value);
+
+/// Who decided.
+enum class AutoReviewDecisionSource { agent };
+std::ostream& operator<<(std::ostream& stream, const AutoReviewDecisionSource& value);
+
+/// The guardian's judgement of an action.
+struct GuardianApprovalReview {
+  GuardianApprovalReviewStatus status = GuardianApprovalReviewStatus::aborted;
+  std::optional<std::int64_t> riskScore;
+  std::optional<GuardianRiskLevel> riskLevel;
+  std::optional<GuardianUserAuthorization> userAuthorization;
+  std::optional<std::string> rationale;
+  friend bool operator==(const GuardianApprovalReview&, const GuardianApprovalReview&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const GuardianApprovalReview& value);
+};
+
+}  // namespace ormel

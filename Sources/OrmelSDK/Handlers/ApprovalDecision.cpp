@@ -1,0 +1,20 @@
+#include "OrmelSDK/Handlers/ApprovalDecision.h"
+
+#include "OrmelSDK/Coding/RecordCodec.h"
+#include "OrmelSDK/Handlers/ApprovalDecisionTables.h"
+
+namespace ormel::coding {
+
+namespace {
+
+void decodeDecision(OrmelApprovalDecision& into, const JSONValue& value, const CodingPath& path) {
+  Codec<JSONValue>::decodeInto(into.jsonValue, value, path);
+}
+
+JSONValue encodeDecision(const OrmelApprovalDecision& decision) { return decision.jsonValue; }
+
+}  // namespace
+
+}  // namespace ormel::coding
+
+ORMEL_DEFINE_CODEC_BY(OrmelApprovalDecision, decodeDecision, encodeDecision)

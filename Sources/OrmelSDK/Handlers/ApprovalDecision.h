@@ -1,0 +1,33 @@
+#pragma once
+
+#include <iosfwd>
+#include <utility>
+
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+
+namespace ormel {
+
+/// The answer to a request for approval. Any JSON value can be one, so that what a server offers passes through
+/// unchanged; the usual ones are constants. Has a JSON form, the value itself.
+struct OrmelApprovalDecision {
+  JSONValue jsonValue;
+
+  OrmelApprovalDecision() = default;
+  OrmelApprovalDecision(JSONValue decision) : jsonValue(std::move(decision)) {}
+
+  static const OrmelApprovalDecision accept;
+  static const OrmelApprovalDecision acceptForSession;
+  static const OrmelApprovalDecision decline;
+  static const OrmelApprovalDecision cancel;
+
+  friend bool operator==(const OrmelApprovalDecision&, const OrmelApprovalDecision&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const OrmelApprovalDecision& value);
+};
+
+inline const OrmelApprovalDecision OrmelApprovalDecision::accept(JSONValue("accept"));
+inline const OrmelApprovalDecision OrmelApprovalDecision::acceptForSession(JSONValue("acceptForSession"));
+inline const OrmelApprovalDecision OrmelApprovalDecision::decline(JSONValue("decline"));
+inline const OrmelApprovalDecision OrmelApprovalDecision::cancel(JSONValue("cancel"));
+
+}  // namespace ormel

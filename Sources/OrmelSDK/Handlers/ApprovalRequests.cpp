@@ -1,0 +1,10 @@
+#include "OrmelSDK/Handlers/ApprovalRequests.h"
+
+#include "OrmelSDK/Coding/RecordCodec.h"
+#include "OrmelSDK/Handlers/ApprovalRequestsTables.h"
+
+ORMEL_DEFINE_PUBLIC_CODING(CommandApprovalKind)
+ORMEL_DEFINE_PRINTED_RECORD(CommandApprovalRequest)
+ORMEL_DEFINE_PRINTED_RECORD(FileChangeApprovalRequest)
+ORMEL_DEFINE_PRINTED_RECORD(PermissionsApprovalRequest)
+ORMEL_DEFINE_PRINTED_RECORD(PermissionsApprovalResponse)

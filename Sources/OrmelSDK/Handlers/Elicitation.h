@@ -1,0 +1,98 @@
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+
+#include "OrmelSDK/Base/Visit.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+
+// What an MCP server asks the user, by way of the agent server.
+namespace ormel {
+
+/// A form to fill in.
+struct McpServerElicitationForm {
+  /// What the user reads.
+  std::string message;
+  /// The JSON schema of the answer.
+  JSONValue requestedSchema;
+  std::optional<JSONValue> metadata;
+  friend bool operator==(const McpServerElicitationForm&, const McpServerElicitationForm&) = default;
+};
+
+/// A form of the MCP standard.
+struct McpServerFormElicitation : McpServerElicitationForm {
+  friend bool operator==(const McpServerFormElicitation&, const McpServerFormElicitation&) = default;
+};
+
+/// A form in Velnor's dialect, sent only to applications that support it.
+struct McpServerVelnorFormElicitation : McpServerElicitationForm {
+  friend bool operator==(const McpServerVelnorFormElicitation&, const McpServerVelnorFormElicitation&) = default;
+};
+
+/// A page to visit.
+struct McpServerURLElicitation {
+  /// What the user reads.
+  std::string message;
+  std::string url;
+  std::string elicitationID;
+  std::optional<JSONValue> metadata;
+  friend bool operator==(const McpServerURLElicitation&, const McpServerURLElicitation&) = default;
+};
+
+/// How the user is asked. Use `visit` to tell the cases apart; a function of `McpServerElicitationForm` takes both
+/// kinds of form.
+struct McpServerElicitationMode {
+  std::variant<McpServerFormElicitation, McpServerVelnorFormElicitation, McpServerURLElicitation> value;
+
+  McpServerElicitationMode() = default;
+  McpServerElicitationMode(McpServerFormElicitation mode) : value(std::move(mode)) {}
+  McpServerElicitationMode(McpServerVelnorFormElicitation mode) : value(std::move(mode)) {}
+  McpServerElicitationMode(McpServerURLElicitation mode) : value(std::move(mode)) {}
+
+  static McpServerElicitationMode form(std::string message, JSONValue requestedSchema,
+                                       std::optional<JSONValue> metadata = std::nullopt) {
+    return McpServerFormElicitation{{std::move(message), std::move(requestedSchema), std::move(metadata)}};
+  }
+  static McpServerElicitationMode velnorForm(std::string message, JSONValue requestedSchema,
+                                             std::optional<JSONValue> metadata = std::nullopt) {
+    return McpServerVelnorFormElicitation{{std::move(message), std::move(requestedSchema), std::move(metadata)}};
+  }
+  static McpServerElicitationMode url(std::string message, std::string url, std::string elicitationID,
+                                      std::optional<JSONValue> metadata = std::nullopt) {
+    return McpServerURLElicitation{std::move(message), std::move(url), std::move(elicitationID), std::move(metadata)};
+  }
+
+  friend bool operator==(const McpServerElicitationMode&, const McpServerElicitationMode&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const McpServerElicitationMode& value);
+};
+
+/// A question of an MCP server.
+struct McpServerElicitationRequest {
+  std::string threadID;
+  /// Absent when the question belongs to no turn.
+  std::optional<std::string> turnID;
+  std::string serverName;
+  McpServerElicitationMode mode;
+  friend bool operator==(const McpServerElicitationRequest&, const McpServerElicitationRequest&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const McpServerElicitationRequest& value);
+};
+
+/// What the user did with the question. Has a JSON form.
+enum class McpServerElicitationAction { accept, decline, cancel };
+std::ostream& operator<<(std::ostream& stream, const McpServerElicitationAction& value);
+
+/// The user's answer.
+struct McpServerElicitationResponse {
+  McpServerElicitationAction action = McpServerElicitationAction::cancel;
+  /// The filled-in form.
+  std::optional<JSONValue> content;
+  std::optional<JSONValue> metadata;
+  friend bool operator==(const McpServerElicitationResponse&, const McpServerElicitationResponse&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const McpServerElicitationResponse& value);
+};
+
+}  // namespace ormel

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+
+#include "OrmelSDK/Coding/RecordCoding.h"
+
+namespace ormel {
+
+/// Why tokens are needed. Has a JSON form.
+enum class ParlaneAuthTokensRefreshReason { unauthorized };
+std::ostream& operator<<(std::ostream& stream, const ParlaneAuthTokensRefreshReason& value);
+
+/// The server needs new tokens of a Parlane account.
+struct ParlaneAuthTokensRefreshRequest {
+  ParlaneAuthTokensRefreshReason reason = ParlaneAuthTokensRefreshReason::unauthorized;
+  /// The account whose tokens have expired.
+  std::optional<std::string> previousAccountID;
+  friend bool operator==(const ParlaneAuthTokensRefreshRequest&, const ParlaneAuthTokensRefreshRequest&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ParlaneAuthTokensRefreshRequest& value);
+};
+
+/// The new tokens. Printing shows everything but the access token.
+struct ParlaneAuthTokensRefreshResponse {
+  std::string accessToken;
+  std::string parlaneAccountID;
+  std::optional<std::string> parlanePlanType;
+  friend bool operator==(const ParlaneAuthTokensRefreshResponse&, const ParlaneAuthTokensRefreshResponse&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ParlaneAuthTokensRefreshResponse& value);
+};
+
+}  // namespace ormel

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+#include "OrmelSDK/Coding/RecordCoding.h"
+
+// Every type here has a JSON form.
+namespace ormel {
+
+/// How far a piece of context is to be trusted.
+enum class AdditionalContextKind {
+  /// It may hold anything, and gives no orders.
+  untrusted,
+  /// It comes from the application itself.
+  application,
+};
+std::ostream& operator<<(std::ostream& stream, const AdditionalContextKind& value);
+
+/// Context that a turn is given beside the user's input.
+struct AdditionalContextEntry {
+  std::string value;
+  AdditionalContextKind kind = AdditionalContextKind::untrusted;
+  friend bool operator==(const AdditionalContextEntry&, const AdditionalContextEntry&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const AdditionalContextEntry& value);
+};
+
+}  // namespace ormel

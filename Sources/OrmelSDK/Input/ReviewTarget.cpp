@@ -1,0 +1,28 @@
+#include "OrmelSDK/Input/ReviewTarget.h"
+
+#include "OrmelSDK/Coding/RecordCodec.h"
+#include "OrmelSDK/Input/ReviewTargetTables.h"
+
+namespace ormel::coding {
+
+namespace {
+
+JSONValue encodeReviewTarget(const ReviewTarget& target) {
+  return visit(
+      target, [](const ReviewUncommittedChanges&) { return JSONValue::object({{"type", "uncommittedChanges"}}); },
+      [](const ReviewBaseBranch& base) { return JSONValue::object({{"type", "baseBranch"}, {"branch", base.branch}}); },
+      [](const ReviewCommit& commit) {
+        const JSONValue title = commit.title ? JSONValue(*commit.title) : JSONValue();
+        return JSONValue::object({{"type", "commit"}, {"sha", commit.sha}, {"title", title}});
+      },
+      [](const ReviewCustom& custom) {
+        return JSONValue::object({{"type", "custom"}, {"instructions", custom.instructions}});
+      });
+}
+
+}  // namespace
+
+}  // namespace ormel::coding
+
+ORMEL_DEFINE_ENUMERATION(ReviewDelivery)
+ORMEL_DEFINE_PRINTED_BY(ReviewTarget, encodeReviewTarget)

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+
+#include "OrmelSDK/Base/Visit.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
+
+namespace ormel {
+
+/// Where a review takes place. Has a JSON form, a bare string.
+enum class ReviewDelivery {
+  /// In the thread that is reviewed.
+  inline_,
+  /// In a thread of its own.
+  detached,
+};
+std::ostream& operator<<(std::ostream& stream, const ReviewDelivery& value);
+
+/// The changes against another branch.
+struct ReviewBaseBranch {
+  std::string branch;
+  friend bool operator==(const ReviewBaseBranch&, const ReviewBaseBranch&) = default;
+};
+
+/// The changes of one commit.
+struct ReviewCommit {
+  std::string sha;
+  /// The first line of its message, if known.
+  std::optional<std::string> title;
+  friend bool operator==(const ReviewCommit&, const ReviewCommit&) = default;
+};
+
+/// Whatever the instructions name.
+struct ReviewCustom {
+  std::string instructions;
+  friend bool operator==(const ReviewCustom&, const ReviewCustom&) = default;
+};
+
+/// What the working directory holds and no commit does.
+struct ReviewUncommittedChanges {
+  friend bool operator==(const ReviewUncommittedChanges&, const ReviewUncommittedChanges&) = default;
+};
+
+/// What a review looks at. Use `visit` to tell the cases apart.
+struct ReviewTarget {
+  std::variant<ReviewUncommittedChanges, ReviewBaseBranch, ReviewCommit, ReviewCustom> value;
+
+  ReviewTarget() = default;
+  ReviewTarget(ReviewUncommittedChanges target) : value(target) {}
+  ReviewTarget(ReviewBaseBranch target) : value(std::move(target)) {}
+  ReviewTarget(ReviewCommit target) : value(std::move(target)) {}
+  ReviewTarget(ReviewCustom target) : value(std::move(target)) {}
+
+  static ReviewTarget uncommittedChanges() { return {}; }
+  static ReviewTarget baseBranch(std::string branch) { return ReviewBaseBranch{std::move(branch)}; }
+  static ReviewTarget commit(std::string sha, std::optional<std::string> title = std::nullopt) {
+    return ReviewCommit{std::move(sha), std::move(title)};
+  }
+  static ReviewTarget custom(std::string instructions) { return ReviewCustom{std::move(instructions)}; }
+
+  friend bool operator==(const ReviewTarget&, const ReviewTarget&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ReviewTarget& value);
+};
+
+}  // namespace ormel

@@ -1,8 +1,0 @@
-#include "OrmelSDK/ItemEvents.h"
-
-#include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/ItemEventsTables.h"
-
-ORMEL_DEFINE_RECORD(ItemStartedEvent)
-ORMEL_DEFINE_RECORD(ItemUpdatedEvent)
-ORMEL_DEFINE_RECORD(ItemCompletedEvent)

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "OrmelSDK/Base/Visit.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+
+namespace ormel {
+
+/// How a tool call goes. Read without regard to case, "_" and "-"; a word that is not known is `failed`.
+enum class DynamicToolCallStatus { inProgress, completed, failed };
+std::ostream& operator<<(std::ostream& stream, const DynamicToolCallStatus& value);
+
+/// Text for the model.
+struct DynamicToolCallOutputText {
+  std::string text;
+  friend bool operator==(const DynamicToolCallOutputText&, const DynamicToolCallOutputText&) = default;
+};
+
+/// An image for the model, at a URL.
+struct DynamicToolCallOutputImage {
+  std::string imageURL;
+  friend bool operator==(const DynamicToolCallOutputImage&, const DynamicToolCallOutputImage&) = default;
+};
+
+/// One part of what a tool gives back. Use `visit` to tell the cases apart. Has a JSON form.
+struct DynamicToolCallOutputContentItem {
+  std::variant<DynamicToolCallOutputText, DynamicToolCallOutputImage> value;
+
+  DynamicToolCallOutputContentItem() = default;
+  DynamicToolCallOutputContentItem(DynamicToolCallOutputText part) : value(std::move(part)) {}
+  DynamicToolCallOutputContentItem(DynamicToolCallOutputImage part) : value(std::move(part)) {}
+
+  static DynamicToolCallOutputContentItem inputText(std::string text) {
+    return DynamicToolCallOutputText{std::move(text)};
+  }
+  static DynamicToolCallOutputContentItem inputImage(std::string imageURL) {
+    return DynamicToolCallOutputImage{std::move(imageURL)};
+  }
+
+  friend bool operator==(const DynamicToolCallOutputContentItem&, const DynamicToolCallOutputContentItem&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const DynamicToolCallOutputContentItem& value);
+};
+
+/// A call of a tool that the application lends to the model. Has a JSON form, which does not tell its type.
+struct DynamicToolCallItem {
+  std::string id;
+  std::optional<std::string> namespace_;
+  std::string tool;
+  JSONValue arguments;
+  DynamicToolCallStatus status = DynamicToolCallStatus::failed;
+  std::optional<std::vector<DynamicToolCallOutputContentItem>> contentItems;
+  std::optional<std::int64_t> durationMilliseconds;
+  std::optional<bool> success;
+  friend bool operator==(const DynamicToolCallItem&, const DynamicToolCallItem&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const DynamicToolCallItem& value);
+};
+
+}  // namespace ormel

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "OrmelSDK/Coding/RecordCoding.h"
+
+namespace ormel {
+
+/// How a change of files goes. Read without regard to case, "_" and "-"; a word that is not known is `failed`.
+enum class PatchApplyStatus { inProgress, completed, failed, declined };
+std::ostream& operator<<(std::ostream& stream, const PatchApplyStatus& value);
+
+/// What happens to a file. Read from a string, or from an object whose `type` is that string.
+enum class PatchChangeKind { add, delete_, update };
+std::ostream& operator<<(std::ostream& stream, const PatchChangeKind& value);
+
+/// The change of one file. Has a JSON form.
+struct FileUpdateChange {
+  std::string path;
+  PatchChangeKind kind = PatchChangeKind::update;
+  friend bool operator==(const FileUpdateChange&, const FileUpdateChange&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const FileUpdateChange& value);
+};
+
+/// Files that the agent changes. Has a JSON form, which does not tell its type.
+struct FileChangeItem {
+  std::string id;
+  std::vector<FileUpdateChange> changes;
+  PatchApplyStatus status = PatchApplyStatus::failed;
+  friend bool operator==(const FileChangeItem&, const FileChangeItem&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const FileChangeItem& value);
+};
+
+}  // namespace ormel

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+
+namespace ormel {
+
+/// How a tool call goes. Read without regard to case, "_" and "-"; a word that is not known is `failed`.
+enum class McpToolCallStatus { inProgress, completed, failed };
+std::ostream& operator<<(std::ostream& stream, const McpToolCallStatus& value);
+
+/// What a tool call gave. Has a JSON form.
+struct McpToolCallResult {
+  std::vector<JSONValue> content;
+  std::optional<JSONValue> structuredContent;
+  std::optional<JSONValue> meta;
+  friend bool operator==(const McpToolCallResult&, const McpToolCallResult&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const McpToolCallResult& value);
+};
+
+/// Why a tool call failed. Has a JSON form.
+struct McpToolCallError {
+  std::string message;
+  friend bool operator==(const McpToolCallError&, const McpToolCallError&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const McpToolCallError& value);
+};
+
+/// The app that a tool belongs to. Has a JSON form.
+struct McpToolCallAppContext {
+  std::string connectorID;
+  std::optional<std::string> linkID;
+  std::optional<std::string> resourceURI;
+  std::optional<std::string> appName;
+  std::optional<std::string> templateID;
+  std::optional<std::string> actionName;
+  friend bool operator==(const McpToolCallAppContext&, const McpToolCallAppContext&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const McpToolCallAppContext& value);
+};
+
+/// A call of a tool of an MCP server. Has a JSON form, which does not tell its type.
+struct McpToolCallItem {
+  std::string id;
+  std::string server;
+  std::string tool;
+  JSONValue arguments;
+  std::optional<std::string> mcpAppResourceURI;
+  std::optional<McpToolCallAppContext> appContext;
+  std::optional<std::string> pluginID;
+  std::optional<McpToolCallResult> result;
+  std::optional<McpToolCallError> error;
+  McpToolCallStatus status = McpToolCallStatus::failed;
+  std::optional<std::int64_t> durationMilliseconds;
+  /// How far the call is, in the tool's words.
+  std::optional<std::string> progressMessage;
+  friend bool operator==(const McpToolCallItem&, const McpToolCallItem&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const McpToolCallItem& value);
+};
+
+}  // namespace ormel

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+
+namespace ormel {
+
+/// A search in the web. Has a JSON form, which does not tell its type.
+struct WebSearchItem {
+  std::string id;
+  std::string query;
+  /// What the search did, in the server's own words.
+  std::optional<JSONValue> action;
+  friend bool operator==(const WebSearchItem&, const WebSearchItem&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const WebSearchItem& value);
+};
+
+/// The agent looked at an image. Has a JSON form, which does not tell its type.
+struct ImageViewItem {
+  std::string id;
+  std::string path;
+  friend bool operator==(const ImageViewItem&, const ImageViewItem&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ImageViewItem& value);
+};
+
+/// The agent made an image. Has a JSON form.
+struct ImageGenerationItem {
+  std::string id;
+  /// In the server's own words.
+  std::string status;
+  std::optional<std::string> revisedPrompt;
+  std::string result;
+  std::optional<std::string> savedPath;
+  friend bool operator==(const ImageGenerationItem&, const ImageGenerationItem&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ImageGenerationItem& value);
+};
+
+}  // namespace ormel

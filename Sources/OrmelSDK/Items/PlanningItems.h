@@ -1,0 +1,51 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/Text/SharedText.h"
+
+namespace ormel {
+
+/// A plan as text. Has a JSON form, which does not tell its type.
+struct PlanItem {
+  std::string id;
+  /// Grows while the plan streams.
+  SharedText text;
+  friend bool operator==(const PlanItem&, const PlanItem&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const PlanItem& value);
+};
+
+/// What the model thought. Has a JSON form.
+struct ReasoningItem {
+  std::string id;
+  std::vector<SharedText> summary;
+  /// Its texts grow while the reasoning streams.
+  std::vector<SharedText> content;
+
+  /// The summary and then the content, one a line. A single text is shared and not copied.
+  SharedText text() const;
+
+  friend bool operator==(const ReasoningItem&, const ReasoningItem&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ReasoningItem& value);
+};
+
+/// One thing to do. Has a JSON form.
+struct TodoItem {
+  std::string text;
+  bool completed = false;
+  friend bool operator==(const TodoItem&, const TodoItem&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const TodoItem& value);
+};
+
+/// The agent's list of things to do. Has a JSON form, which does not tell its type.
+struct TodoListItem {
+  std::string id;
+  std::vector<TodoItem> items;
+  friend bool operator==(const TodoListItem&, const TodoListItem&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const TodoListItem& value);
+};
+
+}  // namespace ormel

@@ -1,0 +1,38 @@
+#include "OrmelSDK/JSON/CodingErrors.h"
+
+#include <utility>
+
+namespace ormel {
+
+namespace {
+
+std::string describe(const DecodingContext& context) {
+  if (!context.underlyingError) return context.debugDescription;
+  return context.debugDescription + " (" + context.underlyingError->description() + ")";
+}
+
+}  // namespace
+
+JSONSyntaxError::JSONSyntaxError(std::string_view reason, std::size_t byteOffset)
+    : Error(std::string(reason) + " at byte " + std::to_string(byteOffset)), reason_(reason), byteOffset_(byteOffset) {}
+
+DecodingError::DecodingError(Kind kind, std::string subject, DecodingContext context)
+    : Error(describe(context)), kind_(kind), subject_(std::move(subject)), context_(std::move(context)) {}
+
+DecodingError DecodingError::typeMismatch(std::string typeName, DecodingContext context) {
+  return DecodingError(Kind::typeMismatch, std::move(typeName), std::move(context));
+}
+
+DecodingError DecodingError::valueNotFound(std::string typeName, DecodingContext context) {
+  return DecodingError(Kind::valueNotFound, std::move(typeName), std::move(context));
+}
+
+DecodingError DecodingError::keyNotFound(std::string key, DecodingContext context) {
+  return DecodingError(Kind::keyNotFound, std::move(key), std::move(context));
+}
+
+DecodingError DecodingError::dataCorrupted(DecodingContext context) {
+  return DecodingError(Kind::dataCorrupted, {}, std::move(context));
+}
+
+}  // namespace ormel

@@ -1,8 +1,0 @@
-#include "OrmelSDK/MediaItems.h"
-
-#include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/MediaItemsTables.h"
-
-ORMEL_DEFINE_RECORD(WebSearchItem)
-ORMEL_DEFINE_RECORD(ImageViewItem)
-ORMEL_DEFINE_RECORD(ImageGenerationItem)

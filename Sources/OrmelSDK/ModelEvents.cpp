@@ -1,9 +1,0 @@
-#include "OrmelSDK/ModelEvents.h"
-
-#include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/ModelEventsTables.h"
-
-ORMEL_DEFINE_RECORD(ModelVerificationEvent)
-ORMEL_DEFINE_RECORD(ModelReroutedEvent)
-ORMEL_DEFINE_RECORD(ModelSafetyBufferingUpdatedEvent)
-ORMEL_DEFINE_RECORD(TurnModerationMetadataEvent)

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "OrmelSDK/Options/OrmelConfigValue.h"
+#include "OrmelSDK/Options/OrmelExecutableTrust.h"
+
+namespace ormel {
+
+/// What the library needs to know to find, vet and start the server.
+///
+/// *Thread safety*: a plain value. The callbacks are called from threads of the library, and may be called from
+/// several at the same time.
+class OrmelOptions {
+ public:
+  OrmelOptions() = default;
+
+  /// The server executable to use. A path that names no executable file is passed over, and the usual places are
+  /// searched. An executable that is chosen this way is not vetted, unless by `executableTrustAssessment`.
+  std::optional<std::string> ormelPathOverride;
+
+  /// Base URL of the model service; it goes ahead of what `config` says. An empty text is passed on too.
+  std::optional<std::string> baseUrl;
+
+  /// API key. It is handed to the server in its environment, never on its command line.
+  std::optional<std::string> apiKey;
+
+  /// Overrides of the server's configuration. The member `features.goals` is always sent as true.
+  std::optional<std::map<std::string, OrmelConfigValue>> config;
+
+  /// The complete environment of the server. If empty, it inherits this process's.
+  std::optional<std::map<std::string, std::string>> env;
+
+  /// Decides, in place of the system's code-signing tools, whether the executable at the given path may be started.
+  std::function<OrmelExecutableTrustAssessment(const std::string& executablePath)> executableTrustAssessment;
+
+  /// Whether the executable in use is the one that `ormelPathOverride` names. Set by `Ormel`, whatever it was.
+  bool selectedOrmelPathOverride = false;
+
+  /// Runs a command of the trust check: its path, then its arguments. If it throws, the executable is rejected.
+  std::function<OrmelExecutableTrustCommandResult(const std::string& command,
+                                                  const std::vector<std::string>& arguments)>
+      trustCommandRunner;
+
+  /// `config` with the features switched on that the library cannot work without.
+  std::map<std::string, OrmelConfigValue> configEnablingRequiredSDKFeatures() const;
+};
+
+}  // namespace ormel

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "OrmelSDK/Input/AdditionalContext.h"
+#include "OrmelSDK/Input/ApprovalMode.h"
+#include "OrmelSDK/Input/ThreadChoices.h"
+#include "OrmelSDK/Input/TurnEnvironment.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+#include "OrmelSDK/Options/AbortSignal.h"
+
+namespace ormel {
+
+/// What an application states for one turn, ahead of the thread's options. Whatever is absent changes nothing.
+///
+/// *Thread safety*: a plain value, whose copies share the signal.
+class TurnOptions {
+ public:
+  TurnOptions() {}
+
+  /// Absolute path of the directory in which the agent works.
+  std::optional<std::string> workingDirectory;
+
+  std::optional<std::vector<std::string>> runtimeWorkspaceRoots;
+
+  /// Passed on to the model service as it is.
+  std::optional<std::map<std::string, std::string>> responsesAPIClientMetadata;
+
+  /// The application's own id for the user's message.
+  std::optional<std::string> clientUserMessageID;
+
+  /// Pieces of context beside the user's input, by name.
+  std::optional<std::map<std::string, AdditionalContextEntry>> additionalContext;
+
+  std::optional<std::vector<TurnEnvironment>> environments;
+  std::optional<ApprovalMode> approvalPolicy;
+  std::optional<ApprovalsReviewer> approvalsReviewer;
+
+  /// The sandbox policy in the server's own words, in place of the one that the thread's options give.
+  std::optional<std::map<std::string, JSONValue>> sandboxPolicy;
+
+  /// The name of a permission profile of the server.
+  std::optional<std::string> permissions;
+
+  std::optional<std::string> model;
+  std::optional<ModelReasoningEffort> modelReasoningEffort;
+
+  /// The JSON schema of the agent's final answer.
+  std::optional<std::map<std::string, JSONValue>> outputSchema;
+
+  /// Ends the turn when it is aborted.
+  std::optional<AbortSignal> signal;
+
+  std::optional<ServiceTier> serviceTier;
+
+  /// For this turn; without it, the thread's stays.
+  std::optional<ModelReasoningSummary> modelReasoningSummary;
+
+  /// For this turn; without it, the thread's stays.
+  std::optional<Personality> personality;
+
+  std::optional<CollaborationMode> collaborationMode;
+};
+
+}  // namespace ormel

@@ -1,0 +1,92 @@
+#include "OrmelSDK/Platform/AsioScheduler.h"
+
+#include <algorithm>
+#include <asio/defer.hpp>
+#include <asio/post.hpp>
+#include <chrono>
+#include <limits>
+
+#include "OrmelSDK/Concurrency/ExecutionState.h"
+#include "OrmelSDK/Platform/IORuntime.h"
+
+namespace ormel {
+
+namespace detail {
+
+namespace {
+
+/// The item in the hands of the context, which may end without having run it.
+class PostedItem {
+ public:
+  PostedItem(Scheduler& scheduler, WorkItem& item) noexcept : scheduler_(&scheduler), item_(&item) {}
+  PostedItem(PostedItem&& other) noexcept : scheduler_(other.scheduler_), item_(std::exchange(other.item_, nullptr)) {}
+  PostedItem& operator=(PostedItem&&) = delete;
+  ~PostedItem() {
+    if (item_) item_->discard();
+  }
+
+  void operator()() {
+    executionState().scheduler = scheduler_;
+    std::exchange(item_, nullptr)->run();
+    executionState().scheduler = nullptr;
+  }
+
+ private:
+  Scheduler* scheduler_;
+  WorkItem* item_;
+};
+
+}  // namespace
+
+std::uint64_t AsioScheduler::now() const noexcept {
+  const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
+  return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(sinceStart).count());
+}
+
+void AsioScheduler::post(WorkItem& item) noexcept {
+  if (executionState().isLeaving) {
+    asio::defer(context_, PostedItem(*this, item));
+  } else {
+    asio::post(context_, PostedItem(*this, item));
+  }
+}
+
+void AsioScheduler::arm(TimerItem& item, std::uint64_t deadline) {
+  const std::lock_guard lock(mutex_);
+  timers_.add(item, deadline);
+  if (deadline < wakeUpAt_) setWakeUp(deadline);
+}
+
+bool AsioScheduler::disarm(TimerItem& item) noexcept {
+  const std::lock_guard lock(mutex_);
+  return timers_.remove(item);
+}
+
+void AsioScheduler::setWakeUp(std::uint64_t deadline) {
+  constexpr auto latest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+  wakeUpAt_ = deadline;
+  const std::chrono::nanoseconds sinceStart(static_cast<std::int64_t>(std::min(deadline, latest)));
+  wakeUp_.expires_at(std::chrono::steady_clock::time_point(
+      std::chrono::duration_cast<std::chrono::steady_clock::duration>(sinceStart)));
+  wakeUp_.async_wait([this](std::error_code error) {
+    if (!error) wokenUp();
+  });
+}
+
+void AsioScheduler::wokenUp() {
+  const std::lock_guard lock(mutex_);
+  const auto time = now();
+  while (TimerItem* due = timers_.takeDue(time)) due->fallDue();
+  wakeUpAt_ = notSet;
+  if (!timers_.empty()) setWakeUp(timers_.nextDeadline());
+}
+
+}  // namespace detail
+
+Scheduler& productionScheduler() {
+  // Never destroyed: threads of the pool may use it until the very end of the process.
+  static auto& scheduler = *new detail::AsioScheduler(detail::IORuntime::shared().context());
+  return scheduler;
+}
+
+}  // namespace ormel

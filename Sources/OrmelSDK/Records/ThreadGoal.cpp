@@ -1,0 +1,7 @@
+#include "OrmelSDK/Records/ThreadGoal.h"
+
+#include "OrmelSDK/Coding/RecordCodec.h"
+#include "OrmelSDK/Records/ThreadGoalTables.h"
+
+ORMEL_DEFINE_ENUMERATION(ThreadGoalStatus)
+ORMEL_DEFINE_RECORD(ThreadGoal)

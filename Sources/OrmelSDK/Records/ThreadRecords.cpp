@@ -1,0 +1,16 @@
+#include "OrmelSDK/Records/ThreadRecords.h"
+
+#include "OrmelSDK/Coding/RecordCodec.h"
+#include "OrmelSDK/Records/ThreadRecordsTables.h"
+
+ORMEL_DEFINE_RECORD(OrmelThreadStatus)
+ORMEL_DEFINE_RECORD(OrmelThreadGitInfo)
+ORMEL_DEFINE_RECORD(OrmelThreadRecord)
+ORMEL_DEFINE_RECORD(ThreadListResponse)
+ORMEL_DEFINE_RECORD(ThreadReadResponse)
+ORMEL_DEFINE_RECORD(ThreadForkResponse)
+ORMEL_DEFINE_RECORD(ThreadUnsubscribeResponse)
+ORMEL_DEFINE_RECORD(ThreadGoalSetResponse)
+ORMEL_DEFINE_RECORD(ThreadGoalGetResponse)
+ORMEL_DEFINE_RECORD(ThreadGoalClearResponse)
+ORMEL_DEFINE_RECORD(ConversationSummaryResponse)

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/Input/ApprovalMode.h"
+#include "OrmelSDK/Input/ThreadChoices.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+
+namespace ormel {
+
+/// The named set of permissions in force. Has a JSON form.
+struct ActivePermissionProfile {
+  std::string id;
+  /// The profile that this one builds on.
+  std::optional<std::string> extends;
+  friend bool operator==(const ActivePermissionProfile&, const ActivePermissionProfile&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ActivePermissionProfile& value);
+};
+
+/// The settings under which a thread runs its next turn. Has a JSON form.
+struct ThreadSettings {
+  std::string cwd;
+  ApprovalMode approvalPolicy;
+  ApprovalsReviewer approvalsReviewer = ApprovalsReviewer::user;
+  /// In the server's own words, kept whole.
+  JSONValue sandboxPolicy;
+  std::optional<ActivePermissionProfile> activePermissionProfile;
+  std::string model;
+  std::string modelProvider;
+  std::optional<ServiceTier> serviceTier;
+  std::optional<ModelReasoningEffort> effort;
+  std::optional<ModelReasoningSummary> summary;
+  CollaborationMode collaborationMode = CollaborationMode::defaultMode;
+  std::optional<Personality> personality;
+  friend bool operator==(const ThreadSettings&, const ThreadSettings&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ThreadSettings& value);
+};
+
+}  // namespace ormel

@@ -1,0 +1,14 @@
+#include "OrmelSDK/Records/ThreadTurnRecords.h"
+
+#include "OrmelSDK/Coding/RecordCodec.h"
+#include "OrmelSDK/Records/ThreadTurnRecordsTables.h"
+
+ORMEL_DEFINE_ENUMERATION(ThreadTurnStatus)
+ORMEL_DEFINE_ENUMERATION(ThreadTurnItemsView)
+ORMEL_DEFINE_RECORD(ThreadTurnError)
+ORMEL_DEFINE_RECORD(ThreadTurn)
+ORMEL_DEFINE_RECORD(ThreadItemEntry)
+ORMEL_DEFINE_RECORD(ThreadTurnItemsListResponse)
+ORMEL_DEFINE_RECORD(LegacyThreadTurnItemsListResponse)
+ORMEL_DEFINE_RECORD(ThreadTurnsListResponse)
+ORMEL_DEFINE_RECORD(ReviewStartResponse)

@@ -1,9 +1,0 @@
-#include "OrmelSDK/ThreadStateEvents.h"
-
-#include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/ThreadStateEventsTables.h"
-
-ORMEL_DEFINE_RECORD(ThreadStartedEvent)
-ORMEL_DEFINE_RECORD(ThreadGoalUpdatedEvent)
-ORMEL_DEFINE_RECORD(ThreadGoalClearedEvent)
-ORMEL_DEFINE_RECORD(ThreadSettingsUpdatedEvent)

@@ -1,0 +1,312 @@
+#include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignThreadScenarios.h"
+
+#include <array>
+#include <chrono>
+#include <string_view>
+
+#include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignErrors.h"
+#include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignThread.h"
+#include "OrmelSDK/Concurrency/Sleep.h"
+
+namespace ormel::testing {
+
+namespace {
+
+using Reply = ServerPlan::Reply;
+using Fault = ServerPlan::Fault;
+
+/// What the operations that need a conversation say to a new thread.
+constexpr std::string_view notStarted = "Start the ";
+
+constexpr std::array interruptReplies = {Reply::give, Reply::give, Reply::refuse, Reply::withhold,
+                                         Reply::giveAtTimeout};
+
+std::optional<std::string> anyThread(CampaignWorld& world) {
+  return world.coin() ? std::optional<std::string>("thread-of-old") : std::nullopt;
+}
+
+void dawdleOrNot(CampaignWorld& world) {
+  world.plan().tellsOfForeignTurns = world.coin();
+  if (world.coin()) world.dawdle();
+}
+
+/// Fails unless all calls but those that were cancelled failed with what the plan brings about, or with one of these.
+void requireErrorsOfPlan(CampaignWorld& world, const CampaignThread& thread,
+                         std::initializer_list<std::string_view> others) {
+  auto errors = errorsOf(world.plan());
+  errors.insert(errors.end(), others);
+  for (const auto& record : thread.calls()) {
+    if (!record->wasCancelled) thread.requireErrors(*record, errors);
+  }
+}
+
+/// One that is not disturbed; it shows that the thread is sound.
+void thenAnother(CampaignThread& thread) {
+  thread.settle();
+  const auto& next = thread.call(thread.id() ? thread.anyKind() : ThreadCallKind::turn);
+  thread.settle();
+  thread.requirePlainEnd(next);
+  thread.close();
+}
+
+void turns(CampaignWorld& world) {
+  dawdleOrNot(world);
+  CampaignThread thread(world, anyThread(world));
+  for (int count = 0; count < 3; ++count) {
+    const auto& record = thread.call(thread.id() ? thread.anyKind() : static_cast<ThreadCallKind>(world.coin()));
+    thread.settle();
+    thread.requirePlainEnd(record);
+    world.require(world.server.started() == 1 && world.server.running() == 1, "the process is used again");
+  }
+  thread.close();
+}
+
+/// Calls that follow each other as fast as an application can make them: it goes on when it sees an end.
+Task<void> oneAfterAnother(CampaignWorld& world, CampaignThread& thread, int count) {
+  for (; count > 0; --count) {
+    auto& record = thread.call(thread.id() ? thread.anyKind() : ThreadCallKind::turn);
+    while (!record.isOver) co_await sleepFor(world.scheduler, std::chrono::nanoseconds(0));
+    thread.requirePlainEnd(record);
+  }
+}
+
+void rapidTurns(CampaignWorld& world) {
+  dawdleOrNot(world);
+  CampaignThread thread(world, anyThread(world));
+  world.launch(oneAfterAnother(world, thread, 3), {});
+  thread.settle();
+  world.require(world.server.started() == 1, "the process is used again");
+  thread.close();
+}
+
+void abort(CampaignWorld& world) {
+  world.plan().replies["turn/interrupt"] = anyOf(world, interruptReplies);
+  world.plan().endsInterruptedTurns = world.coin();
+  world.plan().completesTurns = world.coin();
+  world.plan().ignoresTermination = world.scheduler.choose(4) == 0;
+  dawdleOrNot(world);
+  CampaignThread thread(world, "thread-of-old");
+  auto& record = thread.call(thread.anyKind());
+  thread.atAnyStep([&] { record.controller.abort(); });
+  if (world.coin()) thread.atAnyStep([&] { thread.interrupt(); });
+  thread.settle();
+  thread.requireErrors(record, {aborted, interruptTimedOut, noLongerCurrent, streamFinished});
+  world.plan().completesTurns = true;
+  thenAnother(thread);
+}
+
+/// A signal that is aborted late reaches its own operation only.
+void lateAbort(CampaignWorld& world) {
+  dawdleOrNot(world);
+  CampaignThread thread(world, "thread-of-old");
+  auto& record = thread.call(thread.anyKind());
+  thread.settle();
+  thread.requirePlainEnd(record);
+  const auto& next = thread.call(thread.anyKind());
+  thread.atAnyStep([&] { record.controller.abort(); });
+  thread.settle();
+  thread.requirePlainEnd(next);
+  thread.close();
+}
+
+void race(CampaignWorld& world) {
+  dawdleOrNot(world);
+  CampaignThread thread(world, anyThread(world));
+  for (auto starts = 2 + world.scheduler.choose(3); starts > 0; --starts) {
+    thread.atAnyStep([&] { thread.call(thread.anyKind()); });
+  }
+  if (world.coin()) thread.atAnyStep([&] { thread.interrupt(); });
+  thread.settle();
+  for (const auto& record : thread.calls()) {
+    thread.requireErrors(*record, {alreadyActive, noLongerCurrent, aborted, streamFinished, notStarted});
+  }
+  thenAnother(thread);
+}
+
+/// The end of an idle server comes to light while the next operations begin.
+void idleExit(CampaignWorld& world) {
+  world.plan().exitsAfterTurn = true;
+  dawdleOrNot(world);
+  CampaignThread thread(world, "thread-of-old");
+  thread.call(thread.anyKind());
+  for (auto starts = 2 + world.scheduler.choose(3); starts > 0; --starts) {
+    thread.atAnyStep([&] { thread.call(thread.anyKind()); });
+  }
+  thread.settle();
+  requireErrorsOfPlan(world, thread, {alreadyActive, noLongerCurrent});
+  thread.close();
+}
+
+void ownThreads(CampaignWorld& world) {
+  constexpr std::array faults = {Fault::malformedLine, Fault::exitInstead, Fault::endOfFile};
+  if (world.coin()) world.plan().fault = anyOf(world, faults);
+  world.plan().faultAtLine = 1 + world.scheduler.choose(14);
+  dawdleOrNot(world);
+  CampaignThread thread(world, "thread-of-old");
+  for (int count = 0; count < 2; ++count) {
+    auto& record = thread.call(thread.anyKindOfItsOwnThread());
+    if (world.coin()) thread.atAnyStep([&] { record.controller.abort(); });
+    thread.settle();
+    world.require(thread.id() == "thread-of-old", "the id is that of the main conversation");
+  }
+  requireErrorsOfPlan(world, thread, {aborted, noLongerCurrent});
+  thread.close();
+}
+
+void joins(CampaignWorld& world) {
+  constexpr std::array replies = {Reply::give, Reply::give, Reply::refuse, Reply::withhold, Reply::giveAtTimeout};
+  world.plan().replies["turn/steer"] = anyOf(world, replies);
+  world.plan().holdsSteersUntilTurnEnds = world.coin();
+  dawdleOrNot(world);
+  CampaignThread thread(world, "thread-of-old");
+  const auto& record = thread.call(thread.anyKind());
+  for (auto count = 1 + world.scheduler.choose(4); count > 0; --count) {
+    thread.atAnyStep([&] {
+      switch (world.scheduler.choose(3)) {
+        case 0:
+          thread.interrupt();
+          break;
+        case 1:
+          thread.answer();
+          break;
+        default:
+          thread.steer();
+      }
+    });
+  }
+  thread.settle();
+  thread.requireErrors(record, {aborted, noLongerCurrent, streamFinished, "App-server RPC turn/steer timed out"});
+  thenAnother(thread);
+}
+
+void release(CampaignWorld& world) {
+  world.plan().completesTurns = world.coin();
+  world.plan().ignoresTermination = world.scheduler.choose(4) == 0;
+  dawdleOrNot(world);
+  CampaignThread thread(world, "thread-of-old");
+  auto& record = thread.call(thread.anyKind());
+  thread.atAnyStep([&] { thread.drop(); });
+  if (world.coin()) thread.atAnyStep([&] { record.controller.abort(); });
+  if (world.coin()) thread.atAnyStep([&] { thread.call(thread.anyKind()); });
+  thread.settle();
+  for (const auto& each : thread.calls()) {
+    thread.requireErrors(*each, {aborted, noLongerCurrent, streamFinished, alreadyActive, dropped});
+  }
+  thread.close();
+}
+
+void faults(CampaignWorld& world) {
+  constexpr std::array all = {
+      Fault::malformedLine,     Fault::exit,      Fault::exitInstead,      Fault::exitWithinTheLine,
+      Fault::exitWithPipesHeld, Fault::endOfFile, Fault::endOfFileThenExit};
+  world.plan().fault = anyOf(world, all);
+  world.plan().faultAtLine = 1 + world.scheduler.choose(14);
+  world.plan().explainsFault = world.coin();
+  dawdleOrNot(world);
+  CampaignThread thread(world, anyThread(world));
+  thread.call(thread.id() ? thread.anyKind() : ThreadCallKind::turn);
+  thread.settle();
+  thread.call(thread.id() ? thread.anyKind() : ThreadCallKind::turn);
+  thread.settle();
+  requireErrorsOfPlan(world, thread, {noLongerCurrent});
+  // A fault happens once.
+  world.plan().fault.reset();
+  thenAnother(thread);
+}
+
+void cancelledCaller(CampaignWorld& world) {
+  dawdleOrNot(world);
+  CampaignThread thread(world, "thread-of-old");
+  auto& record = thread.call(thread.anyKind());
+  thread.atAnyStep([&] { record.stop.request_stop(); });
+  thread.settle();
+  if (!record.wasCancelled) thread.requireErrors(record, {aborted, streamFinished});
+  thenAnother(thread);
+}
+
+void lostReader(CampaignWorld& world) {
+  dawdleOrNot(world);
+  world.plan().asksForApproval = world.coin();
+  CampaignThread thread(world, "thread-of-old");
+  auto& record = thread.call(static_cast<ThreadCallKind>(1 + world.scheduler.choose(4)), world.scheduler.choose(4));
+  if (world.coin()) thread.atAnyStep([&] { thread.drop(); });
+  if (world.coin()) thread.atAnyStep([&] { record.controller.abort(); });
+  thread.settle();
+  thread.requireErrors(record, {aborted, noLongerCurrent, streamFinished});
+  thread.close();
+}
+
+/// Everything at once.
+void storm(CampaignWorld& world) {
+  auto& plan = world.plan();
+  constexpr std::array all = {
+      Fault::malformedLine,     Fault::exit,      Fault::exitInstead,       Fault::exitWithinTheLine,
+      Fault::exitWithPipesHeld, Fault::endOfFile, Fault::endOfFileThenExit, Fault::inputBreaks};
+  if (world.coin()) plan.fault = anyOf(world, all);
+  plan.faultAtLine = 1 + world.scheduler.choose(30);
+  plan.completesTurns = world.scheduler.choose(3) != 0;
+  plan.asksForApproval = world.coin();
+  plan.exitsAfterTurn = world.scheduler.choose(4) == 0;
+  plan.endsInterruptedTurns = world.coin();
+  plan.ignoresTermination = world.scheduler.choose(4) == 0;
+  constexpr std::array statuses = {"completed", "failed", "interrupted", "strange"};
+  plan.turnStatus = anyOf(world, statuses);
+  plan.replies["turn/interrupt"] = anyOf(world, interruptReplies);
+  dawdleOrNot(world);
+  CampaignThread thread(world, anyThread(world));
+  for (auto events = 3 + world.scheduler.choose(5); events > 0; --events) {
+    thread.atAnyStep([&] {
+      auto& calls = thread.calls();
+      switch (world.scheduler.choose(10)) {
+        case 0:
+          thread.interrupt();
+          break;
+        case 1:
+          thread.steer();
+          break;
+        case 2:
+          calls[world.scheduler.choose(calls.size())]->controller.abort();
+          break;
+        case 3:
+          calls[world.scheduler.choose(calls.size())]->stop.request_stop();
+          break;
+        case 4:
+          if (world.scheduler.choose(8) == 0) thread.drop();
+          break;
+        case 5:
+          thread.call(thread.anyKind(), world.scheduler.choose(4));
+          break;
+        default:
+          thread.call(thread.anyKind());
+      }
+    });
+  }
+  thread.call(ThreadCallKind::turn);
+  thread.settle();
+  requireErrorsOfPlan(world, thread,
+                      {aborted, noLongerCurrent, alreadyActive, alreadyFinished, dropped, notStarted, "Turn failed",
+                       "Unknown turn completion status: strange"});
+  thread.close();
+}
+
+}  // namespace
+
+std::vector<CampaignScenario> campaignThreadScenarios() {
+  return {
+      {"ThreadTurns", turns},
+      {"ThreadRapidTurns", rapidTurns},
+      {"ThreadAbort", abort},
+      {"ThreadLateAbort", lateAbort},
+      {"ThreadRace", race},
+      {"ThreadIdleExit", idleExit},
+      {"ThreadOwnThreads", ownThreads},
+      {"ThreadJoins", joins},
+      {"ThreadRelease", release},
+      {"ThreadFaults", faults},
+      {"ThreadCancelledCaller", cancelledCaller},
+      {"ThreadLostReader", lostReader},
+      {"ThreadStorm", storm},
+  };
+}
+
+}  // namespace ormel::testing

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <vector>
+
+#include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignScenarios.h"
+
+namespace ormel::testing {
+
+/// Those that go by a `Thread`.
+std::vector<CampaignScenario> campaignThreadScenarios();
+
+}  // namespace ormel::testing
