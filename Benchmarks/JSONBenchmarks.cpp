@@ -13,6 +13,7 @@
 #include "OrmelSDK/JSON/JSONDecoding.h"
 #include "OrmelSDK/JSON/JSONEncoding.h"
 #include "OrmelSDK/JSON/JSONValue.h"
+#include "SimdjsonWalk.h"
 
 namespace {
 
@@ -37,27 +38,6 @@ void samples(benchmark::internal::Benchmark* benchmark) {
 
 void count(benchmark::State& state, std::size_t size) {
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(size));
-}
-
-std::size_t walk(const simdjson::dom::element& element) {
-  switch (element.type()) {
-    case simdjson::dom::element_type::STRING:
-      return element.get_string().value_unsafe().size();
-    case simdjson::dom::element_type::ARRAY: {
-      std::size_t sum = 0;
-      const simdjson::dom::array array = element.get_array().value_unsafe();
-      for (const auto child : array) sum += walk(child);
-      return sum;
-    }
-    case simdjson::dom::element_type::OBJECT: {
-      std::size_t sum = 0;
-      const simdjson::dom::object object = element.get_object().value_unsafe();
-      for (const auto field : object) sum += field.key.size() + walk(field.value);
-      return sum;
-    }
-    default:
-      return 1;
-  }
 }
 
 // The yardstick: simdjson's own document, parsed by a kept parser and walked once.

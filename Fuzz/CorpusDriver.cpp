@@ -1,5 +1,5 @@
 // Runs one fuzzer without clang's fuzzing engine: on each file of its corpus, and on random variations of these. What
-// it finds can be replayed by the seed that it prints. Usage: <fuzzer>-replay CORPUS VARIATIONS [SEED]
+// it finds can be replayed by the seed that it prints. Usage: fuzz-replay FUZZER CORPUS VARIATIONS [SEED]
 
 #include <algorithm>
 #include <cstddef>
@@ -11,16 +11,35 @@
 #include <iterator>
 #include <random>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size);
+#define ORMEL_FUZZER(name) extern "C" int name(const std::uint8_t* bytes, std::size_t size);
+#include "Fuzzers.inc"
+#undef ORMEL_FUZZER
 
 namespace {
 
-void feed(const std::string& input) {
+using Fuzzer = int (*)(const std::uint8_t* bytes, std::size_t size);
+
+constexpr std::pair<std::string_view, Fuzzer> fuzzers[] = {
+#define ORMEL_FUZZER(name) {#name, name},
+#include "Fuzzers.inc"
+#undef ORMEL_FUZZER
+};
+
+Fuzzer fuzzerNamed(std::string_view wanted) {
+  for (const auto& [name, fuzzer] : fuzzers) {
+    if (name == wanted) return fuzzer;
+  }
+  return nullptr;
+}
+
+void feed(Fuzzer fuzzer, const std::string& input) {
   // Exactly as many bytes as there are, so that a sanitizer sees a read behind them.
   const std::vector<std::uint8_t> bytes(input.begin(), input.end());
-  LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+  fuzzer(bytes.data(), bytes.size());
 }
 
 std::vector<std::string> readCorpus(const std::filesystem::path& folder) {
@@ -79,20 +98,23 @@ class Variations {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 3) {
-    std::fprintf(stderr, "Usage: %s CORPUS VARIATIONS [SEED]\n", argv[0]);
+  const Fuzzer fuzzer = argc >= 4 ? fuzzerNamed(argv[1]) : nullptr;
+  if (!fuzzer) {
+    std::fprintf(stderr, "Usage: %s FUZZER CORPUS VARIATIONS [SEED]\nThe fuzzers:", argv[0]);
+    for (const auto& entry : fuzzers) std::fprintf(stderr, " %s", entry.first.data());
+    std::fprintf(stderr, "\n");
     return 2;
   }
-  const auto corpus = readCorpus(argv[1]);
+  const auto corpus = readCorpus(argv[2]);
   if (corpus.empty()) {
-    std::fprintf(stderr, "The corpus %s is empty.\n", argv[1]);
+    std::fprintf(stderr, "The corpus %s is empty.\n", argv[2]);
     return 2;
   }
-  for (const auto& input : corpus) feed(input);
-  const std::uint64_t seed = argc > 3 ? std::strtoull(argv[3], nullptr, 10) : std::random_device()();
+  for (const auto& input : corpus) feed(fuzzer, input);
+  const std::uint64_t seed = argc > 4 ? std::strtoull(argv[4], nullptr, 10) : std::random_device()();
   std::printf("%zu inputs; variations of seed %llu\n", corpus.size(), static_cast<unsigned long long>(seed));
   std::fflush(stdout);
   Variations variations(seed);
-  for (long left = std::strtol(argv[2], nullptr, 10); left > 0; --left) feed(variations.next(corpus));
+  for (long left = std::strtol(argv[3], nullptr, 10); left > 0; --left) feed(fuzzer, variations.next(corpus));
   return 0;
 }

@@ -377,7 +377,7 @@ TEST(LocatorInputs, AreThoseOfThisProcessByDefault) {
   EXPECT_EQ(inputs.packageNames.targetTriple, OrmelPackageNames::of(ormel::detail::hostPlatform()).targetTriple);
   const auto program = ormel::detail::executablePathOfThisProcess();
   ASSERT_TRUE(program.has_value());
-  EXPECT_EQ(std::filesystem::path(*program).filename(), "ormel-sdk-tests");
+  EXPECT_EQ(std::filesystem::path(*program).filename(), "launch-tests");
 }
 
 }  // namespace

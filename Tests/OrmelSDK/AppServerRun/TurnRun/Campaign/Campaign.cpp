@@ -23,7 +23,7 @@ std::optional<std::uint64_t> numberInEnvironment(const char* name) {
 std::string describe(const CampaignScenario& scenario, std::uint64_t seed) {
   const std::string number = std::to_string(seed);
   return "scenario " + scenario.name + ", seed " + number + ", to be played again by ORMEL_CAMPAIGN_SEED=" + number +
-         " ormel-sdk-tests --gtest_filter='*TurnRunCampaign*FixedSet*/" + scenario.name + "'";
+         " turn-run-campaign-tests --gtest_filter='*TurnRunCampaign*FixedSet*/" + scenario.name + "'";
 }
 
 std::string scheduleUnderWay;

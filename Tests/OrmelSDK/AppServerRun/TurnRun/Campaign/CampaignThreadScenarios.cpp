@@ -79,7 +79,7 @@ void rapidTurns(CampaignWorld& world) {
   thread.close();
 }
 
-void abort(CampaignWorld& world) {
+void threadAbort(CampaignWorld& world) {
   world.plan().replies["turn/interrupt"] = anyOf(world, interruptReplies);
   world.plan().endsInterruptedTurns = world.coin();
   world.plan().completesTurns = world.coin();
@@ -179,7 +179,7 @@ void joins(CampaignWorld& world) {
   thenAnother(thread);
 }
 
-void release(CampaignWorld& world) {
+void threadRelease(CampaignWorld& world) {
   world.plan().completesTurns = world.coin();
   world.plan().ignoresTermination = world.scheduler.choose(4) == 0;
   dawdleOrNot(world);
@@ -214,7 +214,7 @@ void faults(CampaignWorld& world) {
   thenAnother(thread);
 }
 
-void cancelledCaller(CampaignWorld& world) {
+void threadCancelledCaller(CampaignWorld& world) {
   dawdleOrNot(world);
   CampaignThread thread(world, "thread-of-old");
   auto& record = thread.call(thread.anyKind());
@@ -237,7 +237,7 @@ void lostReader(CampaignWorld& world) {
 }
 
 /// Everything at once.
-void storm(CampaignWorld& world) {
+void threadStorm(CampaignWorld& world) {
   auto& plan = world.plan();
   constexpr std::array all = {
       Fault::malformedLine,     Fault::exit,      Fault::exitInstead,       Fault::exitWithinTheLine,
@@ -295,17 +295,17 @@ std::vector<CampaignScenario> campaignThreadScenarios() {
   return {
       {"ThreadTurns", turns},
       {"ThreadRapidTurns", rapidTurns},
-      {"ThreadAbort", abort},
+      {"ThreadAbort", threadAbort},
       {"ThreadLateAbort", lateAbort},
       {"ThreadRace", race},
       {"ThreadIdleExit", idleExit},
       {"ThreadOwnThreads", ownThreads},
       {"ThreadJoins", joins},
-      {"ThreadRelease", release},
+      {"ThreadRelease", threadRelease},
       {"ThreadFaults", faults},
-      {"ThreadCancelledCaller", cancelledCaller},
+      {"ThreadCancelledCaller", threadCancelledCaller},
       {"ThreadLostReader", lostReader},
-      {"ThreadStorm", storm},
+      {"ThreadStorm", threadStorm},
   };
 }
 
