@@ -62,6 +62,10 @@ inline constexpr std::size_t textOverhead = sizeof(std::uint32_t) + 1;
 /// storage of texts ends in as much slack.
 inline constexpr std::size_t textSlack = sizeof(std::uint64_t);
 
+/// Stores a text, of which `textOverhead` bytes are more than its own, and returns the place behind it.
+/// @throws std::length_error if its size does not fit into 32 bits
+std::byte* storeText(std::byte* place, std::string_view text);
+
 inline std::uint64_t wordAt(const char* at) noexcept {
   std::uint64_t word;
   std::memcpy(&word, at, sizeof word);
