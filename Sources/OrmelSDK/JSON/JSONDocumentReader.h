@@ -10,7 +10,7 @@
 namespace ormel::detail {
 
 /// Reads texts through simdjson's documented interface alone, so with any release of it. Gives the same values as
-/// `JSONTapeReader` in about twice the time: the document is walked once to measure it and once to copy it.
+/// `JSONTapeReader` in two to three times the time: the document is walked once to measure it and once to copy it.
 class JSONDocumentReader {
  public:
   /// Parses a text with `jsonPadding` readable bytes behind it. Returns false if simdjson refuses it or it is too deep.
