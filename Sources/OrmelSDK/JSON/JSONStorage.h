@@ -159,6 +159,12 @@ struct JSONAccess {
 
   static const JSONStoredMember* members(const JSONObject& object) noexcept { return object.members(); }
 
+  /// The positions of a large object's members in the canonical order of their keys; null for a small object.
+  static const std::uint32_t* index(const JSONObject& object) noexcept {
+    if ((object.header_.flags & JSONContainerHeader::hasIndex) == 0) return nullptr;
+    return reinterpret_cast<const std::uint32_t*>(object.members() + object.header_.count);
+  }
+
   static bool hasNonASCIIKey(const JSONObject& object) noexcept {
     return (object.header_.flags & JSONContainerHeader::hasNonASCIIKey) != 0;
   }
