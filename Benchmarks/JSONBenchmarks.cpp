@@ -5,6 +5,7 @@
 #include <simdjson.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "Fastest.h"
@@ -104,5 +105,20 @@ void copyJSONValue(benchmark::State& state) {
   }
 }
 BENCHMARK(copyJSONValue)->Apply(samples);
+
+JSONValue objectOfNonASCIIKeys(std::int64_t count) {
+  ormel::JSONObjectBuilder builder;
+  for (std::int64_t number = 0; number < count; ++number) builder.set("\u00e9" + std::to_string(number), number);
+  return builder.build();
+}
+
+// Keys outside ASCII are costly to compare; the time a member must not grow with the number of members.
+void compareObjectsOfNonASCIIKeys(benchmark::State& state) {
+  const JSONValue left = objectOfNonASCIIKeys(state.range(0));
+  const JSONValue right = left.detached();
+  for (auto _ : state) benchmark::DoNotOptimize(left == right);
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(compareObjectsOfNonASCIIKeys)->Arg(1'000)->Arg(1'000'000);
 
 }  // namespace

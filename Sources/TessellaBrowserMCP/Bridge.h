@@ -9,10 +9,10 @@ namespace ormel {
 /// Serves the MCP client on standard input and output until the input ends.
 ///
 /// Each request is forwarded to the host application and its reply written as one line, strictly in order. A line
-/// that is no JSON object with an `id` is dropped: it is owed no answer, or there is no id to give it.
+/// that is no JSON object with an `id` is dropped: it expects no answer, or there is no id to answer with.
 ///
 /// Fails with `BridgeFailure` when the environment is incomplete, the host cannot be reached or has gone, and with
-/// `OutputError` when standard output takes no more. Any other failure is answered and forgotten.
+/// `OutputError` when standard output is broken. Any other failure is answered with an error.
 void runBridge();
 
 /// The answer to a request that could not be served.

@@ -4,7 +4,7 @@
 
 namespace ormel {
 
-/// What the bridge is told by the environment of its process.
+/// The bridge's configuration, read from environment variables.
 struct BridgeEnvironment {
   std::string socketPath;
   std::string workspacePath;

@@ -6,7 +6,7 @@
 
 namespace ormel {
 
-/// What can go wrong between the bridge and its host.
+/// A failure between the bridge and its host.
 class BridgeFailure : public Error {
  public:
   enum class Kind {

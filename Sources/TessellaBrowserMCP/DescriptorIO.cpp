@@ -11,7 +11,7 @@ namespace {
 
 bool wouldBlock(ssize_t result) noexcept { return result < 0 && (errno == EAGAIN || errno == EWOULDBLOCK); }
 
-// An interrupted or failed wait needs no handling: the operation that follows shows what is the matter.
+// An interrupted or failed wait needs no handling: the next read or write reports the error.
 void waitFor(int descriptor, short events) noexcept {
   pollfd waited{.fd = descriptor, .events = events, .revents = 0};
   ::poll(&waited, 1, -1);

@@ -7,7 +7,7 @@
 
 namespace ormel {
 
-/// Hands out the ids of envelopes. An id that was taken is spent, whatever becomes of its envelope.
+/// Hands out the ids of envelopes. An id is used up even if its envelope is never sent.
 class EnvelopeCounter {
  public:
   explicit EnvelopeCounter(std::int64_t first = 1) noexcept : nextID_(first) {}

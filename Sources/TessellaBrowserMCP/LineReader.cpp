@@ -13,8 +13,8 @@ namespace {
 // The usual capacity of a pipe; more is read at once when the buffer has grown.
 constexpr std::size_t blockSize = std::size_t{64} << 10;
 
-// A buffer that one long line has grown beyond this is given back when the line is done with. Few lines that can be
-// passed on need more.
+// A buffer that a long line has grown beyond this is freed once the line is done. Few lines that can be forwarded need
+// more.
 constexpr std::size_t keptCapacity = std::size_t{16} << 20;
 
 }  // namespace

@@ -8,7 +8,7 @@
 
 namespace ormel {
 
-/// Splits what a descriptor delivers into lines of any length, each byte being looked at once.
+/// Splits a descriptor's input into lines of any length; scans each byte once.
 class LineReader {
  public:
   explicit LineReader(int descriptor) noexcept : descriptor_(descriptor) {}
@@ -26,7 +26,7 @@ class LineReader {
 
   int descriptor_;
   detail::ByteBuffer buffer_;
-  /// Where the next line starts, and up to where it is known to hold no line feed.
+  /// Start of the next line, and the offset up to which it is known to hold no line feed.
   std::size_t start_ = 0;
   std::size_t scanned_ = 0;
   bool atEnd_ = false;

@@ -12,10 +12,10 @@ class LineWriter {
  public:
   explicit LineWriter(int descriptor) noexcept : descriptor_(descriptor) {}
 
-  /// Writes the text of `value`, then, as a write of its own, a line feed. A value that has no JSON text is left out.
+  /// Writes the text of `value`, then a line feed in a separate write. A value that has no JSON text is skipped.
   /// Fails with `OutputError`.
   ///
-  /// A long text is written while it is made, so that it is never in memory as a whole and its reader can begin.
+  /// A long text is streamed: it is never in memory as a whole, and its reader can start early.
   void write(const JSONValue& value);
 
  private:

@@ -20,7 +20,7 @@ namespace ormel {
 
 namespace {
 
-// The home platform's path field, terminating zero included; the limit is the same wherever the bridge runs.
+// Size of a socket address's path on macOS, terminating zero included; the limit is the same on every platform.
 constexpr std::size_t pathFieldSize = 104;
 static_assert(sizeof(sockaddr_un::sun_path) >= pathFieldSize);
 
@@ -34,7 +34,7 @@ int connectTo(int descriptor, std::string_view path) {
   return ::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), size);
 }
 
-// A parent may have started the bridge with a standard stream closed; the socket must not be taken for it.
+// The bridge may have been started with a standard stream closed; the socket must not take its descriptor.
 int openSocket() {
   const int descriptor = ::socket(AF_UNIX, SOCK_STREAM, 0);
   if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
@@ -91,7 +91,7 @@ JSONValue NativePipeClient::request(std::string_view token, std::string_view wor
   return unwrap(receive(), id);
 }
 
-// The envelope around the message is small and always the same, and so is written without making a value of it.
+// The envelope around the message is small and constant, so it is written as text without building a value.
 void NativePipeClient::encodeFrame(std::int64_t id, std::string_view token, std::string_view workspacePath,
                                    const JSONValue& message) {
   frame_.clear();

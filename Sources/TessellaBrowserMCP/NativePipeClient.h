@@ -30,7 +30,7 @@ class NativePipeClient {
 
   /// Sends `message` with the credentials around it and returns the `result` of the host's reply.
   ///
-  /// After a reply that was refused the connection stays as it is: nothing is skipped, nothing resynchronised.
+  /// A refused reply does not resynchronise the connection: no bytes are skipped.
   JSONValue request(std::string_view token, std::string_view workspacePath, JSONValue message);
 
  private:
@@ -41,7 +41,7 @@ class NativePipeClient {
 
   int descriptor_;
   EnvelopeCounter ids_;
-  /// Kept from request to request; it grows little beyond the largest one that can be sent.
+  /// Reused by all requests; it grows little beyond the largest request that can be sent.
   detail::ByteBuffer frame_;
 };
 

@@ -6,7 +6,7 @@
 
 namespace ormel {
 
-/// Standard output takes no more: nobody is left to answer.
+/// Standard output is closed or broken: no client is left to answer.
 class OutputError : public Error {
  public:
   explicit OutputError(int errorNumber)

@@ -17,7 +17,7 @@
 namespace ormel::testing {
 
 /// Where the result of a task arrives.
-template <class T>
+template <typename T>
 class Outcome {
  public:
   void set(TaskResult<T> result) {
@@ -46,7 +46,7 @@ class Outcome {
   std::optional<TaskResult<T>> result_;
 };
 
-template <class T>
+template <typename T>
 std::shared_ptr<Outcome<T>> startOn(Scheduler& scheduler, Task<T> task, std::stop_token token = {}) {
   auto outcome = std::make_shared<Outcome<T>>();
   std::move(task).onScheduler(scheduler).start([outcome](TaskResult<T> result) { outcome->set(std::move(result)); },
@@ -59,7 +59,7 @@ class Simulated {
  public:
   Scheduler& scheduler() { return scheduler_; }
 
-  template <class T>
+  template <typename T>
   T run(Task<T> task, std::stop_token token = {}) {
     const auto outcome = startOn(scheduler_, std::move(task), std::move(token));
     scheduler_.runUntil([&] { return outcome->isSet(); });
@@ -76,7 +76,7 @@ class Production {
  public:
   Scheduler& scheduler() { return productionScheduler(); }
 
-  template <class T>
+  template <typename T>
   T run(Task<T> task, std::stop_token token = {}) {
     const auto outcome = startOn(scheduler(), std::move(task), std::move(token));
     outcome->waitUntilSet();
@@ -87,7 +87,7 @@ class Production {
 using BothSchedulers = ::testing::Types<Simulated, Production>;
 
 /// The same scenario under many seeds, each named in what fails.
-template <class Scenario>
+template <typename Scenario>
 void underSeeds(std::uint64_t count, Scenario scenario) {
   for (std::uint64_t seed = 1; seed <= count; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));

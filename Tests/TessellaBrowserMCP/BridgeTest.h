@@ -37,7 +37,7 @@ inline JSONValue errorAnswer(JSONValue id, std::string_view message) {
                             {"error", JSONValue::object({{"code", -32603}, {"message", message}})}});
 }
 
-/// What the decoder says about a text that it refuses.
+/// The decoder's error text for a text that it refuses.
 inline std::string decodingFailure(std::string_view text) {
   try {
     JSONValue::decode(text);

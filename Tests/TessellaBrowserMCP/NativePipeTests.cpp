@@ -130,7 +130,7 @@ TEST_F(NativePipe, RefusesALargerReplyWithoutReadingItsBody) {
   takeEnvelope();
   sendRaw(frameLength(67'108'865));
   EXPECT_EQ(takeAnswer(), tooLarge_);
-  // What follows is the next reply, as no body was skipped.
+  // The following bytes are read as the next reply, because no body was skipped.
   expectServing(2);
   expectCleanEnd();
 }

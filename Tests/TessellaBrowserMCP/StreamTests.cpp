@@ -36,8 +36,8 @@ class Interruptions {
   Interruptions& operator=(const Interruptions&) = delete;
   ~Interruptions() { sigaction(SIGUSR1, &before_, nullptr); }
 
-  /// Returns when the handler has run many times. The thread has nothing to do in between but its blocking call, so
-  /// all but perhaps the first of them find it there.
+  /// Returns when the handler has run many times. Between signals the thread does nothing but its blocking call, so all
+  /// signals but perhaps the first interrupt that call.
   void interrupt() const {
     for (int round = 0; round < 50; ++round) {
       const int handled = handledSignals.load();
@@ -63,7 +63,7 @@ TEST(Interruption, DoesNotDisturbAnExchangeWithTheHost) {
   std::thread host([&] {
     const Descriptor connection = listener.accept();
     awaitReadable(connection.number());
-    interruptions.interrupt();  // in the middle of its write
+    interruptions.interrupt();  // in the middle of the client's write
     readFrame(connection.number());
     interruptions.interrupt();  // before the length
     const std::string reply = frame(R"({"id":1,"result":")" + text + "\"}");

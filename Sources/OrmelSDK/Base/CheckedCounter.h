@@ -4,7 +4,7 @@
 
 namespace ormel::detail {
 
-/// Adds 1. A counter that would overflow ends the process: what it orders could not be told apart any more.
+/// Increments the counter. An overflow ends the process: repeated numbers could not be told apart.
 void incrementCounter(std::uint64_t& counter);
 
 }  // namespace ormel::detail

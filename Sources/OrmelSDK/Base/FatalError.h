@@ -4,7 +4,7 @@
 
 namespace ormel::detail {
 
-/// Ends the process: for the few conditions in which going on would act on a value that does not exist.
+/// Ends the process; for the few conditions under which there is no valid value to continue with.
 [[noreturn]] void fatalError(std::string_view reason) noexcept;
 
 }  // namespace ormel::detail

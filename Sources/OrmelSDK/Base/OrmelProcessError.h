@@ -48,7 +48,7 @@ class OrmelProcessError : public Error {
   static OrmelProcessError exited(std::string detail, std::string stderr_);
   static OrmelProcessError aborted();
 
-  /// What the user reads when the executable is not trusted.
+  /// The text shown to the user when the executable is not trusted.
   static std::string trustFailureRecoveryMessage();
 
   Kind kind() const noexcept { return kind_; }

@@ -10,13 +10,13 @@ class CancelledError : public Error {
   CancelledError() : Error("The task was cancelled") {}
 };
 
-/// A wait ended because nobody is left who could complete what was waited for.
+/// A wait ended because the last object that could have completed it was destroyed.
 class AbandonedError : public Error {
  public:
   AbandonedError() : Error("The operation was abandoned before it completed") {}
 };
 
-/// A blocking call was made on a thread of the library, where it would wait for itself.
+/// A blocking call was made on a thread of the library, where it could deadlock by waiting for itself.
 class WouldDeadlockError : public Error {
  public:
   WouldDeadlockError() : Error("A blocking wait on a thread of the library would deadlock; use co_await instead") {}

@@ -9,11 +9,11 @@
 
 namespace ormel {
 
-/// Events on their way, oldest first. They stay where they were made until they are taken: to hand a whole batch on, or
-/// to add it to another one, moves no event.
+/// A queue of events in transit, oldest first. Events stay where they were constructed until taken: forwarding a batch
+/// or appending it to another one moves no event.
 ///
 /// *Thread safety*: none of its own; the events may have been made on another thread.
-template <class T>
+template <typename T>
 class EventBatch {
  public:
   EventBatch() noexcept = default;
@@ -31,7 +31,7 @@ class EventBatch {
   T& front() noexcept { return *first_->event(first_->begin); }
 
   /// Makes an event at the end.
-  template <class... Arguments>
+  template <typename... Arguments>
   void emplaceBack(Arguments&&... arguments) {
     if (last_ && last_->end < last_->capacity) {
       std::construct_at(last_->slot(last_->end), std::forward<Arguments>(arguments)...);
@@ -74,7 +74,7 @@ class EventBatch {
   }
 
  private:
-  /// Room for some events, which it is followed by; filled once from its beginning to its end.
+  /// Header of a block of events, which follow it in memory; filled once, from front to back.
   struct Block {
     Block(std::byte* storage, std::size_t room) noexcept : slots(storage), capacity(room) {}
 
@@ -93,9 +93,9 @@ class EventBatch {
       return new (storage) Block(storage + headSize(), room);
     }
 
-    /// Where the event of this index is to be made.
+    /// Storage for the event at this index, not yet constructed.
     T* slot(std::size_t index) noexcept { return reinterpret_cast<T*>(slots + index * sizeof(T)); }
-    /// The event of this index, which is there.
+    /// The event at this index, which must have been constructed.
     T* event(std::size_t index) noexcept { return std::launder(slot(index)); }
   };
 
@@ -103,7 +103,7 @@ class EventBatch {
     void operator()(Block* block) const noexcept { ::operator delete(block); }
   };
 
-  // Most batches hold one event; those of a stream soon have blocks of this size.
+  // Most batches hold one event; the batches of a stream soon need blocks of this size.
   static constexpr std::size_t largestBlock = std::max<std::size_t>(8, 16'384 / sizeof(T));
 
  public:

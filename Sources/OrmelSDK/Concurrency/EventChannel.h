@@ -20,7 +20,7 @@
 
 namespace ormel {
 
-/// Which side brought an event channel to its end.
+/// The side that ended an event channel.
 enum class ChannelTermination {
   /// The producer finished it or failed it.
   producerEnded,
@@ -28,7 +28,7 @@ enum class ChannelTermination {
   consumerGone,
 };
 
-/// How many undelivered events a channel keeps.
+/// The maximum number of undelivered events that a channel keeps.
 class ChannelLimit {
  public:
   static constexpr ChannelLimit unbounded() noexcept { return ChannelLimit(0); }
@@ -47,14 +47,14 @@ namespace detail {
 
 using TerminationCallback = UniqueFunction<void(ChannelTermination)>;
 
-/// What brings the waiting consumer back. Apart from the channel, because a coroutine that is destroyed after it was
-/// woken leaves it in a queue, where that of the next consumer must not be.
+/// Wakes the waiting consumer. Allocated separately from the channel: a coroutine destroyed after waking leaves this
+/// object queued, so the next waiter needs another.
 class ConsumerWait final : public Wakeup {
  public:
   explicit ConsumerWait(const char* name) noexcept : Wakeup(name) {}
 };
 
-template <class T>
+template <typename T>
 class EventChannelState final : public RefCounted {
  public:
   EventChannelState(ChannelLimit limit, const char* name) noexcept : limit_(limit), name_(name) {}
@@ -96,7 +96,7 @@ class EventChannelState final : public RefCounted {
     return true;
   }
 
-  /// The error is handed over whole: its last owner is the consumer, whose thread frees it.
+  /// Moves the error out: the consumer becomes its last owner, so the consumer's thread frees it.
   bool end(std::exception_ptr error) {
     return terminate(ChannelTermination::producerEnded, [&] { error_ = std::move(error); });
   }
@@ -143,13 +143,13 @@ class EventChannelState final : public RefCounted {
     return isReadyLocked();
   }
 
-  /// Notes the coroutine, which is about to wait.
+  /// Records the coroutine, which is about to suspend.
   void prepare(std::coroutine_handle<> coroutine) {
     if (!wait_) wait_ = Ref<ConsumerWait>::adopt(new ConsumerWait(name_));
     wait_->prepare(coroutine);
   }
 
-  /// Whether the coroutine that was prepared has to wait. It is not awaited any more if it has not.
+  /// Returns true if the coroutine must suspend; otherwise `prepare` has been undone.
   bool beginWaiting() {
     {
       const std::lock_guard lock(mutex_);
@@ -162,7 +162,7 @@ class EventChannelState final : public RefCounted {
     return false;
   }
 
-  /// The coroutine that waits is destroyed.
+  /// The waiting coroutine is being destroyed.
   void stopWaiting() {
     Waiter waiter;
     {
@@ -198,7 +198,7 @@ class EventChannelState final : public RefCounted {
     waiter_ = {};
   }
 
-  /// The next event, or nothing at the end. Throws what the channel failed with, once, or that the wait was stopped.
+  /// The next event, or nothing at the end. Throws the error that the channel failed with, once, or `CancelledError`.
   std::optional<T> take() {
     if (!fillTaken()) return std::nullopt;
     std::optional<T> event(std::move(taken_.front()));
@@ -213,7 +213,7 @@ class EventChannelState final : public RefCounted {
   }
 
  private:
-  /// Who waits, if anybody: a coroutine or a thread.
+  /// The waiting consumer, a coroutine or a thread; empty if none waits.
   struct Waiter {
     ConsumerWait* coroutine = nullptr;
     bool thread = false;
@@ -236,7 +236,7 @@ class EventChannelState final : public RefCounted {
     return !taken_.empty();
   }
 
-  template <class Note>
+  template <typename Note>
   bool terminate(ChannelTermination termination, Note note) {
     TerminationCallback callback;
     Waiter waiter;
@@ -260,8 +260,8 @@ class EventChannelState final : public RefCounted {
 
   bool isReadyLocked() const { return !arrived_.empty() || termination_; }
 
-  /// An unbounded channel is emptied at once, so that most events cost their consumer no lock. What a bounded one
-  /// keeps must stay where newer events can push it out.
+  /// Takes all events of an unbounded channel at once, so that most events cost the consumer no lock. Events of a
+  /// bounded channel stay in `arrived_`, where newer ones can evict them.
   void takeArrivedLocked() {
     if (limit_.isUnbounded()) {
       taken_.swap(arrived_);
@@ -284,15 +284,15 @@ class EventChannelState final : public RefCounted {
   Waiter waiter_;
   bool stopped_ = false;
 
-  // Touched by the consumer only.
-  /// Taken out of `arrived_`.
+  // Accessed by the consumer only.
+  /// Events taken out of `arrived_`, not yet delivered.
   EventBatch<T> taken_;
-  /// For the next coroutine that waits, if it is not still in a queue on behalf of one before.
+  /// Reused for the next waiting coroutine unless it is still queued for an earlier one.
   Ref<ConsumerWait> wait_;
 };
 
 /// Waits until a channel has something for its consumer.
-template <class T>
+template <typename T>
 class ChannelAwaiter : public PlaceAware {
  public:
   explicit ChannelAwaiter(Ref<EventChannelState<T>> state) noexcept : state_(std::move(state)) {}
@@ -301,13 +301,13 @@ class ChannelAwaiter : public PlaceAware {
 
   bool await_ready() const { return state_->isReady(); }
 
-  template <class Promise>
+  template <typename Promise>
   bool await_suspend(std::coroutine_handle<Promise> coroutine) {
     const auto* token = stopTokenOf(coroutine);
     state_->prepare(coroutine);
     suspended_ = true;
     if (token && token->stop_possible()) onStop_.emplace(*token, StopWait(*state_));
-    // From here on the coroutine may go on elsewhere, if it has to wait.
+    // If this returns true, the coroutine may already be running on another thread.
     if (state_->beginWaiting()) return true;
     suspended_ = false;
     return false;
@@ -341,14 +341,14 @@ class ChannelAwaiter : public PlaceAware {
   bool suspended_ = false;
 };
 
-template <class T>
+template <typename T>
 class [[nodiscard]] NextEventAwaiter final : public ChannelAwaiter<T> {
  public:
   using ChannelAwaiter<T>::ChannelAwaiter;
   std::optional<T> await_resume() { return this->resumed().take(); }
 };
 
-template <class T>
+template <typename T>
 class [[nodiscard]] NextBatchAwaiter final : public ChannelAwaiter<T> {
  public:
   using ChannelAwaiter<T>::ChannelAwaiter;
@@ -357,7 +357,7 @@ class [[nodiscard]] NextBatchAwaiter final : public ChannelAwaiter<T> {
 
 }  // namespace detail
 
-template <class T>
+template <typename T>
 class EventChannel;
 
 /// The producing end of an `EventChannel`. Copies share it.
@@ -367,8 +367,8 @@ class EventChannel;
 ///
 /// *Object lifetimes*: when the last copy goes and the channel is still open, the channel fails with `AbandonedError`.
 ///
-/// *Errors*: after the end of the channel, whichever side brought it about, the members do nothing and return false.
-template <class T>
+/// *Errors*: once either side has ended the channel, the members do nothing and return false.
+template <typename T>
 class EventProducer {
  public:
   EventProducer() noexcept = default;
@@ -394,7 +394,7 @@ class EventProducer {
   bool finish() const { return state_ && state_->end(nullptr); }
 
   /// The same, and then `next` throws the error: an exception, or a pointer to one.
-  template <class E>
+  template <typename E>
   bool fail(E&& error) const {
     if constexpr (std::is_convertible_v<E&&, std::exception_ptr>) {
       return state_ && state_->end(std::forward<E>(error));
@@ -405,8 +405,9 @@ class EventProducer {
 
   bool isOpen() const { return state_ && state_->isOpen(); }
 
-  /// Sets what is called, once, when the channel ends, with the side that brought it about, on the thread that did so,
-  /// under no lock. A second callback replaces the first. If the channel has ended already it is called at once.
+  /// Sets the callback that is called once when the channel ends, with the side that ended it, on the thread that did
+  /// so, without a lock held. A second callback replaces the first. If the channel has already ended it is called at
+  /// once.
   void onTermination(detail::TerminationCallback callback) const {
     if (state_) state_->setTerminationCallback(std::move(callback));
   }
@@ -427,7 +428,7 @@ class EventProducer {
 /// call.
 ///
 /// *Object lifetimes*: move-only. Destroying it is `cancel`. A coroutine that is destroyed while it waits, which has to
-/// happen where it would have been resumed, is not resumed and takes no event with it.
+/// happen where it would have been resumed, is not resumed and loses no event.
 ///
 /// *Cancellation*:
 ///
@@ -439,9 +440,10 @@ class EventProducer {
 /// |                       | channel stays open and loses nothing    |                                     |
 /// | at the end            | does nothing                            | does nothing                        |
 ///
-/// *Errors*: `next` throws what the producer failed the channel with, after the events before it, once; from then on
-/// there is nothing. It throws `CancelledError` as above, and `AbandonedError` if all producers went without ending it.
-template <class T>
+/// *Errors*: when the producer has failed the channel, `next` throws that error once, after all earlier events, and
+/// then returns nothing. It throws `CancelledError` as above, and `AbandonedError` if all producers went without ending
+/// it.
+template <typename T>
 class EventChannel {
  public:
   /// Both ends of a new channel.
@@ -467,8 +469,8 @@ class EventChannel {
   /// *Preconditions*: not moved from.
   detail::NextEventAwaiter<T> next() noexcept { return detail::NextEventAwaiter<T>(state_); }
 
-  /// `co_await events.nextBatch()`: events that are there, as many as can be had at once and at least one, or none at
-  /// the end. Otherwise like `next`; for who hands many events on, or works on them together.
+  /// `co_await events.nextBatch()`: as many available events as can be taken at once, at least one, or none at the end.
+  /// Otherwise like `next`; for consumers that forward events or process them in bulk.
   ///
   /// *Preconditions*: not moved from.
   detail::NextBatchAwaiter<T> nextBatch() noexcept { return detail::NextBatchAwaiter<T>(state_); }
@@ -490,7 +492,7 @@ class EventChannel {
     if (state_) state_->cancel();
   }
 
-  /// Walks through the events as they come, blocking like `nextBlocking`.
+  /// Iterates over the events as they arrive, blocking like `nextBlocking`.
   class Iterator {
    public:
     using value_type = T;

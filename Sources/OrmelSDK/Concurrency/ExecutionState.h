@@ -10,31 +10,30 @@ namespace detail {
 
 class StrandCore;
 
-/// What the calling thread is doing for the library at this moment.
+/// State of the calling thread: the work of the library that it is running, if any.
 struct ExecutionState {
   /// The coroutine that the innermost `drive` of this thread resumes next.
   std::coroutine_handle<> next;
   bool driving = false;
-  /// The strand of which a piece is running, if any.
+  /// The strand whose piece is running; null if none is.
   StrandCore* strand = nullptr;
-  /// The scheduler of which a piece is running, if any.
+  /// The scheduler whose piece is running; null if none is.
   Scheduler* scheduler = nullptr;
   /// Whether the thread belongs to the pool of a scheduler, so that nothing on it may block.
   bool isPoolThread = false;
-  /// The running piece is about to give its thread back, so that what it posts can go on right here: that is sooner
-  /// than another thread would be awake. Until it does, nothing else can run what it has posted.
+  /// The running piece is about to return its thread, so the work it posts may stay on this thread: that is quicker
+  /// than waking another one. Until the thread is returned no other thread can take that work.
   bool isLeaving = false;
-  /// The running piece does nothing but resume a coroutine, and it is that coroutine which is running, not one that was
-  /// started within it: when it suspends, the piece ends.
+  /// The running piece only resumes one coroutine, and that coroutine is the one now running (not a task started inside
+  /// it), so the piece ends when it suspends.
   bool endsWithCoroutine = false;
 };
 
-/// Never inlined into a coroutine: a coroutine can go on in another thread, where an address kept from before would be
-/// the wrong one.
+/// Never inlined into a coroutine: it may resume on another thread, where a cached thread-local address would be wrong.
 ExecutionState& executionState() noexcept;
 
-/// Says, as long as it lives, that the running piece is about to give its thread back, if that is so. Only for code
-/// that knows the whole piece: what a coroutine posts as it suspends may be followed by more of whoever has started it,
+/// RAII hint: the current work item is about to return its thread, so posted work may run right here. Set it only where
+/// nothing follows in the work item. A suspending coroutine cannot know that, because its starter may go on after it,
 /// unless `isEndOfPiece`.
 class ThreadHandoff {
  public:
@@ -47,12 +46,11 @@ class ThreadHandoff {
   bool before_;
 };
 
-/// Whether the thread is free when the running piece has ended. One more piece of the same strand may come first: that
-/// is over sooner than another thread would be awake.
+/// Whether the thread is free once the running piece has ended. One more queued piece of the same strand is tolerated:
+/// it is done before another thread would be awake.
 bool isLastPieceOfThread() noexcept;
 
-/// Whether the running piece ends now, and the thread is free then. To be asked for a coroutine that has just
-/// suspended.
+/// Whether the running piece ends now and leaves the thread free. Call it when a coroutine has just suspended.
 bool isEndOfPiece() noexcept;
 
 /// Whether the calling thread runs pieces of the library, so that it must not block.
@@ -61,15 +59,16 @@ bool onLibraryThread() noexcept;
 /// Throws `WouldDeadlockError` on a thread of the library.
 void requireBlockingAllowed();
 
-/// Resumes `coroutine`, and then whatever it passes to `transferTo`, one after the other. Control goes from coroutine
+/// Resumes `coroutine`, then each coroutine passed to `transferTo`, one after the other. Control goes from coroutine
 /// to coroutine at a constant depth of stack without relying on tail calls, which compilers make only when they
 /// optimise and never under a sanitizer.
 void drive(std::coroutine_handle<> coroutine) noexcept;
 
-/// The same for a piece that does nothing else.
+/// Like `drive`, for a piece that only resumes this coroutine.
 void drivePiece(std::coroutine_handle<> coroutine) noexcept;
 
-/// Has `coroutine` resumed as soon as the calling one, which has just suspended, has returned.
+/// Schedules `coroutine` to be resumed by the enclosing `drive`, as soon as the calling coroutine, which has just
+/// suspended, returns.
 void transferTo(std::coroutine_handle<> coroutine) noexcept;
 
 }  // namespace detail

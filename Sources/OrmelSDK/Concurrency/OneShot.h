@@ -17,25 +17,26 @@ namespace ormel {
 
 namespace detail {
 
-/// What does not depend on the type of the value. The first to `claim` the completion sets its result and publishes it.
+/// The part independent of the value's type. The first caller to `claim` the completion sets the result and publishes
+/// it.
 class OneShotStateBase : public Wakeup {
  public:
   bool claim() noexcept { return !claimed_.exchange(true, std::memory_order_acq_rel); }
   bool isClaimed() const noexcept { return claimed_.load(std::memory_order_acquire); }
 
-  /// The result is there from now on; resumes the waiting coroutine, if there is one.
+  /// Makes the result visible and resumes the waiting coroutine, if there is one.
   void publish() noexcept {
     if (stage_.exchange(Stage::resolved, std::memory_order_acq_rel) == Stage::waiting) wake();
   }
   bool isResolved() const noexcept { return stage_.load(std::memory_order_acquire) == Stage::resolved; }
 
-  /// Whether the coroutine has to wait for `publish`.
+  /// Whether the coroutine must suspend until `publish`.
   bool beginWaiting() noexcept {
     auto expected = Stage::empty;
     return stage_.compare_exchange_strong(expected, Stage::waiting, std::memory_order_acq_rel,
                                           std::memory_order_acquire);
   }
-  /// The waiting coroutine goes away.
+  /// The waiting coroutine is being destroyed.
   void stopWaiting() noexcept {
     auto expected = Stage::waiting;
     if (stage_.compare_exchange_strong(expected, Stage::empty, std::memory_order_acq_rel, std::memory_order_acquire)) {
@@ -45,7 +46,7 @@ class OneShotStateBase : public Wakeup {
     }
   }
 
-  /// The error is handed over whole: its last owner is the waiter, whose thread frees it.
+  /// Moves the error out: the waiter becomes its last owner, so the waiter's thread frees it.
   virtual void fail(std::exception_ptr error) noexcept = 0;
 
   void addResolver() noexcept { resolvers_.fetch_add(1, std::memory_order_relaxed); }
@@ -67,12 +68,12 @@ class OneShotStateBase : public Wakeup {
   std::atomic<std::uint32_t> resolvers_{0};
 };
 
-template <class T>
+template <typename T>
 class OneShotState final : public OneShotStateBase {
  public:
   explicit OneShotState(const char* name) noexcept : OneShotStateBase(name) {}
 
-  template <class... From>
+  template <typename... From>
   bool resume(From&&... from) {
     if (!claim()) return false;
     try {
@@ -96,7 +97,7 @@ class OneShotState final : public OneShotStateBase {
   TaskResult<T> result;
 };
 
-template <class T>
+template <typename T>
 class [[nodiscard]] OneShotAwaiter final : public PlaceAware {
  public:
   OneShotAwaiter(OneShotState<T>& state, bool cancellable) noexcept : state_(&state), cancellable_(cancellable) {}
@@ -110,7 +111,7 @@ class [[nodiscard]] OneShotAwaiter final : public PlaceAware {
 
   bool await_ready() const noexcept { return state_->isResolved(); }
 
-  template <class Promise>
+  template <typename Promise>
   bool await_suspend(std::coroutine_handle<Promise> coroutine) {
     const auto* token = cancellable_ ? stopTokenOf(coroutine) : nullptr;
     state_->prepare(coroutine);
@@ -153,9 +154,9 @@ class [[nodiscard]] OneShotAwaiter final : public PlaceAware {
 ///
 /// *Thread safety*: any number of copies may be used by any threads at a time.
 ///
-/// *Object lifetimes*: may outlive the `OneShot`. When the last copy goes and nothing was resumed, the wait fails with
+/// *Object lifetimes*: may outlive the `OneShot`. If the last copy is destroyed before completion, the wait fails with
 /// `AbandonedError`.
-template <class T>
+template <typename T>
 class OneShotResolver {
  public:
   OneShotResolver() noexcept = default;
@@ -175,13 +176,13 @@ class OneShotResolver {
   }
 
   /// Completes it with a value made of the arguments. False, with nothing done, if it was completed before.
-  template <class... From>
+  template <typename... From>
   bool resume(From&&... from) const {
     return state_ && state_->resume(std::forward<From>(from)...);
   }
 
   /// Completes it with an error: an exception, or a pointer to one. False if it was completed before.
-  template <class E>
+  template <typename E>
   bool fail(E&& error) const {
     if constexpr (std::is_convertible_v<E&&, std::exception_ptr>) {
       return state_ && state_->resumeWithError(std::forward<E>(error));
@@ -194,17 +195,17 @@ class OneShotResolver {
   detail::Ref<detail::OneShotState<T>> state_;
 };
 
-/// A value that one party awaits and another one provides, once.
+/// A single-use promise: one coroutine awaits the value that another party provides once.
 ///
-/// The first of all attempts to complete it wins, be it a value, an error, a cancellation or the loss of the last
-/// resolver; each later attempt is told so and changes nothing. The waiting coroutine is never resumed within the call
-/// that completes: it goes on as a piece of its own strand, or of its scheduler.
+/// The first attempt to complete it wins, be it a value, an error, a cancellation or the loss of the last resolver;
+/// each later attempt returns false and changes nothing. The waiting coroutine is never resumed within the completing
+/// call: it resumes as a piece of its own strand, or of its scheduler.
 ///
 /// *Thread safety*: may be completed from any threads at a time; one coroutine waits, once.
 ///
 /// *Object lifetimes*: the shared state lives as long as this object, a resolver or a wait. Destroying the `OneShot`
 /// while it is awaited changes nothing. A coroutine that is destroyed while it waits, which has to happen where it
-/// would have been resumed, is not resumed; whoever completes it afterwards still wins.
+/// would have been resumed, is not resumed; a later completion still succeeds.
 ///
 /// *Cancellation*: by the stop token of the waiting task:
 ///
@@ -215,7 +216,7 @@ class OneShotResolver {
 /// | complete                  | does nothing: the wait gives the value or error                     |
 ///
 /// *Errors*: `wait` throws the error it was completed with, `CancelledError`, or `AbandonedError`.
-template <class T = void>
+template <typename T = void>
 class OneShot {
  public:
   explicit OneShot(const char* name = "one-shot")
@@ -229,12 +230,12 @@ class OneShot {
 
   OneShotResolver<T> resolver() const noexcept { return OneShotResolver<T>(state_); }
 
-  /// Like those of a resolver.
-  template <class... From>
+  /// The same as the resolver's.
+  template <typename... From>
   bool resume(From&&... from) const {
     return state_->resume(std::forward<From>(from)...);
   }
-  template <class E>
+  template <typename E>
   bool fail(E&& error) const {
     return resolver().fail(std::forward<E>(error));
   }
@@ -244,7 +245,7 @@ class OneShot {
   /// `co_await oneShot.wait()`: the value, moved out.
   detail::OneShotAwaiter<T> wait() const noexcept { return {*state_, true}; }
 
-  /// The same, but without a look at the stop token: for a caller that turns cancellation into an outcome itself.
+  /// Like `wait`, but ignores the stop token: for callers that handle cancellation themselves.
   detail::OneShotAwaiter<T> waitThroughCancellation() const noexcept { return {*state_, false}; }
 
  private:

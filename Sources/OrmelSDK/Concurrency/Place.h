@@ -17,11 +17,11 @@ class ResumeItem final : public WorkItem {
   const char* name() const noexcept override { return "coroutine"; }
 };
 
-/// Where a coroutine was when it suspended, and so where it goes on: on its strand, or else as a piece of its
-/// scheduler. A coroutine that has not yet met either goes on wherever what it awaits ends, but never on a strand.
+/// Where a coroutine resumes after a suspension: on the strand it was on, or else as a piece of its scheduler. With
+/// neither, it resumes on the thread that completes the awaited operation, never on a strand.
 ///
-/// A place does not keep its strand alive. While a coroutine waits somewhere, either that strand is running a piece
-/// that the coroutine awaits, or whoever has left the strand last holds a reference to it.
+/// A place does not keep its strand alive. While a coroutine is suspended, either its strand is running the piece that
+/// the coroutine awaits, or the task or wakeup that left the strand holds a reference to it.
 class Place {
  public:
   static Place current() noexcept {
@@ -37,7 +37,8 @@ class Place {
   /// Whether the calling thread is running a piece of this place.
   bool isHere() const noexcept;
   void post(WorkItem& item) const noexcept;
-  /// Resumes the coroutine: after the calling one if that is here, or else by way of `item`.
+  /// Resumes the coroutine: if the calling thread is in this place, as soon as the calling coroutine returns; otherwise
+  /// by posting `item`.
   void resume(std::coroutine_handle<> coroutine, ResumeItem& item) const noexcept;
 
  private:

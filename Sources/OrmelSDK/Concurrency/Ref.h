@@ -14,7 +14,7 @@ class RefCounted {
 
   void retain() noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
   void release() noexcept {
-    // Whoever holds the only reference needs no read-modify-write: nobody else can add one.
+    // The holder of the only reference needs no read-modify-write: no other thread can add a reference.
     if (references_.load(std::memory_order_acquire) == 1 || references_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
       delete this;
     }
@@ -29,7 +29,7 @@ class RefCounted {
 };
 
 /// A counted reference to a `RefCounted` object, possibly empty.
-template <class T>
+template <typename T>
 class Ref {
  public:
   Ref() noexcept = default;

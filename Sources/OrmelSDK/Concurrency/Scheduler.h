@@ -17,15 +17,15 @@ namespace detail {
 class StrandCore;
 class TimerNode;
 
-/// An item that is queued when its time has come.
+/// A work item that is queued at its deadline.
 class TimerItem : public WorkItem {
  public:
-  /// Queues the item where it is to run. Called in the order of the deadlines.
+  /// Queues the item where it is to run. Called in deadline order.
   virtual void fallDue() noexcept = 0;
 
   static constexpr std::size_t notQueued = static_cast<std::size_t>(-1);
 
-  /// These belong to the timer queue in which the item stands.
+  /// Owned by the timer queue that holds the item.
   std::uint64_t deadline = 0;
   std::uint64_t sequence = 0;
   std::size_t position = notQueued;
@@ -36,7 +36,7 @@ class TimerItem : public WorkItem {
 
 }  // namespace detail
 
-/// Work that is due later, and the right to take it back.
+/// Delayed work that can be cancelled.
 ///
 /// *Object lifetimes*: move-only; destroying or overwriting the timer cancels it. The scheduler must outlive it.
 ///
@@ -57,7 +57,7 @@ class [[nodiscard]] Timer {
   Timer& operator=(Timer&&) noexcept;
   ~Timer();
 
-  /// Whether this call has kept the work from running.
+  /// Returns true if this call has prevented the work from running.
   bool cancel() noexcept;
 
  private:
@@ -70,7 +70,7 @@ class [[nodiscard]] Timer {
   detail::Ref<detail::TimerNode> node_;
 };
 
-/// Where work is done, and what time it is there: the only source of concurrency and of time for the library.
+/// Runs work and tells the time: the library's only source of concurrency and of time.
 ///
 /// *Thread safety*: all members may be called from any thread, unless the implementation says otherwise.
 ///
@@ -91,17 +91,17 @@ class Scheduler {
   /// Runs `work` once `delay` has passed. A delay of zero or less means soon.
   Timer postAfter(std::chrono::nanoseconds delay, Work work, const char* name = "timer");
 
-  /// Nanoseconds on a clock that never goes back. Its zero means nothing.
+  /// Nanoseconds on a monotonic clock with an arbitrary zero.
   virtual std::uint64_t now() const noexcept = 0;
 
   virtual void post(detail::WorkItem& item) noexcept = 0;
   virtual void arm(detail::TimerItem& item, std::uint64_t deadline) = 0;
-  /// Whether the item was still waiting. If so, it belongs to the caller again.
+  /// Returns true if the item was still waiting; it then belongs to the caller again.
   virtual bool disarm(detail::TimerItem& item) noexcept = 0;
   /// How many pieces of a strand may run in a row before other work has its turn.
   virtual std::size_t strandBatch() const noexcept = 0;
 
-  /// Where waits are noted, if anybody cares to know of them.
+  /// The registry of waits; null if the scheduler keeps none.
   detail::WaitRegistry* waitRegistry() const noexcept { return waitRegistry_; }
 
  protected:

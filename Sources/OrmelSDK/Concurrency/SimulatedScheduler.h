@@ -11,8 +11,7 @@
 
 namespace ormel {
 
-/// A simulation has nothing left to run, or has run too long, before what it was to reach. The text says what is
-/// pending.
+/// A simulation ran out of work, or ran for too many steps, before it reached its goal. The text lists pending work.
 class SimulationError : public Error {
  public:
   using Error::Error;
@@ -26,26 +25,26 @@ class SimulationError : public Error {
 ///
 /// *Thread safety*: none: everything on it, posting included, happens on one thread.
 ///
-/// *Object lifetimes*: destroying it discards queued work without running it. Coroutines that wait then never go on and
-/// are leaked.
+/// *Object lifetimes*: destroying it discards queued work without running it. Suspended coroutines then never resume
+/// and are leaked.
 ///
-/// *Errors*: `runUntil`, `run` and `runFor` throw `SimulationError`; whatever the step hook throws passes through.
+/// *Errors*: `runUntil`, `run` and `runFor` throw `SimulationError`; exceptions of the step hook pass through.
 class SimulatedScheduler final : public Scheduler {
  public:
-  /// A run of more steps than this is taken for one that does not end.
+  /// A longer run is treated as one that never ends.
   static constexpr std::uint64_t defaultStepLimit = 50'000'000;
 
   explicit SimulatedScheduler(std::uint64_t seed) noexcept;
   ~SimulatedScheduler() override;
 
-  /// Runs one piece, if need be after moving time on to the next timer. False if there is nothing to run.
+  /// Runs one piece, advancing time to the next timer if nothing is ready. Returns false if there is nothing to run.
   bool step();
 
-  /// Runs until nothing is left. The number of steps taken.
+  /// Runs until nothing is left. Returns the number of steps taken.
   std::uint64_t run(std::uint64_t stepLimit = defaultStepLimit);
 
   /// Runs until `reached()`, tested before each step.
-  template <class Condition>
+  template <typename Condition>
   void runUntil(Condition reached, std::uint64_t stepLimit = defaultStepLimit) {
     for (std::uint64_t taken = 0; !reached(); ++taken) {
       requireBelow(taken, stepLimit);
@@ -53,13 +52,13 @@ class SimulatedScheduler final : public Scheduler {
     }
   }
 
-  /// Runs all that is due before `duration` has passed, which it has then.
+  /// Advances time by `duration` and runs all work that becomes due meanwhile.
   void runFor(std::chrono::nanoseconds duration, std::uint64_t stepLimit = defaultStepLimit);
 
-  /// Called after each step, to check what must always hold. It may throw.
+  /// Sets a hook that is called after each step to check invariants. It may throw.
   void setStepHook(Work hook) { hook_ = std::move(hook); }
 
-  /// The ready work, the timers and the coroutines that wait, by name. Text for people.
+  /// Lists the ready work, the timers and the suspended coroutines by name, for people.
   std::string pending() const;
 
   std::uint64_t seed() const noexcept { return seed_; }

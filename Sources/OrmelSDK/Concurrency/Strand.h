@@ -11,10 +11,10 @@ namespace ormel {
 
 namespace detail {
 
-/// Awaiters that take care themselves of where the coroutine goes on.
+/// Base of awaiters that resume the coroutine in its place themselves.
 class PlaceAware {};
 
-/// What a coroutine of this library offers to those that it awaits.
+/// The promise base of the library's coroutines, as far as awaiters need it.
 class TaskPromiseBase;
 void keepPlaceBeforeLeaving(TaskPromiseBase& promise);
 
@@ -25,7 +25,7 @@ class StrandAwaiter : public PlaceAware {
   StrandAwaiter& operator=(const StrandAwaiter&) = delete;
 
   bool await_ready() const noexcept { return ready_; }
-  template <class Promise>
+  template <typename Promise>
   void await_suspend(std::coroutine_handle<Promise> coroutine) noexcept {
     if constexpr (std::is_base_of_v<TaskPromiseBase, Promise>) keepPlaceBeforeLeaving(coroutine.promise());
     item_.coroutine = coroutine;
@@ -42,20 +42,20 @@ class StrandAwaiter : public PlaceAware {
 
 }  // namespace detail
 
-/// A queue whose pieces of work run one at a time, in the order in which they came, on the threads of a scheduler.
-/// What a serialised object guards its state with.
+/// A serial queue: its pieces of work run one at a time, in the order of posting, on the threads of a scheduler. An
+/// object guards its state with a strand instead of a mutex.
 ///
-/// A coroutine that is on a strand when it suspends goes on as a piece of this strand; other pieces may have run in
-/// between. A strand gives way to other work of its scheduler after a bounded number of pieces.
+/// A coroutine that suspends on a strand resumes as a piece of the same strand; other pieces may have run in between. A
+/// strand yields to other work of its scheduler after a bounded number of pieces.
 ///
-/// *Thread safety*: all members may be called from any thread. What one piece writes the later pieces see.
+/// *Thread safety*: all members may be called from any thread. Writes of one piece are visible to all later pieces.
 ///
-/// *Object lifetimes*: a value that refers to the shared queue; copies are the same strand. Work that is queued runs
-/// also if all copies are gone by then. The scheduler must outlive the work.
+/// *Object lifetimes*: a handle to a shared queue; copies are the same strand. Queued work runs even if all copies are
+/// gone by then. The scheduler must outlive the work.
 ///
 /// *Errors*: work must not throw; an exception that leaves it ends the process.
 ///
-/// *Cancellation*: queued work is not taken back. `enter` and `yield` do not look at stop tokens.
+/// *Cancellation*: queued work cannot be cancelled. `enter` and `yield` ignore stop tokens.
 class Strand {
  public:
   explicit Strand(Scheduler& scheduler, const char* name = "strand")
@@ -65,7 +65,7 @@ class Strand {
   bool isCurrent() const noexcept { return core_->isCurrent(); }
   Scheduler& scheduler() const noexcept { return core_->scheduler(); }
 
-  /// Runs `work` after all that is queued now, never within this call.
+  /// Queues `work` behind all work queued so far; never runs it within this call.
   void post(Work work, const char* name = "work") const { core_->post(detail::makeWorkItem(std::move(work), name)); }
 
   /// Runs `work` on this strand once `delay` has passed. A timer that is cancelled on the strand does not run after.
@@ -73,11 +73,11 @@ class Strand {
     return Timer::armed(core_->scheduler(), core_, delay, std::move(work), name);
   }
 
-  /// `co_await strand.enter()`: the coroutine goes on as a piece of this strand, at once if it is on it already. A
-  /// `Task` stays on the strand to its end; the coroutine that awaits the task goes on where that one was.
+  /// `co_await strand.enter()`: moves the coroutine onto this strand; does not suspend if it is there already. A `Task`
+  /// stays on the strand until it ends; the coroutine that awaits the task resumes in its own place.
   [[nodiscard]] detail::StrandAwaiter enter() const noexcept { return {*core_, core_->isCurrent()}; }
 
-  /// `co_await strand.yield()`: like `enter`, but whatever is queued goes first.
+  /// `co_await strand.yield()`: like `enter`, but always suspends and resumes behind all work queued so far.
   [[nodiscard]] detail::StrandAwaiter yield() const noexcept { return {*core_, false}; }
 
   friend bool operator==(const Strand& left, const Strand& right) noexcept {

@@ -6,7 +6,7 @@ namespace ormel::detail {
 
 namespace {
 
-/// Stands in an empty `incoming_` as long as nobody drains the strand.
+/// The value of `incoming_` while the strand is neither posted nor draining.
 class IdleMark final : public WorkItem {
  public:
   void run() noexcept override {}
@@ -27,7 +27,7 @@ void StrandCore::post(WorkItem& item) noexcept {
     postFromOutside(item);
     return;
   }
-  // What others have posted before now stays before this item.
+  // Items that other threads have already posted must run before this one.
   if (incoming_.load(std::memory_order_relaxed)) takeIncoming();
   item.next = nullptr;
   (localLast_ ? localLast_->next : localFirst_) = &item;

@@ -9,9 +9,9 @@
 
 namespace ormel::detail {
 
-/// The run queue behind `Strand`. Any thread adds to `incoming_`, a stack; whoever finds it idle posts the strand to
-/// its scheduler. Only the piece that drains the strand touches `local_`, the queue proper, into which it turns the
-/// stack over. While the strand is posted or draining it owns a reference to itself.
+/// The run queue behind `Strand`. Any thread pushes onto `incoming_`, a lock-free stack; the push that finds it idle
+/// posts the strand to its scheduler. Only the draining thread touches the local queue, which it refills with the
+/// reversed stack. A strand that is posted or draining holds a reference to itself.
 class StrandCore final : public WorkItem, public RefCounted {
  public:
   StrandCore(Scheduler& scheduler, const char* name) noexcept;
@@ -21,12 +21,12 @@ class StrandCore final : public WorkItem, public RefCounted {
 
   void post(WorkItem& item) noexcept;
 
-  /// Whether at most one piece waits behind the running one, which is the one that asks.
+  /// Whether at most one piece is queued behind the running one. Only the running piece may ask.
   bool isNearlyDone() const noexcept {
     return (!localFirst_ || !localFirst_->next) && !incoming_.load(std::memory_order_relaxed);
   }
 
-  /// Runs a batch: what a scheduler calls.
+  /// Runs one batch of pieces; called by the scheduler.
   void run() noexcept override;
   void discard() noexcept override;
   const char* name() const noexcept override { return name_; }

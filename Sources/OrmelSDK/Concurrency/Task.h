@@ -14,7 +14,7 @@ namespace ormel {
 namespace detail {
 
 /// The frame of a task that has not ended.
-template <class T>
+template <typename T>
 class TaskFrame {
  public:
   using Handle = std::coroutine_handle<TaskPromise<T>>;
@@ -37,7 +37,7 @@ class TaskFrame {
   Handle handle_;
 };
 
-template <class T>
+template <typename T>
 class [[nodiscard]] TaskAwaiter final : public PlaceAware, private Completion {
  public:
   TaskAwaiter(TaskFrame<T> frame, bool mayLeave) noexcept : frame_(std::move(frame)), mayLeave_(mayLeave) {}
@@ -46,7 +46,7 @@ class [[nodiscard]] TaskAwaiter final : public PlaceAware, private Completion {
 
   bool await_ready() const noexcept { return false; }
 
-  template <class Promise>
+  template <typename Promise>
   void await_suspend(std::coroutine_handle<Promise> awaiting) noexcept {
     awaiting_ = awaiting;
     place_ = Place::current();
@@ -71,7 +71,7 @@ class [[nodiscard]] TaskAwaiter final : public PlaceAware, private Completion {
 /// Lets a thread wait for the end of a task.
 void runAndBlock(TaskPromiseBase& promise, std::coroutine_handle<> coroutine);
 
-template <class T, class Callback>
+template <typename T, typename Callback>
 class CallbackCompletion final : public Completion {
  public:
   CallbackCompletion(TaskFrame<T> frame, Callback callback)
@@ -93,8 +93,8 @@ class CallbackCompletion final : public Completion {
 
 [[noreturn]] void failForSpentTask() noexcept;
 
-/// Drops how a task ended that nobody awaits. A failure has nowhere to go and ends the process.
-template <class T>
+/// Discards the result of a detached task. An exception has no receiver and ends the process.
+template <typename T>
 void takeUnlessCancelled(TaskResult<T> result) noexcept {
   try {
     result.take();
@@ -105,13 +105,13 @@ void takeUnlessCancelled(TaskResult<T> result) noexcept {
 
 }  // namespace detail
 
-/// An asynchronous function of the library, called but not yet running: `co_await` it, or start it by `get`, `start` or
-/// `detach`. Any of these uses the task up.
+/// A lazily started asynchronous function: `co_await` it, or start it by `get`, `start` or `detach`. Each of these
+/// consumes the task.
 ///
-/// What it runs on: it begins where it is awaited or started. A coroutine goes on, after each `co_await` inside it,
-/// where it was before: on the same strand if it was on one, else on the scheduler that it was on, else, in a task
-/// started by an ordinary thread, wherever the awaited thing ended, which is then a thread of the library's pool.
-/// `onStrand` and `onScheduler` make it begin, and so stay, elsewhere; whoever awaits it is brought back.
+/// *Threads*: a task begins where it is awaited or started. After each `co_await` inside, it resumes where it was: on
+/// its strand if it was on one, else on its scheduler. A task started by an ordinary thread has neither and resumes on
+/// the thread that completes the awaited operation, which is one of the library's pool. `onStrand` and `onScheduler`
+/// make the task begin, and therefore stay, elsewhere; its awaiter still resumes in its own place.
 ///
 /// *Thread safety*: a task object is used by one thread at a time.
 ///
@@ -128,14 +128,14 @@ void takeUnlessCancelled(TaskResult<T> result) noexcept {
 /// | not started              | is seen by the first wait of the library that is not complete at once     |
 /// | running                  | is seen by the next such wait                                             |
 /// | waiting in the library   | ends the wait with `CancelledError`, on the task's strand                 |
-/// | waiting for anything else| is that one's business                                                    |
+/// | waiting for anything else| is up to the awaited object                                               |
 /// | ended                    | does nothing                                                              |
 ///
 /// *Errors*: an exception that leaves the task is thrown by `co_await` and `get`, and handed to the callback of
 /// `start`.
 ///
 /// *Preconditions*: a task that is empty (moved from, or used up) is not awaited or started; doing so ends the process.
-template <class T = void>
+template <typename T = void>
 class [[nodiscard]] Task {
  public:
   using promise_type = detail::TaskPromise<T>;
@@ -146,20 +146,20 @@ class [[nodiscard]] Task {
   /// Whether there is something to await.
   explicit operator bool() const noexcept { return static_cast<bool>(frame_.handle()); }
 
-  /// Sets the token that the task and all it awaits observe, in place of the one it would inherit. An empty token
+  /// Sets the stop token that the task and everything it awaits observe, in place of the inherited one. An empty token
   /// shields the task from cancellation.
   Task withStopToken(std::stop_token token) && noexcept {
     promise().setStopToken(std::move(token));
     return std::move(*this);
   }
 
-  /// Has the task begin on the strand.
+  /// Makes the task begin on the strand.
   Task onStrand(const Strand& strand) && noexcept {
     promise().startStrand = strand.core();
     return std::move(*this);
   }
 
-  /// Has the task begin as a piece of the scheduler, on no strand.
+  /// Makes the task begin as a piece of the scheduler, on no strand.
   Task onScheduler(Scheduler& scheduler) && noexcept {
     promise().startScheduler = &scheduler;
     return std::move(*this);
@@ -178,13 +178,13 @@ class [[nodiscard]] Task {
 
   /// Runs the task on its own; `callback` is called once, with its `TaskResult<T>`, where the task ended: possibly
   /// within this call. The callback must not throw.
-  template <class Callback>
+  template <typename Callback>
   void start(Callback callback) {
     (new detail::CallbackCompletion<T, Callback>(takeFrame(), std::move(callback)))->begin();
   }
 
   /// The same, with a stop token.
-  template <class Callback>
+  template <typename Callback>
   void start(Callback callback, std::stop_token token) {
     promise().setStopToken(std::move(token));
     start(std::move(callback));
@@ -195,7 +195,7 @@ class [[nodiscard]] Task {
     start([](TaskResult<T> result) noexcept { detail::takeUnlessCancelled(std::move(result)); });
   }
 
-  /// For a task that awaits what may resume it on any thread.
+  /// For tasks that await something that may resume them on any thread.
   Task resumingAnywhere() && noexcept {
     mayLeave_ = true;
     return std::move(*this);
@@ -217,12 +217,12 @@ class [[nodiscard]] Task {
 
 namespace detail {
 
-template <class T>
+template <typename T>
 Task<T> TaskPromiseOf<T>::get_return_object() noexcept {
   return Task<T>(TaskFrame<T>(TaskFrame<T>::Handle::from_promise(static_cast<TaskPromise<T>&>(*this))));
 }
 
-template <class Awaitable>
+template <typename Awaitable>
 TaskOfResult<AwaitResult<Awaitable>> awaitForeign(Awaitable&& awaitable) {
   co_return co_await Foreign<Awaitable>(static_cast<Awaitable&&>(awaitable));
 }
@@ -231,7 +231,7 @@ class [[nodiscard]] StopTokenAwaiter final : public PlaceAware {
  public:
   StopTokenAwaiter() noexcept {}
   bool await_ready() const noexcept { return false; }
-  template <class Promise>
+  template <typename Promise>
   bool await_suspend(std::coroutine_handle<Promise> coroutine) noexcept {
     if (const auto* token = stopTokenOf(coroutine)) token_ = *token;
     return false;

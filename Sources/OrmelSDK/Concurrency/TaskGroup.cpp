@@ -28,7 +28,7 @@ class TaskGroupState {
     joined.resume();
   }
 
-  /// The resolver is resumed when nothing runs any more, which may be at once.
+  /// Completes the resolver when no task runs any more, which may be at once.
   void notifyAtEnd(OneShotResolver<void> resolver) {
     {
       const std::lock_guard lock(mutex_);

@@ -18,7 +18,7 @@ std::stop_token stopTokenOfGroup(const TaskGroupState& state);
 
 }  // namespace detail
 
-/// Tasks that are started together with nobody awaiting each of them, to be cancelled and awaited as one.
+/// A set of detached tasks that are cancelled and awaited as one.
 ///
 /// *Thread safety*: all members may be called from any thread; one coroutine at a time awaits `join`.
 ///
@@ -26,8 +26,8 @@ std::stop_token stopTokenOfGroup(const TaskGroupState& state);
 ///
 /// *Cancellation*: `cancel` triggers the stop token that the tasks run with, those spawned later included.
 ///
-/// *Errors*: a task ends its failures itself: its cancellation is dropped, any other exception that leaves it ends the
-/// process, as with `Task::detach`.
+/// *Errors*: a task must handle its own failures: a `CancelledError` that leaves it is ignored, any other exception
+/// ends the process, as with `Task::detach`.
 class TaskGroup {
  public:
   TaskGroup();
@@ -48,8 +48,8 @@ class TaskGroup {
 
   void cancel() noexcept;
 
-  /// Ends when no task of the group is running. Throws `CancelledError` if the stop token of the caller is triggered
-  /// first; the tasks go on then.
+  /// Completes when no task of the group is running. Throws `CancelledError` if the caller's stop token is triggered
+  /// first; the tasks then keep running.
   Task<void> join() const;
 
  private:

@@ -11,12 +11,12 @@
 
 namespace ormel {
 
-template <class T>
+template <typename T>
 class Task;
 
 namespace detail {
 
-/// Who is told of the end of a task. It then owns the task's frame and may destroy it.
+/// Notified when a task ends. It then owns the task's frame and may destroy it.
 class Completion {
  public:
   virtual void completed() noexcept = 0;
@@ -51,7 +51,7 @@ class TaskPromiseBase {
    public:
     FinalAwaiter() noexcept {}
     bool await_ready() const noexcept { return false; }
-    template <class Promise>
+    template <typename Promise>
     void await_suspend(std::coroutine_handle<Promise> coroutine) const noexcept {
       coroutine.promise().completion->completed();
     }
@@ -66,14 +66,14 @@ class TaskPromiseBase {
 /// suspended, has returned.
 void startAwaited(TaskPromiseBase& promise, std::coroutine_handle<> coroutine, Completion& completion) noexcept;
 
-/// Starts a task that nobody awaits: in the place set for it, or else within this call.
+/// Starts a task that has no awaiter: in the place set for it, or else within this call.
 void startAlone(TaskPromiseBase& promise, std::coroutine_handle<> coroutine, Completion& completion) noexcept;
 
-template <class Promise>
+template <typename Promise>
 concept PromiseOfTask = std::is_base_of_v<TaskPromiseBase, Promise>;
 
 /// The stop token of the coroutine, if it has one.
-template <class Promise>
+template <typename Promise>
 const std::stop_token* stopTokenOf(std::coroutine_handle<Promise> coroutine) noexcept {
   if constexpr (PromiseOfTask<Promise>) {
     return coroutine.promise().stopToken;
@@ -82,8 +82,8 @@ const std::stop_token* stopTokenOf(std::coroutine_handle<Promise> coroutine) noe
   }
 }
 
-/// An awaitable that knows nothing of places, on its way into the coroutine that awaits it for a task.
-template <class Awaitable>
+/// Holds a foreign awaitable, which does not resume in a place, until an adapter coroutine awaits it for a task.
+template <typename Awaitable>
 class Foreign {
  public:
   explicit Foreign(Awaitable&& awaitable) noexcept : awaitable_(awaitable) {}
@@ -94,13 +94,13 @@ class Foreign {
 };
 
 /// Stands for an awaiter that lives elsewhere: g++ 12 copies an awaiter that `await_transform` returns by reference.
-template <class Awaiter>
+template <typename Awaiter>
 class AwaiterReference {
  public:
   explicit AwaiterReference(Awaiter& awaiter) noexcept : awaiter_(&awaiter) {}
 
   decltype(auto) await_ready() const { return awaiter_->await_ready(); }
-  template <class Promise>
+  template <typename Promise>
   decltype(auto) await_suspend(std::coroutine_handle<Promise> coroutine) const {
     return awaiter_->await_suspend(coroutine);
   }
@@ -110,7 +110,7 @@ class AwaiterReference {
   Awaiter* awaiter_;
 };
 
-template <class Awaitable>
+template <typename Awaitable>
 decltype(auto) awaiterOf(Awaitable&& awaitable) {
   if constexpr (requires { static_cast<Awaitable&&>(awaitable).operator co_await(); }) {
     return static_cast<Awaitable&&>(awaitable).operator co_await();
@@ -121,21 +121,21 @@ decltype(auto) awaiterOf(Awaitable&& awaitable) {
   }
 }
 
-template <class Awaitable>
+template <typename Awaitable>
 using AwaitResult = decltype(awaiterOf(std::declval<Awaitable>()).await_resume());
 
-template <class T>
+template <typename T>
 using TaskOfResult = Task<std::conditional_t<std::is_rvalue_reference_v<T>, std::remove_reference_t<T>, T>>;
 
-template <class Awaitable>
+template <typename Awaitable>
 TaskOfResult<AwaitResult<Awaitable>> awaitForeign(Awaitable&& awaitable);
 
-template <class>
+template <typename>
 inline constexpr bool isTask = false;
-template <class T>
+template <typename T>
 inline constexpr bool isTask<Task<T>> = true;
 
-template <class T>
+template <typename T>
 class TaskPromiseOf : public TaskPromiseBase {
  public:
   TaskResult<T> result;
@@ -143,9 +143,9 @@ class TaskPromiseOf : public TaskPromiseBase {
   Task<T> get_return_object() noexcept;
   void unhandled_exception() noexcept { result.setError(std::current_exception()); }
 
-  /// Whatever a task awaits, it goes on in the place where it was: the library's own awaiters see to that themselves,
-  /// any other awaitable gets a coroutine in between.
-  template <class Awaitable>
+  /// Makes a task resume in its place after every await: the library's own awaiters do so themselves; any other
+  /// awaitable is wrapped in an adapter coroutine.
+  template <typename Awaitable>
   decltype(auto) await_transform(Awaitable&& awaitable) {
     using Plain = std::remove_cvref_t<Awaitable>;
     if constexpr (isTask<Plain>) {
@@ -157,16 +157,16 @@ class TaskPromiseOf : public TaskPromiseBase {
       return awaitForeign(std::forward<Awaitable>(awaitable)).resumingAnywhere().operator co_await();
     }
   }
-  template <class Awaitable>
+  template <typename Awaitable>
   decltype(auto) await_transform(Foreign<Awaitable> foreign) {
     return awaiterOf(foreign.get());
   }
 };
 
-template <class T>
+template <typename T>
 class TaskPromise final : public TaskPromiseOf<T> {
  public:
-  template <class From = T>
+  template <typename From = T>
     requires std::is_convertible_v<From&&, T>
   void return_value(From&& value) {
     this->result.setValue(std::forward<From>(value));

@@ -14,7 +14,7 @@ namespace ormel {
 /// *Thread safety*: none of its own.
 ///
 /// *Errors*: `take` throws the exception of a failed task.
-template <class T>
+template <typename T>
 class TaskResult {
   using Stored =
       std::conditional_t<std::is_void_v<T>, std::monostate,
@@ -25,10 +25,10 @@ class TaskResult {
 
   bool hasValue() const noexcept { return value_.has_value(); }
 
-  /// What the task threw, or null if it ended with a value.
+  /// The exception that the task threw; null if it ended with a value.
   const std::exception_ptr& error() const noexcept { return error_; }
 
-  /// The value, moved out; throws what the task threw.
+  /// Moves the value out, or rethrows the task's exception.
   T take() {
     if (error_) std::rethrow_exception(error_);
     if constexpr (std::is_reference_v<T>) {
@@ -38,7 +38,7 @@ class TaskResult {
     }
   }
 
-  template <class... From>
+  template <typename... From>
   void setValue(From&&... from) {
     if constexpr (std::is_reference_v<T>) {
       (value_.emplace(std::addressof(from)), ...);

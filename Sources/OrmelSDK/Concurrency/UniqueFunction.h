@@ -9,20 +9,20 @@
 
 namespace ormel::detail {
 
-template <class Signature>
+template <typename Signature>
 class UniqueFunction;
 
 /// A callable that can be moved but not copied. Callables of up to six pointers that move without throwing are kept
 /// inside and cost no allocation.
 ///
 /// *Preconditions*: calling an empty one is undefined.
-template <class Result, class... Arguments>
+template <typename Result, typename... Arguments>
 class UniqueFunction<Result(Arguments...)> {
  public:
   UniqueFunction() noexcept = default;
   UniqueFunction(std::nullptr_t) noexcept {}
 
-  template <class F>
+  template <typename F>
     requires(!std::same_as<std::remove_cvref_t<F>, UniqueFunction> &&
              std::is_invocable_r_v<Result, std::decay_t<F>&, Arguments...>)
   UniqueFunction(F&& function) {
@@ -63,11 +63,11 @@ class UniqueFunction<Result(Arguments...)> {
     void (*destroy)(void*) noexcept;
   };
 
-  template <class Stored>
+  template <typename Stored>
   static constexpr bool fitsInside = sizeof(Stored) <= capacity && alignof(Stored) <= alignof(std::max_align_t) &&
                                      std::is_nothrow_move_constructible_v<Stored>;
 
-  template <class Stored>
+  template <typename Stored>
   static constexpr Operations insideOperations{
       [](void* storage, Arguments&&... arguments) -> Result {
         return (*static_cast<Stored*>(storage))(std::forward<Arguments>(arguments)...);
@@ -78,7 +78,7 @@ class UniqueFunction<Result(Arguments...)> {
       },
       [](void* storage) noexcept { static_cast<Stored*>(storage)->~Stored(); }};
 
-  template <class Stored>
+  template <typename Stored>
   static constexpr Operations outsideOperations{
       [](void* storage, Arguments&&... arguments) -> Result {
         return (**static_cast<Stored**>(storage))(std::forward<Arguments>(arguments)...);

@@ -4,7 +4,7 @@ namespace ormel::detail {
 
 class WaitRegistry;
 
-/// A wait that can be noted in a registry, and leaves it when it is destroyed.
+/// A wait that can be listed in a registry; its destructor removes it.
 class WaitRecord {
  public:
   explicit WaitRecord(const char* name) noexcept : name_(name) {}
@@ -37,7 +37,7 @@ class WaitRegistry {
 
   void add(WaitRecord& record) noexcept;
 
-  template <class Visit>
+  template <typename Visit>
   void forEach(Visit visit) const {
     for (const WaitRecord* record = first_; record; record = record->next_) visit(record->name());
   }

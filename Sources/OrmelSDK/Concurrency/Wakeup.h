@@ -6,17 +6,18 @@
 
 namespace ormel::detail {
 
-/// The part of a shared state that brings its one waiting coroutine back to where it suspended. A wait owns a reference
-/// to the state from `prepare` until the coroutine has gone on; `wake` queues the state as a piece of work.
+/// Base of a shared state that one coroutine waits for: resumes the coroutine in the place where it suspended. A wait
+/// holds a reference to the state from `prepare` until the coroutine has resumed; `wake` queues the state as a work
+/// item.
 class Wakeup : public WorkItem, public RefCounted {
  public:
-  /// Notes the coroutine, which is about to suspend here.
+  /// Records the coroutine, which is about to suspend, and its place.
   void prepare(std::coroutine_handle<> coroutine) noexcept;
-  /// Takes back a `prepare` that no `wake` follows.
+  /// Undoes `prepare` when no `wake` will come.
   void unprepare() noexcept;
-  /// Queues the coroutine that was prepared. Once for each `prepare`.
+  /// Queues the prepared coroutine. Must be called at most once per `prepare`.
   void wake() noexcept;
-  /// The coroutine goes away after `wake`: it will not be resumed. Only called where it would have been resumed.
+  /// The coroutine was destroyed after `wake` and must not be resumed. Call it only in the coroutine's place.
   void forget() noexcept;
 
   void run() noexcept override;

@@ -18,7 +18,7 @@ class JSONSyntaxError : public Error {
  public:
   JSONSyntaxError(std::string_view reason, std::size_t byteOffset);
 
-  /// What is wrong, without the position.
+  /// Why the text is refused, without the position.
   const std::string& reason() const noexcept { return reason_; }
 
   /// Offset of the offending byte, counted from 0 at the start of the text.
@@ -36,14 +36,14 @@ struct DecodingContext {
 
   /// Keys from the outermost value down to the failing one; empty at the top level.
   std::vector<std::string> codingPath;
-  /// What is wrong, in English.
+  /// A description of the failure in English.
   std::string debugDescription;
   /// The failure beneath this one; null when there is none.
   std::shared_ptr<const Error> underlyingError;
 };
 
-/// A text or a JSON value that is not what the reader needs. Nothing is read in part: whoever fails with it has
-/// produced no value.
+/// A text or a JSON value that is not what the reader needs. Decoding is all or nothing: a call that throws
+/// it has produced no value.
 ///
 /// `what()` is the context's debug description, followed by the underlying error's text in parentheses if there
 /// is one. Immutable; may be copied, and read from any thread.
@@ -81,9 +81,9 @@ class DecodingError : public Error {
   DecodingContext context_;
 };
 
-/// A value that cannot be put into JSON. Only values built in code can be of that kind, for two reasons: a number that
-/// is not finite, found when the value is written; and nesting deeper than `JSONValue::maximumDepth`, found when the
-/// value is built. `what()` says which.
+/// A value that has no JSON form, which only values built in code can be: a number is not finite (thrown when the value
+/// is written), or the nesting is deeper than `JSONValue::maximumDepth` (thrown when the value is built). `what()` says
+/// which.
 ///
 /// Immutable; may be copied, and read from any thread.
 class EncodingError : public Error {

@@ -23,7 +23,7 @@ enum class NonFinite { fail, writeName };
 
 [[noreturn]] void failNonFinite() { throw EncodingError("A number that is not finite cannot be written as JSON"); }
 
-// What follows the backslash for each byte that must be escaped; zero for a byte that stands as it is.
+// The character after the backslash for each byte that must be escaped; zero for a byte that is copied as it is.
 constexpr std::array<char, 256> escapes = [] {
   std::array<char, 256> table{};
   for (std::size_t control = 0; control < 0x20; ++control) table[control] = 'u';
@@ -39,8 +39,8 @@ constexpr std::array<char, 256> escapes = [] {
 
 constexpr std::uint64_t everyByte(unsigned char byte) { return 0x0101010101010101u * byte; }
 
-// Marks the top bit of bytes of a word that must be escaped. Only the mark of the lowest byte is sure to be right:
-// those above it may come from a borrow.
+// Sets the top bit of each byte of a word that must be escaped. Only the lowest mark is reliable: a higher one may be
+// the effect of a borrow.
 std::uint64_t marksOfEscapes(std::uint64_t word) noexcept {
   const auto zeros = [](std::uint64_t bytes) { return (bytes - everyByte(0x01)) & ~bytes; };
   const std::uint64_t controls = (word - everyByte(0x20)) & ~word;
@@ -74,7 +74,7 @@ struct Places {
   char* out;
 };
 
-// Behind a word that was copied though it is marked: leaves off at its first escape.
+// Writes the first escape of a word that was copied whole, and continues behind it.
 Places escapeInWord(Places places, std::uint64_t marks) noexcept {
   const auto count = static_cast<std::size_t>(std::countr_zero(marks)) / 8;
   const auto byte = static_cast<unsigned char>(places.at[count]);
@@ -110,7 +110,7 @@ char* writeQuoted(std::string_view text, char* out) noexcept {
   return out + 1;
 }
 
-// What a text may take when written: escapes, quotes, and the last word, which is written whole.
+// An upper bound for the size of a text when written: escapes, quotes, and the last word, which is written whole.
 constexpr std::size_t escapedBound(std::size_t size) { return longestEscape * size + 2 + sizeof(std::uint64_t); }
 
 // Fails if there is a number that is not finite.
@@ -134,8 +134,8 @@ struct KeepGrowing {
   void operator()(ByteBuffer&) const noexcept {}
 };
 
-// Writes behind the end of a buffer. Every step takes the place to write at and returns the next one, so that it stays
-// in a register. `filled` is called now and then with the buffer, to empty it when it has grown.
+// Writes behind the end of a buffer. Every step takes the write position and returns the next one, so that it stays in
+// a register. `filled` is called with the buffer now and then, so that it can flush a buffer that has grown.
 template <typename Filled>
 class Writer {
  public:
@@ -223,7 +223,7 @@ class Writer {
     return writeQuoted(text, room(escapedBound(text.size()), out));
   }
 
-  // In parts: room for nothing but escapes would be six times the size of the text.
+  // Written in parts: reserving room for the worst case, all escapes, would take six times the size of the text.
   char* writeLongText(std::string_view text, char* out) {
     if constexpr (std::is_same_v<Filled, KeepGrowing>) out = room(text.size() + escapedBound(partSize), out);
     out = writeByte('"', out);

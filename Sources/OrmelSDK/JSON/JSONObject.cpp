@@ -60,9 +60,9 @@ struct KeySurvey {
   bool duplicate;
 };
 
-// One cheap pass that clears almost every object: keys are hashed into two sets of 64 bits, and only a key whose bit is
-// taken in both is compared with those before it. Beyond the index threshold the sort for the index finds duplicates
-// anyway.
+// One cheap pass that rules out duplicates in almost every object: keys are hashed into two sets of 64 bits, and only a
+// key whose bit is taken in both is compared with the keys before it. Beyond the index threshold the sort for the index
+// finds duplicates anyway.
 KeySurvey surveyKeys(const JSONStoredMember* members, std::uint32_t count, const JSONTextPlace& texts) noexcept {
   const bool isSmall = count <= indexThreshold;
   std::uint64_t seen = 0;
@@ -91,7 +91,7 @@ KeySurvey surveyKeys(const JSONStoredMember* members, std::uint32_t count, const
   return {(bytes & 0x8080808080808080u) != 0, duplicate};
 }
 
-// Of each run of equal keys the last value moves to the first one's place; the others fall away.
+// For each run of equal keys, the last value moves to the position of the first; the others are dropped.
 void dropDuplicates(JSONContainerHeader* header, const std::vector<SortKey>& keys) {
   auto* members = membersOf(header);
   std::vector<bool> dropped(header->count, false);
@@ -128,7 +128,7 @@ void buildIndex(JSONContainerHeader* header, const std::vector<SortKey>& keys) {
   if (std::adjacent_find(keys.begin(), keys.end(), same) != keys.end()) {
     auto* const end = membersOf(header) + header->count;
     dropDuplicates(header, keys);
-    // Before the index is laid over the places of the members that fell away.
+    // Must precede the index, which overwrites the storage of the dropped members.
     if (elements == JSONElements::counted) std::destroy(membersOf(header) + header->count, end);
     forms.clear();
     keys = sortedKeys(membersOf(header), header->count, texts, plainASCII, forms);
@@ -136,7 +136,7 @@ void buildIndex(JSONContainerHeader* header, const std::vector<SortKey>& keys) {
   if (header->count > indexThreshold) buildIndex(header, keys);
 }
 
-// Apart, like the search for an equivalent key, so that the usual way through `find` stays short.
+// Not inlined, like the search for an equivalent key, to keep the hot path of `find` short.
 [[gnu::noinline]] const JSONValue* findInIndex(const JSONStoredMember* members, std::uint32_t count,
                                                std::string_view key) {
   const auto* index = reinterpret_cast<const std::uint32_t*>(members + count);
@@ -175,12 +175,12 @@ void finishObject(JSONContainerHeader* header, const JSONTextPlace& texts, JSONE
 
 namespace {
 
-/// A key whose first bytes are at hand as one word, which tells most other keys from it at once.
+/// A key with its first bytes loaded as one word: a single comparison rules out most other keys.
 class SoughtKey {
  public:
   explicit SoughtKey(std::string_view key) noexcept : key_(key), mask_(maskFor(key.size())), head_(headOf(key)) {}
 
-  /// Whether the text, a stored one, has the same bytes.
+  /// Whether a stored text has the same bytes.
   bool is(std::string_view stored) const noexcept {
     if (stored.size() != key_.size() || (wordAt(stored.data()) & mask_) != head_) return false;
     return key_.size() <= sizeof head_ ||
@@ -194,7 +194,7 @@ class SoughtKey {
 
   static std::uint64_t headOf(std::string_view key) noexcept {
     if (key.size() >= sizeof(std::uint64_t)) return wordAt(key.data());
-    // Two halves that may overlap: where they do they are the same.
+    // The two halves may overlap, with equal bytes in the overlap.
     if (key.size() >= sizeof(std::uint32_t)) {
       return partAt<std::uint32_t>(key, 0) | partAt<std::uint32_t>(key, key.size() - sizeof(std::uint32_t));
     }
@@ -203,7 +203,7 @@ class SoughtKey {
     return head;
   }
 
-  /// The bytes at this place of the key, where they stand in its first word.
+  /// The bytes at this offset of the key, shifted to their position in its first word.
   template <typename Part>
   static std::uint64_t partAt(std::string_view key, std::size_t at) noexcept {
     Part part;

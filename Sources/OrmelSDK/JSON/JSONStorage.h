@@ -58,9 +58,13 @@ inline constexpr std::size_t indexThreshold = 32;
 
 inline constexpr std::size_t textOverhead = sizeof(std::uint32_t) + 1;
 
-/// Texts are examined in words of this size: behind the start of any stored text as many bytes can be read, so all
-/// storage of texts ends in as much slack.
+/// Texts are compared in words of this size, which may reach beyond a short text: all storage of texts therefore ends
+/// in this many bytes of slack.
 inline constexpr std::size_t textSlack = sizeof(std::uint64_t);
+
+/// Stores a text, of which `textOverhead` bytes are more than its own, and returns the place behind it.
+/// @throws std::length_error if its size does not fit into 32 bits
+std::byte* storeText(std::byte* place, std::string_view text);
 
 inline std::uint64_t wordAt(const char* at) noexcept {
   std::uint64_t word;
@@ -90,8 +94,8 @@ inline JSONStoredMember* membersOf(JSONContainerHeader* header) noexcept {
 
 inline JSONValue* elementsOf(JSONContainerHeader* header) noexcept { return reinterpret_cast<JSONValue*>(header + 1); }
 
-/// Where the texts of a block will be, and where they can be read while it is being built. Handed on by reference: a
-/// copy made of two stores and read in one load waits for both stores, for longer than a small object takes.
+/// Where the texts of a block will be, and where they can be read while it is being built. Pass by reference: a copy
+/// defeats store forwarding, which costs more than building a small object.
 struct JSONTextPlace {
   const std::byte* stored;
   const std::byte* readable;
@@ -107,11 +111,11 @@ enum class JSONElements : bool { uncounted, counted };
 /// The height of the tallest container among an object's values; 0 when there is none.
 std::size_t tallestValue(const JSONContainerHeader& object) noexcept;
 
-/// Makes the keys of a filled object unique (the last value stands) and builds its index if it needs one. Members
-/// that fall away are gone: destroyed if they are counted, and the object no higher than what stays.
+/// Makes the keys of a filled object unique (the last value wins) and builds its index if it needs one. Dropped members
+/// are destroyed if they are counted, and no longer contribute to the object's height.
 void finishObject(JSONContainerHeader* header, const JSONTextPlace& texts, JSONElements elements);
 
-/// The only door from the storage to the value's private parts.
+/// Gives the storage access to the private members of `JSONValue`, and nothing else does.
 struct JSONAccess {
   static JSONValue make(std::uint64_t bits, const JSONBlock* owner, JSONValue::Kind kind) noexcept {
     return JSONValue(JSONValue::Payload{.bits = bits},
@@ -133,7 +137,7 @@ struct JSONAccess {
   static const std::byte* data(const JSONValue& value) noexcept { return value.payload_.data; }
   static const JSONBlock* owner(const JSONValue& value) noexcept { return value.owner(); }
 
-  /// Begins a container at `place`; the elements behind it are the caller's to fill.
+  /// Constructs a container at `place`; the caller fills in the elements behind it.
   static JSONContainerHeader* beginContainer(void* place, JSONContainerHeader header) noexcept {
     if (header.isObject) return &(new (place) JSONObject(header))->header_;
     return &(new (place) JSONArray(header))->header_;
@@ -154,6 +158,12 @@ struct JSONAccess {
   }
 
   static const JSONStoredMember* members(const JSONObject& object) noexcept { return object.members(); }
+
+  /// The positions of a large object's members in the canonical order of their keys; null for a small object.
+  static const std::uint32_t* index(const JSONObject& object) noexcept {
+    if ((object.header_.flags & JSONContainerHeader::hasIndex) == 0) return nullptr;
+    return reinterpret_cast<const std::uint32_t*>(object.members() + object.header_.count);
+  }
 
   static bool hasNonASCIIKey(const JSONObject& object) noexcept {
     return (object.header_.flags & JSONContainerHeader::hasNonASCIIKey) != 0;

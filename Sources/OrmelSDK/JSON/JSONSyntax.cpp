@@ -17,7 +17,7 @@ int hexDigit(char byte) {
   return -1;
 }
 
-// Integers of fewer digits fit into 64 bits whatever they are.
+// Every integer of fewer digits fits into 64 bits.
 constexpr std::size_t wideIntegerDigits = 19;
 
 class Examiner {
@@ -206,7 +206,7 @@ class Examiner {
   std::size_t maximumDepth_;
   std::size_t at_ = 0;
   std::vector<char> open_;
-  // Nothing has been read yet inside of the innermost container.
+  // The innermost container has just been opened.
   bool fresh_ = false;
   JSONExamination result_;
 };

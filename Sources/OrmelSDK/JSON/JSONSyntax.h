@@ -7,21 +7,21 @@
 
 namespace ormel::detail {
 
-/// What a slow, exact reading of a text finds; see `examineJSON`.
+/// The findings of `examineJSON`.
 struct JSONExamination {
   struct Failure {
     std::string_view reason;
     std::size_t byteOffset;
   };
 
-  /// The first offence against the grammar, if there is one.
+  /// The first violation of the grammar, if there is one.
   std::optional<Failure> failure;
-  /// Where the integers end that may not fit into 64 bits.
+  /// End offsets of the integers that may not fit into 64 bits.
   std::vector<std::size_t> wideIntegerEnds;
 };
 
-/// Examines a text that the fast reader refused: finds the reason and its place, or shows that the text is JSON
-/// after all and the refusal was about the size of a number.
+/// Slowly and exactly examines a text that the fast reader refused: finds the reason and its offset, or finds that the
+/// text is JSON after all and was refused for the size of a number or for its empty containers at the depth limit.
 JSONExamination examineJSON(std::string_view text, std::size_t maximumDepth);
 
 }  // namespace ormel::detail

@@ -31,14 +31,6 @@ std::uint32_t checkedCount(std::size_t count) {
   return static_cast<std::uint32_t>(count);
 }
 
-std::byte* storeText(std::byte* at, std::string_view text) {
-  const std::uint32_t size = checkedCount(text.size());
-  std::memcpy(at, &size, sizeof size);
-  if (size > 0) std::memcpy(at + sizeof size, text.data(), size);
-  at[sizeof size + size] = std::byte{0};
-  return at + textOverhead + size;
-}
-
 std::uint16_t heightAbove(std::size_t tallestElement) {
   const std::size_t height = tallestElement + 1;
   if (height > JSONValue::maximumDepth) {
@@ -48,6 +40,14 @@ std::uint16_t heightAbove(std::size_t tallestElement) {
 }
 
 }  // namespace
+
+std::byte* storeText(std::byte* place, std::string_view text) {
+  const std::uint32_t size = checkedCount(text.size());
+  std::memcpy(place, &size, sizeof size);
+  if (size > 0) std::memcpy(place + sizeof size, text.data(), size);
+  place[sizeof size + size] = std::byte{0};
+  return place + textOverhead + size;
+}
 
 void releaseJSONBlock(const JSONBlock* block) noexcept {
   auto* storage = const_cast<JSONStorageBlock*>(static_cast<const JSONStorageBlock*>(block));

@@ -29,8 +29,8 @@ namespace detail {
 struct JSONBlock {
   mutable std::atomic<std::size_t> references{1};
 
-  /// Whether the reference that is given up was the last one. Nobody can race for the only reference: most blocks go
-  /// without an atomic write, which would wait for all earlier writes.
+  /// Drops a reference and returns whether it was the last one. No other thread can race for the only reference, so
+  /// most blocks are freed without an atomic write, which would wait for all earlier writes.
   bool losesLastReference() const noexcept {
     return references.load(std::memory_order_acquire) == 1 || references.fetch_sub(1, std::memory_order_acq_rel) == 1;
   }
@@ -126,8 +126,8 @@ class JSONValue {
     std::swap(ownerAndKind_, other.ownerAndKind_);
   }
 
-  /// Reads one JSON text. Any value is accepted at the top level. Of a key that occurs twice in an object the
-  /// last value stands.
+  /// Reads one JSON text. Any value is accepted at the top level. If a key occurs twice in an object, the
+  /// last value wins.
   ///
   /// `text` is UTF-8 and is not needed any more when the call returns. Linear in time for any text, and without
   /// recursion. Each thread keeps working memory for texts of up to 2 MiB.
@@ -241,7 +241,7 @@ struct JSONMember {
 
 namespace detail {
 
-/// What stands in front of a container's elements in memory.
+/// The header in front of a container's elements in memory.
 struct JSONContainerHeader {
   static constexpr std::uint8_t hasNonASCIIKey = 1;
   static constexpr std::uint8_t hasIndex = 2;
@@ -368,7 +368,7 @@ class JSONObject {
 /// Keys are copied, and values keep what they are made of alive. Not thread-safe.
 class JSONObjectBuilder {
  public:
-  /// Adds a member; of a key that was added before, the last value stands. Invalid UTF-8 in the key is repaired.
+  /// Adds a member; if the key was added before, the last value wins. Invalid UTF-8 in the key is repaired.
   JSONObjectBuilder& set(std::string_view key, JSONValue value);
 
   /// Adds a member only if there is a value.

@@ -5,7 +5,7 @@
 
 namespace ormel::detail {
 
-/// Blocks all signals in the calling thread, and so in the threads that it starts, until it goes away.
+/// Blocks all signals in the calling thread, and in threads it starts meanwhile, until this object is destroyed.
 class AllSignalsBlocked {
  public:
   AllSignalsBlocked() {

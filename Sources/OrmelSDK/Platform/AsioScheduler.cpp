@@ -15,7 +15,7 @@ namespace detail {
 
 namespace {
 
-/// The item in the hands of the context, which may end without having run it.
+/// Owns an item queued in the context, which may be destroyed without having run it.
 class PostedItem {
  public:
   PostedItem(Scheduler& scheduler, WorkItem& item) noexcept : scheduler_(&scheduler), item_(&item) {}

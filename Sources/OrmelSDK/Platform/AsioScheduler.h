@@ -9,7 +9,7 @@
 namespace ormel::detail {
 
 /// A scheduler on the threads that run an Asio context. All its timers share one queue and one Asio timer, which is
-/// set anew only for a deadline before the one it is set to: arming and cancelling make no system call then.
+/// re-armed only for an earlier deadline than its own: most arming and all cancelling make no system call.
 class AsioScheduler final : public Scheduler {
  public:
   explicit AsioScheduler(asio::io_context& context) : context_(context), wakeUp_(context) {}

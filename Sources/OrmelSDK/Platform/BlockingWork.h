@@ -5,7 +5,7 @@
 
 namespace ormel::detail {
 
-/// Where work is done that blocks for long, such as waiting for an outside command: never on a thread of the pool.
+/// Runs work that blocks for long, such as waiting for an external command, outside the pool.
 ///
 /// *Thread safety*: may be called from any thread.
 class BlockingWork {
@@ -19,8 +19,8 @@ class BlockingWork {
   static BlockingWork& onThreads();
 };
 
-/// Ends when `work` has ended, and fails as it does. A caller that is cancelled does not wait for it; the work goes on,
-/// so it must own what it uses.
+/// Completes when `work` has ended, and rethrows its exception. A cancelled caller stops waiting while the work keeps
+/// running, so the work must own everything it uses.
 Task<void> runBlocking(BlockingWork& where, UniqueFunction<void()> work);
 
 }  // namespace ormel::detail

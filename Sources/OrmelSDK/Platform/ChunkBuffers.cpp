@@ -8,7 +8,7 @@ namespace ormel::detail {
 
 namespace {
 
-/// As many as are under way when a reader is a little ahead of its consumer.
+/// Enough for a reader that is a little ahead of its consumer.
 constexpr std::size_t mostKept = 8;
 
 struct KeptBuffers {

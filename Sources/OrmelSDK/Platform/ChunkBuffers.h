@@ -6,16 +6,16 @@
 
 namespace ormel::detail {
 
-/// The most that one read of a pipe takes, in bytes: what a pipe of the usual size holds.
+/// Maximum number of bytes in one read of a pipe: the usual capacity of a pipe.
 inline constexpr std::size_t largestChunk = std::size_t{64} * 1024;
 
-/// An empty buffer with room for the largest chunk, one that was given back if there is any.
+/// An empty buffer with room for the largest chunk, recycled if one is available.
 ///
-/// A chunk is filled on one thread and freed on another. Left to the allocator its memory would go back to the system
-/// each time, and the next read would pay for every page of it again.
+/// A chunk is filled on one thread and freed on another. The allocator would return its memory to the system each time,
+/// and the next read would fault every page in again.
 ByteBuffer takeChunkBuffer();
 
-/// Keeps the buffer for a later chunk. A buffer of another size, or one more than a few, is freed.
+/// Recycles the buffer. A buffer of another size is freed, and so is one beyond the few that are kept.
 void giveBackChunkBuffer(ByteBuffer buffer) noexcept;
 
 }  // namespace ormel::detail

@@ -14,7 +14,7 @@ namespace {
 /// A chunk that fills less of the buffer than this is copied out, so that a queue of short lines stays small.
 constexpr std::size_t worthKeepingWhole = largestChunk / 2;
 
-/// After this many chunks without a pause other work of the thread has its turn.
+/// After this many chunks in a row the reader yields to other work of the thread.
 constexpr int chunksPerTurn = 16;
 
 /// One read of up to the largest chunk; empty at the end of the stream.
@@ -78,8 +78,8 @@ void DescriptorReader::readWhatIsThere() {
   if (descriptor_.is_open()) waitLocked();
 }
 
-/// The handlers if a read would find something, else nothing, with a new wait under way unless the reader was stopped.
-/// A wait can be over without anything to read; no read may be announced then, since nothing would answer it.
+/// Returns the handlers if a read would find something. Otherwise returns nothing and waits again, unless the reader
+/// was stopped: a wait can end spuriously, and an announced read must be followed by a chunk or the end.
 DescriptorReader::Handlers DescriptorReader::handlersIfReadable() {
   const std::lock_guard lock(mutex_);
   if (!descriptor_.is_open()) return nullptr;
@@ -98,8 +98,8 @@ std::optional<ByteBuffer> DescriptorReader::take() {
   return chunk;
 }
 
-/// Closes the pipe and gives the handlers away, for the caller to let go of them after unlocking: what they own may
-/// call back.
+/// Closes the pipe and moves the handlers out. The caller destroys them after unlocking, because the objects they own
+/// may call back.
 DescriptorReader::Handlers DescriptorReader::closeLocked() noexcept {
   asio::error_code ignored;
   descriptor_.close(ignored);

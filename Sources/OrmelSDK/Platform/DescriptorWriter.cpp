@@ -13,10 +13,10 @@ namespace ormel::detail {
 
 namespace {
 
-/// Bytes of one write: the lock is held for no more than this.
+/// Maximum number of bytes in one write, which bounds how long the lock is held.
 constexpr std::size_t largestWrite = std::size_t{64} * 1024;
 
-/// After this many writes without a pause other work of the thread has its turn.
+/// After this many writes in a row the writer yields to other work of the thread.
 constexpr int writesPerTurn = 16;
 
 }  // namespace

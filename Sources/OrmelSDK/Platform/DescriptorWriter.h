@@ -46,9 +46,9 @@ class DescriptorWriter final : public std::enable_shared_from_this<DescriptorWri
   asio::io_context& context_;
   asio::posix::stream_descriptor descriptor_;
   std::deque<std::string> queue_;
-  /// Bytes of the first of the queue that are written already.
+  /// Number of bytes of the first queued item that are already written.
   std::size_t written_ = 0;
-  /// Someone is writing or waits until that is possible.
+  /// A thread is writing, or a wait for the pipe to become writable is pending.
   bool busy_ = false;
   bool closing_ = false;
 };

@@ -9,7 +9,7 @@ namespace ormel::detail {
 
 namespace {
 
-// The system would read such a path only up to the zero byte, and thus test another file.
+// The system would read such a path only up to the zero byte and test another file.
 bool namesAFile(const std::string& path) { return !path.empty() && path.find('\0') == std::string::npos; }
 
 bool isAccessibleFile(const std::string& path, int mode) {

@@ -10,7 +10,7 @@ namespace ormel::detail {
 
 void keepFreedMemory() noexcept {
 #ifdef __GLIBC__
-  // A single larger block still goes back at once; more is not accepted here.
+  // The largest value accepted; a single larger block is still returned at once.
   ::mallopt(M_MMAP_THRESHOLD, 32 << 20);
   ::mallopt(M_TRIM_THRESHOLD, 64 << 20);
 #endif

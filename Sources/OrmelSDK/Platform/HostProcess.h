@@ -5,7 +5,7 @@
 
 namespace ormel::detail {
 
-/// What the server's packages are built for.
+/// A platform that the server is packaged for.
 enum class HostPlatform { macOSArm64, linuxX64, linuxArm64 };
 
 /// The platform that this code was built for.

@@ -41,7 +41,7 @@ IORuntime::IORuntime() : process_(::getpid()), work_(context_.get_executor()) {
 }
 
 void IORuntime::endThreads() {
-  // A process that the application has forked has a copy of this object, but none of the threads.
+  // A forked child process has a copy of this object, but none of its threads.
   if (::getpid() != process_) return;
   context_.stop();
   for (auto& thread : threads_) {

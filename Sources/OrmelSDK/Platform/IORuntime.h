@@ -9,11 +9,11 @@
 
 namespace ormel::detail {
 
-/// The threads on which everything asynchronous of the library runs: one small pool for the whole process.
+/// The threads that run all asynchronous work of the library: one small pool per process.
 ///
 /// All signals are blocked in its threads: a write to a dead peer is an error code there and never a SIGPIPE, and
 /// the application's signal handlers never run on them. The pool starts on first use. Its threads are joined when the
-/// process ends; what is posted later is accepted and never runs. A thread of the pool may end the process.
+/// process ends; work posted later is accepted but never runs. A thread of the pool may end the process.
 ///
 /// *Thread safety*: all members may be called from any thread.
 ///
@@ -22,7 +22,7 @@ class IORuntime {
  public:
   static IORuntime& shared();
 
-  /// Work that is posted here runs on any thread of the pool, in no order. It must not block.
+  /// The context of the pool: posted work runs on any of its threads, in no order, and must not block.
   asio::io_context& context() noexcept { return context_; }
 
   IORuntime(const IORuntime&) = delete;

@@ -23,7 +23,7 @@ Termination terminationFromWaitStatus(int status) noexcept {
 
 namespace {
 
-/// What the kernel tells of a process through its pidfd; here because the headers of older systems lack it.
+/// The kernel's `struct pidfd_info`, declared here because the headers of older systems lack it.
 struct PidfdInfo {
   std::uint64_t mask = 0;
   std::uint64_t controlGroup = 0;
@@ -35,8 +35,8 @@ constexpr std::uint64_t infoHasWaitStatus = 1U << 3;
 constexpr unsigned long getInfoRequest = _IOWR(0xFF, 11, PidfdInfo);
 constexpr auto pidfdKind = static_cast<idtype_t>(3);
 
-/// The end of a child that someone else has reaped. Newer kernels remember how it ended for as long as the pidfd is
-/// open.
+/// How a child ended that was reaped elsewhere in the process. Newer kernels remember how it ended for as long as the
+/// pidfd is open.
 Termination rememberedTermination(const FileDescriptor& pidfd) noexcept {
   PidfdInfo info;
   info.mask = infoHasWaitStatus;

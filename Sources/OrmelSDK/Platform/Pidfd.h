@@ -9,8 +9,8 @@
 
 namespace ormel::detail {
 
-/// A descriptor that names one child, however often its number is given out again, and becomes readable when it has
-/// ended. Not open where the system has none or refuses.
+/// A descriptor that refers to one child, even after its process id has been reused, and becomes readable when the
+/// child has ended. Not open if the system does not support it or refuses.
 FileDescriptor openPidfd(pid_t pid) noexcept;
 
 /// Reaps the child if it has ended. Absent while it runs.

@@ -7,7 +7,7 @@ namespace ormel::detail {
 #ifdef F_SETPIPE_SZ
 
 void growPipe(int descriptor) noexcept {
-  // The most that a process without privileges may ask for, unless its system was set up otherwise.
+  // The default limit for unprivileged processes.
   constexpr int capacity = 1 << 20;
   ::fcntl(descriptor, F_SETPIPE_SZ, capacity);
 }

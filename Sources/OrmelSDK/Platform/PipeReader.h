@@ -6,12 +6,12 @@
 
 namespace ormel::detail {
 
-/// What a reader of a pipe calls, one at a time and in this order: for each chunk `onReadStart` and then `onChunk`;
+/// Callbacks of a pipe reader, called one at a time and in this order: for each chunk `onReadStart` and then `onChunk`;
 /// at the end of file `onReadStart` and then `onEnd`, which is the last call.
 ///
-/// `onReadStart` comes before any byte is taken out of the pipe, so at each moment the bytes that are under way are
-/// in the pipe, or a read is in progress, or the chunk has been delivered. A chunk is never empty. Any of them may
-/// be empty. They run on threads of the pool, hold no lock, and must neither block nor throw.
+/// `onReadStart` comes before any byte is taken out of the pipe, so at each moment the bytes in transit are in the
+/// pipe, or a read is in progress, or the chunk has been delivered. A chunk is never empty. Each callback may be left
+/// unset. They run on threads of the pool with no lock held, and must neither block nor throw.
 struct PipeReadHandlers {
   PipeReadHandlers() = default;
 
@@ -24,8 +24,8 @@ struct PipeReadHandlers {
 ///
 /// *Thread safety*: all members may be called from any thread, also from the handlers.
 ///
-/// *Object lifetimes*: a reader that has been started lives until the end of file or `stop`, whoever else holds it,
-/// and lets go of the handlers then.
+/// *Object lifetimes*: a started reader keeps itself alive until the end of file or `stop`, and then releases the
+/// handlers.
 class PipeReader {
  public:
   virtual ~PipeReader() = default;
@@ -33,12 +33,12 @@ class PipeReader {
   /// Begins to read, once in the reader's life. After `stop` nothing begins.
   virtual void start(PipeReadHandlers handlers) = 0;
 
-  /// Ends reading and closes the pipe; a child that writes on gets a broken pipe. No handler is entered after it
-  /// returns, except that one which another thread was just about to call may still run. A read that was started is
-  /// then not answered by a chunk or an end.
+  /// Ends reading and closes the pipe; a child that keeps writing gets a broken pipe. No handler is entered after it
+  /// returns, except one that another thread was just about to call. A read that was announced is then followed by
+  /// neither a chunk nor an end.
   virtual void stop() noexcept = 0;
 
-  /// Whether the pipe holds bytes that nobody has taken. A hang-up alone is not unread bytes; false once the end of
+  /// Whether the pipe holds unread bytes. A hang-up alone is not unread bytes; false once the end of
   /// file has been read or the reader stopped. Never blocks.
   virtual bool hasUnreadBytes() const noexcept = 0;
 };

@@ -16,8 +16,7 @@ namespace ormel::detail {
 
 namespace {
 
-/// Waits until the child has ended and leaves it to be reaped by its handle, so that its number stays its own until
-/// the handle knows.
+/// Waits until the child has ended without reaping it, so that its process id is not reused before the handle knows.
 void waitWithoutReaping(pid_t pid) noexcept {
   siginfo_t info{};
   while (::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
@@ -29,8 +28,8 @@ void waitAndReap(pid_t pid) noexcept {
   }
 }
 
-/// The read end of a pipe that gets a byte when the child has ended. The byte tells it rather than the closing of the
-/// other end, of which a process forked by the application can hold a copy.
+/// The read end of a pipe that gets a byte when the child has ended. The end is signalled by the byte, not by closing
+/// the other end: a process forked by the application may hold a copy of that.
 FileDescriptor startWaiter(pid_t pid) {
   Pipe pipe = makePipe();
   const AllSignalsBlocked blocked;

@@ -10,9 +10,9 @@
 
 namespace ormel::detail {
 
-/// How the end of a child is noticed.
+/// How the end of a child is detected.
 enum class EndNotice {
-  /// By a descriptor of the system that names the child, where there is one, else by a thread.
+  /// By a system descriptor that refers to the child where that exists, else by a thread.
   automatic,
   /// By a thread that waits for this one child.
   waiterThread,
@@ -20,13 +20,13 @@ enum class EndNotice {
 
 /// One child process of ours: its end, its status, and signals to it.
 ///
-/// The end is noticed for this child alone and without SIGCHLD, so it does not matter what the application does with
-/// that signal. An application that reaps every child of the process takes the status away, not the notice.
+/// The end is detected for this child alone and without SIGCHLD, so it does not matter what the application does with
+/// that signal. An application that reaps every child of the process can take the status, but not the notification.
 ///
 /// *Thread safety*: all members may be called from any thread.
 ///
-/// *Object lifetimes*: the destructor does not wait for the child; who destroys the handle of a running child calls
-/// `reapInBackground` before.
+/// *Object lifetimes*: the destructor does not wait for the child; call `reapInBackground` before destroying the handle
+/// of a running child.
 class ProcessHandle {
  public:
   /// Takes charge of a child that was just started. Fails with `ProcessLaunchError` when its end could not be
@@ -46,13 +46,13 @@ class ProcessHandle {
   /// How the child ended, as far as `reapIfEnded` has found out.
   std::optional<Termination> termination() const noexcept;
 
-  /// Sends a signal unless the child has been reaped: its number may belong to a stranger then.
+  /// Sends a signal unless the child has been reaped: its process id may then belong to another process.
   void signal(int number) noexcept;
 
   /// Kills the child and waits until it is reaped.
   void killAndReap() noexcept;
 
-  /// Leaves a running child to a thread that ends with it.
+  /// Hands a running child to a thread that reaps it when it ends.
   void reapInBackground() noexcept;
 
  private:

@@ -11,13 +11,13 @@
 
 namespace ormel::detail {
 
-/// What to start.
+/// A program to start, with its arguments and environment.
 struct LaunchSettings {
   LaunchSettings() = default;
 
   /// Path of the program file; it is not looked up in `PATH`.
   std::string executable;
-  /// The arguments behind the program's own name.
+  /// The arguments after the program's own name.
   std::vector<std::string> arguments;
   /// Absent, the child inherits the environment of this process.
   std::optional<std::map<std::string, std::string>> environment;
@@ -39,17 +39,17 @@ struct Termination {
   friend bool operator==(const Termination&, const Termination&) noexcept = default;
 };
 
-/// Called once when the child has ended, on a thread of the pool, with no lock held. The end of its output is told
-/// separately and comes before or after, or never if another process holds the pipe. Must neither block nor throw.
+/// Called once when the child has ended, on a thread of the pool, with no lock held. The end of its output is reported
+/// separately, before or after, or never if another process holds the pipe. Must neither block nor throw.
 using TerminationHandler = std::function<void(const Termination&)>;
 
 /// A child process with three pipes.
 ///
 /// *Thread safety*: all members may be called from any thread; none of them blocks.
 ///
-/// *Object lifetimes*: destroying the object closes the pipes and drops what is still to be written, lets go of the
-/// termination handler and does not signal the child: it sees the end of its input. It is reaped when it ends,
-/// whenever that is. A handler that was just being entered may still run.
+/// *Object lifetimes*: destroying the object closes the pipes, drops unwritten bytes and releases the termination
+/// handler. It does not signal the child, which sees the end of its input and is reaped in the background when it ends.
+/// A handler that was just being entered may still run.
 class ChildProcess {
  public:
   virtual ~ChildProcess() = default;
@@ -83,7 +83,7 @@ class ChildProcess {
   virtual std::optional<Termination> termination() const = 0;
 };
 
-/// The one place from which processes are started, so that something else can stand in for a real child.
+/// Starts all processes of the library, so that a test can substitute an in-memory child.
 ///
 /// *Thread safety*: may be called from any thread.
 class ProcessLauncher {

@@ -41,7 +41,7 @@ class Checker {
   const std::string& executable_;
 };
 
-/// What the child does with descriptors before it becomes the program.
+/// The descriptor operations that the child performs before it becomes the program.
 class FileActions {
  public:
   explicit FileActions(const Checker& check) : check_(check) { check_(posix_spawn_file_actions_init(&actions_)); }

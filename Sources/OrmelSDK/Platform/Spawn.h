@@ -16,7 +16,7 @@ struct StandardStreams {
 };
 
 /// Starts a program in a child that has the given standard streams and no other descriptor of ours, default signal
-/// dispositions and an empty signal mask, whatever those of this process are. Who calls this has to reap the child.
+/// dispositions and an empty signal mask, regardless of those of this process. The caller must reap the child.
 /// Fails with `ProcessLaunchError`. May be called from any thread.
 pid_t spawn(const LaunchSettings& settings, const StandardStreams& streams);
 

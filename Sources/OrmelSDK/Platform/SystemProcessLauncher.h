@@ -8,7 +8,7 @@ namespace ormel::detail {
 /// Starts real children, served by the threads of `IORuntime`.
 class SystemProcessLauncher final : public ProcessLauncher {
  public:
-  /// The launcher that everything uses that was not given another one.
+  /// The default launcher.
   static SystemProcessLauncher& shared();
 
   explicit SystemProcessLauncher(EndNotice notice = EndNotice::automatic) : notice_(notice) {}

@@ -11,12 +11,12 @@
 
 namespace ormel::detail {
 
-/// One child from its start to its end: starts it, waits on the threads of an I/O context for its end, reaps it and
-/// tells the handler.
+/// One child from start to end: starts it, waits for its end on the threads of an I/O context, reaps it and calls the
+/// handler.
 ///
 /// *Thread safety*: all members may be called from any thread.
 ///
-/// *Object lifetimes*: from `begin` on the watch lives until the child has ended, whoever else holds it.
+/// *Object lifetimes*: from `begin` on the watch keeps itself alive until the child has ended.
 class TerminationWatch final : public std::enable_shared_from_this<TerminationWatch> {
  public:
   /// Starts the child. Fails with `ProcessLaunchError`. To be followed by `begin`.
@@ -27,7 +27,7 @@ class TerminationWatch final : public std::enable_shared_from_this<TerminationWa
   /// Begins to wait. Fails with `ProcessLaunchError`; the child is then killed and reaped.
   void begin(asio::io_context& context);
 
-  /// Lets go of the handler, so that it is not called any more.
+  /// Releases the handler, which is then no longer called.
   void forgetHandler() noexcept;
 
   ProcessHandle& process() noexcept { return process_; }

@@ -14,10 +14,10 @@ namespace ormel {
 
 namespace detail {
 
-/// The bytes follow the header. Those below `used` are never written again while more than one handle exists.
+/// The bytes follow the header. Bytes below `used` are never overwritten while more than one handle exists.
 struct SharedTextBuffer {
   std::atomic<std::size_t> references{1};
-  /// Where the longest handle ends: whoever moves it from its own end may write behind it.
+  /// End of the longest handle. A handle that ends here and advances it atomically may write behind it.
   std::atomic<std::size_t> used;
   std::size_t capacity;
 
@@ -30,7 +30,7 @@ struct SharedTextBuffer {
   }
 
   void release(std::size_t count = 1) noexcept {
-    // Nobody can race for the only references.
+    // No other thread can race for the only references.
     if (references.load(std::memory_order_acquire) == count ||
         references.fetch_sub(count, std::memory_order_acq_rel) == count) {
       this->~SharedTextBuffer();
@@ -41,8 +41,8 @@ struct SharedTextBuffer {
 
 namespace {
 
-/// A first text gets exactly its room, since most never grow. One that has grown gets as much again, in a block of a
-/// power of two: the outgrown buffers that older handles keep are then together no larger than the newest.
+/// A first text gets exactly the room it needs, since most never grow. A growing text gets a block whose size is a
+/// power of two, so all outgrown buffers that older handles keep are together no larger than the newest.
 std::size_t roomFor(std::size_t size, bool grows) {
   if (!grows) return size;
   constexpr std::size_t most = std::numeric_limits<std::size_t>::max() / 4;
@@ -70,7 +70,7 @@ bool SharedText::extendInPlace(std::string_view text) noexcept {
   if (!buffer_ || text.size() > buffer_->capacity - size_) return false;
   const std::size_t end = size_ + text.size();
   if (std::size_t used = size_; !buffer_->used.compare_exchange_strong(used, end, std::memory_order_relaxed)) {
-    // If this is the only handle, nobody else can see what longer ones, now gone, have written.
+    // The only handle may overwrite bytes that longer handles, now gone, have written.
     if (buffer_->references.load(std::memory_order_acquire) != 1) return false;
     buffer_->used.store(end, std::memory_order_relaxed);
   }

@@ -7,8 +7,8 @@
 
 namespace ormel::detail {
 
-/// Makes copies of a text that grows, one after each piece, for another thread to drop. References are taken many at a
-/// time: each single one would have to wait for the processor that has just dropped one.
+/// Makes snapshots of a growing text, one after each piece, that another thread drops. References are taken in bulk: a
+/// single increment would contend for the cache line that the other thread has just decremented.
 ///
 /// *Thread safety*: none.
 class SharedTextSnapshots {
@@ -21,11 +21,11 @@ class SharedTextSnapshots {
   /// A copy of the text.
   SharedText of(const SharedText& text) noexcept;
 
-  /// Adds `piece` to a text that copies are made of. Room that only copies which are gone have written on is used
-  /// again, which the text alone could not see.
+  /// Appends `piece` to a text that snapshots are made of. Reuses room that only dropped snapshots had written to,
+  /// which the text alone could not detect.
   void append(std::string_view piece, SharedText& text);
 
-  /// Lets go of the text.
+  /// Releases the references that are held in reserve.
   void giveBack() noexcept;
 
  private:

@@ -12,14 +12,14 @@ namespace ormel {
 /// Whether `bytes` is well-formed UTF-8.
 bool isValidUTF8(std::string_view bytes) noexcept;
 
-/// Length of the longest well-formed prefix of `bytes`, which is also the offset of the first offence; the whole size
-/// if there is none.
+/// Length of the longest well-formed prefix of `bytes`, which is also the offset of the first malformed sequence; the
+/// whole size if there is none.
 std::size_t validUTF8Prefix(std::string_view bytes) noexcept;
 
-/// Replaces each maximal part of `bytes` that no well-formed UTF-8 continues by U+FFFD.
+/// Replaces each malformed sequence in `bytes` by U+FFFD.
 ///
-/// This is the one repair of the system: everything that takes bytes from outside as text uses it. "Maximal part"
-/// is Unicode's recommended practice: the start of a truncated sequence gives one replacement, any other wrong
+/// This is the one repair of the system: everything that takes bytes from outside as text uses it. It follows Unicode's
+/// recommended practice ("maximal subpart"): the start of a truncated sequence gives one replacement, any other wrong
 /// byte one each. The result is always well-formed, and the same text if `bytes` was. It may be up to three times as
 /// long. Linear in time; fails with `std::bad_alloc` only.
 std::string repairedUTF8(std::string_view bytes);

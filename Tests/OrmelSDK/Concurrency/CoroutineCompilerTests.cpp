@@ -23,7 +23,7 @@
 namespace ormel {
 namespace {
 
-/// Counts what lives, and knows when it is used or destroyed as a bytewise copy of another one.
+/// Counts live objects, and detects when it is used or destroyed as a bytewise copy of another one.
 class Counted {
  public:
   static inline int alive = 0;
@@ -62,7 +62,7 @@ Task<std::string> byValue(Options options) { co_return options.values.at(0).text
 Task<std::string> byReference(const Options& options) { co_return options.values.at(0).text(); }
 Task<Counted> make() { co_return Counted(longText); }
 
-template <class Function>
+template <typename Function>
 Task<std::string> call(Function function) {
   co_return function();
 }
@@ -173,7 +173,7 @@ TEST_F(CoroutineCompiler, DestroysWhatAnExceptionOrANeverStartedTaskLeavesBehind
   EXPECT_THROW(runner.run(body()), std::runtime_error);
 }
 
-template <class Awaitable>
+template <typename Awaitable>
 constexpr bool isNoAggregate = !std::is_aggregate_v<std::remove_cvref_t<Awaitable>>;
 
 static_assert(isNoAggregate<Task<Counted>> && isNoAggregate<detail::TaskAwaiter<Counted>>);

@@ -22,7 +22,7 @@ EventBatch<std::string> numbers(int from, int to) {
   return batch;
 }
 
-/// Takes everything out of a batch.
+/// Empties a batch.
 std::vector<std::string> taken(EventBatch<std::string> batch) {
   std::vector<std::string> all;
   for (; !batch.empty(); batch.popFront()) all.push_back(batch.front());
@@ -98,7 +98,7 @@ TEST(EventBatch, IsAsBeforeWhenTheMakingOfAnEventFails) {
 
 using Events = EventChannel<std::string>;
 
-template <class Runner>
+template <typename Runner>
 class EventBatchesOn : public ::testing::Test {
  protected:
   Runner runner;
@@ -140,7 +140,7 @@ TYPED_TEST(EventBatchesOn, PushOldEventsOutOfABoundedChannel) {
   EXPECT_EQ(this->runner.run(nextBatch(events)), std::vector<std::string>{"4"});
 }
 
-/// What comes of the batches up to the end, one in brackets each.
+/// All batches up to the end as text, each in brackets.
 Task<std::string> drainInBatches(Events& events) {
   std::string all;
   try {

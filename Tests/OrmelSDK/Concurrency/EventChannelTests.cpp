@@ -49,7 +49,7 @@ std::string drainBlocking(Events& events) {
   return all;
 }
 
-template <class Runner>
+template <typename Runner>
 class EventChannelOn : public ::testing::Test {
  protected:
   Runner runner;

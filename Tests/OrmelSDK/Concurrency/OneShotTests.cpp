@@ -32,7 +32,7 @@ Task<std::string> describe(OneShot<std::string>& oneShot) {
   }
 }
 
-template <class Runner>
+template <typename Runner>
 class OneShotOnScheduler : public ::testing::Test {
  protected:
   Runner runner;

@@ -28,7 +28,7 @@ using testing::underSeeds;
 
 Task<void> await(OneShot<void>& oneShot) { co_await oneShot.wait(); }
 
-template <class Runner>
+template <typename Runner>
 class SchedulerOf : public ::testing::Test {
  protected:
   Runner runner;
@@ -58,13 +58,13 @@ TEST(SimulatedScheduler, RunsPostedWorkInAStepOfItsOwn) {
   EXPECT_EQ(scheduler.run(), 10U);
 }
 
-/// A timer's deadline is known to lie between these.
+/// Bounds of a timer's deadline.
 struct Deadline {
   std::uint64_t earliest;
   std::uint64_t latest;
 };
 
-/// Arms timers on a strand and holds in which order they ran.
+/// Arms timers on a strand and records the order in which they ran.
 class OrderOfTimers {
  public:
   OrderOfTimers(Scheduler& scheduler, std::size_t expected) : strand_(scheduler), left_(expected) {}

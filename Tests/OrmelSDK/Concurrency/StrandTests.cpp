@@ -22,7 +22,7 @@ namespace {
 using testing::startOn;
 using testing::underSeeds;
 
-template <class Runner>
+template <typename Runner>
 class StrandOnScheduler : public ::testing::Test {
  protected:
   Runner runner;
@@ -219,7 +219,7 @@ TEST(Strand, GuardsPlainDataOfCoroutinesThatAwaitOnManyThreads) {
   EXPECT_EQ(testing::Production().run(read(strand, plain)), workers * turns);
 }
 
-/// Enters the strand and says so.
+/// Enters the strand and records that it did.
 Task<void> reportFrom(Strand strand, std::shared_ptr<std::promise<void>> entered) {
   co_await strand.enter();
   entered->set_value();

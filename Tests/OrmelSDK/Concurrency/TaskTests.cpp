@@ -34,7 +34,7 @@ Task<void> throwing() {
 }
 Task<int&> refer(int& number) { co_return number; }
 
-template <class Runner>
+template <typename Runner>
 class TaskOnScheduler : public ::testing::Test {
  protected:
   Runner runner;
@@ -145,7 +145,7 @@ TYPED_TEST(TaskOnScheduler, ResumesOnItsStrandAfterEachKindOfAwait) {
   EXPECT_EQ(held, std::vector<bool>(8, true));
 }
 
-/// Resumes the coroutine on a thread that the library knows nothing of.
+/// Resumes the coroutine on a thread outside the library.
 class ResumedByAnotherThread {
  public:
   explicit ResumedByAnotherThread(std::thread& thread) : thread_(thread) {}

@@ -9,7 +9,7 @@
 namespace ormel::detail {
 namespace {
 
-template <class F>
+template <typename F>
 void expectCalledMovedAndDestroyedOnce(F function, const std::shared_ptr<int>& held) {
   const auto before = held.use_count();
   {

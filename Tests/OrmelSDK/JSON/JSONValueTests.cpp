@@ -252,6 +252,36 @@ TEST(JSONValueEquality, ComparesKeysByCanonicalEquivalence) {
   EXPECT_EQ(JSONValue::object(left), JSONValue::object(right));
 }
 
+/// An object of `count` members whose keys begin with `letter`, in ascending or descending order.
+ormel::JSONObjectBuilder largeObject(std::string_view letter, int count, bool ascending) {
+  ormel::JSONObjectBuilder builder;
+  for (int step = 0; step < count; ++step) {
+    const int number = ascending ? step : count - 1 - step;
+    builder.set(std::string(letter) + std::to_string(number), number);
+    builder.set("ascii" + std::to_string(number), std::to_string(number));
+  }
+  return builder;
+}
+
+TEST(JSONValueEquality, ComparesLargeObjectsByCanonicalEquivalenceInAnyOrder) {
+  constexpr std::string_view composed = "\u00e9";
+  constexpr std::string_view decomposed = "e\u0301";
+  for (const int count : {15, 16, 17, 1000}) {
+    const JSONValue value = largeObject(composed, count, true).build();
+    EXPECT_EQ(value, largeObject(composed, count, false).build()) << count;
+    EXPECT_EQ(value, largeObject(decomposed, count, false).build()) << count;
+    EXPECT_EQ(value, JSONValue::decode(value.encode())) << count;
+    EXPECT_NE(value, largeObject("e", count, true).build()) << count;
+    const std::string last = std::string(composed) + std::to_string(count - 1);
+    EXPECT_NE(value, largeObject(decomposed, count, true).set(last, 0.5).build()) << count;
+    const auto withExtra = [&](std::string_view key) { return largeObject(composed, count, true).set(key, 0).build(); };
+    EXPECT_NE(value, withExtra("zz")) << count;
+    EXPECT_NE(withExtra("zy"), withExtra("zz")) << count;
+    EXPECT_NE(withExtra("\u00ea"), withExtra("\u00eb")) << count;
+    EXPECT_EQ(withExtra("\u00ea"), withExtra("e\u0302")) << count;
+  }
+}
+
 TEST(JSONValueEquality, ComparesArraysInOrder) {
   EXPECT_EQ(JSONValue::array({1, 2}), JSONValue::decode("[1,2]"));
   EXPECT_NE(JSONValue::array({1, 2}), JSONValue::array({2, 1}));

@@ -25,7 +25,7 @@ TEST(ChunkBuffers, AreEmptyAndHaveRoomForTheLargestChunk) {
   }
 }
 
-/// The places of so many buffers that are given back, in a pool that had none before.
+/// Fills an empty pool with this many recycled buffers and returns their addresses.
 std::set<const char*> placesGivenBack(std::size_t count) {
   std::vector<ByteBuffer> buffers(count);
   std::set<const char*> places;
@@ -34,10 +34,10 @@ std::set<const char*> placesGivenBack(std::size_t count) {
   return places;
 }
 
-/// How many of those places come back, when nobody but the pool can give them.
+/// Counts how many of these addresses come back, when only the pool can supply them.
 std::size_t placesThatComeBack(const std::set<const char*>& places) {
   std::vector<ByteBuffer> taken(places.size());
-  // The allocator gives the places that it has got back first, so that only kept buffers have others.
+  // The allocator reuses freed addresses first, so drain it: only recycled buffers then have these addresses.
   std::vector<ByteBuffer> fresh(places.size());
   for (ByteBuffer& buffer : fresh) buffer.room(largestChunk);
   std::size_t count = 0;
@@ -62,7 +62,7 @@ TEST(ChunkBuffers, AreNotKeptIfTheyNeverHadRoom) {
   EXPECT_EQ(placesThatComeBack(places), 1U);
 }
 
-/// Fills a buffer and has a look whether anybody else has written to it.
+/// Fills a buffer and checks that no other thread has written to it.
 bool hasBufferForItself(char mark) {
   ByteBuffer buffer = takeChunkBuffer();
   std::memset(buffer.room(largestChunk), mark, largestChunk);

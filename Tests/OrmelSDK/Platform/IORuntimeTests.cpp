@@ -28,7 +28,7 @@ using testing::shell;
 
 constexpr int chosenStatus = 7;
 
-/// Something that the application made before the pool began, and that goes away after the pool has ended.
+/// A static object of the application that is older than the pool and is destroyed after it.
 class LateUser {
  public:
   ~LateUser() {
@@ -59,7 +59,7 @@ class IORuntimeDeathTest : public ::testing::Test {
   void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
-/// What each of two threads of the pool may be interrupted by. Each waits until the other one is there too.
+/// The signals that are unblocked on two pool threads. Each thread waits until the other one has arrived.
 std::array<std::vector<int>, 2> unblockedInTheThreads() {
   std::latch both(2);
   std::array<std::promise<std::vector<int>>, 2> told;

@@ -35,7 +35,7 @@ std::string readToEnd(const FileDescriptor& descriptor) {
   return text;
 }
 
-/// What a program writes to its standard output, with the other streams inherited.
+/// The standard output of a program whose other streams are inherited.
 std::string outputOf(const LaunchSettings& settings) {
   Pipe output = makePipe();
   StandardStreams streams;
@@ -66,7 +66,7 @@ void writeExecutable(const std::filesystem::path& path, const std::string& text,
   ::chmod(path.c_str(), mode);
 }
 
-/// The descriptors that a child inherits from this test program without any doing of ours.
+/// The descriptors that this test program passes on to every child because it inherited them itself.
 std::string inheritedDescriptors() {
   std::string text;
   for (int descriptor = 0; descriptor < 1024; ++descriptor) {

@@ -60,7 +60,7 @@ class Disposition {
   void (*before_)(int);
 };
 
-/// What this process holds when it has no child, once everything is there that comes with the first one.
+/// The resources of this process when it has no child, after a failed launch has initialised everything that is lazy.
 ProcessResources resourcesWithoutChildren() {
   LaunchSettings missing;
   missing.executable = "/no/such/file";
@@ -328,7 +328,7 @@ TEST_P(SystemProcessLauncherTest, LeavesNothingBehindHoweverFewDescriptorsThereA
   EXPECT_LT(failures, 14);
 }
 
-/// What a child object is doing at the moment of its destruction.
+/// The state of a child object at the moment of its destruction.
 struct DestructionCase {
   const char* name;
   LaunchSettings settings;
