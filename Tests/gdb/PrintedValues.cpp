@@ -2,6 +2,7 @@
 
 #include <array>
 #include <coroutine>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -76,6 +77,8 @@ void lookAtValues() {
   [[maybe_unused]] const JSONArray& elements = *inside.find("ids")->arrayValue();
   auto source = JSONValue("moved");
   const auto moved = std::move(source);
+  // In memory that is zero, so that what it does not hold is a text at a null address.
+  static std::optional<JSONValue> nothing;
 
   const SharedText noText;
   SharedText shorter("Hello");

@@ -23,6 +23,14 @@ def unsigned_at(address, size=WORD):
     return int.from_bytes(gdb.selected_inferior().read_memory(address, size).tobytes(), 'little')
 
 
+def is_readable(address):
+    try:
+        unsigned_at(address)
+        return True
+    except gdb.MemoryError:
+        return False
+
+
 def text_at(address, size):
     if size == 0:
         return ''
@@ -48,10 +56,6 @@ def symbol_at(address):
     line = gdb.execute(f'info symbol {address:#x}', to_string=True)
     found = re.match(r'(.+?)(?: \+ \d+)? in section ', line)
     return found and found.group(1)
-
-
-# The printers below read memory when they are asked, not when they are made: those of the standard library make one for
-# a value that an empty optional does not hold.
 
 
 class Text:
@@ -136,6 +140,9 @@ class Members:
         return 'map'
 
 
+KINDS_IN_MEMORY = {0, 3, 4}
+
+
 def printer_of_json(value):
     payload, kind = value['payload_'], int(value['ownerAndKind_']) & 7
     bits = int(payload['bits'])
@@ -147,7 +154,9 @@ def printer_of_json(value):
         lambda: Elements(bits),
         lambda: Word('null'),
     ]
-    return kinds[kind]() if kind < len(kinds) else Word('<no JSON value>')
+    # A local that is not alive yet, or an optional that holds nothing, may contain anything.
+    is_broken = kind >= len(kinds) or kind in KINDS_IN_MEMORY and not is_readable(bits)
+    return Word('<no JSON value>') if is_broken else kinds[kind]()
 
 
 # In front of a shared buffer's bytes: references, bytes used, capacity.
@@ -198,7 +207,7 @@ class Coroutine:
             if error:
                 table = symbol_at(unsigned_at(error)) or ''
                 yield 'error', table[len('vtable for '):] if table.startswith('vtable for ') else f'{error:#x}'
-            elif type_.strip_typedefs().tag != 'std::monostate':
+            elif not MONOSTATE.match(type_.strip_typedefs().tag or ''):
                 yield 'result', value_at(int(stored.address), type_)
 
 
@@ -218,16 +227,18 @@ class Case:
         self.variant = variant
         self.type = variant.type.strip_typedefs()
 
-    def index(self):
+    def parts(self):
+        """The index of the case, and the union that begins with it."""
         try:
-            return int(self.variant['_M_index'])  # libstdc++
+            return int(self.variant['_M_index']), self.variant['_M_u']  # libstdc++
         except gdb.error:
-            return int(self.variant[members_of(self.type)[0]]['__index'])  # libc++
+            inside = self.variant[members_of(self.type)[0]]  # libc++
+            return int(inside['__index']), inside['__data']
 
     def held(self):
         """The type of the case, or None."""
         try:
-            return self.type.template_argument(self.index())
+            return self.type.template_argument(self.parts()[0])
         except (RuntimeError, OverflowError):
             return None
 
@@ -237,8 +248,8 @@ class Case:
     def children(self):
         case = self.held()
         if case:
-            # Either library puts the case at the variant's beginning.
-            yield re.sub(r'^ormel::(?!.*<)', '', str(case)), value_at(int(self.variant.address), case)
+            storage = int(self.parts()[1].address)
+            yield re.sub(r'^ormel::(?!.*<)', '', str(case)), value_at(storage, case)
 
 
 PRINTERS = {
@@ -250,6 +261,7 @@ PRINTERS = {
 TASK = re.compile(r'ormel::Task<.*>$')
 HANDLE = re.compile(r'std::(__\w+::)?coroutine_handle<ormel::detail::TaskPromise<.*> ?>$')
 VARIANT = re.compile(r'std::(__\w+::)?variant<')
+MONOSTATE = re.compile(r'std::(__\w+::)?monostate$')
 
 
 def only_variant_of(value, type_):
