@@ -10,7 +10,7 @@ namespace {
 
 using namespace ormel;
 
-TEST(WireEnumerations, HaveExactlyTheirWords) {
+TEST(ThreadChoices, HaveExactlyTheirWords) {
   tests::checkWords<SandboxMode>({{SandboxMode::readOnly, "read-only"},
                                   {SandboxMode::workspaceWrite, "workspace-write"},
                                   {SandboxMode::dangerFullAccess, "danger-full-access"}});
@@ -35,7 +35,7 @@ TEST(WireEnumerations, HaveExactlyTheirWords) {
       {{CollaborationMode::defaultMode, "default"}, {CollaborationMode::plan, "plan"}});
 }
 
-TEST(WireEnumerations, RefuseEveryOtherSpelling) {
+TEST(ThreadChoices, RefuseEveryOtherSpelling) {
   tests::checkStrictness<SandboxMode>("SandboxMode", {"readOnly", "read_only", "Read-Only", ""});
   tests::checkStrictness<ApprovalsReviewer>("ApprovalsReviewer", {"autoReview", "auto-review", " user"});
   tests::checkStrictness<Personality>("Personality", {"None", "neutral"});
@@ -79,7 +79,7 @@ TEST(OpenVocabularies, KnowTodaysWordsAndCarryAnyOther) {
   EXPECT_NE(ModelReasoningEffort("High"), ModelReasoningEffort::high);
 }
 
-TEST(WireEnumerations, StreamInOneReadableLine) {
+TEST(ThreadChoices, StreamInOneReadableLine) {
   std::ostringstream stream;
   stream << ApprovalsReviewer::autoReview << ' ' << ServiceTier::flex;
   EXPECT_EQ(stream.str(), R"(ApprovalsReviewer "auto_review" ServiceTier "flex")");
