@@ -56,6 +56,12 @@ std::optional<SyntaxFailure> syntaxFailure(std::string_view text) {
 
 std::string nestedArrays(std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); }
 
+std::string nestedObjects(std::size_t depth) {
+  std::string text;
+  for (std::size_t level = 1; level < depth; ++level) text += R"({"a":)";
+  return text + "{}" + std::string(depth - 1, '}');
+}
+
 TEST(JSONDecoding, ReadsEachOfTheSixCases) {
   EXPECT_EQ(JSONValue::decode(R"("text")").kind(), Kind::string);
   EXPECT_EQ(JSONValue::decode("1.5").kind(), Kind::number);
@@ -217,9 +223,10 @@ TEST(JSONDecoding, ReadsNestingOfUpTo512LevelsAndRefusesMore) {
   EXPECT_EQ(syntaxFailure(nestedArrays(513)), (SyntaxFailure{"Too many nested arrays or objects", 512}));
   EXPECT_EQ(syntaxFailure(nestedArrays(100'000)), (SyntaxFailure{"Too many nested arrays or objects", 512}));
   EXPECT_EQ(syntaxFailure(std::string(100'000, '[')), (SyntaxFailure{"Too many nested arrays or objects", 512}));
-  std::string objects;
-  for (int level = 0; level < 513; ++level) objects += R"({"a":)";
-  EXPECT_EQ(syntaxFailure(objects), (SyntaxFailure{"Too many nested arrays or objects", 512 * 5}));
+  EXPECT_EQ(JSONValue::decode(nestedObjects(512)).encode(), nestedObjects(512));
+  EXPECT_EQ(syntaxFailure(nestedObjects(513)), (SyntaxFailure{"Too many nested arrays or objects", 512 * 5}));
+  const std::string unclosed = nestedObjects(600).substr(0, 599 * 5);
+  EXPECT_EQ(syntaxFailure(unclosed), (SyntaxFailure{"Too many nested arrays or objects", 512 * 5}));
 }
 
 TEST(JSONDecoding, CountsDepthTheSameWayInTextsOfEverySize) {
