@@ -22,8 +22,8 @@ namespace ormel::coding {
 struct EnumerationWords;
 struct RecordDescription;
 
-// g++ asks whether friends that are no templates are meant. They are: such a function is an ordinary one that is
-// compiled in one file and may be called from any.
+// g++ warns of friends that are no templates. They are meant: each is an ordinary function, compiled in one file and
+// callable from any.
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-template-friend"

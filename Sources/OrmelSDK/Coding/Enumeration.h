@@ -12,12 +12,12 @@
 //   };
 //   ORMEL_DEFINE_ENUMERATION(SandboxMode)
 //
-// The rule says what a text is that is none of the words:
+// The rule decides about a text that is none of the words:
 //   closed                         a failure
 //   exactOr(PlanType::unknown)     the fallback
 //   tolerant(HookSource::unknown)  the case whose word has the same canonical form, or else the fallback
 //
-// A case may have several words, of which the first is written.
+// A case may have several words; the first is written.
 
 #include <array>
 #include <cstddef>

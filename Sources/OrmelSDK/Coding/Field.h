@@ -23,8 +23,8 @@ enum class Presence : std::uint8_t {
   unread,
 };
 
-/// What is written for a field with an empty value: an optional or an update without a value, false, an empty list or
-/// text.
+/// How a field with an empty value is written. Empty are an optional or an update without a value, false, and a list or
+/// text without elements.
 enum class WhenEmpty : std::uint8_t { written, omitted, null };
 
 /// Reads and writes values of one type, whatever it is.

@@ -37,14 +37,14 @@ struct ParamsTable;
 /// Sent in every call.
 template <auto Member>
 consteval auto always(const char* key) {
-  static_assert(!Optional<ValueOf<Member>> && !AnyUpdate<ValueOf<Member>>, "what is always sent has a value");
+  static_assert(!Optional<ValueOf<Member>> && !AnyUpdate<ValueOf<Member>>, "a choice that is always sent has a value");
   return fieldLine<Member, Presence::unread>(WhenEmpty::written, key);
 }
 
 /// Sent if the caller gave a value.
 template <auto Member>
 consteval auto ifGiven(const char* key) {
-  static_assert(Optional<ValueOf<Member>>, "what may not be given is a std::optional");
+  static_assert(Optional<ValueOf<Member>>, "a choice that may be left open is a std::optional");
   return fieldLine<Member, Presence::unread>(WhenEmpty::omitted, key);
 }
 
@@ -58,7 +58,7 @@ consteval auto ifTrue(const char* key) {
 /// Sent in every call, as JSON null if the caller gave no value.
 template <auto Member>
 consteval auto nullWhenEmpty(const char* key) {
-  static_assert(Optional<ValueOf<Member>>, "what may not be given is a std::optional");
+  static_assert(Optional<ValueOf<Member>>, "a choice that may be left open is a std::optional");
   return fieldLine<Member, Presence::unread>(WhenEmpty::null, key);
 }
 

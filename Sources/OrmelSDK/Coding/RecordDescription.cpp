@@ -41,10 +41,7 @@ void decodeRecord(const RecordDescription& description, void* record, const JSON
 }
 
 void encodeMembers(const RecordDescription& description, const void* record, std::vector<JSONMemberInit>& members) {
-  if (!description.writtenType.empty()) {
-    members.clear();
-    members.emplace_back("type", description.writtenType);
-  }
+  if (!description.writtenType.empty()) members.emplace_back("type", description.writtenType);
   for (const Field& field : description.fields) {
     if (field.whenEmpty == WhenEmpty::written || !field.isEmptyIn(record)) {
       members.emplace_back(field.writtenKey, field.encodedFrom(record));

@@ -34,8 +34,8 @@ inline constexpr std::size_t mostKeysOfARecord = 96;
 
 void decodeRecord(const RecordDescription& description, void* record, const JSONValue& value, const CodingPath& path);
 
-/// Adds a record's members to an object in the making: an empty one, or one with the `type` of a variant's case, which
-/// a type that the record says itself replaces.
+/// Adds a record's members to an object in the making, behind the `type` of a variant's case if it is one. If the
+/// record says its type itself, that comes later and so takes the key.
 void encodeMembers(const RecordDescription& description, const void* record, std::vector<JSONMemberInit>& members);
 
 JSONValue encodeRecord(const RecordDescription& description, const void* record);

@@ -6,7 +6,7 @@
 
 namespace ormel {
 
-/// What an update does to one setting: gives it a value, leaves it as it is, or clears it.
+/// An update of one setting: sets a value, leaves the setting unchanged, or clears it.
 ///
 /// A default-constructed update leaves the setting unchanged. As distinct from `std::optional`, it can say "no value"
 /// and "do not touch" apart.

@@ -34,7 +34,7 @@ namespace ormel::coding {
 
 namespace {
 
-// What is printed ends up in logs.
+// A printed response ends up in logs.
 JSONValue encodeWithoutSecret(const ParlaneAuthTokensRefreshResponse& response) {
   ParlaneAuthTokensRefreshResponse shown = response;
   if (!shown.accessToken.empty()) shown.accessToken = "<secret>";
