@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <type_traits>
 #include <utility>
 #include <variant>
 
@@ -20,12 +21,34 @@ struct Overloaded : Functions... {
   using Functions::operator()...;
 };
 
+/// Checks that a call of `visit` takes the alternative `Case`, in a place of its own so that the compiler's message
+/// names the case that is missing.
+template <typename Case, bool isTaken>
+struct VisitedCase {
+  static_assert(isTaken, "no function that is given to visit takes this case of the variant");
+  static constexpr bool ok = isTaken;
+};
+
+template <typename Functions, typename Variant>
+inline constexpr bool visitsAllCases = true;
+template <typename Functions, typename... Cases>
+inline constexpr bool visitsAllCases<Functions, std::variant<Cases...>&> =
+    (VisitedCase<Cases, std::invocable<Functions&, Cases&>>::ok && ...);
+template <typename Functions, typename... Cases>
+inline constexpr bool visitsAllCases<Functions, const std::variant<Cases...>&> =
+    (VisitedCase<Cases, std::invocable<Functions&, const Cases&>>::ok && ...);
+template <typename Functions, typename... Cases>
+inline constexpr bool visitsAllCases<Functions, std::variant<Cases...>&&> =
+    (VisitedCase<Cases, std::invocable<Functions&, Cases>>::ok && ...);
+
 /// Calls the one of `functions` that takes the value's current case. A case that none of them takes is an error at
-/// compile time; a function of a base class serves all cases derived from it.
+/// compile time that names it; a function of a base class serves all cases derived from it.
 template <typename Variant, typename... Functions>
 decltype(auto) visit(Variant&& variant, Functions&&... functions) {
-  return std::visit(Overloaded<std::decay_t<Functions>...>{std::forward<Functions>(functions)...},
-                    std::forward<Variant>(variant).value);
+  using Overloads = Overloaded<std::decay_t<Functions>...>;
+  if constexpr (visitsAllCases<Overloads, decltype((std::forward<Variant>(variant).value))>) {
+    return std::visit(Overloads{std::forward<Functions>(functions)...}, std::forward<Variant>(variant).value);
+  }
 }
 
 }  // namespace ormel

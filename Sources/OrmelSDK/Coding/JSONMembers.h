@@ -21,7 +21,8 @@ namespace ormel::detail {
 
 using JSONKeys = std::initializer_list<std::string_view>;
 
-/// What `read` makes of the first value that it makes something of. `read` returns an optional or a pointer.
+/// Applies `read`, which returns an optional or a pointer, to the values under `keys` in turn; returns the first result
+/// that is not empty.
 template <typename Read>
 auto firstMember(const JSONObject& object, JSONKeys keys, const Read& read)
     -> std::invoke_result_t<const Read&, const JSONValue&> {
@@ -48,8 +49,7 @@ std::optional<JSONValue> ownedValueMember(const JSONObject& object, JSONKeys key
 std::optional<std::string> textMember(const JSONObject& object, JSONKeys keys);
 std::string textMember(const JSONObject& object, JSONKeys keys, std::string_view fallback);
 
-/// What `read`, which returns an optional, makes of the elements; those that it makes nothing of are skipped. No array
-/// has no elements.
+/// The non-empty results of `read`, which returns an optional, over the elements; none for a null array.
 template <typename Read>
 auto listOf(const JSONArray* array, const Read& read) {
   std::vector<typename std::invoke_result_t<const Read&, const JSONValue&>::value_type> list;

@@ -9,8 +9,10 @@ namespace ormel {
 
 /// Reads a record, variant or enumeration of this library from its JSON form.
 ///
-/// Defined for every such type whose header says that it has a JSON form. Keys that the type does not know are
-/// ignored. Fails with `DecodingError`, whose context names the path to the failing value. Thread-safe.
+/// Every type that the server sends has one: items, events, replies, and the records, variants and enumerations in
+/// them. Types that an application only sends or is only asked about have none, as their headers say; a call with such
+/// a type does not link. Keys that the type does not know are ignored. Fails with `DecodingError`, whose context names
+/// the path to the failing value. Thread-safe.
 template <typename Record>
 Record decode(const JSONValue& value);
 

@@ -12,7 +12,7 @@
 
 namespace ormel::coding {
 
-/// What a text is told by at a glance: its ends and its size. A text of up to 16 bytes is fully told by them.
+/// Identifies a text by its ends and its size: up to 16 bytes completely, beyond that up to the middle.
 struct WordFingerprint {
   std::uint64_t head = 0;
   std::uint64_t tail = 0;
@@ -56,7 +56,7 @@ struct IndexedWord {
   const char* text = nullptr;
 };
 
-/// Finds which one of a list of words a text is, in constant time. A view of a `WordTable`.
+/// Looks a text up in a list of words in constant time. A view of a `WordTable`.
 class WordIndex {
  public:
   static constexpr std::size_t none = std::numeric_limits<std::size_t>::max();

@@ -7,10 +7,9 @@
 
 #include "OrmelSDK/Coding/RecordCoding.h"
 
-// Every type here has a JSON form.
 namespace ormel {
 
-/// How far a review is. Read without regard to case, "_" and "-". Any other word is `aborted`: a status that nobody
+/// The status of a review. Read without regard to case, "_" and "-". Any other word is `aborted`: a status that nobody
 /// knows must not pass for an approval.
 enum class GuardianApprovalReviewStatus { inProgress, approved, denied, timedOut, aborted };
 std::ostream& operator<<(std::ostream& stream, const GuardianApprovalReviewStatus& value);
@@ -18,7 +17,7 @@ std::ostream& operator<<(std::ostream& stream, const GuardianApprovalReviewStatu
 enum class GuardianRiskLevel { low, medium, high, critical };
 std::ostream& operator<<(std::ostream& stream, const GuardianRiskLevel& value);
 
-/// How surely the user has authorised an action.
+/// How clearly the user has authorised an action.
 enum class GuardianUserAuthorization { unknown, low, medium, high };
 std::ostream& operator<<(std::ostream& stream, const GuardianUserAuthorization& value);
 

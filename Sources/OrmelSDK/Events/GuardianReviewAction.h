@@ -12,7 +12,6 @@
 #include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/Handlers/PermissionProfile.h"
 
-// Every type here has a JSON form.
 namespace ormel {
 
 /// Where a command comes from. Read without regard to case, "_" and "-"; any other word is `unifiedExec`.

@@ -9,7 +9,6 @@
 #include "OrmelSDK/Events/GuardianReview.h"
 #include "OrmelSDK/Events/GuardianReviewAction.h"
 
-// Every type here has a JSON form.
 namespace ormel {
 
 /// The guardian has begun to review an action.

@@ -9,7 +9,6 @@
 #include "OrmelSDK/Coding/OpenVocabulary.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
 
-// Every type here has a JSON form.
 namespace ormel {
 
 /// The moment at which a hook runs.
@@ -46,7 +45,7 @@ inline const HookEventName HookEventName::interrupt = "interrupt";
 inline const HookEventName HookEventName::mcpTool = "mcpTool";
 inline const HookEventName HookEventName::stop = "stop";
 
-/// What carries a hook out.
+/// The kind of program that runs a hook.
 struct HookHandlerType : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 

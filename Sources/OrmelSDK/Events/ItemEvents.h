@@ -8,7 +8,6 @@
 #include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/Items/ThreadItem.h"
 
-// Every type here has a JSON form.
 namespace ormel {
 
 /// An item of a turn has begun.

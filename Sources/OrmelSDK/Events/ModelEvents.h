@@ -8,10 +8,9 @@
 #include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 
-// Every type here has a JSON form.
 namespace ormel {
 
-/// What the server has verified about the model of a turn.
+/// The server has verified the model of a turn.
 struct ModelVerificationEvent {
   std::string threadID;
   std::string turnID;
@@ -20,7 +19,7 @@ struct ModelVerificationEvent {
   friend std::ostream& operator<<(std::ostream& stream, const ModelVerificationEvent& value);
 };
 
-/// A turn goes on with another model.
+/// A turn continues with another model.
 struct ModelReroutedEvent {
   std::string threadID;
   std::string turnID;
@@ -45,7 +44,7 @@ struct ModelSafetyBufferingUpdatedEvent {
   friend std::ostream& operator<<(std::ostream& stream, const ModelSafetyBufferingUpdatedEvent& value);
 };
 
-/// What moderation has to say about a turn, kept whole.
+/// The verdict of moderation on a turn, as the server sent it.
 struct TurnModerationMetadataEvent {
   std::string threadID;
   std::string turnID;

@@ -17,7 +17,7 @@
 
 namespace ormel {
 
-/// An event of a type that this library does not know; only its type is kept. Has a JSON form.
+/// An event of a type that this library does not know; only its type is kept.
 struct UnknownThreadEvent {
   std::string type;
   friend bool operator==(const UnknownThreadEvent&, const UnknownThreadEvent&) = default;
@@ -27,7 +27,7 @@ struct UnknownThreadEvent {
 /// Anything that happens in a run, as the application sees it. Use `visit` to tell the cases apart; a function of
 /// `AuthRecoveryEvent` serves its beginning and its end, unless a generic function takes them away from it.
 ///
-/// Has a JSON form: a flat object of the record's members and a `type` word. It reads back to an equal event, but for
+/// Its JSON form: a flat object of the record's members and a `type` word. It reads back to an equal event, but for
 /// the items whose own form does not. A word that is not known makes an `UnknownThreadEvent`; a known one whose record
 /// does not decode is an error. The forms of the events by themselves are without the word, and a few of their keys
 /// are spelled otherwise.
@@ -58,7 +58,7 @@ struct ThreadEvent {
   ThreadEvent(Event event) : value(std::move(event)) {}
 
   /// The same, made in place from what the record is made of.
-  template <CaseOf<Value> Event, class... Arguments>
+  template <CaseOf<Value> Event, typename... Arguments>
   explicit ThreadEvent(std::in_place_type_t<Event> kind, Arguments&&... arguments)
       : value(kind, std::forward<Arguments>(arguments)...) {}
 

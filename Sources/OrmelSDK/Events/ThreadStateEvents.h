@@ -9,7 +9,6 @@
 #include "OrmelSDK/Records/ThreadGoal.h"
 #include "OrmelSDK/Records/ThreadSettings.h"
 
-// Every type here has a JSON form.
 namespace ormel {
 
 /// A thread is there, new or resumed.

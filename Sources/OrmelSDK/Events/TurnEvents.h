@@ -7,7 +7,6 @@
 
 #include "OrmelSDK/Coding/RecordCoding.h"
 
-// Every type here has a JSON form.
 namespace ormel {
 
 /// A turn has begun.

@@ -7,7 +7,6 @@
 
 #include "OrmelSDK/Coding/RecordCoding.h"
 
-// Every type here has a JSON form.
 namespace ormel {
 
 /// Something that the user should know; a warning without a thread concerns the whole server.

@@ -9,7 +9,7 @@
 namespace ormel {
 
 /// The answer to a request for approval. Any JSON value can be one, so that what a server offers passes through
-/// unchanged; the usual ones are constants. Has a JSON form, the value itself.
+/// unchanged; the usual ones are constants. Its JSON form is the value itself.
 struct OrmelApprovalDecision {
   JSONValue jsonValue;
 

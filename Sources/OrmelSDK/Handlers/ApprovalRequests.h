@@ -11,10 +11,11 @@
 #include "OrmelSDK/Items/FileChangeItems.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 
-// What the server asks an application's approval for. A handler of `ThreadOptions` answers.
+// Requests of the server for an application's approval. A handler of `ThreadOptions` answers. The requests and the
+// response have no JSON form.
 namespace ormel {
 
-/// What a command approval is about. Has a JSON form, a bare string.
+/// The subject of a command approval. Its JSON form is a bare string.
 struct CommandApprovalKind : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
@@ -44,7 +45,7 @@ struct CommandApprovalRequest {
   std::optional<std::string> workingDirectory;
   /// Why the approval is needed.
   std::optional<std::string> reason;
-  /// What the command does, in the server's own words.
+  /// The command's actions, in the server's own words.
   std::vector<JSONValue> commandActions;
   RequestPermissionProfile additionalPermissions;
   /// The decisions that the server takes; any, if empty. A decision that is not among them is not sent.

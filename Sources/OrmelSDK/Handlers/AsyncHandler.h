@@ -11,22 +11,22 @@
 
 namespace ormel {
 
-template <class Signature>
+template <typename Signature>
 class AsyncHandler;
 
 namespace detail {
 
-template <class T>
+template <typename T>
 struct AwaitedType {
   using Type = T;
 };
-template <class T>
+template <typename T>
 struct AwaitedType<Task<T>> {
   using Type = T;
 };
 
-/// What a call of the function gives in the end, be it at once or by a task.
-template <class Function, class... Args>
+/// The final result of a call of the function, whether returned at once or by a task.
+template <typename Function, typename... Args>
 using AwaitedResult = typename AwaitedType<std::invoke_result_t<Function&, Args...>>::Type;
 
 }  // namespace detail
@@ -50,10 +50,10 @@ using AwaitedResult = typename AwaitedType<std::invoke_result_t<Function&, Args.
 /// callable takes them by reference.
 ///
 /// *Errors*: what the callable or its task throws leaves the handler's task.
-template <class Result, class... Args>
+template <typename Result, typename... Args>
 class AsyncHandler<Result(Args...)> {
  public:
-  template <class Function>
+  template <typename Function>
     requires(!std::same_as<std::remove_cvref_t<Function>, AsyncHandler> &&
              std::invocable<std::decay_t<Function>&, Args...> &&
              (std::is_void_v<Result> ||
@@ -76,7 +76,7 @@ class AsyncHandler<Result(Args...)> {
     virtual Task<Result> call(TaskResult<Result>& result, Args&... args) = 0;
   };
 
-  template <class Function>
+  template <typename Function>
   struct CallableOf final : Callable {
     explicit CallableOf(Function given) : function(std::move(given)) {}
 
@@ -107,7 +107,7 @@ class AsyncHandler<Result(Args...)> {
     co_return result.take();
   }
 
-  template <class Returned>
+  template <typename Returned>
   static Task<Result> converted(Task<Returned> task) {
     if constexpr (std::is_void_v<Result>) {
       co_await std::move(task);

@@ -11,7 +11,7 @@
 
 namespace ormel {
 
-/// What the model knows of a tool.
+/// The description of a tool for the model. Has no JSON form.
 struct DynamicToolSpec {
   /// Tools of one namespace are offered as a group. A tool of the empty one is offered like a tool without one.
   std::optional<std::string> namespace_;
@@ -25,7 +25,7 @@ struct DynamicToolSpec {
   friend std::ostream& operator<<(std::ostream& stream, const DynamicToolSpec& value);
 };
 
-/// One call of a tool.
+/// One call of a tool. Has no JSON form.
 struct DynamicToolCallContext {
   std::string threadID;
   std::string turnID;
@@ -37,7 +37,7 @@ struct DynamicToolCallContext {
   friend std::ostream& operator<<(std::ostream& stream, const DynamicToolCallContext& value);
 };
 
-/// What a call gave.
+/// The result of a call. Has no JSON form.
 struct DynamicToolResult {
   std::vector<DynamicToolCallOutputContentItem> contentItems;
   bool success = false;

@@ -10,12 +10,12 @@
 #include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 
-// What an MCP server asks the user, by way of the agent server.
+// Questions of an MCP server to the user, by way of the agent server. The request and the response have no JSON form.
 namespace ormel {
 
 /// A form to fill in.
 struct McpServerElicitationForm {
-  /// What the user reads.
+  /// The text for the user.
   std::string message;
   /// The JSON schema of the answer.
   JSONValue requestedSchema;
@@ -35,7 +35,7 @@ struct McpServerVelnorFormElicitation : McpServerElicitationForm {
 
 /// A page to visit.
 struct McpServerURLElicitation {
-  /// What the user reads.
+  /// The text for the user.
   std::string message;
   std::string url;
   std::string elicitationID;
@@ -81,7 +81,7 @@ struct McpServerElicitationRequest {
   friend std::ostream& operator<<(std::ostream& stream, const McpServerElicitationRequest& value);
 };
 
-/// What the user did with the question. Has a JSON form.
+/// The user's reaction to the question.
 enum class McpServerElicitationAction { accept, decline, cancel };
 std::ostream& operator<<(std::ostream& stream, const McpServerElicitationAction& value);
 

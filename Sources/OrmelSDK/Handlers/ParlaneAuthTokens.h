@@ -8,11 +8,11 @@
 
 namespace ormel {
 
-/// Why tokens are needed. Has a JSON form.
+/// Why tokens are needed.
 enum class ParlaneAuthTokensRefreshReason { unauthorized };
 std::ostream& operator<<(std::ostream& stream, const ParlaneAuthTokensRefreshReason& value);
 
-/// The server needs new tokens of a Parlane account.
+/// The server needs new tokens of a Parlane account. Has no JSON form.
 struct ParlaneAuthTokensRefreshRequest {
   ParlaneAuthTokensRefreshReason reason = ParlaneAuthTokensRefreshReason::unauthorized;
   /// The account whose tokens have expired.
@@ -21,7 +21,7 @@ struct ParlaneAuthTokensRefreshRequest {
   friend std::ostream& operator<<(std::ostream& stream, const ParlaneAuthTokensRefreshRequest& value);
 };
 
-/// The new tokens. Printing shows everything but the access token.
+/// The new tokens. Has no JSON form; printing shows everything but the access token.
 struct ParlaneAuthTokensRefreshResponse {
   std::string accessToken;
   std::string parlaneAccountID;

@@ -8,7 +8,7 @@
 
 namespace ormel {
 
-/// The permissions that are asked for, each in the server's own words. Has a JSON form.
+/// The permissions that are asked for, each in the server's own words.
 struct RequestPermissionProfile {
   std::optional<JSONValue> network;
   std::optional<JSONValue> fileSystem;
@@ -16,7 +16,7 @@ struct RequestPermissionProfile {
   friend std::ostream& operator<<(std::ostream& stream, const RequestPermissionProfile& value);
 };
 
-/// The permissions that are granted; an empty profile grants nothing. Has a JSON form.
+/// The permissions that are granted; an empty profile grants nothing.
 struct GrantedPermissionProfile {
   std::optional<JSONValue> network;
   std::optional<JSONValue> fileSystem;
@@ -32,7 +32,7 @@ RequestPermissionProfile decodePermissionProfile(const JSONObject& object);
 JSONValue permissionProfileJSONObject(const GrantedPermissionProfile& profile);
 JSONValue permissionProfileJSONObject(const RequestPermissionProfile& profile);
 
-/// How long granted permissions last. Has a JSON form.
+/// How long granted permissions last.
 enum class PermissionGrantScope { turn, session };
 std::ostream& operator<<(std::ostream& stream, const PermissionGrantScope& value);
 

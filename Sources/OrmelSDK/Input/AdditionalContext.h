@@ -5,7 +5,6 @@
 
 #include "OrmelSDK/Coding/RecordCoding.h"
 
-// Every type here has a JSON form.
 namespace ormel {
 
 /// How far a piece of context is to be trusted.

@@ -11,7 +11,7 @@
 
 namespace ormel {
 
-/// Which kinds of request reach the user, each switched by itself. Has a JSON form.
+/// Which kinds of request reach the user, each switched by itself.
 struct GranularApprovalMode {
   bool sandboxApproval = false;
   bool rules = false;
@@ -24,7 +24,7 @@ struct GranularApprovalMode {
 
 /// When the server asks for an approval.
 ///
-/// Has a JSON form: the raw value, or an object with the one member `granular`. What reads as neither fails with
+/// Its JSON form: the raw value, or an object with the one member `granular`. Anything else fails with
 /// `DecodingError` and "Unsupported approval policy".
 struct ApprovalMode {
   /// The policies that are a single word.
@@ -54,7 +54,7 @@ struct ApprovalMode {
   /// The word of the case; valid for ever.
   std::string_view rawValue() const;
 
-  /// What is sent to the server, which no longer knows "on-failure".
+  /// The form that is sent to the server, which no longer knows "on-failure".
   JSONValue jsonValue() const;
 
   friend bool operator==(const ApprovalMode&, const ApprovalMode&) = default;

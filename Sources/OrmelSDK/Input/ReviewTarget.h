@@ -11,7 +11,7 @@
 
 namespace ormel {
 
-/// Where a review takes place. Has a JSON form, a bare string.
+/// Where a review takes place. Its JSON form is a bare string.
 enum class ReviewDelivery {
   /// In the thread that is reviewed.
   inline_,
@@ -40,12 +40,12 @@ struct ReviewCustom {
   friend bool operator==(const ReviewCustom&, const ReviewCustom&) = default;
 };
 
-/// What the working directory holds and no commit does.
+/// The changes in the working directory that are not committed.
 struct ReviewUncommittedChanges {
   friend bool operator==(const ReviewUncommittedChanges&, const ReviewUncommittedChanges&) = default;
 };
 
-/// What a review looks at. Use `visit` to tell the cases apart.
+/// The subject of a review. Use `visit` to tell the cases apart. It is only sent, and its cases have no JSON form.
 struct ReviewTarget {
   std::variant<ReviewUncommittedChanges, ReviewBaseBranch, ReviewCommit, ReviewCustom> value;
 

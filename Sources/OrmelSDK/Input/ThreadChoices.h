@@ -5,10 +5,10 @@
 #include "OrmelSDK/Coding/OpenVocabulary.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
 
-// The choices that threads and turns share. Every type here has a JSON form, a bare string; `rawValue` gives it.
+// The choices that threads and turns share. Their JSON form is a bare string, the one that `rawValue` gives.
 namespace ormel {
 
-/// What the commands of a thread may touch.
+/// Limits the files that the commands of a thread may touch.
 enum class SandboxMode { readOnly, workspaceWrite, dangerFullAccess };
 std::ostream& operator<<(std::ostream& stream, const SandboxMode& value);
 
@@ -20,7 +20,7 @@ std::ostream& operator<<(std::ostream& stream, const ApprovalsReviewer& value);
 enum class Personality { none, friendly, pragmatic };
 std::ostream& operator<<(std::ostream& stream, const Personality& value);
 
-/// What made a session start.
+/// The reason why a session started.
 enum class ThreadStartSource { startup, clear };
 std::ostream& operator<<(std::ostream& stream, const ThreadStartSource& value);
 

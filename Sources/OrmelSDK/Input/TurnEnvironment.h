@@ -5,7 +5,7 @@
 
 namespace ormel {
 
-/// An execution environment that a turn may use, and where in it.
+/// An execution environment that a turn may use, and a folder in it. Has no JSON form.
 struct TurnEnvironment {
   std::string environmentID;
   std::string workingDirectory;

@@ -80,7 +80,7 @@ struct UserInputMention {
   friend std::ostream& operator<<(std::ostream& stream, const UserInputMention& value);
 };
 
-/// One part of what a user sends. Use `visit` to tell the cases apart. Has a JSON form.
+/// One part of the input of a user. Use `visit` to tell the cases apart. The cases have no JSON form of their own.
 struct UserInput {
   std::variant<UserInputText, UserInputTextElements, UserInputImage, UserInputLocalImage, UserInputSkill,
                UserInputMention>
@@ -115,7 +115,7 @@ struct UserInput {
   friend std::ostream& operator<<(std::ostream& stream, const UserInput& value);
 };
 
-/// What a turn is given: a text, or a list of typed parts.
+/// The input of a turn: a text, or a list of typed parts. Has no JSON form.
 struct Input {
   std::variant<std::string, std::vector<UserInput>> value;
 

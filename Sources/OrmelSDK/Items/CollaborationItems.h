@@ -12,7 +12,7 @@
 
 namespace ormel {
 
-/// What an agent asks of other agents. Read exactly.
+/// The request that an agent makes of other agents. Its words are compared exactly.
 enum class CollabAgentTool {
   spawnAgent,
   sendInput,
@@ -27,15 +27,15 @@ enum class CollabAgentTool {
 };
 std::ostream& operator<<(std::ostream& stream, const CollabAgentTool& value);
 
-/// How a call between agents goes. Read exactly.
+/// The status of a call between agents. Read exactly.
 enum class CollabAgentToolCallStatus { inProgress, completed, failed, interrupted, unknown };
 std::ostream& operator<<(std::ostream& stream, const CollabAgentToolCallStatus& value);
 
-/// How an agent fares. Read exactly.
+/// The status of an agent. Read exactly.
 enum class CollabAgentStatus { pendingInit, running, interrupted, completed, errored, shutdown, notFound, unknown };
 std::ostream& operator<<(std::ostream& stream, const CollabAgentStatus& value);
 
-/// The last that is known of an agent. Has a JSON form.
+/// The last that is known of an agent.
 struct CollabAgentState {
   CollabAgentStatus status = CollabAgentStatus::unknown;
   std::optional<std::string> message;
@@ -43,7 +43,7 @@ struct CollabAgentState {
   friend std::ostream& operator<<(std::ostream& stream, const CollabAgentState& value);
 };
 
-/// A call from an agent to others. Has a JSON form, which does not tell its type.
+/// A call from an agent to others. Its JSON form does not tell its type.
 struct CollabAgentToolCallItem {
   std::string id;
   CollabAgentTool tool = CollabAgentTool::unknown;
@@ -59,7 +59,7 @@ struct CollabAgentToolCallItem {
   friend std::ostream& operator<<(std::ostream& stream, const CollabAgentToolCallItem& value);
 };
 
-/// What a sub-agent did. Has a JSON form, a bare string.
+/// The activity of a sub-agent. Its JSON form is a bare string.
 struct SubAgentActivityKind : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
@@ -80,7 +80,7 @@ inline const SubAgentActivityKind SubAgentActivityKind::interacted = "interacted
 inline const SubAgentActivityKind SubAgentActivityKind::interrupted = "interrupted";
 inline const SubAgentActivityKind SubAgentActivityKind::completed = "completed";
 
-/// A sub-agent was started, talked to, interrupted, or came to its end. Has a JSON form.
+/// A sub-agent was started, talked to, interrupted, or came to its end.
 struct SubAgentActivityItem {
   std::string id;
   SubAgentActivityKind kind;

@@ -12,18 +12,18 @@
 
 namespace ormel {
 
-/// How a command goes. Read without regard to case, "_" and "-"; a word that is not known is `failed`.
+/// The status of a command. Read without regard to case, "_" and "-"; a word that is not known is `failed`.
 enum class CommandExecutionStatus { inProgress, completed, failed, declined };
 std::ostream& operator<<(std::ostream& stream, const CommandExecutionStatus& value);
 
-/// A command that the agent runs. Has a JSON form, which does not tell its type.
+/// A command that the agent runs. Its JSON form does not tell its type.
 struct CommandExecutionItem {
   std::string id;
   /// As one line for a shell.
   std::string command;
   std::string workingDirectory;
   std::optional<std::string> processID;
-  /// What the command does, in the server's own words.
+  /// The command's actions, in the server's own words.
   std::vector<JSONValue> commandActions;
   /// Both output streams; grows while the command runs.
   SharedText aggregatedOutput;

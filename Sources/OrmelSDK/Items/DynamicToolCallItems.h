@@ -14,7 +14,7 @@
 
 namespace ormel {
 
-/// How a tool call goes. Read without regard to case, "_" and "-"; a word that is not known is `failed`.
+/// The status of a tool call. Read without regard to case, "_" and "-"; a word that is not known is `failed`.
 enum class DynamicToolCallStatus { inProgress, completed, failed };
 std::ostream& operator<<(std::ostream& stream, const DynamicToolCallStatus& value);
 
@@ -30,7 +30,7 @@ struct DynamicToolCallOutputImage {
   friend bool operator==(const DynamicToolCallOutputImage&, const DynamicToolCallOutputImage&) = default;
 };
 
-/// One part of what a tool gives back. Use `visit` to tell the cases apart. Has a JSON form.
+/// One part of the result of a tool. Use `visit` to tell the cases apart. The cases have no JSON form of their own.
 struct DynamicToolCallOutputContentItem {
   std::variant<DynamicToolCallOutputText, DynamicToolCallOutputImage> value;
 
@@ -49,7 +49,7 @@ struct DynamicToolCallOutputContentItem {
   friend std::ostream& operator<<(std::ostream& stream, const DynamicToolCallOutputContentItem& value);
 };
 
-/// A call of a tool that the application lends to the model. Has a JSON form, which does not tell its type.
+/// A call of a tool that the application lends to the model. Its JSON form does not tell its type.
 struct DynamicToolCallItem {
   std::string id;
   std::optional<std::string> namespace_;

@@ -8,15 +8,15 @@
 
 namespace ormel {
 
-/// How a change of files goes. Read without regard to case, "_" and "-"; a word that is not known is `failed`.
+/// The status of a change of files. Read without regard to case, "_" and "-"; a word that is not known is `failed`.
 enum class PatchApplyStatus { inProgress, completed, failed, declined };
 std::ostream& operator<<(std::ostream& stream, const PatchApplyStatus& value);
 
-/// What happens to a file. Read from a string, or from an object whose `type` is that string.
+/// The kind of a file's change. Read from a string, or from an object whose `type` is that string.
 enum class PatchChangeKind { add, delete_, update };
 std::ostream& operator<<(std::ostream& stream, const PatchChangeKind& value);
 
-/// The change of one file. Has a JSON form.
+/// The change of one file.
 struct FileUpdateChange {
   std::string path;
   PatchChangeKind kind = PatchChangeKind::update;
@@ -24,7 +24,7 @@ struct FileUpdateChange {
   friend std::ostream& operator<<(std::ostream& stream, const FileUpdateChange& value);
 };
 
-/// Files that the agent changes. Has a JSON form, which does not tell its type.
+/// Files that the agent changes. Its JSON form does not tell its type.
 struct FileChangeItem {
   std::string id;
   std::vector<FileUpdateChange> changes;

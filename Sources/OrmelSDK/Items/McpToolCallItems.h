@@ -11,11 +11,11 @@
 
 namespace ormel {
 
-/// How a tool call goes. Read without regard to case, "_" and "-"; a word that is not known is `failed`.
+/// The status of a tool call. Read without regard to case, "_" and "-"; a word that is not known is `failed`.
 enum class McpToolCallStatus { inProgress, completed, failed };
 std::ostream& operator<<(std::ostream& stream, const McpToolCallStatus& value);
 
-/// What a tool call gave. Has a JSON form.
+/// The result of a tool call.
 struct McpToolCallResult {
   std::vector<JSONValue> content;
   std::optional<JSONValue> structuredContent;
@@ -24,14 +24,14 @@ struct McpToolCallResult {
   friend std::ostream& operator<<(std::ostream& stream, const McpToolCallResult& value);
 };
 
-/// Why a tool call failed. Has a JSON form.
+/// Why a tool call failed.
 struct McpToolCallError {
   std::string message;
   friend bool operator==(const McpToolCallError&, const McpToolCallError&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const McpToolCallError& value);
 };
 
-/// The app that a tool belongs to. Has a JSON form.
+/// The app that a tool belongs to.
 struct McpToolCallAppContext {
   std::string connectorID;
   std::optional<std::string> linkID;
@@ -43,7 +43,7 @@ struct McpToolCallAppContext {
   friend std::ostream& operator<<(std::ostream& stream, const McpToolCallAppContext& value);
 };
 
-/// A call of a tool of an MCP server. Has a JSON form, which does not tell its type.
+/// A call of a tool of an MCP server. Its JSON form does not tell its type.
 struct McpToolCallItem {
   std::string id;
   std::string server;

@@ -9,17 +9,17 @@
 
 namespace ormel {
 
-/// A search in the web. Has a JSON form, which does not tell its type.
+/// A search in the web. Its JSON form does not tell its type.
 struct WebSearchItem {
   std::string id;
   std::string query;
-  /// What the search did, in the server's own words.
+  /// The search's action, in the server's own words.
   std::optional<JSONValue> action;
   friend bool operator==(const WebSearchItem&, const WebSearchItem&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const WebSearchItem& value);
 };
 
-/// The agent looked at an image. Has a JSON form, which does not tell its type.
+/// The agent looked at an image. Its JSON form does not tell its type.
 struct ImageViewItem {
   std::string id;
   std::string path;
@@ -27,7 +27,7 @@ struct ImageViewItem {
   friend std::ostream& operator<<(std::ostream& stream, const ImageViewItem& value);
 };
 
-/// The agent made an image. Has a JSON form.
+/// The agent made an image.
 struct ImageGenerationItem {
   std::string id;
   /// In the server's own words.

@@ -12,7 +12,7 @@
 
 namespace ormel {
 
-/// What the user sent. Has a JSON form.
+/// A message of the user.
 struct UserMessageItem {
   std::string id;
   /// The id that the sending client gave it.
@@ -23,7 +23,7 @@ struct UserMessageItem {
   friend std::ostream& operator<<(std::ostream& stream, const UserMessageItem& value);
 };
 
-/// A text that a hook put in front of the model. Has a JSON form.
+/// A text that a hook put in front of the model.
 struct HookPromptFragment {
   std::string text;
   std::string hookRunID;
@@ -31,7 +31,7 @@ struct HookPromptFragment {
   friend std::ostream& operator<<(std::ostream& stream, const HookPromptFragment& value);
 };
 
-/// What hooks put in front of the model. Has a JSON form.
+/// Texts that hooks put in front of the model.
 struct HookPromptItem {
   std::string id;
   std::vector<HookPromptFragment> fragments;
@@ -39,11 +39,11 @@ struct HookPromptItem {
   friend std::ostream& operator<<(std::ostream& stream, const HookPromptItem& value);
 };
 
-/// Whether a message is on the way to the answer, or the answer. Has a JSON form.
+/// Whether a message is on the way to the answer, or the answer.
 enum class AgentMessagePhase { commentary, finalAnswer };
 std::ostream& operator<<(std::ostream& stream, const AgentMessagePhase& value);
 
-/// A question that a message puts to the user. Has a JSON form.
+/// A question that a message puts to the user.
 struct AgentMessageQuestion {
   std::string title;
   std::optional<std::vector<std::string>> options;
@@ -51,7 +51,7 @@ struct AgentMessageQuestion {
   friend std::ostream& operator<<(std::ostream& stream, const AgentMessageQuestion& value);
 };
 
-/// A place in a remembered file. Has a JSON form.
+/// A place in a remembered file.
 struct MemoryCitationEntry {
   std::string path;
   std::int64_t lineStart = 0;
@@ -61,7 +61,7 @@ struct MemoryCitationEntry {
   friend std::ostream& operator<<(std::ostream& stream, const MemoryCitationEntry& value);
 };
 
-/// What a message took from memory. Has a JSON form.
+/// The memories that a message used.
 struct MemoryCitation {
   std::vector<MemoryCitationEntry> entries;
   /// The recordings of earlier threads that the memory comes from.
@@ -70,7 +70,7 @@ struct MemoryCitation {
   friend std::ostream& operator<<(std::ostream& stream, const MemoryCitation& value);
 };
 
-/// What the agent says to the user. Has a JSON form.
+/// A message of the agent to the user.
 struct AgentMessageItem {
   std::string id;
   /// Grows while the message streams.

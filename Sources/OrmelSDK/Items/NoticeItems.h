@@ -10,7 +10,7 @@
 
 namespace ormel {
 
-/// A review and what it is about. Has a JSON form, which does not tell its type.
+/// A review and what it is about. Its JSON form does not tell its type.
 struct ReviewModeItem {
   std::string id;
   std::string review;
@@ -24,14 +24,14 @@ struct EnteredReviewModeItem : ReviewModeItem {};
 /// A review ended.
 struct ExitedReviewModeItem : ReviewModeItem {};
 
-/// The server shortened the model's context. Has a JSON form, which does not tell its type.
+/// The server shortened the model's context. Its JSON form does not tell its type.
 struct ContextCompactionItem {
   std::string id;
   friend bool operator==(const ContextCompactionItem&, const ContextCompactionItem&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const ContextCompactionItem& value);
 };
 
-/// The agent waited. Has a JSON form.
+/// The agent waited.
 struct SleepItem {
   std::string id;
   std::optional<std::int64_t> durationMilliseconds;
@@ -39,7 +39,7 @@ struct SleepItem {
   friend std::ostream& operator<<(std::ostream& stream, const SleepItem& value);
 };
 
-/// Something went wrong, and the turn went on. Has a JSON form, which does not tell its type.
+/// Something went wrong, and the turn went on. Its JSON form does not tell its type.
 struct ErrorItem {
   std::string id;
   std::string message;

@@ -9,7 +9,7 @@
 
 namespace ormel {
 
-/// A plan as text. Has a JSON form, which does not tell its type.
+/// A plan as text. Its JSON form does not tell its type.
 struct PlanItem {
   std::string id;
   /// Grows while the plan streams.
@@ -18,7 +18,7 @@ struct PlanItem {
   friend std::ostream& operator<<(std::ostream& stream, const PlanItem& value);
 };
 
-/// What the model thought. Has a JSON form.
+/// The model's reasoning.
 struct ReasoningItem {
   std::string id;
   std::vector<SharedText> summary;
@@ -32,7 +32,7 @@ struct ReasoningItem {
   friend std::ostream& operator<<(std::ostream& stream, const ReasoningItem& value);
 };
 
-/// One thing to do. Has a JSON form.
+/// One thing to do.
 struct TodoItem {
   std::string text;
   bool completed = false;
@@ -40,7 +40,7 @@ struct TodoItem {
   friend std::ostream& operator<<(std::ostream& stream, const TodoItem& value);
 };
 
-/// The agent's list of things to do. Has a JSON form, which does not tell its type.
+/// The agent's list of things to do. Its JSON form does not tell its type.
 struct TodoListItem {
   std::string id;
   std::vector<TodoItem> items;

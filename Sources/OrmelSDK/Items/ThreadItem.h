@@ -23,7 +23,7 @@ namespace ormel {
 
 /// One piece of a turn's content. Use `visit` or `std::get_if` to tell the cases apart.
 ///
-/// Has a JSON form: an object whose `type` tells the case. A type that is not known is read as `UnknownThreadItem` if
+/// Its JSON form: an object whose `type` tells the case. A type that is not known is read as `UnknownThreadItem` if
 /// the object has an `id`. Some cases write no `type`, as their records say; such an object cannot be read back as a
 /// `ThreadItem`.
 struct ThreadItem {
@@ -46,7 +46,7 @@ struct ThreadItem {
   ThreadItem(Case item) : value(std::move(item)) {}
 
   /// The same, made in place from what the record is made of.
-  template <CaseOf<Value> Case, class... Arguments>
+  template <CaseOf<Value> Case, typename... Arguments>
   explicit ThreadItem(std::in_place_type_t<Case> kind, Arguments&&... arguments)
       : value(kind, std::forward<Arguments>(arguments)...) {}
 

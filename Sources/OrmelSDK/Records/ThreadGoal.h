@@ -9,11 +9,12 @@
 
 namespace ormel {
 
-/// How far a thread is with its goal. Read without regard to case, "_" and "-"; a word that is not known is `unknown`.
+/// The progress of a thread towards its goal. Read without regard to case, "_" and "-"; a word that is not known is
+/// `unknown`.
 enum class ThreadGoalStatus { active, paused, blocked, usageLimited, budgetLimited, complete, unknown };
 std::ostream& operator<<(std::ostream& stream, const ThreadGoalStatus& value);
 
-/// What a thread works towards, and what that has cost so far. Has a JSON form.
+/// The objective that a thread works towards, and its cost so far.
 struct ThreadGoal {
   std::string threadID;
   std::string objective;

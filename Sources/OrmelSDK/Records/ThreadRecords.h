@@ -12,10 +12,9 @@
 #include "OrmelSDK/Records/ThreadGoal.h"
 #include "OrmelSDK/Records/ThreadTurnRecords.h"
 
-// Every type here has a JSON form.
 namespace ormel {
 
-/// What a thread is doing. The library does not interpret it.
+/// The current activity of a thread. The library does not interpret it.
 struct OrmelThreadStatus {
   std::string type;
   std::vector<std::string> activeFlags;
@@ -101,7 +100,7 @@ struct ThreadForkResponse {
   friend std::ostream& operator<<(std::ostream& stream, const ThreadForkResponse& value);
 };
 
-/// What became of a subscription, in the server's own word.
+/// The outcome for a subscription, in the server's own word.
 struct ThreadUnsubscribeResponse {
   std::string status;
   friend bool operator==(const ThreadUnsubscribeResponse&, const ThreadUnsubscribeResponse&) = default;

@@ -11,7 +11,7 @@
 
 namespace ormel {
 
-/// The named set of permissions in force. Has a JSON form.
+/// The named set of permissions in force.
 struct ActivePermissionProfile {
   std::string id;
   /// The profile that this one builds on.
@@ -20,7 +20,7 @@ struct ActivePermissionProfile {
   friend std::ostream& operator<<(std::ostream& stream, const ActivePermissionProfile& value);
 };
 
-/// The settings under which a thread runs its next turn. Has a JSON form.
+/// The settings under which a thread runs its next turn.
 struct ThreadSettings {
   std::string cwd;
   ApprovalMode approvalPolicy;

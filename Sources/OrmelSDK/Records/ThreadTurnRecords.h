@@ -10,10 +10,9 @@
 #include "OrmelSDK/Items/ThreadItem.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 
-// Every type here has a JSON form.
 namespace ormel {
 
-/// How a turn stands. Read without regard to case, "_" and "-"; a word that is not known is `unknown`.
+/// The status of a turn. Read without regard to case, "_" and "-"; a word that is not known is `unknown`.
 enum class ThreadTurnStatus { completed, interrupted, failed, inProgress, unknown };
 std::ostream& operator<<(std::ostream& stream, const ThreadTurnStatus& value);
 
