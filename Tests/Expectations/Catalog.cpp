@@ -72,6 +72,9 @@ void parseRule(std::istringstream& line, ExpectedField& field) {
   } else if (rule.starts_with("default=")) {
     field.rule = Rule::defaulted;
     field.fallback = JSONValue::decode(value);
+  } else if (rule.starts_with("true-when=")) {
+    field.rule = Rule::trueWhen;
+    field.otherKey = value;
   } else {
     refuse("no such rule: " + rule);
   }
@@ -101,7 +104,11 @@ void addWords(const std::string& text, Definition& definition) {
   std::istringstream line(text);
   for (std::string token; line >> token;) {
     const std::string caseName = takeUntil(token, ":");
-    definition.words.push_back({caseName, token.empty() ? caseName : token});
+    bool isWritten = true;
+    for (const auto& word : split(token.empty() ? caseName : token, '/')) {
+      definition.words.push_back({caseName, word, isWritten && word != anyWord});
+      isWritten = false;
+    }
   }
 }
 
@@ -134,12 +141,23 @@ void addUnknown(std::string rest, Definition& definition) {
   }
 }
 
-void addReading(std::string rest, bool isRead, Definition& definition) {
-  const JSONValue input = JSONValue::decode(takeUntil(rest, isRead ? " as " : " with "));
-  if (isRead) {
-    definition.readings.push_back({input, rest.empty() ? input : JSONValue::decode(rest), std::nullopt});
+/// "reads <json>" with "as <json>", "fails <json> with <text>", "lacks <json> without <key>", "mismatches <json>".
+void addReading(const std::string& verb, std::string rest, Definition& definition) {
+  using Refused = ExpectedReading::Refused;
+  static const std::map<std::string, std::pair<std::string, std::optional<Refused>>, std::less<>> verbs{
+      {"reads", {" as ", std::nullopt}},
+      {"fails", {" with ", Refused::asCorrupted}},
+      {"lacks", {" without ", Refused::forMissingKey}},
+      {"mismatches", {" at ", Refused::asMismatch}},
+  };
+  const auto found = verbs.find(verb);
+  require(found != verbs.end(), "no such line of a special form: " + verb);
+  const auto& [separator, refusal] = found->second;
+  const JSONValue input = JSONValue::decode(takeUntil(rest, separator));
+  if (refusal) {
+    definition.readings.push_back({input, JSONValue(), refusal, rest});
   } else {
-    definition.readings.push_back({input, JSONValue(), rest});
+    definition.readings.push_back({input, rest.empty() ? input : JSONValue::decode(rest), std::nullopt, ""});
   }
 }
 
@@ -171,8 +189,7 @@ void addLine(const std::string& whole, Definition& definition) {
     require(first == "case", "no such line of a variant: " + whole);
     addCase(rest, definition);
   } else if (definition.kind == Kind::special) {
-    require(first == "reads" || first == "fails", "no such line of a special form: " + whole);
-    addReading(rest, first == "reads", definition);
+    addReading(first, rest, definition);
   } else if (definition.isEnumeration() && first == "within") {
     definition.within = rest;
   } else if (definition.isEnumeration() || definition.kind == Kind::vocabulary) {

@@ -34,6 +34,8 @@ struct ExpectedField {
     nullWhenAbsent,
     /// Has `fallback` when absent.
     defaulted,
+    /// Is true when absent if there is a value under `otherKey`, else false.
+    trueWhen,
   };
 
   std::string name;
@@ -43,12 +45,18 @@ struct ExpectedField {
   ExpectedType type;
   Rule rule = Rule::required;
   JSONValue fallback;
+  std::string otherKey;
   bool isOmittedWhenEmpty = false;
 };
+
+/// Stands for the word of a case that is never read by its own word.
+inline constexpr std::string_view anyWord = "*";
 
 struct ExpectedWord {
   std::string caseName;
   std::string word;
+  /// False for a word that is only read.
+  bool isWritten = true;
 };
 
 struct ExpectedCase {
@@ -63,10 +71,13 @@ struct ExpectedCase {
 
 /// A value of a form that no rule tells.
 struct ExpectedReading {
+  enum class Refused { asCorrupted, asMismatch, forMissingKey };
+
   JSONValue input;
   JSONValue written;
-  /// Present when the input is refused.
-  std::optional<std::string> failure;
+  std::optional<Refused> refusal;
+  /// The failure's text or the missing key.
+  std::string failure;
 };
 
 /// What becomes of a word that no case has.

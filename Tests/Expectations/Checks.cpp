@@ -11,7 +11,6 @@ namespace ormel::tests {
 
 namespace {
 
-using Findings = std::vector<Finding>;
 using Kind = DecodingError::Kind;
 using Path = std::vector<std::string>;
 
@@ -77,6 +76,7 @@ class WordCheck {
 
   void checkEnumeration() {
     for (const auto& word : definition_.words) {
+      if (word.word == anyWord) continue;
       reads(word.word, word.caseName);
       const bool isTolerant = definition_.kind == Definition::Kind::tolerant;
       for (const auto& same : sameWords(word.word)) {
@@ -92,7 +92,11 @@ class WordCheck {
     refuses(3, Kind::typeMismatch);
     refuses(JSONValue::array(), Kind::typeMismatch);
     refuses(JSONValue(), Kind::valueNotFound);
-    if (definition_.within) checkObject(*definition_.within);
+    if (definition_.within) {
+      checkObject(*definition_.within);
+    } else {
+      refuses(JSONValue::object(), Kind::typeMismatch);
+    }
   }
 
   void checkVocabulary() {
@@ -111,13 +115,11 @@ class WordCheck {
   }
 
  private:
-  void add(const std::string& where, const std::string& what) {
-    findings_.push_back({definition_.name + "." + where, what});
-  }
+  void add(const std::string& where, const std::string& what) { findings_.add({definition_.name + "." + where, what}); }
 
   void checkCase(const ExpectedWord& word) {
     for (const auto& registered : type_.cases) {
-      if (registered.name != word.caseName) continue;
+      if (registered.name != word.caseName || !word.isWritten) continue;
       if (registered.word != word.word) add(word.caseName, "has the word " + registered.word);
       if (registered.written != JSONValue(word.word)) add(word.caseName, "is written " + registered.written.encode());
     }
@@ -171,17 +173,17 @@ class WordCheck {
 void checkNonObjects(const Definition& definition, const RegisteredType& type, Findings& findings) {
   for (const JSONValue& input : {JSONValue("text"), JSONValue(3), JSONValue(true), JSONValue::array()}) {
     const std::string difference = differenceFrom({input, Kind::typeMismatch, here, {}, {}}, type, input);
-    if (!difference.empty()) findings.push_back({definition.name, input.encode() + " " + difference});
+    if (!difference.empty()) findings.add({definition.name, input.encode() + " " + difference});
   }
   const std::string difference = differenceFrom({JSONValue(), Kind::valueNotFound, here, {}, {}}, type, JSONValue());
-  if (!difference.empty()) findings.push_back({definition.name, "null " + difference});
+  if (!difference.empty()) findings.add({definition.name, "null " + difference});
 }
 
 void checkUnknownType(const Definition& definition, const RegisteredType& type, const std::string& word,
                       Findings& findings) {
   using Rule = ExpectedUnknown::Rule;
   const auto& unknown = definition.unknown;
-  const auto add = [&](const std::string& what) { findings.push_back({definition.name + "/" + word, what}); };
+  const auto add = [&](const std::string& what) { findings.add({definition.name + "/" + word, what}); };
   const auto refuses = [&](const JSONValue& input, std::optional<Path> path) {
     const Refusal refusal{input, Kind::dataCorrupted, std::move(path), {}, failureOfWord(unknown, word)};
     const std::string difference = differenceFrom(refusal, type, input);
@@ -212,16 +214,20 @@ void checkUnknownType(const Definition& definition, const RegisteredType& type, 
   }
 }
 
+RecordCheck caseCheck(const WireModel& model, const RegisteredType& type, const ExpectedCase& variantCase,
+                      const std::string& word, Findings& findings) {
+  RecordCheck record(model, model.definition(variantCase.fields), type, findings);
+  record.asCase(variantCase, word);
+  return record;
+}
+
 void checkVariant(const WireModel& model, const Definition& definition, const RegisteredType& type,
                   Findings& findings) {
   std::set<std::string> words;
   for (const auto& variantCase : definition.cases) words.insert(variantCase.words.begin(), variantCase.words.end());
   for (const auto& variantCase : definition.cases) {
     for (const auto& word : variantCase.words) {
-      RecordCheck record(model, model.definition(variantCase.fields), type, findings);
-      record.asCase(variantCase, word);
-      record.checkWhole();
-      if (word == variantCase.words.front()) record.checkFields();
+      caseCheck(model, type, variantCase, word, findings).checkWhole();
       for (const auto& others : {sameWords(word), otherWords(word)}) {
         for (const auto& other : others) {
           if (!words.contains(other)) checkUnknownType(definition, type, other, findings);
@@ -232,19 +238,21 @@ void checkVariant(const WireModel& model, const Definition& definition, const Re
   checkUnknownType(definition, type, "", findings);
   for (const auto& refusal : model.refusals({ExpectedType::Shape::single, definition.name}, {})) {
     const std::string difference = differenceFrom(refusal, type, refusal.input);
-    if (!difference.empty()) findings.push_back({definition.name, refusal.input.encode() + " " + difference});
+    if (!difference.empty()) findings.add({definition.name, refusal.input.encode() + " " + difference});
   }
   checkNonObjects(definition, type, findings);
+  for (const auto& variantCase : definition.cases) {
+    caseCheck(model, type, variantCase, variantCase.words.front(), findings).checkFields();
+  }
 }
 
 void checkSpecial(const Definition& definition, const RegisteredType& type, Findings& findings) {
   for (const auto& reading : definition.readings) {
     const auto add = [&](const std::string& what) {
-      findings.push_back({definition.name, reading.input.encode() + " " + what});
+      findings.add({definition.name, reading.input.encode() + " " + what});
     };
-    if (reading.failure) {
-      const Refusal refusal{reading.input, Kind::dataCorrupted, here, {}, reading.failure};
-      const std::string difference = differenceFrom(refusal, type, reading.input);
+    if (reading.refusal) {
+      const std::string difference = differenceFrom(refusalOf(reading), type, reading.input);
       if (!difference.empty()) add(difference);
       continue;
     }
@@ -257,40 +265,48 @@ void checkSpecial(const Definition& definition, const RegisteredType& type, Find
   }
 }
 
-}  // namespace
+void checkRecord(const WireModel& model, const Definition& definition, const RegisteredType& type,
+                 std::optional<std::size_t> field, Findings& findings) {
+  RecordCheck record(model, definition, type, findings);
+  record.checkWhole();
+  record.checkFields(field);
+  checkNonObjects(definition, type, findings);
+}
 
-std::vector<Finding> check(const Catalog& catalog, const Definition& definition, const RegisteredType& type) {
-  const WireModel model(catalog);
-  Findings findings;
+void checkKind(const WireModel& model, const Definition& definition, const RegisteredType& type,
+               std::optional<std::size_t> field, Findings& findings) {
   WordCheck words(definition, type, findings);
   switch (definition.kind) {
     case Definition::Kind::fields:
-      break;
-    case Definition::Kind::record: {
-      RecordCheck record(model, definition, type, findings);
-      record.checkWhole();
-      record.checkFields();
-      checkNonObjects(definition, type, findings);
-      break;
-    }
+      return;
+    case Definition::Kind::record:
+      return checkRecord(model, definition, type, field, findings);
     case Definition::Kind::closed:
     case Definition::Kind::tolerant:
     case Definition::Kind::exact:
       words.checkCases();
-      words.checkEnumeration();
-      break;
+      return words.checkEnumeration();
     case Definition::Kind::vocabulary:
       words.checkCases();
-      words.checkVocabulary();
-      break;
+      return words.checkVocabulary();
     case Definition::Kind::variant:
-      checkVariant(model, definition, type, findings);
-      break;
+      return checkVariant(model, definition, type, findings);
     case Definition::Kind::special:
-      checkSpecial(definition, type, findings);
-      break;
+      return checkSpecial(definition, type, findings);
   }
-  return findings;
+}
+
+}  // namespace
+
+std::vector<Finding> check(const Catalog& catalog, const Definition& definition, const RegisteredType& type,
+                           const CheckScope& scope) {
+  Findings findings(scope.most);
+  try {
+    checkKind(WireModel(catalog), definition, type, scope.field, findings);
+  } catch (const Findings::Enough&) {
+    // The rest would not be read.
+  }
+  return findings.take();
 }
 
 }  // namespace ormel::tests

@@ -85,7 +85,7 @@ std::string differenceFrom(const Refusal& refusal, const RegisteredType& type, c
 }
 
 RecordCheck::RecordCheck(const WireModel& model, const Definition& definition, const RegisteredType& type,
-                         std::vector<Finding>& findings)
+                         Findings& findings)
     : model_(model),
       definition_(definition),
       type_(type),
@@ -103,7 +103,7 @@ void RecordCheck::asCase(const ExpectedCase& variantCase, const std::string& wor
 }
 
 void RecordCheck::add(const std::string& what, const std::string& found) {
-  findings_.push_back({where_, what + ": " + found});
+  findings_.add({where_, what + ": " + found});
 }
 
 JSONValue RecordCheck::input(const Draft& draft, bool hasTypeLast) const {
@@ -174,8 +174,9 @@ void RecordCheck::checkWhole() {
   }
 }
 
-void RecordCheck::checkFields() {
+void RecordCheck::checkFields(std::optional<std::size_t> only) {
   for (std::size_t position = 0; position < definition_.fields.size(); ++position) {
+    if (only && *only != position) continue;
     const std::string where = where_;
     where_ += "." + definition_.fields[position].name;
     checkField(definition_.fields[position], position);

@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "Expectations/Checks.h"
+#include "Expectations/Findings.h"
+#include "Expectations/Registry.h"
 #include "Expectations/WireModel.h"
 
 namespace ormel::tests {
@@ -12,14 +13,14 @@ namespace ormel::tests {
 /// The checks of a type in which a record's fields stand: the record itself, or a variant that has it as a case.
 class RecordCheck {
  public:
-  RecordCheck(const WireModel& model, const Definition& definition, const RegisteredType& type,
-              std::vector<Finding>& findings);
+  RecordCheck(const WireModel& model, const Definition& definition, const RegisteredType& type, Findings& findings);
 
   /// The record as a case: `word` is the type that is read.
   void asCase(const ExpectedCase& variantCase, const std::string& word);
 
   void checkWhole();
-  void checkFields();
+  /// All fields, or one.
+  void checkFields(std::optional<std::size_t> only = std::nullopt);
 
  private:
   void checkField(const ExpectedField& field, std::size_t position);
@@ -45,7 +46,7 @@ class RecordCheck {
   const WireModel& model_;
   const Definition& definition_;
   const RegisteredType& type_;
-  std::vector<Finding>& findings_;
+  Findings& findings_;
   Draft whole_;
   std::string where_;
   std::optional<std::string> readType_;

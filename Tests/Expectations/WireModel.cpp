@@ -39,12 +39,31 @@ JSONValue mapOf(const std::vector<JSONValue>& elements) {
 bool isEmpty(const JSONValue& value) {
   if (const auto text = value.stringValue()) return text->empty();
   const auto* array = value.arrayValue();
-  return array && array->size() == 0;
+  return value == emptyObject || (array && array->size() == 0);
 }
 
 template <typename Rows>
 const auto& pick(const Rows& rows, Seed seed) {
   return rows[static_cast<std::size_t>(seed.number + seed.variation) % rows.size()];
+}
+
+std::vector<std::string> readableWords(const Definition& enumeration) {
+  std::vector<std::string> words;
+  for (const auto& word : enumeration.words) {
+    if (word.word != anyWord) words.push_back(word.word);
+  }
+  return words;
+}
+
+/// The word that is written for the case that another word is read as.
+JSONValue writtenWord(const Definition& enumeration, const JSONValue& value) {
+  for (const auto& read : enumeration.words) {
+    if (value != JSONValue(read.word)) continue;
+    for (const auto& word : enumeration.words) {
+      if (word.caseName == read.caseName && word.isWritten) return word.word;
+    }
+  }
+  return value;
 }
 
 JSONValue plainSample(const std::string& type, Seed seed) {
@@ -98,6 +117,15 @@ Refusal Refusal::under(const std::string& parent) const {
   return moved;
 }
 
+Refusal refusalOf(const ExpectedReading& reading) {
+  using Refused = ExpectedReading::Refused;
+  if (reading.refusal == Refused::asMismatch) return mismatch(reading.input);
+  if (reading.refusal == Refused::forMissingKey) return missing(reading.input, reading.failure);
+  Refusal refusal = corrupted(reading.input);
+  refusal.description = reading.failure;
+  return refusal;
+}
+
 std::string failureOfWord(const ExpectedUnknown& unknown, std::string_view word) {
   std::string failure = unknown.failure;
   return failure.replace(failure.find("{}"), 2, word);
@@ -113,13 +141,13 @@ JSONValue WireModel::singleSample(const std::string& type, Seed seed) const {
     case Definition::Kind::closed:
     case Definition::Kind::tolerant:
     case Definition::Kind::exact:
-      return pick(named.words, seed).word;
+      return pick(readableWords(named), seed);
     case Definition::Kind::vocabulary:
       return "Word_that no list has " + std::to_string(seed.number * 10 + seed.variation);
     case Definition::Kind::special: {
       std::vector<JSONValue> inputs;
       for (const auto& reading : named.readings) {
-        if (!reading.failure && !reading.input.isNull()) inputs.push_back(reading.input);
+        if (!reading.refusal && !reading.input.isNull()) inputs.push_back(reading.input);
       }
       return pick(inputs, seed);
     }
@@ -155,8 +183,7 @@ void WireModel::addRefusals(const Definition& named, Seed seed, std::vector<Refu
   const auto addAll = [&](std::initializer_list<Refusal> more) { refusals.insert(refusals.end(), more); };
   if (named.kind == Definition::Kind::special) {
     for (const auto& reading : named.readings) {
-      if (reading.failure && !reading.input.isNull())
-        refusals.push_back({reading.input, Kind::dataCorrupted, here, {}, reading.failure});
+      if (reading.refusal && !reading.input.isNull()) refusals.push_back(refusalOf(reading));
     }
   } else if (named.isEnumeration() || named.kind == Definition::Kind::vocabulary) {
     refusals.push_back(mismatch(3));
@@ -208,8 +235,7 @@ std::optional<Refusal> WireModel::refusalOfNull(const ExpectedType& type) const 
   if (isPlain(type.name)) return refusal;
   for (const auto& reading : definition(type.name).readings) {
     if (!reading.input.isNull()) continue;
-    if (!reading.failure) return std::nullopt;
-    return Refusal{JSONValue(), Kind::dataCorrupted, here, {}, reading.failure};
+    return reading.refusal ? std::optional(refusalOf(reading)) : std::nullopt;
   }
   return refusal;
 }
@@ -232,6 +258,7 @@ JSONValue WireModel::writtenSingle(const std::string& type, const JSONValue& val
   if (named.kind == Definition::Kind::record) {
     return writtenMembers(named, draftOf(value), named.writtenType).object();
   }
+  if (named.isEnumeration()) return writtenWord(named, value);
   for (const auto& reading : named.readings) {
     if (reading.input == value) return reading.written;
   }
@@ -259,33 +286,36 @@ std::optional<JSONValue> WireModel::found(const ExpectedField& field, const Draf
   return takesNull && draft.find(field.keys.back()) ? std::optional(JSONValue()) : std::nullopt;
 }
 
+std::optional<JSONValue> WireModel::valueOf(const ExpectedField& field, const Draft& draft) const {
+  const auto value = found(field, draft);
+  if (value) return written(field.type, *value);
+  if (field.rule == ExpectedField::Rule::defaulted) return field.fallback;
+  if (field.rule == ExpectedField::Rule::trueWhen) {
+    const JSONValue* other = draft.find(field.otherKey);
+    return other && !other->isNull();
+  }
+  return std::nullopt;
+}
+
 Draft WireModel::writtenMembers(const Definition& record, const Draft& draft,
                                 const std::optional<std::string>& type) const {
   Draft members;
   if (type) members.set("type", *type);
   for (const auto& field : record.fields) {
-    auto value = found(field, draft);
+    const auto value = valueOf(field, draft);
+    if (value && field.isOmittedWhenEmpty && isEmpty(*value)) continue;
     if (value) {
-      value = written(field.type, *value);
-    } else if (field.rule == ExpectedField::Rule::defaulted) {
-      value = field.fallback;
+      members.set(field.writtenKey, *value);
     } else if (field.rule == ExpectedField::Rule::nullWhenAbsent) {
-      value = JSONValue();
+      members.set(field.writtenKey, JSONValue());
     }
-    const bool isLeftOut = !value || (field.isOmittedWhenEmpty && isEmpty(*value));
-    if (!isLeftOut) members.set(field.writtenKey, *value);
   }
   return members;
 }
 
 FoundFields WireModel::fields(const Definition& record, const Draft& draft) const {
   FoundFields all;
-  for (const auto& field : record.fields) {
-    auto value = found(field, draft);
-    if (value) value = written(field.type, *value);
-    if (!value && field.rule == ExpectedField::Rule::defaulted) value = field.fallback;
-    all.push_back({field.name, value});
-  }
+  for (const auto& field : record.fields) all.push_back({field.name, valueOf(field, draft)});
   return all;
 }
 

@@ -82,9 +82,12 @@ class WireModel {
   JSONValue writtenSingle(const std::string& type, const JSONValue& value) const;
   JSONValue writtenCase(const Definition& variant, const JSONValue& value) const;
   std::optional<JSONValue> found(const ExpectedField& field, const Draft& draft) const;
+  std::optional<JSONValue> valueOf(const ExpectedField& field, const Draft& draft) const;
 
   const Catalog* catalog_;
 };
+
+Refusal refusalOf(const ExpectedReading& reading);
 
 /// The failure's text for a word.
 std::string failureOfWord(const ExpectedUnknown& unknown, std::string_view word);
