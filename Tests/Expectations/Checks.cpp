@@ -221,6 +221,22 @@ RecordCheck caseCheck(const WireModel& model, const RegisteredType& type, const 
   return record;
 }
 
+void checkCasesDiffer(const WireModel& model, const Definition& definition, const RegisteredType& type,
+                      Findings& findings) {
+  std::vector<std::pair<std::string, Erased>> values;
+  for (const auto& variantCase : definition.cases) {
+    Draft draft = model.samples(model.definition(variantCase.fields), {});
+    draft.set("type", variantCase.words.front());
+    const Erased value = type.decode(draft.object());
+    for (const auto& [other, otherValue] : values) {
+      if (type.areEqual(value.get(), otherValue.get())) {
+        findings.add({definition.name + "/" + variantCase.alternative, "equals " + other});
+      }
+    }
+    values.emplace_back(variantCase.alternative, value);
+  }
+}
+
 void checkVariant(const WireModel& model, const Definition& definition, const RegisteredType& type,
                   Findings& findings) {
   std::set<std::string> words;
@@ -235,6 +251,7 @@ void checkVariant(const WireModel& model, const Definition& definition, const Re
       }
     }
   }
+  checkCasesDiffer(model, definition, type, findings);
   checkUnknownType(definition, type, "", findings);
   for (const auto& refusal : model.refusals({ExpectedType::Shape::single, definition.name}, {})) {
     const std::string difference = differenceFrom(refusal, type, refusal.input);
