@@ -1,0 +1,23 @@
+#include "Expectations/Registry.h"
+
+namespace ormel::tests {
+
+const RegisteredType* Registry::find(std::string_view name) const {
+  const auto found = types_.find(name);
+  return found == types_.end() ? nullptr : &found->second;
+}
+
+const Registry& registry() {
+  static const Registry all = [] {
+    Registry filled;
+    registerInput(filled);
+    registerItems(filled);
+    registerHandlers(filled);
+    registerRecords(filled);
+    registerEvents(filled);
+    return filled;
+  }();
+  return all;
+}
+
+}  // namespace ormel::tests
