@@ -34,7 +34,7 @@ class Conversation final {
   std::optional<std::string> id() const;
 
   static Task<Turn> run(Self self, Input input, TurnOptions turnOptions);
-  static Task<StreamedTurn> runStreamed(Self self, Input input, TurnOptions turnOptions);
+  static Task<StreamedTurn> runStreamedInternal(Self self, Input input, TurnOptions turnOptions);
   static Task<StreamedTurn> startReviewStreamed(Self self, ReviewTarget target, ReviewDelivery delivery,
                                                 std::optional<AbortSignal> signal);
   static Task<StreamedTurn> compactStreamed(Self self, std::optional<AbortSignal> signal);
@@ -66,21 +66,23 @@ class Conversation final {
     ActiveOperation operation;
     std::optional<AbortSignal> signal;
     UUID signalToken;
-    /// The main conversation, if the operation runs on another thread.
-    std::optional<std::string> restoreThreadID;
   };
 
   /// The conversation's id; fails with `ThreadRunError` of the kind `streamError` and the message without one.
   std::string neededThreadID(const char* message) const;
   static Task<ConnectedOperation> connectOperation(Self self, std::optional<AbortSignal> signal);
   void noteOperation(const ActiveOperation& operation);
-  void finishOperation(const ConnectedOperation& connected);
   void updateThreadID(const std::string& threadID, const ActiveOperation& operation);
-  static Task<StreamedTurn> startOnOwnThread(Self self, ConnectedOperation connected,
-                                             Task<EventChannel<ThreadEvent>> start);
-  StreamedTurn forwarded(const Self& self, EventChannel<ThreadEvent> events, ConnectedOperation connected);
+
+  /// Starts any operation, and forwards its events. `restoringThreadID` is the conversation's thread, to which it
+  /// returns from an operation on another one; the conversation follows an operation without one.
+  static Task<StreamedTurn> start(Self self, OperationRequest request, std::optional<AbortSignal> signal,
+                                  std::optional<std::string> restoringThreadID = std::nullopt);
+  StreamedTurn wrapOperationEvents(const Self& self, EventChannel<ThreadEvent> events, ConnectedOperation connected,
+                                   std::optional<std::string> restoringThreadID);
   static Task<void> forwardEvents(Self self, EventChannel<ThreadEvent> from, EventProducer<ThreadEvent> to,
-                                  ConnectedOperation connected);
+                                  ConnectedOperation connected, std::optional<std::string> restoringThreadID);
+  void finishActiveOperation(const ConnectedOperation& connected, const std::optional<std::string>& restoringThreadID);
 
   const AppServerTurnRunConfiguration configuration_;
   const RunServices services_;

@@ -23,7 +23,7 @@ std::optional<std::string> commandString(const JSONObject& params) {
   std::string line;
   for (const JSONValue& word : *words) {
     const auto text = word.stringValue();
-    // Half a command would be worse to approve than none.
+    // Never show a partial command for approval.
     if (!text) return std::nullopt;
     if (&word != words->begin()) line += ' ';
     line += *text;
@@ -89,8 +89,9 @@ CommandApprovalRequest commandApprovalRequest(const JSONObject& params, const Ac
   request.kind = textMember(params, {"kind"}, CommandApprovalKind::command.rawValue);
   request.approvalID = textMember(params, {"approvalId", "approval_id"});
   request.environmentID = textMember(params, {"environmentId", "environment_id"});
-  request.threadID = idOr(threadIDIn(params), scope.threadID);
-  request.turnID = idOr(turnIDIn(params), scope.turnID);
+  const MessageIDs ids = idsIn(params);
+  request.threadID = idOr(ids.threadID, scope.threadID);
+  request.turnID = idOr(ids.turnID, scope.turnID);
   request.itemID = approvedItemID(params);
   request.command = commandString(params);
   request.workingDirectory = textMember(params, {"cwd", "workingDirectory", "working_directory"});
@@ -106,8 +107,9 @@ CommandApprovalRequest commandApprovalRequest(const JSONObject& params, const Ac
 FileChangeApprovalRequest fileChangeApprovalRequest(const JSONObject& params, const ActiveScope& scope,
                                                     const ThreadItem* stored) {
   FileChangeApprovalRequest request;
-  request.threadID = idOr(threadIDIn(params), scope.threadID);
-  request.turnID = idOr(turnIDIn(params), scope.turnID);
+  const MessageIDs ids = idsIn(params);
+  request.threadID = idOr(ids.threadID, scope.threadID);
+  request.turnID = idOr(ids.turnID, scope.turnID);
   request.itemID = approvedItemID(params);
   request.reason = textMember(params, {"reason"});
   request.grantRoot = textMember(params, {"grantRoot", "grant_root"});

@@ -3,8 +3,8 @@
 
 #include "OrmelSDK/AppServerRun/Connection/ServerConnection.h"
 #include "OrmelSDK/AppServerRun/Launch/ExitDetail.h"
+#include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun+ProtocolHandling.h"
 #include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun.h"
-#include "OrmelSDK/Base/CheckedCounter.h"
 #include "OrmelSDK/Base/OrmelProcessError.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
 #include "OrmelSDK/JSON/JSONDecoding.h"
@@ -59,7 +59,7 @@ void AppServerTurnRun::launchProcess() {
                                           terminationHandler(generation));
   } catch (...) {
     transport_.nextGeneration();
-    shutdownProcess();
+    lifecycle_.shutdownProcess();
     throw;
   }
   const auto exitCoordinator = AppServerProcessExitCoordinator::create(
@@ -68,11 +68,11 @@ void AppServerTurnRun::launchProcess() {
   transport_.adopt(std::move(connection), exitCoordinator);
   std::stop_token stop = output.stopToken();
   auto reader = readStdoutLoop(weak_from_this(), std::move(output), generation, exitCoordinator);
-  std::move(reader).onStrand(strand_).withStopToken(std::move(stop)).detach();
+  std::move(reader).onStrand(strand()).withStopToken(std::move(stop)).detach();
 }
 
 TerminationHandler AppServerTurnRun::terminationHandler(std::uint64_t transportGeneration) {
-  return [owner = weak_from_this(), strand = strand_, transportGeneration](const Termination& termination) {
+  return [owner = weak_from_this(), strand = strand(), transportGeneration](const Termination& termination) {
     auto tell = [owner, transportGeneration, termination] {
       if (const auto run = owner.lock()) run->coordinateProcessExit(transportGeneration, termination);
     };
@@ -81,14 +81,15 @@ TerminationHandler AppServerTurnRun::terminationHandler(std::uint64_t transportG
 }
 
 void AppServerTurnRun::coordinateProcessExit(std::uint64_t transportGeneration, const Termination& termination) {
-  if (!isCurrentTransport(transportGeneration)) return;
-  auto report = [owner = weak_from_this(), strand = strand_, transportGeneration, termination] {
+  if (!transport_.isCurrent(transportGeneration)) return;
+  auto report = [owner = weak_from_this(), strand = strand(), transportGeneration, termination] {
     auto handle = [owner, transportGeneration, termination] {
       if (const auto run = owner.lock()) run->handleProcessExit(transportGeneration, termination);
     };
     strand.post(std::move(handle), "process exit");
   };
-  transport_.processExitCoordinator()->processDidExit(configuration_.durations.processExitGrace, std::move(report));
+  transport_.processExitCoordinator()->processDidExit(configuration_.durations.processExitCoordinationGraceNanoseconds,
+                                                      std::move(report));
 }
 
 Task<void> AppServerTurnRun::readStdoutLoop(std::weak_ptr<AppServerTurnRun> owner, ServerOutput output,
@@ -102,14 +103,15 @@ Task<void> AppServerTurnRun::readStdoutLoop(std::weak_ptr<AppServerTurnRun> owne
       Task<void> hook = run->stdoutChunkProcessingHook(std::string(output.chunk()));
       co_await std::move(hook);
     }
-    while (run->handleLines(output)) co_await run->strand_.yield();
+    while (run->handleLines(output)) co_await run->strand().yield();
   }
   Self run = owner.lock();
-  if (run && run->handleLines(output)) co_await run->strand_.yield();
+  if (run && run->handleLines(output)) co_await run->strand().yield();
   if (!run || output.isClosed()) co_return;
   if (run->isErrorTextAwaited()) {
-    auto lastWords = StandardErrorCollector::settled(run->transport_.errorOutput(), *run->services_.scheduler,
-                                                     run->configuration_.durations.processExitGrace);
+    auto lastWords =
+        StandardErrorCollector::settled(run->transport_.errorOutput(), *run->services_.scheduler,
+                                        run->configuration_.durations.processExitCoordinationGraceNanoseconds);
     run.reset();
     co_await std::move(lastWords);
     run = owner.lock();
@@ -134,17 +136,17 @@ bool AppServerTurnRun::handleIncomingLine(std::string_view paddedLine) noexcept 
   try {
     return handleMessage(classifiedAppServerMessage(decodePaddedJSON(paddedLine)));
   } catch (...) {
-    finishCurrent(StreamCompletion::failed(describedFailure(std::current_exception())));
+    lifecycle_.finishCurrent(StreamCompletion::failed(describedFailure(std::current_exception())));
     return false;
   }
 }
 
 bool AppServerTurnRun::handleMessage(const AppServerMessage& message) {
-  incrementCounter(protocolActivityGeneration_);
+  recovery_.noteProtocolActivity();
   if (const auto* request = std::get_if<ServerRequestMessage>(&message)) {
-    dispatchServerRequest(*request);
+    serverRequestDispatcher_.dispatchServerRequest(*request);
   } else if (const auto* notification = std::get_if<ServerNotificationMessage>(&message)) {
-    handleServerNotification(*notification);
+    handleServerNotification(notificationContext_, *notification);
   } else if (const auto* response = std::get_if<ResponseMessage>(&message)) {
     return requests_.complete(response->id, response->result);
   } else if (const auto* error = std::get_if<ErrorResponseMessage>(&message)) {
@@ -154,28 +156,28 @@ bool AppServerTurnRun::handleMessage(const AppServerMessage& message) {
 }
 
 void AppServerTurnRun::handleEOF(std::uint64_t transportGeneration) {
-  if (!isCurrentTransport(transportGeneration)) return;
+  if (!transport_.isCurrent(transportGeneration)) return;
   if (!stream_.isPending()) {
-    shutdownProcess();
-  } else if (abortedByClient_) {
-    finishCurrent(StreamCompletion::aborted());
+    lifecycle_.shutdownProcess();
+  } else if (recovery_.abortedByClient()) {
+    lifecycle_.finishCurrent(StreamCompletion::aborted());
   } else {
     std::string message = transport_.errorText();
     if (message.empty()) message = "Ormel app-server terminated unexpectedly";
-    finishCurrent(StreamCompletion::failed({std::move(message), false}));
+    lifecycle_.finishCurrent(StreamCompletion::failed({std::move(message), false}));
   }
 }
 
 void AppServerTurnRun::handleProcessExit(std::uint64_t transportGeneration, const Termination& termination) {
   // After the end of file it is `handleEOF` that owns the outcome.
-  if (!isCurrentTransport(transportGeneration) || transport_.outputHasEnded()) return;
+  if (!transport_.isCurrent(transportGeneration) || transport_.outputHasEnded()) return;
   if (!stream_.isPending()) {
-    shutdownProcess();
-  } else if (abortedByClient_) {
-    finishCurrent(StreamCompletion::aborted());
+    lifecycle_.shutdownProcess();
+  } else if (recovery_.abortedByClient()) {
+    lifecycle_.finishCurrent(StreamCompletion::aborted());
   } else {
     const auto error = OrmelProcessError::exited(exitDetail(termination), transport_.errorText());
-    finishCurrent(StreamCompletion::failed({error.description(), false}));
+    lifecycle_.finishCurrent(StreamCompletion::failed({error.description(), false}));
   }
 }
 

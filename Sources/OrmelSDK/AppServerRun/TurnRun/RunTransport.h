@@ -12,8 +12,8 @@ namespace ormel::detail {
 
 /// The server process of a run, if there is one.
 ///
-/// What holds at all times: each incarnation has a generation of its own, so that what comes late from an earlier one
-/// is known as such; an absent process has no reader, no pipe, no exit coordinator and no handshake.
+/// Invariants: each incarnation has a generation of its own, so that late news of an earlier one are
+/// recognised; an absent process has no reader, no pipe, no exit coordinator and no handshake.
 ///
 /// *Thread safety*: none; it belongs to the run's strand.
 class RunTransport {
@@ -23,6 +23,9 @@ class RunTransport {
   bool hasProcess() const noexcept { return connection_ != nullptr; }
 
   std::uint64_t generation() const noexcept { return transportGeneration_; }
+  bool isCurrent(std::uint64_t transportGeneration) const noexcept {
+    return transportGeneration_ == transportGeneration;
+  }
 
   /// Whether the handshake has been done with this process.
   bool didInitializeProcess() const noexcept { return didInitializeProcess_; }
@@ -44,7 +47,7 @@ class RunTransport {
   /// Writes a line; see `ormel::detail::writePayload`.
   void writePayload(const JSONValue& payload) { detail::writePayload(connection_.get(), payload); }
 
-  /// What the process has written to its standard error, trimmed; empty without a process.
+  /// The standard error of the process so far, trimmed; empty without a process.
   std::string errorText() const;
 
   /// Whether the process's standard output has been read to its end.

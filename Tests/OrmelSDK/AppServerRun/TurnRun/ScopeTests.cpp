@@ -139,10 +139,10 @@ TEST(AppServerTurnRunScope, LetsOnlyATurnOfItsThreadNameACompaction) {
     engine.notify("turn/started", R"({"turn":{"id":"u7"}})");
     engine.notify("turn/started", R"({"threadId":"t2","turn":{"id":"u8"}})");
     EXPECT_FALSE(engine.run->scope().coordinatorTurnID());
-    EXPECT_TRUE(engine.run->scope().acceptsTurnFromNotification());
+    EXPECT_TRUE(engine.run->scope().acceptsCoordinatorTurnIdentityFromNotification());
     engine.notify("turn/started", R"({"threadId":"t1","turn":{"id":"u9"}})");
     EXPECT_EQ(engine.run->scope().coordinatorTurnID(), "u9");
-    EXPECT_FALSE(engine.run->scope().acceptsTurnFromNotification());
+    EXPECT_FALSE(engine.run->scope().acceptsCoordinatorTurnIdentityFromNotification());
     engine.notify("turn/started", R"({"threadId":"t1","turn":{"id":"u10"}})");
     engine.notify("turn/completed", R"({"threadId":"t1","turn":{"id":"u9","status":"completed"}})");
     EXPECT_THAT(*heard, ElementsAre("thread.started t1", "turn.started", "turn.completed", "end"));
