@@ -63,7 +63,7 @@ ServerConnection::ServerConnection(std::unique_ptr<ChildProcess> process,
 
 ServerConnection::~ServerConnection() {
   readerTask_.request_stop();
-  if (process_->isRunning()) process_->terminate();
+  process_->terminate();
 }
 
 ServerOutput ServerConnection::read(AppServerOutputChunkCallbacks callbacks) {

@@ -90,8 +90,8 @@ CommandApprovalRequest commandApprovalRequest(const JSONObject& params, const Ac
   request.approvalID = textMember(params, {"approvalId", "approval_id"});
   request.environmentID = textMember(params, {"environmentId", "environment_id"});
   const MessageIDs ids = idsIn(params);
-  request.threadID = idOr(ids.threadID, scope.threadID);
-  request.turnID = idOr(ids.turnID, scope.turnID);
+  request.threadID = idOr(ids.threadID, scope.activeThreadID);
+  request.turnID = idOr(ids.turnID, scope.activeTurnID);
   request.itemID = approvedItemID(params);
   request.command = commandString(params);
   request.workingDirectory = textMember(params, {"cwd", "workingDirectory", "working_directory"});
@@ -108,8 +108,8 @@ FileChangeApprovalRequest fileChangeApprovalRequest(const JSONObject& params, co
                                                     const ThreadItem* stored) {
   FileChangeApprovalRequest request;
   const MessageIDs ids = idsIn(params);
-  request.threadID = idOr(ids.threadID, scope.threadID);
-  request.turnID = idOr(ids.turnID, scope.turnID);
+  request.threadID = idOr(ids.threadID, scope.activeThreadID);
+  request.turnID = idOr(ids.turnID, scope.activeTurnID);
   request.itemID = approvedItemID(params);
   request.reason = textMember(params, {"reason"});
   request.grantRoot = textMember(params, {"grantRoot", "grant_root"});
@@ -121,8 +121,8 @@ FileChangeApprovalRequest fileChangeApprovalRequest(const JSONObject& params, co
 
 PermissionsApprovalRequest permissionsApprovalRequest(const JSONObject& params, const ActiveScope& scope) {
   PermissionsApprovalRequest request;
-  request.threadID = idOr(textViewMember(params, {"threadId"}), scope.threadID);
-  request.turnID = idOr(textViewMember(params, {"turnId"}), scope.turnID);
+  request.threadID = idOr(textViewMember(params, {"threadId"}), scope.activeThreadID);
+  request.turnID = idOr(textViewMember(params, {"turnId"}), scope.activeTurnID);
   request.itemID = textMember(params, {"itemId"}, "");
   request.reason = textMember(params, {"reason"});
   request.permissions = permissionProfile(params, {"permissions"});
@@ -132,7 +132,7 @@ PermissionsApprovalRequest permissionsApprovalRequest(const JSONObject& params, 
 std::optional<McpServerElicitationRequest> mcpServerElicitationRequest(const JSONObject& params,
                                                                        const ActiveScope& scope) {
   auto threadID = textMember(params, {"threadId"});
-  if (!threadID) threadID = scope.threadID;
+  if (!threadID) threadID = scope.activeThreadID;
   auto serverName = textMember(params, {"serverName"});
   const auto word = textViewMember(params, {"mode"});
   if (!threadID || !serverName || !word) return std::nullopt;

@@ -161,7 +161,7 @@ Task<std::string> AppServerTurnRun::resumeThread(std::uint64_t operationGenerati
 
 std::string AppServerTurnRun::enterThread(std::uint64_t operationGeneration, const JSONValue& response) {
   stream_.requireCurrent(operationGeneration);
-  ThreadStartedEvent event = parseThreadStartedEventFromThreadResponse(response);
+  ThreadStartedEvent event = parseThreadStartedEvent(response);
   std::string threadID = event.threadID;
   scope_.setCoordinatorThread(threadID);
   stream_.emitEvent(std::move(event));
@@ -184,10 +184,10 @@ Task<void> AppServerTurnRun::steerOn(Self self, Input input, TurnOptions turnOpt
   const auto generation = self->stream_.currentOperationGeneration();
   const bool isExpected = !expectedOperationGeneration || expectedOperationGeneration == generation;
   const ActiveScope active = self->scope_.active();
-  if (!generation || !isExpected || !self->stream_.isPending() || !active.threadID || !active.turnID) {
+  if (!generation || !isExpected || !self->stream_.isPending() || !active.activeThreadID || !active.activeTurnID) {
     throw ThreadRunError::streamError("No active turn to steer");
   }
-  const JSONValue params = buildTurnSteerParams(*active.threadID, *active.turnID, input, turnOptions);
+  const JSONValue params = buildTurnSteerParams(*active.activeThreadID, *active.activeTurnID, input, turnOptions);
   co_await self->sender_.sendRequest("turn/steer", params);
   if (self->postRequestAwaitHook) {
     Task<void> hook = self->postRequestAwaitHook("turn/steer", *generation);

@@ -114,11 +114,11 @@ std::string NotificationHandlers::neededThreadID(const char* message) const {
 }
 
 std::string NotificationHandlers::threadID() const {
-  return ids_.threadID ? std::string(*ids_.threadID) : run_.scope.active().threadID.value_or("");
+  return ids_.threadID ? std::string(*ids_.threadID) : run_.scope.active().activeThreadID.value_or("");
 }
 
 std::string NotificationHandlers::turnID() const {
-  return ids_.turnID ? std::string(*ids_.turnID) : run_.scope.active().turnID.value_or("");
+  return ids_.turnID ? std::string(*ids_.turnID) : run_.scope.active().activeTurnID.value_or("");
 }
 
 }  // namespace ormel::detail

@@ -33,9 +33,9 @@ std::string completedTurnID(const JSONObject& turn, const MessageIDs& ids) {
 }  // namespace
 
 void NotificationHandlers::threadStarted() const {
-  const JSONValue* thread = params_.find("thread");
-  if (!thread || !thread->objectValue()) return;
-  ThreadStartedEvent event = parseThreadStartedEventFromThreadObject(*thread);
+  const JSONObject* thread = objectMember(params_, {"thread"});
+  if (!thread) return;
+  ThreadStartedEvent event = parseThreadStartedEvent(*thread);
   if (!run_.turn.notificationBelongsToCoordinator(ids_, event.threadID)) return;
   run_.scope.setCoordinatorThread(event.threadID);
   emitEvent(std::move(event));

@@ -24,18 +24,18 @@ std::optional<std::string_view> threadIDOf(const DeferredTurnNotification& notif
 
 void CoordinatorScope::setCoordinatorThread(std::string threadID) {
   coordinatorThreadID_ = threadID;
-  active_.threadID = std::move(threadID);
+  active_.activeThreadID = std::move(threadID);
 }
 
 void CoordinatorScope::setCoordinatorTurn(std::string turnID) {
   coordinatorTurnID_ = turnID;
-  active_.turnID = std::move(turnID);
+  active_.activeTurnID = std::move(turnID);
   acceptsCoordinatorTurnIdentityFromNotification_ = false;
 }
 
 void CoordinatorScope::prepareForCoordinatorThreadTransition() {
   resetCoordinatorIdentity();
-  active_.turnID.reset();
+  active_.activeTurnID.reset();
 }
 
 void CoordinatorScope::resetCoordinatorIdentity() {
@@ -47,7 +47,7 @@ void CoordinatorScope::resetCoordinatorIdentity() {
 
 void CoordinatorScope::operationDidEnd() {
   dropDeferred();
-  active_.turnID.reset();
+  active_.activeTurnID.reset();
 }
 
 void CoordinatorScope::processDidEnd() {

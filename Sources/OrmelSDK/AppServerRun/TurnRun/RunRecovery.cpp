@@ -138,11 +138,11 @@ Task<void> RunRecovery::interrupt([[maybe_unused]] std::shared_ptr<void> life,
   abortedByClient_ = true;
   run_.serverRequests.cancelAllPendingServerRequestTasks();
   const ActiveScope active = run_.scope.active();
-  if (!active.threadID || !active.turnID) {
+  if (!active.activeThreadID || !active.activeTurnID) {
     run_.lifecycle.finishCurrent(StreamCompletion::aborted());
     co_return;
   }
-  const InterruptedTurn turn{*active.threadID, *active.turnID, *generation};
+  const InterruptedTurn turn{*active.activeThreadID, *active.activeTurnID, *generation};
   const JSONValue params = JSONValue::object({{"threadId", turn.threadID}, {"turnId", turn.turnID}});
   bool isAcknowledged = false;
   try {

@@ -110,8 +110,8 @@ TEST(CoordinatorScope, TakesWhatItFollowsForActiveToo) {
   EXPECT_TRUE(scope.acceptsCoordinatorTurnIdentityFromNotification());
   scope.setCoordinatorTurn("u");
   EXPECT_FALSE(scope.acceptsCoordinatorTurnIdentityFromNotification());
-  EXPECT_EQ(scope.active().threadID, "t");
-  EXPECT_EQ(scope.active().turnID, "u");
+  EXPECT_EQ(scope.active().activeThreadID, "t");
+  EXPECT_EQ(scope.active().activeTurnID, "u");
   EXPECT_TRUE(scope.isCoordinator("t", "u"));
   EXPECT_FALSE(scope.isCoordinator("t", "x"));
   EXPECT_FALSE(scope.isCoordinator("x", "u"));
@@ -122,8 +122,8 @@ TEST(CoordinatorScope, KeepsTheActiveThreadAcrossATransition) {
   scope.deferTurnStarted({1, json("{}"), "u"});
   scope.acceptCoordinatorTurnIdentityFromNotification();
   scope.prepareForCoordinatorThreadTransition();
-  EXPECT_EQ(scope.active().threadID, "t");
-  EXPECT_FALSE(scope.active().turnID);
+  EXPECT_EQ(scope.active().activeThreadID, "t");
+  EXPECT_FALSE(scope.active().activeTurnID);
   EXPECT_FALSE(scope.coordinatorThreadID());
   EXPECT_FALSE(scope.coordinatorTurnID());
   EXPECT_FALSE(scope.acceptsCoordinatorTurnIdentityFromNotification());
@@ -136,8 +136,8 @@ TEST(CoordinatorScope, KeepsWhatIsActiveWhenTheIdentityIsReset) {
   scope.acceptCoordinatorTurnIdentityFromNotification();
   scope.deferTurnCompletion({1, json("{}"), "u"});
   scope.resetCoordinatorIdentity();
-  EXPECT_EQ(scope.active().threadID, "t");
-  EXPECT_EQ(scope.active().turnID, "u");
+  EXPECT_EQ(scope.active().activeThreadID, "t");
+  EXPECT_EQ(scope.active().activeTurnID, "u");
   EXPECT_FALSE(scope.coordinatorThreadID());
   EXPECT_FALSE(scope.coordinatorTurnID());
   EXPECT_FALSE(scope.acceptsCoordinatorTurnIdentityFromNotification());

@@ -179,7 +179,7 @@ TEST(AppServerTurnRunScope, FollowsAReviewToItsOwnThread) {
     SimulatedRun engine(scheduler);
     const auto heard = engine.listen(engine.end(engine.review()));
     EXPECT_EQ(engine.run->scope().coordinatorThreadID(), "r1");
-    EXPECT_EQ(engine.run->scope().active().threadID, "r1");
+    EXPECT_EQ(engine.run->scope().active().activeThreadID, "r1");
     engine.notify("turn/completed", R"({"threadId":"t1","turn":{"id":"u1","status":"completed"}})");
     EXPECT_EQ(engine.state(), "pending");
     engine.notify("turn/completed", R"({"threadId":"r1","turn":{"id":"u1","status":"completed"}})");
@@ -192,14 +192,14 @@ TEST(AppServerTurnRunScope, ForgetsBetweenOperationsAllButTheThread) {
     SimulatedRun engine(scheduler);
     engine.startTurn();
     engine.completeTurn();
-    EXPECT_EQ(engine.run->scope().active().threadID, "t1");
-    EXPECT_FALSE(engine.run->scope().active().turnID);
+    EXPECT_EQ(engine.run->scope().active().activeThreadID, "t1");
+    EXPECT_FALSE(engine.run->scope().active().activeTurnID);
     engine.end(engine.run->reserveOperation());
-    EXPECT_EQ(engine.run->scope().active().threadID, "t1");
+    EXPECT_EQ(engine.run->scope().active().activeThreadID, "t1");
     EXPECT_FALSE(engine.run->scope().coordinatorThreadID());
     EXPECT_FALSE(engine.run->scope().coordinatorTurnID());
     engine.interrupt();
-    EXPECT_FALSE(engine.run->scope().active().threadID);
+    EXPECT_FALSE(engine.run->scope().active().activeThreadID);
   });
 }
 
