@@ -15,7 +15,7 @@ void refuseIfAborted(const std::optional<AbortSignal>& signal) {
   if (signal && signal->isAborted()) throw OrmelProcessError::aborted();
 }
 
-/// Adds what an event says of a turn. Fails with what makes a turn fail.
+/// Folds an event into the turn. Fails with the failure of the turn, if the event tells of one.
 void fold(ThreadEvent& event, Turn& turn) {
   if (auto* completed = std::get_if<ItemCompletedEvent>(&event.value)) {
     if (const auto text = completed->item.agentMessageText()) turn.finalResponse = std::string(std::string_view(*text));
@@ -68,7 +68,7 @@ void Conversation::updateThreadID(const std::string& threadID, const ActiveOpera
 
 void Conversation::noteOperation(const ActiveOperation& operation) {
   const std::lock_guard guard(lock_);
-  // The end of an idle server may have ended the reservation since, and a later operation may have taken its place.
+  // The end of an idle server may have ended this operation since, and a later one may have been reserved.
   if (!currentOperation_ || currentOperation_->generation < operation.generation) currentOperation_ = operation;
 }
 

@@ -14,8 +14,8 @@
 
 namespace ormel::detail {
 
-/// What the handles of one `Thread` share. It reserves each operation on its run, connects it to the application's
-/// signal, and forwards the events.
+/// The state that the handles of one `Thread` share. It reserves each operation on its run, connects it to the
+/// application's signal, and forwards the events.
 ///
 /// *Thread safety*: the operations may be called from any thread. The lock is held for short reads and writes only.
 ///
@@ -53,11 +53,9 @@ class Conversation final {
     friend bool operator==(const ActiveOperation&, const ActiveOperation&) = default;
   };
 
-  // For what is below, and for tests.
-
-  /// The run of all operations, made at the first use.
+  /// The run of all operations, made at the first use. Public for the tests, like the next.
   Run reusableRun();
-  /// From its reservation until its end has been forwarded.
+  /// The operation under way, from its reservation until its end has been forwarded.
   std::optional<ActiveOperation> currentOperation() const;
 
  private:

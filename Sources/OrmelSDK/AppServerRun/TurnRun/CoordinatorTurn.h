@@ -35,7 +35,8 @@ class CoordinatorTurn {
                                         const std::optional<std::string_view>& embeddedTurnID = std::nullopt) const;
   bool turnCompletionBelongsToCoordinator(const MessageIDs& ids, std::string_view turnID) const;
 
-  /// Begins to follow the turn. What was deferred until then is made up for, which may end the operation.
+  /// Begins to follow the turn, and handles the notifications that were deferred until now, which may end the
+  /// operation.
   void setCoordinatorTurn(std::string turnID);
 
   /// Keep a notification until the turn is known. Fail with `ThreadRunError` of the kind `streamError` when too many

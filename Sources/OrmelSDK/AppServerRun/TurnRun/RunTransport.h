@@ -12,7 +12,7 @@ namespace ormel::detail {
 
 /// The server process of a run, if there is one.
 ///
-/// Invariants: each incarnation has a generation of its own, so that late news of an earlier one are
+/// Invariants: each incarnation has a generation of its own, so that a late event of an earlier one is
 /// recognised; an absent process has no reader, no pipe, no exit coordinator and no handshake.
 ///
 /// *Thread safety*: none; it belongs to the run's strand.
