@@ -15,7 +15,7 @@ void refuseIfAborted(const std::optional<AbortSignal>& signal) {
   if (signal && signal->isAborted()) throw OrmelProcessError::aborted();
 }
 
-/// Adds what an event says of a turn. Fails with what makes a turn fail.
+/// Folds an event into the turn. Fails with the failure of the turn, if the event tells of one.
 void fold(ThreadEvent& event, Turn& turn) {
   if (auto* completed = std::get_if<ItemCompletedEvent>(&event.value)) {
     if (const auto text = completed->item.agentMessageText()) turn.finalResponse = std::string(std::string_view(*text));
@@ -68,7 +68,7 @@ void Conversation::updateThreadID(const std::string& threadID, const ActiveOpera
 
 void Conversation::noteOperation(const ActiveOperation& operation) {
   const std::lock_guard guard(lock_);
-  // The end of an idle server may have ended the reservation since, and a later operation may have taken its place.
+  // The end of an idle server may have ended this operation since, and a later one may have been reserved.
   if (!currentOperation_ || currentOperation_->generation < operation.generation) currentOperation_ = operation;
 }
 
@@ -88,24 +88,45 @@ Task<Conversation::ConnectedOperation> Conversation::connectOperation(Self self,
   co_return connected;
 }
 
-void Conversation::finishOperation(const ConnectedOperation& connected) {
+void Conversation::finishActiveOperation(const ConnectedOperation& connected,
+                                         const std::optional<std::string>& restoringThreadID) {
   if (connected.signal) connected.signal->unregister(connected.signalToken);
   const std::lock_guard guard(lock_);
   if (currentOperation_ != connected.operation) return;
-  if (connected.restoreThreadID) threadID_ = connected.restoreThreadID;
+  if (restoringThreadID) threadID_ = restoringThreadID;
   currentOperation_.reset();
 }
 
-StreamedTurn Conversation::forwarded(const Self& self, EventChannel<ThreadEvent> events, ConnectedOperation connected) {
+Task<StreamedTurn> Conversation::start(Self self, OperationRequest request, std::optional<AbortSignal> signal,
+                                       std::optional<std::string> restoringThreadID) {
+  auto connected = co_await connectOperation(self, std::move(signal));
+  const ActiveOperation operation = connected.operation;
+  // The thread of a turn may have become known since the call.
+  if (auto* turn = std::get_if<OperationRequest::Turn>(&request.value)) turn->existingThreadID = self->id();
+  try {
+    auto start = operation.run->start(std::move(request), operation.generation);
+    auto started = co_await std::move(start);
+    if (!restoringThreadID) self->updateThreadID(started.threadID, operation);
+    co_return self->wrapOperationEvents(self, std::move(started.events), std::move(connected),
+                                        std::move(restoringThreadID));
+  } catch (...) {
+    self->finishActiveOperation(connected, std::nullopt);
+    throw;
+  }
+}
+
+StreamedTurn Conversation::wrapOperationEvents(const Self& self, EventChannel<ThreadEvent> events,
+                                               ConnectedOperation connected,
+                                               std::optional<std::string> restoringThreadID) {
   auto ends = EventChannel<ThreadEvent>::make(ChannelLimit::unbounded(), "turn event");
-  auto forwarding = forwardEvents(self, std::move(events), std::move(ends.first), std::move(connected));
+  auto forwarding =
+      forwardEvents(self, std::move(events), std::move(ends.first), std::move(connected), std::move(restoringThreadID));
   std::move(forwarding).withStopToken({}).onScheduler(*services_.scheduler).detach();
   return StreamedTurn(std::move(ends.second));
 }
 
 Task<void> Conversation::forwardEvents(Self self, EventChannel<ThreadEvent> from, EventProducer<ThreadEvent> to,
-                                       ConnectedOperation connected) {
-  const bool tracksThread = !connected.restoreThreadID;
+                                       ConnectedOperation connected, std::optional<std::string> restoringThreadID) {
   std::exception_ptr failure;
   try {
     for (;;) {
@@ -113,14 +134,14 @@ Task<void> Conversation::forwardEvents(Self self, EventChannel<ThreadEvent> from
       if (events.empty()) break;
       for (const ThreadEvent& event : events) {
         const auto* started = std::get_if<ThreadStartedEvent>(&event.value);
-        if (started && tracksThread) self->updateThreadID(started->threadID, connected.operation);
+        if (started && !restoringThreadID) self->updateThreadID(started->threadID, connected.operation);
       }
       to.yieldAll(std::move(events));
     }
   } catch (...) {
     failure = std::current_exception();
   }
-  self->finishOperation(connected);
+  self->finishActiveOperation(connected, restoringThreadID);
   if (failure) {
     to.fail(std::move(failure));
   } else {
@@ -128,31 +149,12 @@ Task<void> Conversation::forwardEvents(Self self, EventChannel<ThreadEvent> from
   }
 }
 
-Task<StreamedTurn> Conversation::runStreamed(Self self, Input input, TurnOptions turnOptions) {
-  auto connected = co_await connectOperation(self, turnOptions.signal);
-  const ActiveOperation operation = connected.operation;
-  try {
-    auto start = operation.run->startTurn(self->id(), std::move(input), std::move(turnOptions), operation.generation);
-    auto started = co_await std::move(start);
-    self->updateThreadID(started.threadID, operation);
-    co_return self->forwarded(self, std::move(started.events), std::move(connected));
-  } catch (...) {
-    self->finishOperation(connected);
-    throw;
-  }
-}
-
-Task<StreamedTurn> Conversation::startOnOwnThread(Self self, ConnectedOperation connected,
-                                                  Task<EventChannel<ThreadEvent>> start) {
-  const auto restored = std::exchange(connected.restoreThreadID, std::nullopt);
-  try {
-    auto events = co_await std::move(start);
-    connected.restoreThreadID = restored;
-    co_return self->forwarded(self, std::move(events), std::move(connected));
-  } catch (...) {
-    self->finishOperation(connected);
-    throw;
-  }
+Task<StreamedTurn> Conversation::runStreamedInternal(Self self, Input input, TurnOptions turnOptions) {
+  auto signal = turnOptions.signal;
+  auto request = OperationRequest::turn(std::nullopt, std::move(input), std::move(turnOptions));
+  auto starting = start(std::move(self), std::move(request), std::move(signal));
+  auto streamed = co_await std::move(starting);
+  co_return streamed;
 }
 
 Task<StreamedTurn> Conversation::startReviewStreamed(Self self, ReviewTarget target, ReviewDelivery delivery,
@@ -160,42 +162,34 @@ Task<StreamedTurn> Conversation::startReviewStreamed(Self self, ReviewTarget tar
   if (delivery == ReviewDelivery::detached) {
     throw ThreadRunError::streamError("Detached reviews require a separate thread owner");
   }
-  const std::string threadID = self->neededThreadID("Start the thread before requesting a review");
-  auto connected = co_await connectOperation(self, std::move(signal));
-  connected.restoreThreadID = threadID;
-  const ActiveOperation operation = connected.operation;
-  auto start = operation.run->startReview(threadID, std::move(target), delivery, operation.generation);
-  auto starting = startOnOwnThread(self, std::move(connected), std::move(start));
+  std::string threadID = self->neededThreadID("Start the thread before requesting a review");
+  auto request = OperationRequest::review(threadID, std::move(target), delivery);
+  auto starting = start(std::move(self), std::move(request), std::move(signal), std::move(threadID));
   auto streamed = co_await std::move(starting);
   co_return streamed;
 }
 
 Task<StreamedTurn> Conversation::compactStreamed(Self self, std::optional<AbortSignal> signal) {
-  const std::string threadID = self->neededThreadID("Start the thread before requesting compaction");
-  auto connected = co_await connectOperation(self, std::move(signal));
-  connected.restoreThreadID = threadID;
-  const ActiveOperation operation = connected.operation;
-  auto start = operation.run->startCompaction(threadID, operation.generation);
-  auto starting = startOnOwnThread(self, std::move(connected), std::move(start));
+  std::string threadID = self->neededThreadID("Start the thread before requesting compaction");
+  auto request = OperationRequest::compaction(threadID);
+  auto starting = start(std::move(self), std::move(request), std::move(signal), std::move(threadID));
   auto streamed = co_await std::move(starting);
   co_return streamed;
 }
 
 Task<StreamedTurn> Conversation::runSideConversationStreamed(Self self, Input input, std::string developerInstructions,
                                                              TurnOptions turnOptions) {
-  const std::string threadID = self->neededThreadID("Start the main thread before opening a side conversation");
-  auto connected = co_await connectOperation(self, turnOptions.signal);
-  connected.restoreThreadID = threadID;
-  const ActiveOperation operation = connected.operation;
-  auto start = operation.run->startEphemeralForkTurn(threadID, std::move(input), std::move(developerInstructions),
-                                                     std::move(turnOptions), operation.generation);
-  auto starting = startOnOwnThread(self, std::move(connected), std::move(start));
+  std::string threadID = self->neededThreadID("Start the main thread before opening a side conversation");
+  auto signal = turnOptions.signal;
+  auto request = OperationRequest::ephemeralForkTurn(threadID, std::move(input), std::move(developerInstructions),
+                                                     std::move(turnOptions));
+  auto starting = start(std::move(self), std::move(request), std::move(signal), std::move(threadID));
   auto streamed = co_await std::move(starting);
   co_return streamed;
 }
 
 Task<Turn> Conversation::run(Self self, Input input, TurnOptions turnOptions) {
-  auto start = runStreamed(self, std::move(input), std::move(turnOptions));
+  auto start = runStreamedInternal(self, std::move(input), std::move(turnOptions));
   auto streamed = co_await std::move(start);
   Turn turn;
   while (auto event = co_await streamed.events.next()) fold(*event, turn);

@@ -14,8 +14,8 @@
 
 namespace ormel::detail {
 
-/// What the handles of one `Thread` share. It reserves each operation on its run, connects it to the application's
-/// signal, and forwards the events.
+/// The state that the handles of one `Thread` share. It reserves each operation on its run, connects it to the
+/// application's signal, and forwards the events.
 ///
 /// *Thread safety*: the operations may be called from any thread. The lock is held for short reads and writes only.
 ///
@@ -34,7 +34,7 @@ class Conversation final {
   std::optional<std::string> id() const;
 
   static Task<Turn> run(Self self, Input input, TurnOptions turnOptions);
-  static Task<StreamedTurn> runStreamed(Self self, Input input, TurnOptions turnOptions);
+  static Task<StreamedTurn> runStreamedInternal(Self self, Input input, TurnOptions turnOptions);
   static Task<StreamedTurn> startReviewStreamed(Self self, ReviewTarget target, ReviewDelivery delivery,
                                                 std::optional<AbortSignal> signal);
   static Task<StreamedTurn> compactStreamed(Self self, std::optional<AbortSignal> signal);
@@ -53,11 +53,9 @@ class Conversation final {
     friend bool operator==(const ActiveOperation&, const ActiveOperation&) = default;
   };
 
-  // For what is below, and for tests.
-
-  /// The run of all operations, made at the first use.
+  /// The run of all operations, made at the first use. Public for the tests, like the next.
   Run reusableRun();
-  /// From its reservation until its end has been forwarded.
+  /// The operation under way, from its reservation until its end has been forwarded.
   std::optional<ActiveOperation> currentOperation() const;
 
  private:
@@ -66,21 +64,23 @@ class Conversation final {
     ActiveOperation operation;
     std::optional<AbortSignal> signal;
     UUID signalToken;
-    /// The main conversation, if the operation runs on another thread.
-    std::optional<std::string> restoreThreadID;
   };
 
   /// The conversation's id; fails with `ThreadRunError` of the kind `streamError` and the message without one.
   std::string neededThreadID(const char* message) const;
   static Task<ConnectedOperation> connectOperation(Self self, std::optional<AbortSignal> signal);
   void noteOperation(const ActiveOperation& operation);
-  void finishOperation(const ConnectedOperation& connected);
   void updateThreadID(const std::string& threadID, const ActiveOperation& operation);
-  static Task<StreamedTurn> startOnOwnThread(Self self, ConnectedOperation connected,
-                                             Task<EventChannel<ThreadEvent>> start);
-  StreamedTurn forwarded(const Self& self, EventChannel<ThreadEvent> events, ConnectedOperation connected);
+
+  /// Starts any operation, and forwards its events. `restoringThreadID` is the conversation's thread, to which it
+  /// returns from an operation on another one; the conversation follows an operation without one.
+  static Task<StreamedTurn> start(Self self, OperationRequest request, std::optional<AbortSignal> signal,
+                                  std::optional<std::string> restoringThreadID = std::nullopt);
+  StreamedTurn wrapOperationEvents(const Self& self, EventChannel<ThreadEvent> events, ConnectedOperation connected,
+                                   std::optional<std::string> restoringThreadID);
   static Task<void> forwardEvents(Self self, EventChannel<ThreadEvent> from, EventProducer<ThreadEvent> to,
-                                  ConnectedOperation connected);
+                                  ConnectedOperation connected, std::optional<std::string> restoringThreadID);
+  void finishActiveOperation(const ConnectedOperation& connected, const std::optional<std::string>& restoringThreadID);
 
   const AppServerTurnRunConfiguration configuration_;
   const RunServices services_;

@@ -13,7 +13,7 @@ Task<Turn> Thread::run(Input input, TurnOptions turnOptions) const {
 }
 
 Task<StreamedTurn> Thread::runStreamed(Input input, TurnOptions turnOptions) const {
-  return Conversation::runStreamed(conversation_, std::move(input), std::move(turnOptions));
+  return Conversation::runStreamedInternal(conversation_, std::move(input), std::move(turnOptions));
 }
 
 Task<StreamedTurn> Thread::startReviewStreamed(ReviewTarget target, ReviewDelivery delivery,

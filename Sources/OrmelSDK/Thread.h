@@ -55,7 +55,7 @@ struct StreamedTurn {
 ///     Turn turn = thread.run("What is in this folder?").get();       // or co_await
 ///     std::cout << turn.finalResponse << '\n';
 ///
-/// *Thread safety*: all members may be called from any threads. Of two operations that are started at the same time one
+/// *Thread safety*: all members may be called from any threads. When two operations are started at the same time, one
 /// fails.
 ///
 /// *Object lifetimes*: copies are the same conversation. When the last copy is gone and no operation is under way, the

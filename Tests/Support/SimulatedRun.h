@@ -25,10 +25,10 @@ inline constexpr const char* operationNotCurrent = "stream error: Prepared app-s
 /// A wait that lasts until the gate is opened. It stands alone: the closure of a coroutine would go with the run.
 inline Task<void> heldOpen(std::shared_ptr<OneShot<void>> gate) { co_await gate->wait(); }
 
-/// The events of a turn alone.
-inline Task<EventChannel<ThreadEvent>> channelOf(Task<detail::StartedTurn> starting) {
-  detail::StartedTurn turn = co_await std::move(starting);
-  co_return std::move(turn.events);
+/// The events of an operation alone.
+inline Task<EventChannel<ThreadEvent>> channelOf(Task<detail::StartedOperation> starting) {
+  detail::StartedOperation started = co_await std::move(starting);
+  co_return std::move(started.events);
 }
 
 /// A run of the engine in a simulation, and a server that answers every request of an operation until it is told
@@ -45,6 +45,7 @@ inline Task<EventChannel<ThreadEvent>> channelOf(Task<detail::StartedTurn> start
 class SimulatedRun {
  public:
   using Run = detail::AppServerTurnRun;
+  using OperationRequest = detail::OperationRequest;
   using Reply = std::function<void(InMemoryProcess&, const JSONValue& request)>;
   /// What a channel has told so far, in words.
   using Heard = std::shared_ptr<std::vector<std::string>>;
@@ -146,16 +147,17 @@ class SimulatedRun {
     return outcome->take();
   }
 
-  Task<detail::StartedTurn> turn(std::optional<std::string> existingThreadID = std::nullopt,
-                                 std::optional<std::uint64_t> prepared = std::nullopt) {
-    return run->startTurn(std::move(existingThreadID), "hello", TurnOptions(), prepared);
+  Task<detail::StartedOperation> turn(std::optional<std::string> existingThreadID = std::nullopt,
+                                      std::optional<std::uint64_t> prepared = std::nullopt) {
+    return run->start(OperationRequest::turn(std::move(existingThreadID), "hello", TurnOptions()), prepared);
   }
   Task<EventChannel<ThreadEvent>> review() {
-    return run->startReview("t1", ReviewTarget::uncommittedChanges(), ReviewDelivery::inline_);
+    return channelOf(
+        run->start(OperationRequest::review("t1", ReviewTarget::uncommittedChanges(), ReviewDelivery::inline_)));
   }
-  Task<EventChannel<ThreadEvent>> compaction() { return run->startCompaction("t1"); }
+  Task<EventChannel<ThreadEvent>> compaction() { return channelOf(run->start(OperationRequest::compaction("t1"))); }
   Task<EventChannel<ThreadEvent>> forkTurn() {
-    return run->startEphemeralForkTurn("t1", "hello", "be brief", TurnOptions());
+    return channelOf(run->start(OperationRequest::ephemeralForkTurn("t1", "hello", "be brief", TurnOptions())));
   }
   Task<void> steer(std::optional<std::uint64_t> expected = std::nullopt) {
     return run->steer("more", TurnOptions(), expected);
@@ -200,7 +202,7 @@ class SimulatedRun {
   }
 
   std::string state() const {
-    const auto kind = run->stream().completion().kind();
+    const auto kind = run->stream().streamCompletion().kind();
     if (kind == detail::StreamCompletion::Kind::finished) return "finished";
     return kind == detail::StreamCompletion::Kind::failed ? "failed" : "pending";
   }

@@ -112,7 +112,7 @@ class TurnRunHarness {
   }
   /// How the operation of the run is doing: "pending", "finished" or "failed".
   std::string state() const {
-    return seen<std::string>([](const Run& run) { return stateOf(run.stream().completion()); });
+    return seen<std::string>([](const Run& run) { return stateOf(run.stream().streamCompletion()); });
   }
   bool hasProcess() const {
     return seen<bool>([](const Run& run) { return run.transport().hasProcess(); });
@@ -124,19 +124,19 @@ class TurnRunHarness {
     return seen<std::uint64_t>([](const Run& run) { return run.protocolActivityGeneration(); });
   }
 
-  detail::StartedTurn startTurn(std::optional<std::string> existingThreadID = std::nullopt) {
-    return ended(run_->startTurn(std::move(existingThreadID), "hello", TurnOptions()));
+  detail::StartedOperation startTurn(std::optional<std::string> existingThreadID = std::nullopt) {
+    return ended(run_->start(OperationRequest::turn(std::move(existingThreadID), "hello", TurnOptions())));
   }
-  std::shared_ptr<Outcome<detail::StartedTurn>> beginTurn(std::stop_token token = {}) {
-    return started(run_->startTurn(std::nullopt, "hello", TurnOptions()), std::move(token));
+  std::shared_ptr<Outcome<detail::StartedOperation>> beginTurn(std::stop_token token = {}) {
+    return started(run_->start(OperationRequest::turn(std::nullopt, "hello", TurnOptions())), std::move(token));
   }
   EventChannel<ThreadEvent> startReview() {
-    return ended(run_->startReview("t1", ReviewTarget::uncommittedChanges(), ReviewDelivery::inline_));
+    return eventsOf(OperationRequest::review("t1", ReviewTarget::uncommittedChanges(), ReviewDelivery::inline_));
   }
 
-  EventChannel<ThreadEvent> startCompaction() { return ended(run_->startCompaction("t1")); }
+  EventChannel<ThreadEvent> startCompaction() { return eventsOf(OperationRequest::compaction("t1")); }
   EventChannel<ThreadEvent> startForkTurn() {
-    return ended(run_->startEphemeralForkTurn("t1", "hello", "be brief", TurnOptions()));
+    return eventsOf(OperationRequest::ephemeralForkTurn("t1", "hello", "be brief", TurnOptions()));
   }
   void steer() { ended(run_->steer("more", TurnOptions())); }
 
@@ -146,6 +146,10 @@ class TurnRunHarness {
   std::size_t processesStarted() const { return scenario_.processesStarted(); }
 
  private:
+  using OperationRequest = detail::OperationRequest;
+
+  EventChannel<ThreadEvent> eventsOf(OperationRequest request) { return ended(run_->start(std::move(request))).events; }
+
   template <class Seen>
   static Task<Seen> looked(std::shared_ptr<Run> run, std::function<Seen(const Run&)> look) {
     co_await run->strand().enter();

@@ -9,8 +9,8 @@
 
 namespace ormel::detail {
 
-/// What is told about a pipe's reading, on threads of the pool, before the consumer of the chunks can see it. Must be
-/// cheap and must not throw.
+/// Callbacks about a pipe's reading, on threads of the pool, each before the consumer of the chunks can see it. They
+/// must be cheap and must not throw.
 struct AppServerOutputChunkCallbacks {
   AppServerOutputChunkCallbacks() = default;
 

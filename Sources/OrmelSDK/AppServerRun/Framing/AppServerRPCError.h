@@ -25,7 +25,7 @@ class AppServerRPCError : public Error {
 
   AppServerRPCError(std::int64_t code, std::string message, std::optional<JSONValue> data = std::nullopt);
 
-  /// Reads the `error` member of a response. Members that are missing or of the wrong type are made up for: the
+  /// Reads the `error` member of a response. A member that is missing or of the wrong type is replaced: the
   /// code by `unknownErrorCode`, the message by "Unknown app-server error". A whole `code` outside the signed
   /// 64-bit range ends the process, as in `JSONValue::intValue`.
   static AppServerRPCError fromJSONValue(const JSONValue& error);

@@ -53,7 +53,7 @@ bool isBareTomlKey(std::string_view key) {
   });
 }
 
-// The shortest text that reads back as the same double, and is no integer's: it has a fraction or an exponent.
+// Shortest round-trip form that still looks like a float (has '.' or 'e').
 std::string tomlDouble(double value, const std::string& path) {
   if (!std::isfinite(value)) {
     throw OrmelProcessError::invalidConfigOverride("Ormel config override at " + path + " must be a finite number");

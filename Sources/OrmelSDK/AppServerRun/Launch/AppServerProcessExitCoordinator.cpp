@@ -45,8 +45,8 @@ void AppServerProcessExitCoordinator::chunkProcessed() {
   callIfAny(taken);
 }
 
-// In the next operations what is dropped is moved into locals, so that it is destroyed outside of the lock too: it
-// may own anything.
+// The next operations move what they drop into locals, so that it is destroyed outside of the lock too: it may own
+// anything.
 
 void AppServerProcessExitCoordinator::readerDidReachEOF() {
   std::function<void()> dropped;
@@ -62,7 +62,8 @@ void AppServerProcessExitCoordinator::readerDidReachEOF() {
   callIfAny(timer);
 }
 
-void AppServerProcessExitCoordinator::processDidExit(std::chrono::nanoseconds grace, std::function<void()> fallback) {
+void AppServerProcessExitCoordinator::processDidExit(std::chrono::nanoseconds graceNanoseconds,
+                                                     std::function<void()> fallback) {
   std::uint64_t sequence = 0;
   {
     const std::lock_guard guard(lock_);
@@ -72,7 +73,7 @@ void AppServerProcessExitCoordinator::processDidExit(std::chrono::nanoseconds gr
     std::swap(fallback_, fallback);
     fallbackReady_ = false;
   }
-  CancelTimer timer = startTimer_(grace, [weak = weak_from_this(), sequence] {
+  CancelTimer timer = startTimer_(graceNanoseconds, [weak = weak_from_this(), sequence] {
     if (const auto coordinator = weak.lock()) coordinator->graceDidPass(sequence);
   });
   {

@@ -47,9 +47,9 @@ class AppServerProcessExitCoordinator : public std::enable_shared_from_this<AppS
   void readerDidReachEOF();
 
   /// The process has ended. `fallback` is called at most once, on the thread of the timer or of a `chunkProcessed`,
-  /// as soon as `grace` has passed and the reader is idle; never after end of file or `cancel`. It replaces one
-  /// that is still held back.
-  void processDidExit(std::chrono::nanoseconds grace, std::function<void()> fallback);
+  /// as soon as `graceNanoseconds` have passed and the reader is idle; never after end of file or `cancel`. It replaces
+  /// one that is still held back.
+  void processDidExit(std::chrono::nanoseconds graceNanoseconds, std::function<void()> fallback);
 
   /// Puts the coordinator out of use.
   void cancel();
@@ -71,7 +71,7 @@ class AppServerProcessExitCoordinator : public std::enable_shared_from_this<AppS
   mutable std::mutex lock_;
   bool readerReachedEOF_ = false;
   bool cancelled_ = false;
-  // Number of the current grace period, by which a late timer is told.
+  // Identifies the current grace period so that a stale timer is recognised.
   std::uint64_t fallbackSequence_ = 0;
   CancelTimer fallbackTask_;
   // The grace period has passed for the current fallback.

@@ -31,7 +31,7 @@ struct OrmelPackageNames {
   static OrmelPackageNames of(HostPlatform platform) noexcept;
 };
 
-/// What the locator looks at; by default the machine as it is.
+/// The surroundings that the locator searches; by default the machine as it is.
 struct LocatorInputs {
   static LocatorInputs ofThisProcess();
 

@@ -41,12 +41,13 @@ class OrmelExecutableTrustCommandError : public Error {
   double timeoutSeconds_;
 };
 
-/// Runs one command of the trust check, given its path and its arguments. What it throws rejects the executable.
+/// Runs one command of the trust check, given its path and its arguments. An exception rejects the executable.
 using OrmelExecutableTrustCommandRunner = std::function<OrmelExecutableTrustCommandResult(
     const std::string& command, const std::vector<std::string>& arguments)>;
 
 /// Decides whether a server executable is a genuine build that nobody has blocked, by asking the code-signing tools
-/// of macOS. It fails closed: what cannot be checked is rejected, so on a system without these tools everything is.
+/// of macOS. It fails closed: an executable that cannot be checked is rejected, as each is where there are no such
+/// tools.
 ///
 /// *Thread safety*: all operations may be called from any thread.
 ///

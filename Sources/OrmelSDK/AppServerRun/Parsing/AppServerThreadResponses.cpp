@@ -7,22 +7,21 @@
 
 namespace ormel::detail {
 
-ThreadStartedEvent parseThreadStartedEventFromThreadResponse(const JSONValue& response) {
-  const JSONObject* const members = response.objectValue();
-  const JSONValue* const thread = members ? members->find("thread") : nullptr;
-  if (!thread || !thread->objectValue()) throw ThreadRunError::streamError("Invalid thread response from app-server");
-  ThreadStartedEvent event = parseThreadStartedEventFromThreadObject(*thread);
+ThreadStartedEvent parseThreadStartedEvent(const JSONValue& fromThreadResponse) {
+  const JSONObject* const members = fromThreadResponse.objectValue();
+  const JSONObject* const thread = members ? objectMember(*members, {"thread"}) : nullptr;
+  if (!thread) throw ThreadRunError::streamError("Invalid thread response from app-server");
+  ThreadStartedEvent event = parseThreadStartedEvent(*thread);
   event.instructionSources = textsOf(arrayMember(*members, {"instructionSources", "instruction_sources"}));
   return event;
 }
 
-ThreadStartedEvent parseThreadStartedEventFromThreadObject(const JSONValue& thread) {
-  const JSONObject* const members = thread.objectValue();
-  auto threadID = members ? textMember(*members, {"id"}) : std::nullopt;
+ThreadStartedEvent parseThreadStartedEvent(const JSONObject& fromThreadObject) {
+  auto threadID = textMember(fromThreadObject, {"id"});
   if (!threadID) throw ThreadRunError::streamError("Invalid thread object from app-server");
   ThreadStartedEvent event;
   event.threadID = *std::move(threadID);
-  event.forkedFromID = textMember(*members, {"forkedFromId", "forked_from_id"});
+  event.forkedFromID = textMember(fromThreadObject, {"forkedFromId", "forked_from_id"});
   return event;
 }
 

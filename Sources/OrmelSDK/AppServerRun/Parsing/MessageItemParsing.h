@@ -8,7 +8,7 @@
 
 namespace ormel::detail {
 
-/// Absent for what is no object.
+/// Absent unless the value is an object.
 std::optional<MemoryCitation> memoryCitation(const JSONValue& from);
 
 HookPromptItem parseHookPromptItem(std::string id, const JSONObject& object);

@@ -10,12 +10,8 @@ const JSONValue& paramsOf(const JSONValue& payload) {
   return params && params->objectValue() ? *params : none;
 }
 
-std::optional<std::string_view> threadIDIn(const JSONObject& params) {
-  return textViewMember(params, {"threadId", "thread_id"});
-}
-
-std::optional<std::string_view> turnIDIn(const JSONObject& params) {
-  return textViewMember(params, {"turnId", "turn_id"});
+MessageIDs idsIn(const JSONObject& params) {
+  return {textViewMember(params, {"threadId", "thread_id"}), textViewMember(params, {"turnId", "turn_id"})};
 }
 
 }  // namespace ormel::detail

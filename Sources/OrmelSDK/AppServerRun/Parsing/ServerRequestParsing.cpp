@@ -23,7 +23,7 @@ std::optional<std::string> commandString(const JSONObject& params) {
   std::string line;
   for (const JSONValue& word : *words) {
     const auto text = word.stringValue();
-    // Half a command would be worse to approve than none.
+    // Never show a partial command for approval.
     if (!text) return std::nullopt;
     if (&word != words->begin()) line += ' ';
     line += *text;
@@ -89,8 +89,9 @@ CommandApprovalRequest commandApprovalRequest(const JSONObject& params, const Ac
   request.kind = textMember(params, {"kind"}, CommandApprovalKind::command.rawValue);
   request.approvalID = textMember(params, {"approvalId", "approval_id"});
   request.environmentID = textMember(params, {"environmentId", "environment_id"});
-  request.threadID = idOr(threadIDIn(params), scope.threadID);
-  request.turnID = idOr(turnIDIn(params), scope.turnID);
+  const MessageIDs ids = idsIn(params);
+  request.threadID = idOr(ids.threadID, scope.activeThreadID);
+  request.turnID = idOr(ids.turnID, scope.activeTurnID);
   request.itemID = approvedItemID(params);
   request.command = commandString(params);
   request.workingDirectory = textMember(params, {"cwd", "workingDirectory", "working_directory"});
@@ -106,8 +107,9 @@ CommandApprovalRequest commandApprovalRequest(const JSONObject& params, const Ac
 FileChangeApprovalRequest fileChangeApprovalRequest(const JSONObject& params, const ActiveScope& scope,
                                                     const ThreadItem* stored) {
   FileChangeApprovalRequest request;
-  request.threadID = idOr(threadIDIn(params), scope.threadID);
-  request.turnID = idOr(turnIDIn(params), scope.turnID);
+  const MessageIDs ids = idsIn(params);
+  request.threadID = idOr(ids.threadID, scope.activeThreadID);
+  request.turnID = idOr(ids.turnID, scope.activeTurnID);
   request.itemID = approvedItemID(params);
   request.reason = textMember(params, {"reason"});
   request.grantRoot = textMember(params, {"grantRoot", "grant_root"});
@@ -119,8 +121,8 @@ FileChangeApprovalRequest fileChangeApprovalRequest(const JSONObject& params, co
 
 PermissionsApprovalRequest permissionsApprovalRequest(const JSONObject& params, const ActiveScope& scope) {
   PermissionsApprovalRequest request;
-  request.threadID = idOr(textViewMember(params, {"threadId"}), scope.threadID);
-  request.turnID = idOr(textViewMember(params, {"turnId"}), scope.turnID);
+  request.threadID = idOr(textViewMember(params, {"threadId"}), scope.activeThreadID);
+  request.turnID = idOr(textViewMember(params, {"turnId"}), scope.activeTurnID);
   request.itemID = textMember(params, {"itemId"}, "");
   request.reason = textMember(params, {"reason"});
   request.permissions = permissionProfile(params, {"permissions"});
@@ -130,7 +132,7 @@ PermissionsApprovalRequest permissionsApprovalRequest(const JSONObject& params, 
 std::optional<McpServerElicitationRequest> mcpServerElicitationRequest(const JSONObject& params,
                                                                        const ActiveScope& scope) {
   auto threadID = textMember(params, {"threadId"});
-  if (!threadID) threadID = scope.threadID;
+  if (!threadID) threadID = scope.activeThreadID;
   auto serverName = textMember(params, {"serverName"});
   const auto word = textViewMember(params, {"mode"});
   if (!threadID || !serverName || !word) return std::nullopt;

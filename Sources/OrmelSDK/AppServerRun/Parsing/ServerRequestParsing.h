@@ -1,7 +1,7 @@
 #pragma once
 
-// What the server asks the application, read from the params of its requests. Ids that a request does not name are
-// those of what the run works on.
+// The questions of the server to the application, read from the params of its requests. An id that
+// a request does not name is that of the run's thread or turn.
 
 #include <optional>
 #include <string>
@@ -36,7 +36,7 @@ FileChangeApprovalRequest fileChangeApprovalRequest(const JSONObject& params, co
 PermissionsApprovalRequest permissionsApprovalRequest(const JSONObject& params, const ActiveScope& scope);
 
 /// Absent for a request that cannot be placed, or that asks in an unknown way. Fails with `ThreadRunError` of the kind
-/// `streamError` if what the user is to see is missing.
+/// `streamError` if the text for the user is missing.
 std::optional<McpServerElicitationRequest> mcpServerElicitationRequest(const JSONObject& params,
                                                                        const ActiveScope& scope);
 
@@ -45,8 +45,8 @@ DynamicToolCallContext dynamicToolCallContext(const JSONObject& params);
 
 ParlaneAuthTokensRefreshRequest parlaneAuthTokensRefreshRequest(const JSONObject& params);
 
-/// The arguments of the item that stands for questions to the user: each with all that is needed to show it. What is no
-/// question and no option is skipped. Questions without an id get a new one.
+/// The arguments of the item that stands for questions to the user: each with all that is needed to show it. An
+/// element that is no question, or no option, is skipped. Questions without an id get a new one.
 JSONValue requestUserInputArguments(const JSONObject& params);
 
 }  // namespace ormel::detail

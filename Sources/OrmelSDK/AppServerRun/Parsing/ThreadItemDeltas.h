@@ -1,7 +1,7 @@
 #pragma once
 
-// What a piece of a stream makes of the item that it belongs to. A text that grows shares its buffer with the copies of
-// the item that were made before.
+// Deltas applied to the items that they belong to. A text that grows shares its buffer with the copies of the item that
+// were made before.
 
 #include <optional>
 #include <string>
@@ -15,20 +15,20 @@
 
 namespace ormel::detail {
 
-// Those that come by the million work on the item itself, of which `snapshots` makes the copies.
+// Hot path: these mutate the stored item; `snapshots` makes the copies for events.
 
-/// An item that is no message becomes one, which begins with the delta.
+/// Turns an item that is no message into one that begins with the delta.
 AgentMessageItem& mergeAgentMessageDelta(ThreadItem& item, std::string_view itemID, std::string_view delta,
                                          SharedTextSnapshots& snapshots);
 
-/// Null, with nothing done, if the item is no command.
+/// Returns null and does nothing if the item is no command.
 CommandExecutionItem* mergeCommandOutputDelta(ThreadItem& item, std::string_view delta, SharedTextSnapshots& snapshots);
 
-/// False, with nothing done, if the item is no call.
+/// Returns false and does nothing if the item is no call.
 bool mergeMcpToolCallProgress(ThreadItem& item, std::string message);
 
-/// Turns into a copy of an item with a text that grows, for a place that takes a `ThreadItem`.
-template <class Item>
+/// Converts to a `ThreadItem` copy in place, taking the growing text from the snapshot pool.
+template <typename Item>
 class GrownItemCopy {
  public:
   GrownItemCopy(Item& item, SharedText Item::* text, SharedTextSnapshots& snapshots) noexcept
@@ -36,7 +36,7 @@ class GrownItemCopy {
 
   operator ThreadItem() const {
     SharedText whole;
-    // The text stays out of the copy's making: copying it takes a reference.
+    // Move the text out first: copying it would cost an atomic increment.
     whole.swap(item_.*text_);
     ThreadItem copy(std::in_place_type<Item>, item_);
     whole.swap(item_.*text_);
@@ -50,7 +50,7 @@ class GrownItemCopy {
   SharedTextSnapshots& snapshots_;
 };
 
-// The others replace it. `stored` is the last state of the item under that id, or null.
+// The following replace the item. `stored` is its last state, or null.
 
 /// The changes replace those before. A change that was not there before is in progress.
 ThreadItem mergeFileChangePatch(const ThreadItem* stored, std::string itemID, const JSONArray* changes);

@@ -72,7 +72,7 @@ constexpr std::array cases{
 };
 
 std::string contextCompactionID(const ActiveScope& scope) {
-  const auto& owner = scope.turnID ? scope.turnID : scope.threadID;
+  const auto& owner = scope.activeTurnID ? scope.activeTurnID : scope.activeThreadID;
   return "context-compaction-" + (owner ? *owner : UUID::random().text());
 }
 
@@ -82,7 +82,7 @@ std::optional<ThreadItem> parseThreadItem(const JSONValue& from, const ActiveSco
   const JSONObject* object = from.objectValue();
   const auto type = object ? textViewMember(*object, {"type"}) : std::nullopt;
   if (!type) return std::nullopt;
-  // What a user sends has one form only, in both directions.
+  // A message of the user has one form only, in both directions.
   if (*type == "userMessage") return decodeIfPossible<UserMessageItem>(from);
 
   auto id = textMember(*object, {"id"});

@@ -13,7 +13,7 @@ namespace ormel::detail {
 
 CommandExecutionItem parseCommandExecutionItem(std::string id, const JSONObject& object);
 
-/// Those of the elements that name a path.
+/// The elements that name a path.
 std::vector<FileUpdateChange> fileUpdateChanges(const JSONArray* from);
 FileChangeItem parseFileChangeItem(std::string id, const JSONObject& object);
 

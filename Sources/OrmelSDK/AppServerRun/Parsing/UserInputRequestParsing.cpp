@@ -59,10 +59,12 @@ JSONValue requestUserInputArguments(const JSONObject& params) {
       if (const JSONObject* object = element.objectValue()) questions.push_back(question(*object));
     }
   }
+  const auto autoResolutionMilliseconds =
+      firstMember(params, {"autoResolutionMs", "auto_resolution_ms"}, parseOptionalInt);
   return JSONObjectBuilder()
       .set("questions", JSONValue::array(questions))
       .set("isBlocking", booleanMember(params, {"isBlocking", "is_blocking"}).value_or(true))
-      .set("autoResolutionMs", firstMember(params, {"autoResolutionMs", "auto_resolution_ms"}, parseOptionalInt))
+      .set("autoResolutionMs", autoResolutionMilliseconds)
       .build();
 }
 

@@ -34,7 +34,7 @@ void merge(const std::optional<OrmelConfigValue::Object>& overrides, Config& con
   }
 }
 
-// Retired words are sent as what became of them; words that only the server knows are left to it.
+// A retired word is sent as its successor; a word that only the server knows is sent as it stands.
 void renewApprovalPolicy(Config& config) {
   const auto found = config.find("approval_policy");
   if (found == config.end()) return;

@@ -10,7 +10,7 @@
 
 namespace ormel::detail {
 
-/// What a client tells the server that it can do.
+/// The capabilities that a client announces to the server.
 struct AppServerInitializeCapabilities {
   bool experimentalAPI = false;
   /// The client answers requests for attestation tokens.
@@ -20,10 +20,10 @@ struct AppServerInitializeCapabilities {
   /// Notifications that the server need not send. An empty list is sent, unlike an absent one.
   std::optional<std::vector<std::string>> optOutNotificationMethods;
 
-  /// Of a client that only manages, and would throw away what turns stream.
+  /// The capabilities of a client that only manages, and would throw away the stream of a turn.
   static AppServerInitializeCapabilities forManagement();
 
-  /// Of a client that runs turns with these options.
+  /// The capabilities of a client that runs turns with these options.
   static AppServerInitializeCapabilities forTurns(const ThreadOptions& threadOptions);
 
   /// The object that is sent.

@@ -12,7 +12,7 @@
 
 namespace ormel::detail {
 
-/// What the user gives, as an array of parts also where it is a single text.
+/// The input of the user as an array of parts, also where it is a single text.
 JSONValue appServerInputItems(const Input& input);
 
 /// An empty map is left out like an absent one.

@@ -15,7 +15,7 @@ namespace ormel::detail {
 
 namespace {
 
-// What a start and a resume have in common.
+// The common part of a start and a resume.
 JSONObjectBuilder threadMembers(const ThreadOptions& thread, const OrmelOptions& ormelOptions) {
   JSONObjectBuilder params;
   setIfPresent(params, "model", thread.model);
@@ -37,7 +37,7 @@ JSONObjectBuilder threadMembers(const ThreadOptions& thread, const OrmelOptions&
   return params;
 }
 
-// What a turn and a steer have in common.
+// The common part of a turn and a steer.
 JSONObjectBuilder inputMembers(const std::string& threadID, const Input& input, const TurnOptions& turn) {
   JSONObjectBuilder params;
   params.set("threadId", threadID);

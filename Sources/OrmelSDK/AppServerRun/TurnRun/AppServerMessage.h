@@ -9,7 +9,7 @@
 
 namespace ormel::detail {
 
-// The payload of what follows is the whole message, and `method` a part of it.
+// In each struct `payload` is the whole message; `method` is a view into it.
 
 /// The server asks the client for something.
 struct ServerRequestMessage {
@@ -38,8 +38,8 @@ struct ErrorResponseMessage {
 using AppServerMessage =
     std::variant<ServerRequestMessage, ServerNotificationMessage, ResponseMessage, ErrorResponseMessage>;
 
-/// Tells what a line of the server is. Fails with `ThreadRunError` of the kind `streamError` if it is nothing that the
-/// protocol knows, or the bare report of an error.
+/// Classifies a line of the server. Fails with `ThreadRunError` of the kind `streamError` if the protocol knows no such
+/// message, or if it is the bare report of an error.
 AppServerMessage classifiedAppServerMessage(JSONValue payload);
 
 }  // namespace ormel::detail

@@ -16,77 +16,72 @@ std::optional<std::int64_t> millisecondsUnder(const JSONObject& params, JSONKeys
 
 }  // namespace
 
-void AppServerTurnRun::Notifications::update(ThreadItem item) const {
-  run.items_.store(item);
-  emit(ItemUpdatedEvent{std::move(item)});
+void NotificationHandlers::update(ThreadItem item) const {
+  run_.items.store(item);
+  emitEvent(ItemUpdatedEvent{std::move(item)});
 }
 
-std::optional<ThreadItem> AppServerTurnRun::Notifications::storedItem() const {
-  const JSONValue* value = params.find("item");
-  auto item = value ? parseThreadItem(*value, run.scope_.active()) : std::nullopt;
-  if (item) run.items_.store(*item);
+std::optional<ThreadItem> NotificationHandlers::storedItem() const {
+  const JSONValue* value = params_.find("item");
+  auto item = value ? parseThreadItem(*value, run_.scope.active()) : std::nullopt;
+  if (item) run_.items.store(*item);
   return item;
 }
 
-void AppServerTurnRun::Notifications::itemStarted() const {
+void NotificationHandlers::itemStarted() const {
   auto item = storedItem();
   if (!item) return;
-  emit(ItemStartedEvent{*std::move(item), textMember(params, {"threadId", "thread_id"}),
-                        textMember(params, {"turnId", "turn_id"}),
-                        millisecondsUnder(params, {"startedAtMs", "started_at_ms"})});
+  emitEvent(ItemStartedEvent{*std::move(item), namedThreadID(), namedTurnID(),
+                             millisecondsUnder(params_, {"startedAtMs", "started_at_ms"})});
 }
 
-void AppServerTurnRun::Notifications::itemUpdated() const {
-  if (auto item = storedItem()) emit(ItemUpdatedEvent{*std::move(item)});
+void NotificationHandlers::itemUpdated() const {
+  if (auto item = storedItem()) emitEvent(ItemUpdatedEvent{*std::move(item)});
 }
 
-void AppServerTurnRun::Notifications::itemCompleted() const {
+void NotificationHandlers::itemCompleted() const {
   auto item = storedItem();
   if (!item) return;
-  emit(ItemCompletedEvent{*std::move(item), textMember(params, {"threadId", "thread_id"}),
-                          textMember(params, {"turnId", "turn_id"}),
-                          millisecondsUnder(params, {"completedAtMs", "completed_at_ms"})});
+  emitEvent(ItemCompletedEvent{*std::move(item), namedThreadID(), namedTurnID(),
+                               millisecondsUnder(params_, {"completedAtMs", "completed_at_ms"})});
 }
 
-void AppServerTurnRun::Notifications::agentMessageDelta() const {
+void NotificationHandlers::handleAgentMessageDelta() const {
   const std::string_view itemID = neededText({"itemId"}, "agentMessage delta missing itemId");
   AgentMessageItem& message =
-      mergeAgentMessageDelta(run.items_.at(itemID), itemID, deltaIn(params), run.items_.snapshots());
+      mergeAgentMessageDelta(run_.items.at(itemID), itemID, deltaIn(params_), run_.items.snapshots());
   emitGrown(message, &AgentMessageItem::text);
 }
 
-void AppServerTurnRun::Notifications::commandOutputDelta() const {
-  ThreadItem* item = run.items_.find(neededText({"itemId"}, "commandExecution delta missing itemId"));
-  auto* command = item ? mergeCommandOutputDelta(*item, deltaIn(params), run.items_.snapshots()) : nullptr;
+void NotificationHandlers::handleCommandOutputDelta() const {
+  ThreadItem* item = run_.items.find(neededText({"itemId"}, "commandExecution delta missing itemId"));
+  auto* command = item ? mergeCommandOutputDelta(*item, deltaIn(params_), run_.items.snapshots()) : nullptr;
   if (command) emitGrown(*command, &CommandExecutionItem::aggregatedOutput);
 }
 
-void AppServerTurnRun::Notifications::mcpToolCallProgress() const {
-  ThreadItem* item = run.items_.find(neededText({"itemId"}, "mcpToolCall progress missing itemId"));
-  if (item && mergeMcpToolCallProgress(*item, textMember(params, {"message"}, ""))) emitUpdated(*item);
+void NotificationHandlers::handleMcpToolCallProgress() const {
+  ThreadItem* item = run_.items.find(neededText({"itemId"}, "mcpToolCall progress missing itemId"));
+  if (item && mergeMcpToolCallProgress(*item, textMember(params_, {"message"}, ""))) emitUpdated(*item);
 }
 
-void AppServerTurnRun::Notifications::fileChangePatchUpdated() const {
+void NotificationHandlers::handleFileChangePatchUpdated() const {
   std::string itemID(neededText({"itemId", "item_id"}, "fileChange patch update missing itemId"));
-  const ThreadItem* stored = run.items_.find(itemID);
-  update(mergeFileChangePatch(stored, std::move(itemID), arrayMember(params, {"changes"})));
+  const ThreadItem* stored = run_.items.find(itemID);
+  update(mergeFileChangePatch(stored, std::move(itemID), arrayMember(params_, {"changes"})));
 }
 
-void AppServerTurnRun::Notifications::reasoningDelta() const { reasoningLikeDelta(false); }
-void AppServerTurnRun::Notifications::planDelta() const { reasoningLikeDelta(true); }
-
-void AppServerTurnRun::Notifications::reasoningLikeDelta(bool isPlan) const {
+void NotificationHandlers::handleReasoningLikeDelta(bool isPlan) const {
   std::string itemID(neededText({"itemId"}, "reasoning delta missing itemId"));
-  const ThreadItem* stored = run.items_.find(itemID);
-  update(mergeReasoningLikeDelta(stored, std::move(itemID), deltaIn(params), isPlan));
+  const ThreadItem* stored = run_.items.find(itemID);
+  update(mergeReasoningLikeDelta(stored, std::move(itemID), deltaIn(params_), isPlan));
 }
 
-bool AppServerTurnRun::Notifications::contextCompaction(std::string_view method) const {
+bool NotificationHandlers::emitContextCompactionEventIfNeeded(std::string_view method) const {
   if (!isContextCompactionNotificationMethod(method)) return false;
-  ThreadItem item = contextCompactionItem(params);
-  if (run.keepForOperation(item)) {
-    emit(ItemStartedEvent{item, std::nullopt, std::nullopt, std::nullopt});
-    emit(ItemCompletedEvent{std::move(item), std::nullopt, std::nullopt, std::nullopt});
+  ThreadItem item = contextCompactionItem(params_);
+  if (run_.stream.currentOperationGeneration() && run_.items.store(item)) {
+    emitEvent(ItemStartedEvent{item, std::nullopt, std::nullopt, std::nullopt});
+    emitEvent(ItemCompletedEvent{std::move(item), std::nullopt, std::nullopt, std::nullopt});
   }
   return true;
 }

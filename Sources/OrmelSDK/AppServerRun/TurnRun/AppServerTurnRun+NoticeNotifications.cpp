@@ -13,71 +13,67 @@ std::string errorMessage(const JSONObject& params) {
 
 }  // namespace
 
-void AppServerTurnRun::Notifications::hookStarted() const {
+void NotificationHandlers::hookStarted() const {
   const JSONValue& summary = needed({"run"}, "hook/started missing run payload");
-  emit(HookStartedEvent{threadID(), textMember(params, {"turnId", "turn_id"}), decode<HookRunSummary>(summary)});
+  emitEvent(HookStartedEvent{threadID(), namedTurnID(), decode<HookRunSummary>(summary)});
 }
 
-void AppServerTurnRun::Notifications::hookCompleted() const {
+void NotificationHandlers::hookCompleted() const {
   const JSONValue& summary = needed({"run"}, "hook/completed missing run payload");
-  emit(HookCompletedEvent{threadID(), textMember(params, {"turnId", "turn_id"}), decode<HookRunSummary>(summary)});
+  emitEvent(HookCompletedEvent{threadID(), namedTurnID(), decode<HookRunSummary>(summary)});
 }
 
-void AppServerTurnRun::Notifications::guardianReview(bool isCompleted) const {
-  emit(parseGuardianApprovalReviewNotification(params, isCompleted));
+void NotificationHandlers::handleGuardianApprovalReviewNotification(bool isCompleted) const {
+  emitEvent(parseGuardianApprovalReviewNotification(params_, isCompleted));
 }
 
-void AppServerTurnRun::Notifications::guardianReviewStarted() const { guardianReview(false); }
-void AppServerTurnRun::Notifications::guardianReviewCompleted() const { guardianReview(true); }
-
-void AppServerTurnRun::Notifications::guardianWarning() const {
-  emit(GuardianWarningEvent{threadID(), textMember(params, {"message"}, "Guardian warning")});
+void NotificationHandlers::guardianWarning() const {
+  emitEvent(GuardianWarningEvent{threadID(), textMember(params_, {"message"}, "Guardian warning")});
 }
 
-void AppServerTurnRun::Notifications::strictReviewRequired() const {
-  if (auto event = decodeIfPossible<StrictReviewRequiredEvent>(paramsValue)) emit(*std::move(event));
+void NotificationHandlers::strictReviewRequired() const {
+  if (auto event = decodeIfPossible<StrictReviewRequiredEvent>(paramsValue_)) emitEvent(*std::move(event));
 }
 
-void AppServerTurnRun::Notifications::authRecoveryStarted() const {
-  auto event = decodeIfPossible<AuthRecoveryEvent>(paramsValue);
-  if (event) emit(AuthRecoveryStartedEvent{*std::move(event)});
+void NotificationHandlers::authRecoveryStarted() const {
+  auto event = decodeIfPossible<AuthRecoveryEvent>(paramsValue_);
+  if (event) emitEvent(AuthRecoveryStartedEvent{*std::move(event)});
 }
 
-void AppServerTurnRun::Notifications::authRecoveryCompleted() const {
-  auto event = decodeIfPossible<AuthRecoveryEvent>(paramsValue);
-  if (event) emit(AuthRecoveryCompletedEvent{*std::move(event)});
+void NotificationHandlers::authRecoveryCompleted() const {
+  auto event = decodeIfPossible<AuthRecoveryEvent>(paramsValue_);
+  if (event) emitEvent(AuthRecoveryCompletedEvent{*std::move(event)});
 }
 
-void AppServerTurnRun::Notifications::modelVerification() const {
-  emit(ModelVerificationEvent{threadID(), turnID(), textsOf(arrayMember(params, {"verifications"}))});
+void NotificationHandlers::modelVerification() const {
+  emitEvent(ModelVerificationEvent{threadID(), turnID(), textsOf(arrayMember(params_, {"verifications"}))});
 }
 
-void AppServerTurnRun::Notifications::modelRerouted() const {
-  emit(ModelReroutedEvent{threadID(), turnID(), textMember(params, {"fromModel"}, ""),
-                          textMember(params, {"toModel"}, ""), textMember(params, {"reason"}, "")});
+void NotificationHandlers::modelRerouted() const {
+  emitEvent(ModelReroutedEvent{threadID(), turnID(), textMember(params_, {"fromModel"}, ""),
+                               textMember(params_, {"toModel"}, ""), textMember(params_, {"reason"}, "")});
 }
 
-void AppServerTurnRun::Notifications::modelSafetyBufferingUpdated() const {
-  emit(ModelSafetyBufferingUpdatedEvent{threadID(), turnID(), textMember(params, {"model"}, ""),
-                                        textsOf(arrayMember(params, {"useCases", "use_cases"})),
-                                        textsOf(arrayMember(params, {"reasons"})),
-                                        booleanMember(params, {"showBufferingUi", "show_buffering_ui"}).value_or(false),
-                                        textMember(params, {"fasterModel", "faster_model"})});
+void NotificationHandlers::modelSafetyBufferingUpdated() const {
+  emitEvent(ModelSafetyBufferingUpdatedEvent{
+      threadID(), turnID(), textMember(params_, {"model"}, ""),
+      textsOf(arrayMember(params_, {"useCases", "use_cases"})), textsOf(arrayMember(params_, {"reasons"})),
+      booleanMember(params_, {"showBufferingUi", "show_buffering_ui"}).value_or(false),
+      textMember(params_, {"fasterModel", "faster_model"})});
 }
 
-void AppServerTurnRun::Notifications::error() const { emit(ThreadErrorEvent{errorMessage(params)}); }
+void NotificationHandlers::error() const { emitEvent(ThreadErrorEvent{errorMessage(params_)}); }
 
-void AppServerTurnRun::Notifications::warning() const {
-  emit(ThreadWarningEvent{textMember(params, {"threadId", "thread_id"}),
-                          textMember(params, {"message"}, "Ormel warning")});
+void NotificationHandlers::warning() const {
+  emitEvent(ThreadWarningEvent{namedThreadID(), textMember(params_, {"message"}, "Ormel warning")});
 }
 
-void AppServerTurnRun::Notifications::deprecationNotice() const {
-  if (auto event = decodeIfPossible<DeprecationNoticeEvent>(paramsValue)) emit(*std::move(event));
+void NotificationHandlers::deprecationNotice() const {
+  if (auto event = decodeIfPossible<DeprecationNoticeEvent>(paramsValue_)) emitEvent(*std::move(event));
 }
 
-void AppServerTurnRun::Notifications::configWarning() const {
-  if (auto event = decodeIfPossible<ConfigWarningEvent>(paramsValue)) emit(*std::move(event));
+void NotificationHandlers::configWarning() const {
+  if (auto event = decodeIfPossible<ConfigWarningEvent>(paramsValue_)) emitEvent(*std::move(event));
 }
 
 }  // namespace ormel::detail

@@ -4,7 +4,6 @@
 #include <array>
 #include <string_view>
 
-#include "OrmelSDK/AppServerRun/Parsing/MessageParams.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
 
 namespace ormel::detail {
@@ -32,18 +31,18 @@ constexpr std::array<NotificationRow<N>, 35> notificationRows = {{
     {"thread/settings/updated", unscoped, &N::threadSettingsUpdated},
     {"hook/started", unscoped, &N::hookStarted},
     {"item/started", scoped, &N::itemStarted},
-    {"item/autoApprovalReview/started", scoped, &N::guardianReviewStarted},
-    {"item/autoApprovalReview/completed", scoped, &N::guardianReviewCompleted},
+    {"item/autoApprovalReview/started", scoped, &N::guardianApprovalReviewStarted},
+    {"item/autoApprovalReview/completed", scoped, &N::guardianApprovalReviewCompleted},
     {"item/updated", scoped, &N::itemUpdated},
     {"item/completed", scoped, &N::itemCompleted},
-    {"item/agentMessage/delta", scoped, &N::agentMessageDelta},
-    {"item/commandExecution/outputDelta", scoped, &N::commandOutputDelta},
-    {"item/mcpToolCall/progress", scoped, &N::mcpToolCallProgress},
-    {"item/fileChange/patchUpdated", scoped, &N::fileChangePatchUpdated},
+    {"item/agentMessage/delta", scoped, &N::handleAgentMessageDelta},
+    {"item/commandExecution/outputDelta", scoped, &N::handleCommandOutputDelta},
+    {"item/mcpToolCall/progress", scoped, &N::handleMcpToolCallProgress},
+    {"item/fileChange/patchUpdated", scoped, &N::handleFileChangePatchUpdated},
     {"item/reasoning/summaryTextDelta", scoped, &N::reasoningDelta},
     {"item/reasoning/textDelta", scoped, &N::reasoningDelta},
     {"item/plan/delta", scoped, &N::planDelta},
-    {"turn/plan/updated", scoped, &N::turnPlanUpdated},
+    {"turn/plan/updated", scoped, &N::handleTurnPlanUpdated},
     {"thread/tokenUsage/updated", scoped, &N::tokenUsageUpdated},
     {"turn/completed", unscoped, &N::turnCompleted},
     {"hook/completed", unscoped, &N::hookCompleted},
@@ -81,47 +80,45 @@ const NotificationRow<N>* rowOf(std::string_view method) {
 
 }  // namespace
 
-void AppServerTurnRun::handleServerNotification(const ServerNotificationMessage& notification) {
-  Notifications::handle(*this, notification);
-}
-
-void AppServerTurnRun::Notifications::handle(AppServerTurnRun& run, const ServerNotificationMessage& notification) {
-  const JSONValue& params = paramsOf(notification.payload);
-  const Notifications handlers{run, params, *params.objectValue()};
-  const auto* row = rowOf<Notifications>(notification.method);
+void handleServerNotification(const NotificationContext& run, const ServerNotificationMessage& notification) {
+  const NotificationHandlers handlers(run, paramsOf(notification.payload));
+  const auto* row = rowOf<NotificationHandlers>(notification.method);
   if (!row) {
-    handlers.contextCompaction(notification.method);
-  } else if (!row->isScoped || run.notificationBelongsToCoordinator(handlers.params)) {
+    handlers.emitContextCompactionEventIfNeeded(notification.method);
+  } else if (!row->isScoped || handlers.belongsToCoordinator()) {
     (handlers.*row->handle)();
   }
 }
 
-void AppServerTurnRun::Notifications::serverRequestResolved() const {
-  const auto id = firstMember(params, {"requestId", "request_id"}, AppServerRequestID::fromJSONValue);
+void NotificationHandlers::serverRequestResolved() const {
+  const auto id = firstMember(params_, {"requestId", "request_id"}, AppServerRequestID::fromJSONValue);
   if (!id) throw ThreadRunError::streamError("serverRequest/resolved missing requestId");
-  run.serverRequests_.cancel(*id);
+  run_.serverRequests.cancelPendingServerRequest(*id);
 }
 
-std::string_view AppServerTurnRun::Notifications::neededText(JSONKeys keys, const char* message) const {
-  const auto text = textViewMember(params, keys);
+std::string_view NotificationHandlers::neededText(JSONKeys keys, const char* message) const {
+  const auto text = textViewMember(params_, keys);
   if (!text) throw ThreadRunError::streamError(message);
   return *text;
 }
 
-const JSONValue& AppServerTurnRun::Notifications::needed(JSONKeys keys, const char* message) const {
-  const JSONValue* value = valueMember(params, keys);
+const JSONValue& NotificationHandlers::needed(JSONKeys keys, const char* message) const {
+  const JSONValue* value = valueMember(params_, keys);
   if (!value) throw ThreadRunError::streamError(message);
   return *value;
 }
 
-std::string AppServerTurnRun::Notifications::threadID() const {
-  if (const auto named = threadIDIn(params)) return std::string(*named);
-  return run.scope_.active().threadID.value_or("");
+std::string NotificationHandlers::neededThreadID(const char* message) const {
+  if (!ids_.threadID) throw ThreadRunError::streamError(message);
+  return std::string(*ids_.threadID);
 }
 
-std::string AppServerTurnRun::Notifications::turnID() const {
-  if (const auto named = turnIDIn(params)) return std::string(*named);
-  return run.scope_.active().turnID.value_or("");
+std::string NotificationHandlers::threadID() const {
+  return ids_.threadID ? std::string(*ids_.threadID) : run_.scope.active().activeThreadID.value_or("");
+}
+
+std::string NotificationHandlers::turnID() const {
+  return ids_.turnID ? std::string(*ids_.turnID) : run_.scope.active().activeTurnID.value_or("");
 }
 
 }  // namespace ormel::detail

@@ -5,17 +5,30 @@
 #include <string_view>
 #include <utility>
 
+#include "OrmelSDK/AppServerRun/Parsing/MessageParams.h"
 #include "OrmelSDK/AppServerRun/Parsing/ThreadItemDeltas.h"
-#include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun.h"
+#include "OrmelSDK/AppServerRun/TurnRun/AppServerMessage.h"
+#include "OrmelSDK/AppServerRun/TurnRun/CoordinatorTurn.h"
+#include "OrmelSDK/AppServerRun/TurnRun/NotificationContext.h"
+#include "OrmelSDK/AppServerRun/TurnRun/RunItems.h"
+#include "OrmelSDK/AppServerRun/TurnRun/RunServerRequests.h"
+#include "OrmelSDK/AppServerRun/TurnRun/RunStream.h"
 #include "OrmelSDK/Coding/JSONMembers.h"
 
 namespace ormel::detail {
 
-/// What one notification of the server means: events, and the state of the run's items. A member fails with
-/// `ThreadRunError` of the kind `streamError`, or a `DecodingError`, when the notification lacks what it is about.
-struct AppServerTurnRun::Notifications {
-  /// Handles a notification by its method; one of an unknown method is ignored.
-  static void handle(AppServerTurnRun& run, const ServerNotificationMessage& notification);
+/// Handles a notification by its method; one of an unknown method is ignored. Fails with `ThreadRunError` of the kind
+/// `streamError`, or a `DecodingError`, when the notification lacks what it is about.
+void handleServerNotification(const NotificationContext& run, const ServerNotificationMessage& notification);
+
+/// The meaning of one notification: events, and changes to the run's items. Its members fail as
+/// `handleServerNotification`.
+class NotificationHandlers {
+ public:
+  NotificationHandlers(const NotificationContext& run, const JSONValue& paramsValue)
+      : run_(run), paramsValue_(paramsValue), params_(*paramsValue.objectValue()), ids_(idsIn(params_)) {}
+
+  bool belongsToCoordinator() const { return run_.turn.notificationBelongsToCoordinator(ids_); }
 
   // Threads and turns.
   void threadStarted() const;
@@ -25,27 +38,27 @@ struct AppServerTurnRun::Notifications {
   void threadGoalCleared() const;
   void threadSettingsUpdated() const;
   void tokenUsageUpdated() const;
-  void turnPlanUpdated() const;
+  void handleTurnPlanUpdated() const;
   void turnModerationMetadata() const;
 
   // Items.
   void itemStarted() const;
   void itemUpdated() const;
   void itemCompleted() const;
-  void agentMessageDelta() const;
-  void commandOutputDelta() const;
-  void mcpToolCallProgress() const;
-  void fileChangePatchUpdated() const;
-  void reasoningDelta() const;
-  void planDelta() const;
+  void handleAgentMessageDelta() const;
+  void handleCommandOutputDelta() const;
+  void handleMcpToolCallProgress() const;
+  void handleFileChangePatchUpdated() const;
+  void reasoningDelta() const { handleReasoningLikeDelta(false); }
+  void planDelta() const { handleReasoningLikeDelta(true); }
   /// Whether the method says that the context was compacted.
-  bool contextCompaction(std::string_view method) const;
+  bool emitContextCompactionEventIfNeeded(std::string_view method) const;
 
   // Hooks, reviews, models, warnings.
   void hookStarted() const;
   void hookCompleted() const;
-  void guardianReviewStarted() const;
-  void guardianReviewCompleted() const;
+  void guardianApprovalReviewStarted() const { handleGuardianApprovalReviewNotification(false); }
+  void guardianApprovalReviewCompleted() const { handleGuardianApprovalReviewNotification(true); }
   void guardianWarning() const;
   void strictReviewRequired() const;
   void authRecoveryStarted() const;
@@ -60,33 +73,44 @@ struct AppServerTurnRun::Notifications {
 
   void serverRequestResolved() const;
 
-  AppServerTurnRun& run;
-  const JSONValue& paramsValue;
-  const JSONObject& params;
-
  private:
-  template <class Event>
-  void emit(Event event) const {
-    run.stream_.emit(std::move(event));
+  template <typename Event>
+  void emitEvent(Event event) const {
+    run_.stream.emitEvent(std::move(event));
   }
   /// Keeps the item's new state and tells of it.
   void update(ThreadItem item) const;
   /// Tells of an item whose state was changed where it is kept.
-  void emitUpdated(const ThreadItem& item) const { run.stream_.emit(std::in_place_type<ItemUpdatedEvent>, item); }
-  /// The same for one whose text has grown.
-  template <class Item>
+  void emitUpdated(const ThreadItem& item) const { run_.stream.emitEvent(std::in_place_type<ItemUpdatedEvent>, item); }
+  /// The same for an item whose text has grown.
+  template <typename Item>
   void emitGrown(Item& item, SharedText Item::* text) const {
-    run.stream_.emit(std::in_place_type<ItemUpdatedEvent>, GrownItemCopy<Item>(item, text, run.items_.snapshots()));
+    run_.stream.emitEvent(std::in_place_type<ItemUpdatedEvent>,
+                          GrownItemCopy<Item>(item, text, run_.items.snapshots()));
   }
   std::optional<ThreadItem> storedItem() const;
-  void reasoningLikeDelta(bool isPlan) const;
-  void guardianReview(bool isCompleted) const;
+  void handleReasoningLikeDelta(bool isPlan) const;
+  void handleGuardianApprovalReviewNotification(bool isCompleted) const;
 
   std::string_view neededText(JSONKeys keys, const char* message) const;
   const JSONValue& needed(JSONKeys keys, const char* message) const;
-  /// The id that the notification names, else that of what the run works on, else nothing.
+  std::string neededThreadID(const char* message) const;
+
+  /// The ids that the notification names.
+  std::optional<std::string> namedThreadID() const { return owned(ids_.threadID); }
+  std::optional<std::string> namedTurnID() const { return owned(ids_.turnID); }
+  /// The id that the notification names, else that of the run's thread or turn, else an empty one.
   std::string threadID() const;
   std::string turnID() const;
+
+  static std::optional<std::string> owned(const std::optional<std::string_view>& text) {
+    return text ? std::optional<std::string>(*text) : std::nullopt;
+  }
+
+  const NotificationContext& run_;
+  const JSONValue& paramsValue_;
+  const JSONObject& params_;
+  const MessageIDs ids_;
 };
 
 }  // namespace ormel::detail

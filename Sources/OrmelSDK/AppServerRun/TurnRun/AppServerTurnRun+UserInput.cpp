@@ -2,7 +2,11 @@
 #include <utility>
 #include <variant>
 
-#include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun.h"
+#include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun+ServerRequests.h"
+#include "OrmelSDK/AppServerRun/TurnRun/RunFailure.h"
+#include "OrmelSDK/AppServerRun/TurnRun/RunItems.h"
+#include "OrmelSDK/AppServerRun/TurnRun/RunLife.h"
+#include "OrmelSDK/AppServerRun/TurnRun/RunStream.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
 
 namespace ormel::detail {
@@ -22,49 +26,49 @@ JSONValue answersObject(const std::map<std::string, std::vector<std::string>>& a
 
 }  // namespace
 
-Task<void> AppServerTurnRun::submitUserInput(std::string itemID,
-                                             std::map<std::string, std::vector<std::string>> answers,
-                                             std::optional<std::uint64_t> expectedOperationGeneration) {
-  return submitUserInputOn(shared_from_this(), std::move(itemID), std::move(answers), expectedOperationGeneration);
+Task<void> ServerRequestDispatcher::submitUserInput(std::string itemID,
+                                                    std::map<std::string, std::vector<std::string>> answers,
+                                                    std::optional<std::uint64_t> expectedOperationGeneration) {
+  return submit(run_.life.hold(), std::move(itemID), std::move(answers), expectedOperationGeneration);
 }
 
-Task<void> AppServerTurnRun::submitUserInputOn(Self self, std::string itemID,
-                                               std::map<std::string, std::vector<std::string>> answers,
-                                               std::optional<std::uint64_t> expectedOperationGeneration) {
-  co_await self->strand_.enter();
-  const auto generation = self->stream_.currentOperationGeneration();
+Task<void> ServerRequestDispatcher::submit([[maybe_unused]] std::shared_ptr<void> life, std::string itemID,
+                                           std::map<std::string, std::vector<std::string>> answers,
+                                           std::optional<std::uint64_t> expectedOperationGeneration) {
+  co_await run_.life.strand().enter();
+  const auto generation = run_.stream.currentOperationGeneration();
   const bool isExpected = !expectedOperationGeneration || expectedOperationGeneration == generation;
-  if (!generation || !isExpected || !self->stream_.isPending()) {
+  if (!generation || !isExpected || !run_.stream.isPending()) {
     throw ThreadRunError::streamError("No active turn for request_user_input response");
   }
-  const auto requestID = self->serverRequests_.findUserInput(itemID);
+  const auto requestID = run_.serverRequests.findUserInput(itemID);
   if (!requestID) {
     throw ThreadRunError::streamError("No pending request_user_input call for item: " + itemID);
   }
   const JSONValue result = answersObject(answers);
   try {
-    self->respondToServerRequest(*requestID, result);
+    respondToServerRequest(run_.transport, *requestID, result);
   } catch (...) {
     throw ThreadRunError::streamError(submissionFailed + describedFailure(std::current_exception()).message);
   }
-  self->serverRequests_.removeUserInput(itemID);
-  self->completeUserInputItem(itemID, result, *generation);
+  run_.serverRequests.removeUserInput(itemID);
+  completeUserInputItem(itemID, result, *generation);
 }
 
-void AppServerTurnRun::completeUserInputItem(const std::string& itemID, const JSONValue& answers,
-                                             std::uint64_t operationGeneration) {
-  const ThreadItem* stored = items_.find(itemID);
+void ServerRequestDispatcher::completeUserInputItem(const std::string& itemID, const JSONValue& answers,
+                                                    std::uint64_t operationGeneration) {
+  const ThreadItem* stored = run_.items.find(itemID);
   const auto* call = stored ? std::get_if<McpToolCallItem>(&stored->value) : nullptr;
   if (!call) return;
   McpToolCallItem completed = *call;
   completed.result = McpToolCallResult{{answers}, std::nullopt, std::nullopt};
   completed.error.reset();
   completed.status = McpToolCallStatus::completed;
-  items_.store(completed);
-  if (stream_.currentOperationGeneration() != operationGeneration) {
+  run_.items.store(completed);
+  if (run_.stream.currentOperationGeneration() != operationGeneration) {
     throw ThreadRunError::streamError(submissionFailed + std::string("The app-server operation is no longer current"));
   }
-  stream_.emit(ItemCompletedEvent{std::move(completed), std::nullopt, std::nullopt, std::nullopt});
+  run_.stream.emitEvent(ItemCompletedEvent{std::move(completed), std::nullopt, std::nullopt, std::nullopt});
 }
 
 }  // namespace ormel::detail

@@ -2,90 +2,50 @@
 
 #include <utility>
 
-#include "OrmelSDK/Base/ThreadRunError.h"
-#include "OrmelSDK/Platform/SystemProcessLauncher.h"
-
 namespace ormel::detail {
-
-RunServices::RunServices()
-    : RunServices(productionScheduler(), SystemProcessLauncher::shared(), BlockingWork::onThreads()) {}
 
 std::shared_ptr<AppServerTurnRun> AppServerTurnRun::create(AppServerTurnRunConfiguration configuration,
                                                            RunServices services) {
-  return std::shared_ptr<AppServerTurnRun>(new AppServerTurnRun(std::move(configuration), services));
+  const auto run = std::shared_ptr<AppServerTurnRun>(new AppServerTurnRun(std::move(configuration), services));
+  run->life_.begin(run);
+  return run;
 }
 
 AppServerTurnRun::AppServerTurnRun(AppServerTurnRunConfiguration configuration, RunServices services)
-    : configuration_(std::move(configuration)), services_(services), strand_(*services.scheduler, "run") {}
-
-AppServerTurnRun::~AppServerTurnRun() = default;
+    : configuration_(std::move(configuration)),
+      services_(services),
+      life_(*services.scheduler),
+      lifecycle_({transport_, requests_, stream_, scope_, recovery_, items_, serverRequests_}),
+      sender_({life_, configuration_.durations.requestTimeoutNanoseconds, transport_, requests_, stream_, lifecycle_}),
+      turn_({stream_, scope_, items_, recovery_, lifecycle_}),
+      recovery_({life_, configuration_.durations, stream_, scope_, serverRequests_, sender_, turn_, lifecycle_}),
+      serverRequestDispatcher_(
+          {life_, configuration_.threadOptions, transport_, stream_, scope_, items_, serverRequests_, lifecycle_}),
+      notificationContext_{stream_, scope_, turn_, items_, serverRequests_} {}
 
 Task<std::uint64_t> AppServerTurnRun::reserveOperation() { return reserveOn(shared_from_this()); }
 
 Task<std::uint64_t> AppServerTurnRun::reserveOn(Self self) {
-  co_await self->strand_.enter();
-  co_return self->reserve();
+  co_await self->strand().enter();
+  co_return self->lifecycle_.reserve();
 }
 
 Task<void> AppServerTurnRun::release() { return releaseOn(shared_from_this()); }
 
 Task<void> AppServerTurnRun::releaseOn(Self self) {
-  co_await self->strand_.enter();
-  self->finishCurrent(StreamCompletion::finished());
-  self->shutdownProcess();
+  co_await self->strand().enter();
+  self->lifecycle_.finishCurrent(StreamCompletion::finished());
+  self->lifecycle_.shutdownProcess();
 }
 
-std::uint64_t AppServerTurnRun::reserve() {
-  stream_.requireNoOperation();
-  prepareForNextTurn();
-  return stream_.begin();
+Task<void> AppServerTurnRun::submitUserInput(std::string itemID,
+                                             std::map<std::string, std::vector<std::string>> answers,
+                                             std::optional<std::uint64_t> expectedOperationGeneration) {
+  return serverRequestDispatcher_.submitUserInput(std::move(itemID), std::move(answers), expectedOperationGeneration);
 }
 
-std::uint64_t AppServerTurnRun::admit(std::optional<std::uint64_t> preparedOperationGeneration) {
-  if (!preparedOperationGeneration) return reserve();
-  stream_.requireCurrent(*preparedOperationGeneration);
-  return *preparedOperationGeneration;
-}
-
-void AppServerTurnRun::prepareForNextTurn() {
-  recovery_.cancel();
-  stream_.reset();
-  items_.clear();
-  serverRequests_.clearUserInput();
-  serverRequests_.cancelAll();
-  scope_.clearActiveTurn();
-  scope_.resetCoordinatorIdentity();
-  abortedByClient_ = false;
-}
-
-void AppServerTurnRun::finishStreamState(const StreamCompletion& completion,
-                                         std::optional<std::uint64_t> finishedOperationGeneration) {
-  if (!stream_.isPending()) return;
-  recovery_.cancel();
-  stream_.close(completion, finishedOperationGeneration);
-  scope_.dropDeferred();
-  stream_.endChannel();
-  requests_.release(completion);
-  scope_.clearActiveTurn();
-  serverRequests_.clearUserInput();
-  serverRequests_.cancelAll();
-  if (completion.kind() == StreamCompletion::Kind::failed) shutdownProcess();
-}
-
-void AppServerTurnRun::finishCurrent(const StreamCompletion& completion) {
-  finishStreamState(completion, stream_.currentOperationGeneration());
-}
-
-void AppServerTurnRun::finishIfCurrent(std::uint64_t operationGeneration, const StreamCompletion& completion) {
-  if (stream_.isCurrent(operationGeneration)) finishStreamState(completion, operationGeneration);
-}
-
-void AppServerTurnRun::shutdownProcess() {
-  recovery_.cancel();
-  serverRequests_.cancelAll();
-  transport_.shutdown();
-  scope_.clearActive();
-  scope_.resetCoordinatorIdentity();
+Task<void> AppServerTurnRun::interruptFromSignal(std::optional<std::uint64_t> expectedOperationGeneration) {
+  return recovery_.interruptFromSignal(expectedOperationGeneration);
 }
 
 }  // namespace ormel::detail

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "OrmelSDK/AppServerRun/Parsing/MessageParams.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
 
 namespace ormel::detail {
@@ -18,68 +17,74 @@ void defer(std::vector<DeferredTurnNotification>& list, DeferredTurnNotification
 
 std::optional<std::string_view> threadIDOf(const DeferredTurnNotification& notification) {
   const JSONObject* params = notification.params.objectValue();
-  return params ? threadIDIn(*params) : std::nullopt;
+  return params ? idsIn(*params).threadID : std::nullopt;
 }
 
 }  // namespace
 
 void CoordinatorScope::setCoordinatorThread(std::string threadID) {
   coordinatorThreadID_ = threadID;
-  active_.threadID = std::move(threadID);
+  active_.activeThreadID = std::move(threadID);
 }
 
 void CoordinatorScope::setCoordinatorTurn(std::string turnID) {
   coordinatorTurnID_ = turnID;
-  active_.turnID = std::move(turnID);
-  acceptsTurnFromNotification_ = false;
+  active_.activeTurnID = std::move(turnID);
+  acceptsCoordinatorTurnIdentityFromNotification_ = false;
 }
 
 void CoordinatorScope::prepareForCoordinatorThreadTransition() {
   resetCoordinatorIdentity();
-  clearActiveTurn();
+  active_.activeTurnID.reset();
 }
 
 void CoordinatorScope::resetCoordinatorIdentity() {
   coordinatorThreadID_.reset();
   coordinatorTurnID_.reset();
-  acceptsTurnFromNotification_ = false;
+  acceptsCoordinatorTurnIdentityFromNotification_ = false;
   dropDeferred();
 }
 
+void CoordinatorScope::operationDidEnd() {
+  dropDeferred();
+  active_.activeTurnID.reset();
+}
+
+void CoordinatorScope::processDidEnd() {
+  active_ = ActiveScope();
+  resetCoordinatorIdentity();
+}
+
 void CoordinatorScope::dropDeferred() {
-  deferredTurnStarted_.clear();
+  deferredTurnStartedNotifications_.clear();
   deferredTurnCompletions_.clear();
 }
 
-bool CoordinatorScope::notificationBelongs(const JSONObject& params,
+bool CoordinatorScope::notificationBelongs(const MessageIDs& ids,
                                            const std::optional<std::string_view>& embeddedThreadID,
                                            const std::optional<std::string_view>& embeddedTurnID) const {
   if (coordinatorThreadID_) {
-    auto threadID = threadIDIn(params);
-    if (!threadID) threadID = embeddedThreadID;
+    const auto& threadID = ids.threadID ? ids.threadID : embeddedThreadID;
     if (threadID && *threadID != *coordinatorThreadID_) return false;
   }
   if (coordinatorTurnID_) {
-    auto turnID = turnIDIn(params);
-    if (!turnID) turnID = embeddedTurnID;
+    const auto& turnID = ids.turnID ? ids.turnID : embeddedTurnID;
     if (turnID) return *turnID == *coordinatorTurnID_;
   }
   return true;
 }
 
-bool CoordinatorScope::turnCompletionBelongs(const JSONObject& params, std::string_view turnID) const {
+bool CoordinatorScope::turnCompletionBelongs(const MessageIDs& ids, std::string_view turnID) const {
   if (coordinatorTurnID_ != turnID) return false;
-  const auto threadID = threadIDIn(params);
-  return !coordinatorThreadID_ || !threadID || *threadID == *coordinatorThreadID_;
+  return !coordinatorThreadID_ || !ids.threadID || *ids.threadID == *coordinatorThreadID_;
 }
 
-bool CoordinatorScope::namesCoordinatorThread(const JSONObject& params) const {
-  const auto threadID = threadIDIn(params);
-  return threadID && coordinatorThreadID_ == *threadID;
+bool CoordinatorScope::namesCoordinatorThread(const MessageIDs& ids) const {
+  return ids.threadID && coordinatorThreadID_ == *ids.threadID;
 }
 
 void CoordinatorScope::deferTurnStarted(DeferredTurnStarted notification) {
-  defer(deferredTurnStarted_, std::move(notification), "turn/started");
+  defer(deferredTurnStartedNotifications_, std::move(notification), "turn/started");
 }
 
 void CoordinatorScope::deferTurnCompletion(DeferredTurnCompletion notification) {
@@ -101,9 +106,9 @@ std::optional<JSONValue> CoordinatorScope::takeDeferred(std::vector<DeferredTurn
 
 // A start must name our thread if it names any; for a completion it is enough that it names no other one.
 std::optional<JSONValue> CoordinatorScope::takeDeferredTurnStarted(std::optional<std::uint64_t> runningGeneration) {
-  return takeDeferred(deferredTurnStarted_, runningGeneration, [this](std::optional<std::string_view> threadID) {
-    return !threadID || coordinatorThreadID_ == *threadID;
-  });
+  return takeDeferred(
+      deferredTurnStartedNotifications_, runningGeneration,
+      [this](std::optional<std::string_view> threadID) { return !threadID || coordinatorThreadID_ == *threadID; });
 }
 
 std::optional<JSONValue> CoordinatorScope::takeDeferredTurnCompletion(std::optional<std::uint64_t> runningGeneration) {

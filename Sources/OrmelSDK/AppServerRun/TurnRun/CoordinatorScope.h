@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "OrmelSDK/AppServerRun/Parsing/MessageParams.h"
 #include "OrmelSDK/AppServerRun/Parsing/ThreadItemParsing.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 
@@ -25,9 +26,6 @@ using DeferredTurnCompletion = DeferredTurnNotification;
 ///
 /// One server process tells of many threads and turns: sub-agents, reviews and forks have their own.
 ///
-/// The params of notifications are read under both spellings of their ids, `threadId` before `thread_id`, and
-/// `turnId` before `turn_id`; an id that is no text is no id.
-///
 /// *Thread safety*: none; it belongs to the run's strand.
 class CoordinatorScope {
  public:
@@ -38,7 +36,9 @@ class CoordinatorScope {
   const ActiveScope& active() const noexcept { return active_; }
   const std::optional<std::string>& coordinatorThreadID() const noexcept { return coordinatorThreadID_; }
   const std::optional<std::string>& coordinatorTurnID() const noexcept { return coordinatorTurnID_; }
-  bool acceptsTurnFromNotification() const noexcept { return acceptsTurnFromNotification_; }
+  bool acceptsCoordinatorTurnIdentityFromNotification() const noexcept {
+    return acceptsCoordinatorTurnIdentityFromNotification_;
+  }
 
   /// Whether the coordinator is this thread and this turn.
   bool isCoordinator(std::string_view threadID, std::string_view turnID) const noexcept {
@@ -50,31 +50,33 @@ class CoordinatorScope {
   void setCoordinatorTurn(std::string turnID);
 
   /// For an operation whose response names no turn: "turn/started" will.
-  void acceptTurnFromNotification() noexcept { acceptsTurnFromNotification_ = true; }
+  void acceptCoordinatorTurnIdentityFromNotification() noexcept {
+    acceptsCoordinatorTurnIdentityFromNotification_ = true;
+  }
 
-  void clearActiveTurn() noexcept { active_.turnID.reset(); }
-  void clearActive() noexcept { active_ = ActiveScope(); }
-
-  /// What comes next lives on another thread.
+  /// The operation moves on to another thread.
   void prepareForCoordinatorThreadTransition();
 
-  /// Forgets the coordinator, and what waits for it.
+  /// Forgets the coordinator, and the notifications that wait for it.
   void resetCoordinatorIdentity();
 
-  void dropDeferred();
+  /// These reset what must not outlive an operation, or the process. The active thread outlives an operation.
+  void prepareForNextTurn() { prepareForCoordinatorThreadTransition(); }
+  void operationDidEnd();
+  void processDidEnd();
 
   /// Whether a notification of the current operation is about the coordinator. One that names no thread or no turn is:
-  /// absence is no mismatch. The embedded ids stand in for ids that `params` lacks, and come by reference because
+  /// absence is no mismatch. The embedded ids stand in for ids that the params lack, and come by reference because
   /// they are looked at only then.
-  bool notificationBelongs(const JSONObject& params,
+  bool notificationBelongs(const MessageIDs& ids,
                            const std::optional<std::string_view>& embeddedThreadID = std::nullopt,
                            const std::optional<std::string_view>& embeddedTurnID = std::nullopt) const;
 
   /// The stricter test of a "turn/completed": the turn must be known and be this one.
-  bool turnCompletionBelongs(const JSONObject& params, std::string_view turnID) const;
+  bool turnCompletionBelongs(const MessageIDs& ids, std::string_view turnID) const;
 
   /// Whether a "turn/started" may define the turn: it names the coordinator's thread.
-  bool namesCoordinatorThread(const JSONObject& params) const;
+  bool namesCoordinatorThread(const MessageIDs& ids) const;
 
   /// Fail with `ThreadRunError` of the kind `streamError` when too many wait.
   void deferTurnStarted(DeferredTurnStarted notification);
@@ -85,6 +87,8 @@ class CoordinatorScope {
   std::optional<JSONValue> takeDeferredTurnCompletion(std::optional<std::uint64_t> runningGeneration);
 
  private:
+  void dropDeferred();
+
   template <typename ThreadMatches>
   std::optional<JSONValue> takeDeferred(std::vector<DeferredTurnNotification>& list,
                                         std::optional<std::uint64_t> runningGeneration, ThreadMatches threadMatches);
@@ -92,8 +96,8 @@ class CoordinatorScope {
   ActiveScope active_;
   std::optional<std::string> coordinatorThreadID_;
   std::optional<std::string> coordinatorTurnID_;
-  bool acceptsTurnFromNotification_ = false;
-  std::vector<DeferredTurnStarted> deferredTurnStarted_;
+  bool acceptsCoordinatorTurnIdentityFromNotification_ = false;
+  std::vector<DeferredTurnStarted> deferredTurnStartedNotifications_;
   std::vector<DeferredTurnCompletion> deferredTurnCompletions_;
 };
 

@@ -5,11 +5,11 @@
 
 namespace ormel::detail {
 
-/// What a run tells its consumers of a failure.
+/// A failure as the consumers of a run are told of it.
 struct RunFailure {
   /// One sentence.
   std::string message;
-  /// The application wanted it.
+  /// The application asked for it.
   bool aborted = false;
 };
 

@@ -25,7 +25,7 @@ bool RunItems::store(ThreadItem item) {
   return false;
 }
 
-void RunItems::clear() {
+void RunItems::prepareForNextTurn() {
   itemStateByID_.clear();
   snapshots_.giveBack();
   latestUsage.reset();

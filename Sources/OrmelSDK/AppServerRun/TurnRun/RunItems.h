@@ -13,14 +13,14 @@
 
 namespace ormel::detail {
 
-/// The latest state of each item of an operation, which what comes in pieces is added to, and the tokens used.
+/// The latest state of each item of an operation, to which deltas are added, and the tokens used.
 ///
 /// *Thread safety*: none; it belongs to the run's strand.
 class RunItems {
  public:
   /// Null if there is no such item.
   ThreadItem* find(std::string_view itemID);
-  /// The item under the id, which is made if there is none. What it becomes has to have that id.
+  /// The item under the id, which is made if there is none. The caller turns it into one that has that id.
   ThreadItem& at(std::string_view itemID);
 
   std::size_t count() const noexcept { return itemStateByID_.size(); }
@@ -33,7 +33,7 @@ class RunItems {
 
   std::optional<Usage> latestUsage;
 
-  void clear();
+  void prepareForNextTurn();
 
  private:
   std::map<std::string, ThreadItem, std::less<>> itemStateByID_;

@@ -15,8 +15,8 @@ namespace ormel::detail {
 
 /// A request in flight.
 struct PendingResponse {
-  /// Both end the request. That it has ended before is a fault of the run, which ends the process: one of two outcomes
-  /// would be lost without a word.
+  /// Both end the request. Completing a request twice is a bug and terminates the process: one of the two outcomes
+  /// would be lost silently.
   void resume(const JSONValue& result) const;
   void fail(const std::exception_ptr& error) const;
 
@@ -28,8 +28,8 @@ struct PendingResponse {
 
 /// The requests of a run that wait for their answer.
 ///
-/// What holds at all times: a request that is in here has not been answered. Whoever ends one takes it out first, so
-/// that of racing outcomes the one that finds it decides.
+/// Invariant: a request that is in here has not been answered. It is taken out before it is ended, so that of racing
+/// outcomes the one that finds it decides.
 ///
 /// *Thread safety*: none; it belongs to the run's strand.
 class RunRequests {

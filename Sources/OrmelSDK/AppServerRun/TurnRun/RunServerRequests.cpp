@@ -5,7 +5,7 @@
 namespace ormel::detail {
 
 std::stop_token RunServerRequests::add(const AppServerRequestID& id, const ServerRequestScope& scope) {
-  cancel(id);
+  cancelPendingServerRequest(id);
   PendingServerRequestTask pending{scope, {}};
   auto token = pending.task.get_token();
   pendingServerRequestTasks_.emplace(id, std::move(pending));
@@ -19,14 +19,19 @@ bool RunServerRequests::contains(const AppServerRequestID& id, const ServerReque
 
 void RunServerRequests::remove(const AppServerRequestID& id) { pendingServerRequestTasks_.erase(id); }
 
-void RunServerRequests::cancel(const AppServerRequestID& id) {
+void RunServerRequests::cancelPendingServerRequest(const AppServerRequestID& id) {
   auto node = pendingServerRequestTasks_.extract(id);
   if (!node.empty()) node.mapped().task.request_stop();
 }
 
-// Emptied first: what a cancelled task does at once must find nothing of it here.
-void RunServerRequests::cancelAll() {
+// The map is emptied first: a cancelled task that acts at once must not find its entry.
+void RunServerRequests::cancelAllPendingServerRequestTasks() {
   for (auto& [id, pending] : std::exchange(pendingServerRequestTasks_, {})) pending.task.request_stop();
+}
+
+void RunServerRequests::operationDidEnd() {
+  pendingUserInputRequestIDByItemID_.clear();
+  cancelAllPendingServerRequestTasks();
 }
 
 void RunServerRequests::addUserInput(std::string itemID, AppServerRequestID id) {

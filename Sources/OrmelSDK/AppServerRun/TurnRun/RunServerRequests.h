@@ -12,7 +12,7 @@
 
 namespace ormel::detail {
 
-/// Under which circumstances a request of the server came: its answer is written only while they last.
+/// The circumstances in which a request of the server came: its answer is written only while they last.
 struct ServerRequestScope {
   std::uint64_t transportGeneration = 0;
   std::optional<std::uint64_t> operationGeneration;
@@ -31,7 +31,7 @@ class RunServerRequests {
   RunServerRequests(const RunServerRequests&) = delete;
   RunServerRequests& operator=(const RunServerRequests&) = delete;
   /// Cancels all: nobody waits for an answer any more.
-  ~RunServerRequests() { cancelAll(); }
+  ~RunServerRequests() { cancelAllPendingServerRequestTasks(); }
 
   /// Notes a request; one under the same id is cancelled. Returns the token that its handler's task observes.
   std::stop_token add(const AppServerRequestID& id, const ServerRequestScope& scope);
@@ -40,13 +40,16 @@ class RunServerRequests {
   bool contains(const AppServerRequestID& id, const ServerRequestScope& scope) const;
 
   void remove(const AppServerRequestID& id);
-  void cancel(const AppServerRequestID& id);
-  void cancelAll();
+  void cancelPendingServerRequest(const AppServerRequestID& id);
+  void cancelAllPendingServerRequestTasks();
 
   void addUserInput(std::string itemID, AppServerRequestID id);
   std::optional<AppServerRequestID> findUserInput(const std::string& itemID) const;
   void removeUserInput(const std::string& itemID);
-  void clearUserInput() { pendingUserInputRequestIDByItemID_.clear(); }
+
+  /// No request outlives the operation in which it came.
+  void prepareForNextTurn() { operationDidEnd(); }
+  void operationDidEnd();
 
   std::size_t count() const noexcept { return pendingServerRequestTasks_.size(); }
 

@@ -34,11 +34,10 @@ void RunStream::requireNoOperation() const {
   if (currentOperationGeneration_) throw ThreadRunError::streamError("An app-server operation is already active");
 }
 
-void RunStream::reset() {
-  completion_ = StreamCompletion();
-  send();
+void RunStream::prepareForNextTurn() {
+  streamCompletion_ = StreamCompletion();
   eventContinuation_.reset();
-  unsent_.clear();
+  bufferedEvents_.clear();
 }
 
 void RunStream::requireCurrent(std::uint64_t operationGeneration) const {
@@ -53,35 +52,32 @@ bool RunStream::isCurrentOrElseEnded(std::uint64_t operationGeneration) const {
   return false;
 }
 
-void RunStream::attach(EventProducer<ThreadEvent> producer, std::uint64_t operationGeneration) {
+void RunStream::attachContinuation(EventProducer<ThreadEvent> producer, std::uint64_t operationGeneration) {
   if (currentOperationGeneration_ != operationGeneration) {
     producer.fail(noLongerCurrent());
     return;
   }
-  send();
+  flush();
   eventContinuation_ = std::move(producer);
-  send();
+  flush();
 }
 
-void RunStream::send() {
-  if (!eventContinuation_ || unsent_.empty()) return;
-  gathered_ *= 4;
-  eventContinuation_->yieldAll(std::exchange(unsent_, {}));
+void RunStream::flush() {
+  if (!eventContinuation_ || bufferedEvents_.empty()) return;
+  flushThreshold_ *= 4;
+  eventContinuation_->yieldAll(std::exchange(bufferedEvents_, {}));
 }
 
-void RunStream::close(StreamCompletion completion, std::optional<std::uint64_t> operationGeneration) {
-  completion_ = std::move(completion);
-  if (operationGeneration) {
+void RunStream::finish(const StreamCompletion& with, std::optional<std::uint64_t> finishedOperationGeneration) {
+  streamCompletion_ = with;
+  if (finishedOperationGeneration) {
     completedOperationGenerationHighWaterMark_ =
-        std::max(completedOperationGenerationHighWaterMark_, *operationGeneration);
+        std::max(completedOperationGenerationHighWaterMark_, *finishedOperationGeneration);
   }
   currentOperationGeneration_.reset();
-}
-
-void RunStream::endChannel() {
   if (!eventContinuation_) return;
-  send();
-  endProducer(*eventContinuation_, completion_);
+  flush();
+  endProducer(*eventContinuation_, with);
   eventContinuation_.reset();
 }
 

@@ -13,7 +13,7 @@ namespace ormel::detail {
 
 /// The operation that a run carries out, and the channel of its events.
 ///
-/// What holds at all times: while an operation is current, the completion is pending; a generation is used once and is
+/// Invariants: while an operation is current, the completion is pending; a generation is used once and is
 /// never 0; the high-water mark never falls and never exceeds the last generation.
 ///
 /// *Thread safety*: none; it belongs to the run's strand.
@@ -21,20 +21,20 @@ class RunStream {
  public:
   /// Makes a new operation the current one and returns its generation.
   ///
-  /// *Preconditions*: none is current, and `reset` has been called.
+  /// *Preconditions*: none is current, and `prepareForNextTurn` has been called.
   std::uint64_t begin();
 
   /// Fails with `ThreadRunError` of the kind `streamError` if an operation is current.
   void requireNoOperation() const;
 
   /// Forgets how the last operation ended, and its events.
-  void reset();
+  void prepareForNextTurn();
 
   const std::optional<std::uint64_t>& currentOperationGeneration() const noexcept {
     return currentOperationGeneration_;
   }
-  bool isPending() const noexcept { return completion_.isPending(); }
-  const StreamCompletion& completion() const noexcept { return completion_; }
+  bool isPending() const noexcept { return streamCompletion_.isPending(); }
+  const StreamCompletion& streamCompletion() const noexcept { return streamCompletion_; }
 
   /// Whether the operation is the current one and has not ended.
   bool isCurrent(std::uint64_t operationGeneration) const noexcept {
@@ -49,55 +49,56 @@ class RunStream {
 
   /// Gives the operation's events, those before and those to come, to the producer. A producer that comes too late for
   /// its operation is failed.
-  void attach(EventProducer<ThreadEvent> producer, std::uint64_t operationGeneration);
+  void attachContinuation(EventProducer<ThreadEvent> producer, std::uint64_t operationGeneration);
 
   /// Makes an event. It is kept until a producer is attached, if none is. One that belongs to no operation is dropped:
   /// an idle server may talk for ever.
-  template <class... Arguments>
-  void emit(Arguments&&... arguments) {
+  template <typename... Arguments>
+  void emitEvent(Arguments&&... arguments) {
     if (!eventContinuation_ && !currentOperationGeneration_) return;
-    unsent_.emplaceBack(std::forward<Arguments>(arguments)...);
-    if (unsent_.size() >= gathered_) send();
+    bufferedEvents_.emplaceBack(std::forward<Arguments>(arguments)...);
+    if (bufferedEvents_.size() >= flushThreshold_) flush();
   }
 
   /// As long as it lives, events go out several at a time, which costs their consumer one wake-up instead of many.
   class EmissionBatch {
    public:
-    explicit EmissionBatch(RunStream& stream) noexcept : stream_(stream) { stream_.gathered_ = firstGathered; }
+    explicit EmissionBatch(RunStream& stream) noexcept : stream_(stream) {
+      stream_.flushThreshold_ = firstFlushThreshold;
+    }
     EmissionBatch(const EmissionBatch&) = delete;
     EmissionBatch& operator=(const EmissionBatch&) = delete;
     ~EmissionBatch() { end(); }
 
-    /// Sends what is left.
+    /// Flushes, and sends each further event immediately.
     void end() {
-      stream_.gathered_ = 0;
-      stream_.send();
+      stream_.flushThreshold_ = 0;
+      stream_.flush();
     }
 
    private:
     RunStream& stream_;
   };
 
-  /// Records the end; no operation is current from now on. `endChannel` is to follow.
-  void close(StreamCompletion completion, std::optional<std::uint64_t> operationGeneration);
-  void endChannel();
+  /// Records the end, and ends the channel in the same way. No operation is current from now on.
+  void finish(const StreamCompletion& with, std::optional<std::uint64_t> finishedOperationGeneration);
 
   std::uint64_t completedOperationGenerationHighWaterMark() const noexcept {
     return completedOperationGenerationHighWaterMark_;
   }
 
  private:
-  // A consumer that waits for the first of many should not wait long; each further wait may be four times as long.
-  static constexpr std::size_t firstGathered = 32;
+  // Start with small batches for latency, then grow the batch fourfold for throughput.
+  static constexpr std::size_t firstFlushThreshold = 32;
 
-  void send();
+  void flush();
 
   std::optional<EventProducer<ThreadEvent>> eventContinuation_;
-  /// What no producer has been given yet.
-  EventBatch<ThreadEvent> unsent_;
-  /// How many unsent events are sent at last; 0 sends each at once.
-  std::size_t gathered_ = 0;
-  StreamCompletion completion_;
+  /// Events that no producer has been given yet.
+  EventBatch<ThreadEvent> bufferedEvents_;
+  /// Number of buffered events at which they are sent; 0 means every event is sent immediately.
+  std::size_t flushThreshold_ = 0;
+  StreamCompletion streamCompletion_;
   std::uint64_t operationGeneration_ = 0;
   std::optional<std::uint64_t> currentOperationGeneration_;
   std::uint64_t completedOperationGenerationHighWaterMark_ = 0;

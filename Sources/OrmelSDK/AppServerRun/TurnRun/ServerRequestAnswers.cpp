@@ -72,6 +72,20 @@ JSONValue failedToolAnswer(std::string text) {
   return toolAnswer(result);
 }
 
+const DynamicTool* toolOf(const std::vector<DynamicTool>& tools, const std::string& name,
+                          const std::optional<std::string>& namespaceOfTool) {
+  const auto found = std::find_if(tools.begin(), tools.end(), [&](const DynamicTool& tool) {
+    return tool.spec.name == name && tool.spec.namespace_ == namespaceOfTool;
+  });
+  return found == tools.end() ? nullptr : &*found;
+}
+
+// A tool of the empty namespace is offered without one, and so is called without one.
+const DynamicTool* toolCalledBy(const DynamicToolCallContext& call, const std::vector<DynamicTool>& tools) {
+  const DynamicTool* const called = toolOf(tools, call.tool, call.namespace_);
+  return called || call.namespace_ ? called : toolOf(tools, call.tool, "");
+}
+
 JSONValue attestationAnswer(const std::string& token) { return JSONValue::object({{"token", token}}); }
 
 }  // namespace
@@ -117,20 +131,6 @@ Task<JSONValue> answerToElicitation(decltype(ThreadOptions::mcpServerElicitation
   } catch (...) {
     co_return closed;
   }
-}
-
-const DynamicTool* toolOf(const std::vector<DynamicTool>& tools, const std::string& name,
-                          const std::optional<std::string>& namespaceOfTool) {
-  const auto found = std::find_if(tools.begin(), tools.end(), [&](const DynamicTool& tool) {
-    return tool.spec.name == name && tool.spec.namespace_ == namespaceOfTool;
-  });
-  return found == tools.end() ? nullptr : &*found;
-}
-
-// A tool of the empty namespace is offered without one, and so is called without one.
-const DynamicTool* toolCalledBy(const DynamicToolCallContext& call, const std::vector<DynamicTool>& tools) {
-  const DynamicTool* const called = toolOf(tools, call.tool, call.namespace_);
-  return called || call.namespace_ ? called : toolOf(tools, call.tool, "");
 }
 
 Task<JSONValue> answerToDynamicToolCall(decltype(ThreadOptions::dynamicTools) tools, DynamicToolCallContext call) {

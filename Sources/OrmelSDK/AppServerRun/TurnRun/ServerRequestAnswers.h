@@ -1,7 +1,7 @@
 #pragma once
 
-// What the server is answered. Nothing is granted by default: without a handler, or when it fails, or when it answers
-// what was not offered, the answer is the most restrictive one that the request allows.
+// The answers to the requests of the server. Nothing is granted by default: without a handler, or when it fails, or
+// when it answers something that was not offered, the answer is the most restrictive one that the request allows.
 //
 // Each task calls the application's handler. It fails only where there is nothing restrictive to say.
 
@@ -27,7 +27,7 @@ Task<JSONValue> answerToPermissionsApproval(decltype(ThreadOptions::permissionsA
 Task<JSONValue> answerToElicitation(decltype(ThreadOptions::mcpServerElicitationHandler) handler,
                                     std::optional<McpServerElicitationRequest> request);
 
-/// `tools` are those that the application lends; a call of another one is answered by its failure.
+/// `tools` are the application's; a call of any other is answered by a failure.
 Task<JSONValue> answerToDynamicToolCall(decltype(ThreadOptions::dynamicTools) tools, DynamicToolCallContext call);
 
 /// Fails as the handler does: tokens cannot be refused.

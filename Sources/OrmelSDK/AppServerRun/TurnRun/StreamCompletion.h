@@ -30,13 +30,13 @@ class StreamCompletion {
   Kind kind() const noexcept { return kind_; }
   bool isPending() const noexcept { return kind_ == Kind::pending; }
 
-  /// What the consumer of the events gets at their end: null for a plain end.
+  /// The error that ends the channel of the events; null for a plain end.
   std::exception_ptr streamError() const;
 
-  /// What a waiter for a response gets that the end releases.
+  /// The error of a waiter for a response that the end releases.
   std::exception_ptr waiterError() const;
 
-  /// What the sender of a further request gets: null while there is no end.
+  /// The error of a further request; null while there is no end.
   std::exception_ptr senderError() const;
 
  private:

@@ -15,7 +15,7 @@ using namespace ormel;
 template <typename Parse>
 void expectStreamError(Parse parse, std::string_view text, const std::string& message) {
   try {
-    (void)parse(JSONValue::decode(text));
+    (void)parse(text);
     ADD_FAILURE() << "parsed " << text;
   } catch (const ThreadRunError& error) {
     EXPECT_EQ(error, ThreadRunError::streamError(message)) << text;
@@ -23,12 +23,15 @@ void expectStreamError(Parse parse, std::string_view text, const std::string& me
 }
 
 ThreadStartedEvent started(std::string_view response) {
-  return detail::parseThreadStartedEventFromThreadResponse(JSONValue::decode(response));
+  return detail::parseThreadStartedEvent(JSONValue::decode(response));
 }
 
 ThreadStartedEvent ofThread(std::string_view thread) {
-  return detail::parseThreadStartedEventFromThreadObject(JSONValue::decode(thread));
+  const JSONValue object = JSONValue::decode(thread);
+  return detail::parseThreadStartedEvent(*object.objectValue());
 }
+
+std::string turnID(std::string_view response) { return detail::parseTurnID(JSONValue::decode(response)); }
 
 TEST(ParseThreadStartedEvent, ReadsAResponse) {
   EXPECT_EQ(started(R"({"thread":{"id":"t","forkedFromId":"f"},"instructionSources":["/a","/b"],"model":"m"})"),
@@ -39,19 +42,16 @@ TEST(ParseThreadStartedEvent, ReadsAResponse) {
 TEST(ParseThreadStartedEvent, FailsWithoutAThreadObjectInTheResponse) {
   for (const auto* text :
        {"null", "[]", "\"t\"", "{}", R"({"thread":null})", R"({"thread":"t"})", R"({"thread":[]})", R"({"id":"t"})"}) {
-    expectStreamError(detail::parseThreadStartedEventFromThreadResponse, text,
-                      "Invalid thread response from app-server");
+    expectStreamError(started, text, "Invalid thread response from app-server");
   }
 }
 
 TEST(ParseThreadStartedEvent, FailsWithoutAnIDInTheThreadObject) {
   for (const auto* text : {"{}", R"({"id":null})", R"({"id":1})", R"({"ID":"t"})"}) {
     const std::string message = "Invalid thread object from app-server";
-    expectStreamError(detail::parseThreadStartedEventFromThreadObject, text, message);
-    expectStreamError(detail::parseThreadStartedEventFromThreadResponse, R"({"thread":)" + std::string(text) + "}",
-                      message);
+    expectStreamError(ofThread, text, message);
+    expectStreamError(started, R"({"thread":)" + std::string(text) + "}", message);
   }
-  expectStreamError(detail::parseThreadStartedEventFromThreadObject, "[]", "Invalid thread object from app-server");
 }
 
 TEST(ParseThreadStartedEvent, AcceptsAnEmptyID) { EXPECT_EQ(ofThread(R"({"id":""})").threadID, ""); }
@@ -97,7 +97,7 @@ TEST(ParseTurnID, ReadsTheIDOfTheTurn) {
 TEST(ParseTurnID, FailsWithoutATurnThatHasOne) {
   for (const auto* text : {"null", "[]", "\"u\"", "{}", R"({"turn":null})", R"({"turn":"u"})", R"({"turn":{}})",
                            R"({"turn":{"id":null}})", R"({"turn":{"id":7}})", R"({"id":"u"})", R"({"turnId":"u"})"}) {
-    expectStreamError(detail::parseTurnID, text, "Invalid turn/start response from app-server");
+    expectStreamError(turnID, text, "Invalid turn/start response from app-server");
   }
 }
 

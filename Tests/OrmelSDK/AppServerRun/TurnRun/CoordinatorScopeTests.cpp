@@ -12,6 +12,7 @@ namespace {
 
 using namespace ormel;
 using detail::CoordinatorScope;
+using detail::idsIn;
 using tests::json;
 
 CoordinatorScope scopeOf(std::optional<std::string> threadID, std::optional<std::string> turnID) {
@@ -54,7 +55,7 @@ TEST(CoordinatorScope, TakesAbsenceForNoMismatch) {
   };
   for (const BelongingCase& test : cases) {
     const JSONValue params = json(test.params);
-    EXPECT_EQ(scopeOf(test.threadID, test.turnID).notificationBelongs(*params.objectValue()), test.belongs)
+    EXPECT_EQ(scopeOf(test.threadID, test.turnID).notificationBelongs(idsIn(*params.objectValue())), test.belongs)
         << test.threadID.value_or("-") << " " << test.turnID.value_or("-") << " " << test.params;
   }
 }
@@ -62,13 +63,13 @@ TEST(CoordinatorScope, TakesAbsenceForNoMismatch) {
 TEST(CoordinatorScope, PutsTheIDsOfTheParamsAheadOfEmbeddedOnes) {
   const CoordinatorScope scope = scopeOf("t", "u");
   const JSONValue none = json("{}");
-  EXPECT_TRUE(scope.notificationBelongs(*none.objectValue(), "t", "u"));
-  EXPECT_FALSE(scope.notificationBelongs(*none.objectValue(), "x"));
-  EXPECT_FALSE(scope.notificationBelongs(*none.objectValue(), std::nullopt, "x"));
+  EXPECT_TRUE(scope.notificationBelongs(idsIn(*none.objectValue()), "t", "u"));
+  EXPECT_FALSE(scope.notificationBelongs(idsIn(*none.objectValue()), "x"));
+  EXPECT_FALSE(scope.notificationBelongs(idsIn(*none.objectValue()), std::nullopt, "x"));
   const JSONValue named = json(R"({"threadId":"t","turnId":"u"})");
-  EXPECT_TRUE(scope.notificationBelongs(*named.objectValue(), "x", "x"));
+  EXPECT_TRUE(scope.notificationBelongs(idsIn(*named.objectValue()), "x", "x"));
   const JSONValue other = json(R"({"threadId":"x","turnId":"x"})");
-  EXPECT_FALSE(scope.notificationBelongs(*other.objectValue(), "t", "u"));
+  EXPECT_FALSE(scope.notificationBelongs(idsIn(*other.objectValue()), "t", "u"));
 }
 
 TEST(CoordinatorScope, IsStricterOnTheTurnOfACompletion) {
@@ -88,7 +89,8 @@ TEST(CoordinatorScope, IsStricterOnTheTurnOfACompletion) {
   };
   for (const Case& test : cases) {
     const JSONValue params = json(test.params);
-    EXPECT_EQ(scopeOf(test.threadID, test.turnID).turnCompletionBelongs(*params.objectValue(), "u"), test.belongs)
+    EXPECT_EQ(scopeOf(test.threadID, test.turnID).turnCompletionBelongs(idsIn(*params.objectValue()), "u"),
+              test.belongs)
         << test.params;
   }
 }
@@ -96,20 +98,20 @@ TEST(CoordinatorScope, IsStricterOnTheTurnOfACompletion) {
 TEST(CoordinatorScope, LetsATurnBeDefinedOnlyByWhatNamesItsThread) {
   const JSONValue named = json(R"({"threadId":"t"})");
   const JSONValue nameless = json("{}");
-  EXPECT_TRUE(scopeOf("t", {}).namesCoordinatorThread(*named.objectValue()));
-  EXPECT_FALSE(scopeOf("t", {}).namesCoordinatorThread(*nameless.objectValue()));
-  EXPECT_FALSE(scopeOf("x", {}).namesCoordinatorThread(*named.objectValue()));
-  EXPECT_FALSE(scopeOf({}, {}).namesCoordinatorThread(*named.objectValue()));
+  EXPECT_TRUE(scopeOf("t", {}).namesCoordinatorThread(idsIn(*named.objectValue())));
+  EXPECT_FALSE(scopeOf("t", {}).namesCoordinatorThread(idsIn(*nameless.objectValue())));
+  EXPECT_FALSE(scopeOf("x", {}).namesCoordinatorThread(idsIn(*named.objectValue())));
+  EXPECT_FALSE(scopeOf({}, {}).namesCoordinatorThread(idsIn(*named.objectValue())));
 }
 
 TEST(CoordinatorScope, TakesWhatItFollowsForActiveToo) {
   CoordinatorScope scope = scopeOf("t", {});
-  scope.acceptTurnFromNotification();
-  EXPECT_TRUE(scope.acceptsTurnFromNotification());
+  scope.acceptCoordinatorTurnIdentityFromNotification();
+  EXPECT_TRUE(scope.acceptsCoordinatorTurnIdentityFromNotification());
   scope.setCoordinatorTurn("u");
-  EXPECT_FALSE(scope.acceptsTurnFromNotification());
-  EXPECT_EQ(scope.active().threadID, "t");
-  EXPECT_EQ(scope.active().turnID, "u");
+  EXPECT_FALSE(scope.acceptsCoordinatorTurnIdentityFromNotification());
+  EXPECT_EQ(scope.active().activeThreadID, "t");
+  EXPECT_EQ(scope.active().activeTurnID, "u");
   EXPECT_TRUE(scope.isCoordinator("t", "u"));
   EXPECT_FALSE(scope.isCoordinator("t", "x"));
   EXPECT_FALSE(scope.isCoordinator("x", "u"));
@@ -118,27 +120,27 @@ TEST(CoordinatorScope, TakesWhatItFollowsForActiveToo) {
 TEST(CoordinatorScope, KeepsTheActiveThreadAcrossATransition) {
   CoordinatorScope scope = scopeOf("t", "u");
   scope.deferTurnStarted({1, json("{}"), "u"});
-  scope.acceptTurnFromNotification();
+  scope.acceptCoordinatorTurnIdentityFromNotification();
   scope.prepareForCoordinatorThreadTransition();
-  EXPECT_EQ(scope.active().threadID, "t");
-  EXPECT_FALSE(scope.active().turnID);
+  EXPECT_EQ(scope.active().activeThreadID, "t");
+  EXPECT_FALSE(scope.active().activeTurnID);
   EXPECT_FALSE(scope.coordinatorThreadID());
   EXPECT_FALSE(scope.coordinatorTurnID());
-  EXPECT_FALSE(scope.acceptsTurnFromNotification());
+  EXPECT_FALSE(scope.acceptsCoordinatorTurnIdentityFromNotification());
   scope.setCoordinatorTurn("u");
   EXPECT_FALSE(scope.takeDeferredTurnStarted(1));
 }
 
 TEST(CoordinatorScope, KeepsWhatIsActiveWhenTheIdentityIsReset) {
   CoordinatorScope scope = scopeOf("t", "u");
-  scope.acceptTurnFromNotification();
+  scope.acceptCoordinatorTurnIdentityFromNotification();
   scope.deferTurnCompletion({1, json("{}"), "u"});
   scope.resetCoordinatorIdentity();
-  EXPECT_EQ(scope.active().threadID, "t");
-  EXPECT_EQ(scope.active().turnID, "u");
+  EXPECT_EQ(scope.active().activeThreadID, "t");
+  EXPECT_EQ(scope.active().activeTurnID, "u");
   EXPECT_FALSE(scope.coordinatorThreadID());
   EXPECT_FALSE(scope.coordinatorTurnID());
-  EXPECT_FALSE(scope.acceptsTurnFromNotification());
+  EXPECT_FALSE(scope.acceptsCoordinatorTurnIdentityFromNotification());
   scope.setCoordinatorTurn("u");
   EXPECT_FALSE(scope.takeDeferredTurnCompletion(1));
 }

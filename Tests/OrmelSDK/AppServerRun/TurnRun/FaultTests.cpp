@@ -96,7 +96,7 @@ void expectSoundRun(SimulatedRun& engine) {
 using BeginOperation = std::function<Task<void>(SimulatedRun&)>;
 
 Task<void> withoutChannel(Task<EventChannel<ThreadEvent>> starting) { co_await std::move(starting); }
-Task<void> withoutTurn(Task<detail::StartedTurn> starting) { co_await std::move(starting); }
+Task<void> withoutTurn(Task<detail::StartedOperation> starting) { co_await std::move(starting); }
 
 struct SteppedOperation {
   const char* name;

@@ -74,7 +74,8 @@ TEST(AppServerTurnRunOperations, StartAReview) {
   for (const auto& [delivery, word] : deliveries) {
     SimulatedScheduler scheduler(1);
     SimulatedRun engine(scheduler);
-    engine.listen(engine.end(engine.run->startReview("t1", ReviewTarget::baseBranch("main"), delivery)));
+    engine.listen(engine.end(channelOf(
+        engine.run->start(detail::OperationRequest::review("t1", ReviewTarget::baseBranch("main"), delivery)))));
     EXPECT_EQ(engine.methods(), after(handshake, {"thread/resume", "review/start"}));
     const JSONValue target = JSONValue::object({{"type", "baseBranch"}, {"branch", "main"}});
     EXPECT_EQ(engine.lastParams("review/start"),

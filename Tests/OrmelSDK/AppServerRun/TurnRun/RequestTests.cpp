@@ -196,7 +196,8 @@ TEST(AppServerTurnRunRequests, FailWhenTheyCannotBeWrittenAndAreForgotten) {
     TurnOptions options;
     options.outputSchema.emplace();
     options.outputSchema->emplace("maximum", JSONValue(std::numeric_limits<double>::quiet_NaN()));
-    const auto starting = engine.start(engine.run->startTurn(std::nullopt, "hello", options));
+    const auto starting =
+        engine.start(engine.run->start(detail::OperationRequest::turn(std::nullopt, "hello", options)));
     EXPECT_EQ(failureOf([&] { engine.taken(starting); }),
               "other error: A number that is not finite cannot be written as JSON");
     EXPECT_EQ(engine.run->requests().count(), 0U);

@@ -10,15 +10,13 @@
 #include <utility>
 #include <vector>
 
-#include "OrmelSDK/AppServerRun/Framing/StandardErrorCollector.h"
+#include "OrmelSDK/AppServerRun/TurnRun/RecoveryTasks.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunFailure.h"
-#include "OrmelSDK/AppServerRun/TurnRun/RunRecovery.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunRequests.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunStream.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunTransport.h"
 #include "OrmelSDK/AppServerRun/TurnRun/StreamCompletion.h"
 #include "Support/ConcurrencySchedulers.h"
-#include "Support/InMemoryPipe.h"
 #include "Support/RunTranscript.h"
 
 namespace {
@@ -92,23 +90,22 @@ TEST(RunStream, CountsOperationsFromOne) {
   EXPECT_EQ(stream.begin(), 1U);
   EXPECT_EQ(stream.currentOperationGeneration(), 1U);
   EXPECT_EQ(failureOf([&] { stream.requireNoOperation(); }), "stream error: An app-server operation is already active");
-  stream.close(StreamCompletion::finished(), 1);
+  stream.finish(StreamCompletion::finished(), 1);
   stream.requireNoOperation();
-  stream.reset();
+  stream.prepareForNextTurn();
   EXPECT_EQ(stream.begin(), 2U);
 }
 
 TEST(RunStream, KeepsEventsUntilAProducerIsThere) {
   RunStream stream;
   const auto generation = stream.begin();
-  stream.emit(warningEvent("a"));
-  stream.emit(warningEvent("b"));
+  stream.emitEvent(warningEvent("a"));
+  stream.emitEvent(warningEvent("b"));
   Consumer consumer;
-  stream.attach(std::move(consumer.ends.first), generation);
-  stream.emit(warningEvent("c"));
-  stream.close(StreamCompletion::finished(), generation);
-  stream.endChannel();
-  stream.emit(warningEvent("late"));
+  stream.attachContinuation(std::move(consumer.ends.first), generation);
+  stream.emitEvent(warningEvent("c"));
+  stream.finish(StreamCompletion::finished(), generation);
+  stream.emitEvent(warningEvent("late"));
   EXPECT_THAT(consumer.told(), ElementsAre("warning a", "warning b", "warning c", "end"));
 }
 
@@ -116,21 +113,20 @@ TEST(RunStream, SendsWhatWasGatheredTogether) {
   RunStream stream;
   const auto generation = stream.begin();
   Consumer consumer;
-  stream.attach(consumer.ends.first, generation);
+  stream.attachContinuation(consumer.ends.first, generation);
   {
     const RunStream::EmissionBatch gathering(stream);
-    stream.emit(warningEvent("a"));
-    stream.emit(warningEvent("b"));
+    stream.emitEvent(warningEvent("a"));
+    stream.emitEvent(warningEvent("b"));
     EXPECT_FALSE(consumer.ends.second.isReady());
   }
   EXPECT_TRUE(consumer.ends.second.isReady());
   {
     RunStream::EmissionBatch gathering(stream);
-    stream.emit(warningEvent("c"));
+    stream.emitEvent(warningEvent("c"));
     gathering.end();
-    stream.emit(warningEvent("d"));
-    stream.close(StreamCompletion::finished(), generation);
-    stream.endChannel();
+    stream.emitEvent(warningEvent("d"));
+    stream.finish(StreamCompletion::finished(), generation);
   }
   EXPECT_THAT(consumer.told(), ElementsAre("warning a", "warning b", "warning c", "warning d", "end"));
 }
@@ -139,10 +135,10 @@ TEST(RunStream, DoesNotGatherForLong) {
   RunStream stream;
   const auto generation = stream.begin();
   Consumer consumer;
-  stream.attach(consumer.ends.first, generation);
+  stream.attachContinuation(consumer.ends.first, generation);
   const RunStream::EmissionBatch gathering(stream);
   int emitted = 0;
-  for (; emitted < 1000 && !consumer.ends.second.isReady(); ++emitted) stream.emit(warningEvent("w"));
+  for (; emitted < 1000 && !consumer.ends.second.isReady(); ++emitted) stream.emitEvent(warningEvent("w"));
   EXPECT_LT(emitted, 100);
 }
 
@@ -150,11 +146,10 @@ TEST(RunStream, SendsWhatWasGatheredBeforeTheEndOfItsOperation) {
   RunStream stream;
   const auto generation = stream.begin();
   Consumer consumer;
-  stream.attach(std::move(consumer.ends.first), generation);
+  stream.attachContinuation(std::move(consumer.ends.first), generation);
   const RunStream::EmissionBatch gathering(stream);
-  stream.emit(warningEvent("last"));
-  stream.close(broken(), generation);
-  stream.endChannel();
+  stream.emitEvent(warningEvent("last"));
+  stream.finish(broken(), generation);
   EXPECT_THAT(consumer.told(), ElementsAre("warning last", "stream error: broken"));
 }
 
@@ -165,9 +160,8 @@ TEST(RunStream, EndsTheChannelAsTheOperationEnds) {
   for (const auto& [completion, words] : cases) {
     RunStream stream;
     Consumer consumer;
-    stream.attach(std::move(consumer.ends.first), stream.begin());
-    stream.close(completion, 1);
-    stream.endChannel();
+    stream.attachContinuation(std::move(consumer.ends.first), stream.begin());
+    stream.finish(completion, 1);
     EXPECT_THAT(consumer.told(), ElementsAre(words));
   }
 }
@@ -175,12 +169,12 @@ TEST(RunStream, EndsTheChannelAsTheOperationEnds) {
 TEST(RunStream, RefusesAProducerOfAnotherOperation) {
   RunStream stream;
   Consumer early;
-  stream.attach(std::move(early.ends.first), 1);
+  stream.attachContinuation(std::move(early.ends.first), 1);
   EXPECT_THAT(early.told(), ElementsAre("stream error: Prepared app-server operation is no longer current"));
   stream.begin();
-  stream.close(StreamCompletion::finished(), 1);
+  stream.finish(StreamCompletion::finished(), 1);
   Consumer late;
-  stream.attach(std::move(late.ends.first), 1);
+  stream.attachContinuation(std::move(late.ends.first), 1);
   EXPECT_THAT(late.told(), ElementsAre("stream error: Prepared app-server operation is no longer current"));
 }
 
@@ -188,29 +182,29 @@ TEST(RunStream, TellsAnOperationThatEndedFromOneThatNeverWas) {
   RunStream stream;
   stream.begin();
   EXPECT_TRUE(stream.isCurrentOrElseEnded(1));
-  stream.close(StreamCompletion::finished(), 1);
+  stream.finish(StreamCompletion::finished(), 1);
   EXPECT_FALSE(stream.isCurrentOrElseEnded(1));
   const std::string failure = "stream error: Prepared app-server operation is no longer current";
   EXPECT_EQ(failureOf([&] { static_cast<void>(stream.isCurrentOrElseEnded(0)); }), failure);
   EXPECT_EQ(failureOf([&] { static_cast<void>(stream.isCurrentOrElseEnded(2)); }), failure);
   EXPECT_EQ(failureOf([&] { stream.requireCurrent(1); }), failure);
-  stream.reset();
+  stream.prepareForNextTurn();
   stream.begin();
   EXPECT_FALSE(stream.isCurrentOrElseEnded(1));
-  stream.close(broken(), std::nullopt);
+  stream.finish(broken(), std::nullopt);
   EXPECT_EQ(failureOf([&] { static_cast<void>(stream.isCurrentOrElseEnded(2)); }), failure);
 }
 
 TEST(RunStream, NeverLowersItsHighWaterMark) {
   RunStream stream;
-  stream.close(StreamCompletion::finished(), std::nullopt);
+  stream.finish(StreamCompletion::finished(), std::nullopt);
   EXPECT_EQ(stream.completedOperationGenerationHighWaterMark(), 0U);
-  stream.reset();
+  stream.prepareForNextTurn();
   stream.begin();
-  stream.close(broken(), 1);
-  stream.reset();
+  stream.finish(broken(), 1);
+  stream.prepareForNextTurn();
   stream.begin();
-  stream.close(broken(), std::nullopt);
+  stream.finish(broken(), std::nullopt);
   EXPECT_EQ(stream.completedOperationGenerationHighWaterMark(), 1U);
 }
 
@@ -306,45 +300,45 @@ TEST(RunRequests, AreReleasedByAnEndSaveForThoseThatOutliveANormalOne) {
   }
 }
 
-TEST(RunRecovery, KeepsOneTimerOfAKind) {
+TEST(RecoveryTasks, KeepsOneTimerOfAKind) {
   SimulatedScheduler scheduler(1);
-  RunRecovery recovery;
+  RecoveryTasks tasks;
   std::vector<std::string> fired;
   const auto timer = [&](const char* name) {
     return scheduler.postAfter(1s, [&fired, name] { fired.emplace_back(name); });
   };
-  recovery.armLivenessProbe(timer("probe 1"));
-  recovery.armLivenessProbe(timer("probe 2"));
-  recovery.armInterruptGrace(timer("grace 1"));
-  recovery.armInterruptGrace(timer("grace 2"));
+  tasks.armLivenessProbe(timer("probe 1"));
+  tasks.armLivenessProbe(timer("probe 2"));
+  tasks.armInterruptGrace(timer("grace 1"));
+  tasks.armInterruptGrace(timer("grace 2"));
   scheduler.run();
   EXPECT_THAT(fired, ::testing::UnorderedElementsAre("probe 2", "grace 2"));
 }
 
-TEST(RunRecovery, CancelsWhatItKeeps) {
+TEST(RecoveryTasks, CancelsWhatItKeeps) {
   SimulatedScheduler scheduler(1);
-  RunRecovery recovery;
+  RecoveryTasks tasks;
   bool fired = false;
-  recovery.armLivenessProbe(scheduler.postAfter(1s, [&fired] { fired = true; }));
-  recovery.armInterruptGrace(scheduler.postAfter(1s, [&fired] { fired = true; }));
-  const std::stop_token reconciliation = recovery.beginReconciliation();
-  recovery.cancel();
+  tasks.armLivenessProbe(scheduler.postAfter(1s, [&fired] { fired = true; }));
+  tasks.armInterruptGrace(scheduler.postAfter(1s, [&fired] { fired = true; }));
+  const std::stop_token reconciliation = tasks.beginReconciliation();
+  tasks.cancelRecoveryTasks();
   scheduler.run();
   EXPECT_FALSE(fired);
   EXPECT_TRUE(reconciliation.stop_requested());
 }
 
-TEST(RunRecovery, ForgetsAReconciliationWithoutCancellingIt) {
-  RunRecovery recovery;
-  const std::stop_token reconciliation = recovery.beginReconciliation();
-  recovery.forgetReconciliation();
-  recovery.cancel();
+TEST(RecoveryTasks, ForgetsAReconciliationWithoutCancellingIt) {
+  RecoveryTasks tasks;
+  const std::stop_token reconciliation = tasks.beginReconciliation();
+  tasks.forgetReconciliation();
+  tasks.cancelRecoveryTasks();
   EXPECT_FALSE(reconciliation.stop_requested());
 }
 
 TEST(RunTransport, CannotWriteWithoutAProcess) {
   RunTransport transport;
-  EXPECT_EQ(failureOf([&] { transport.write(JSONValue::object({})); }),
+  EXPECT_EQ(failureOf([&] { transport.writePayload(JSONValue::object({})); }),
             "stream error: Ormel app-server stdin is unavailable");
   EXPECT_EQ(transport.errorText(), "");
   EXPECT_FALSE(transport.outputHasEnded());
@@ -355,57 +349,6 @@ TEST(RunTransport, KeepsItsGenerationWhenThereIsNothingToShutDown) {
   transport.shutdown();
   EXPECT_EQ(transport.generation(), 0U);
   EXPECT_EQ(transport.nextGeneration(), 1U);
-}
-
-Task<void> noteSettled(std::shared_ptr<StandardErrorCollector> output, Scheduler& scheduler, bool& isSettled) {
-  co_await StandardErrorCollector::settled(std::move(output), scheduler, 100ms);
-  isSettled = true;
-}
-
-TEST(StandardErrorCollector, CollectsAndTrimsWhatIsWritten) {
-  underSeeds(10, [](SimulatedScheduler& scheduler) {
-    const auto pipe = std::make_shared<InMemoryPipe>(scheduler);
-    const auto output = std::make_shared<StandardErrorCollector>();
-    output->start(pipe);
-    EXPECT_EQ(output->text(), "");
-    pipe->write(" first \n");
-    scheduler.run();
-    pipe->write("second\n\n");
-    pipe->closeWriteEnd();
-    scheduler.run();
-    EXPECT_EQ(output->text(), "first \nsecond");
-  });
-}
-
-TEST(StandardErrorCollector, HasSettledWhenNothingIsUnderWay) {
-  underSeeds(10, [](SimulatedScheduler& scheduler) {
-    const auto pipe = std::make_shared<InMemoryPipe>(scheduler);
-    const auto output = std::make_shared<StandardErrorCollector>();
-    output->start(pipe);
-    scheduler.run();
-    bool isSettled = false;
-    startOn(scheduler, noteSettled(output, scheduler, isSettled));
-    scheduler.runFor(0ns);
-    EXPECT_TRUE(isSettled);
-    pipe->stop();
-    scheduler.run();
-  });
-}
-
-TEST(StandardErrorCollector, SettlesBehindWhatIsUnderWay) {
-  underSeeds(20, [](SimulatedScheduler& scheduler) {
-    const auto pipe = std::make_shared<InMemoryPipe>(scheduler);
-    const auto output = std::make_shared<StandardErrorCollector>();
-    output->start(pipe);
-    pipe->write("the last words");
-    pipe->closeWriteEnd();
-    bool isSettled = false;
-    startOn(scheduler, noteSettled(output, scheduler, isSettled));
-    scheduler.runUntil([&isSettled] { return isSettled; });
-    EXPECT_EQ(output->text(), "the last words");
-    EXPECT_EQ(scheduler.now(), 0U);
-    scheduler.run();
-  });
 }
 
 }  // namespace

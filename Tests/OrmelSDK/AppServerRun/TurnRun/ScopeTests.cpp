@@ -139,10 +139,10 @@ TEST(AppServerTurnRunScope, LetsOnlyATurnOfItsThreadNameACompaction) {
     engine.notify("turn/started", R"({"turn":{"id":"u7"}})");
     engine.notify("turn/started", R"({"threadId":"t2","turn":{"id":"u8"}})");
     EXPECT_FALSE(engine.run->scope().coordinatorTurnID());
-    EXPECT_TRUE(engine.run->scope().acceptsTurnFromNotification());
+    EXPECT_TRUE(engine.run->scope().acceptsCoordinatorTurnIdentityFromNotification());
     engine.notify("turn/started", R"({"threadId":"t1","turn":{"id":"u9"}})");
     EXPECT_EQ(engine.run->scope().coordinatorTurnID(), "u9");
-    EXPECT_FALSE(engine.run->scope().acceptsTurnFromNotification());
+    EXPECT_FALSE(engine.run->scope().acceptsCoordinatorTurnIdentityFromNotification());
     engine.notify("turn/started", R"({"threadId":"t1","turn":{"id":"u10"}})");
     engine.notify("turn/completed", R"({"threadId":"t1","turn":{"id":"u9","status":"completed"}})");
     EXPECT_THAT(*heard, ElementsAre("thread.started t1", "turn.started", "turn.completed", "end"));
@@ -179,7 +179,7 @@ TEST(AppServerTurnRunScope, FollowsAReviewToItsOwnThread) {
     SimulatedRun engine(scheduler);
     const auto heard = engine.listen(engine.end(engine.review()));
     EXPECT_EQ(engine.run->scope().coordinatorThreadID(), "r1");
-    EXPECT_EQ(engine.run->scope().active().threadID, "r1");
+    EXPECT_EQ(engine.run->scope().active().activeThreadID, "r1");
     engine.notify("turn/completed", R"({"threadId":"t1","turn":{"id":"u1","status":"completed"}})");
     EXPECT_EQ(engine.state(), "pending");
     engine.notify("turn/completed", R"({"threadId":"r1","turn":{"id":"u1","status":"completed"}})");
@@ -192,14 +192,14 @@ TEST(AppServerTurnRunScope, ForgetsBetweenOperationsAllButTheThread) {
     SimulatedRun engine(scheduler);
     engine.startTurn();
     engine.completeTurn();
-    EXPECT_EQ(engine.run->scope().active().threadID, "t1");
-    EXPECT_FALSE(engine.run->scope().active().turnID);
+    EXPECT_EQ(engine.run->scope().active().activeThreadID, "t1");
+    EXPECT_FALSE(engine.run->scope().active().activeTurnID);
     engine.end(engine.run->reserveOperation());
-    EXPECT_EQ(engine.run->scope().active().threadID, "t1");
+    EXPECT_EQ(engine.run->scope().active().activeThreadID, "t1");
     EXPECT_FALSE(engine.run->scope().coordinatorThreadID());
     EXPECT_FALSE(engine.run->scope().coordinatorTurnID());
     engine.interrupt();
-    EXPECT_FALSE(engine.run->scope().active().threadID);
+    EXPECT_FALSE(engine.run->scope().active().activeThreadID);
   });
 }
 

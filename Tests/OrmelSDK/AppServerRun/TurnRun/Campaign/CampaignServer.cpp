@@ -254,7 +254,7 @@ void CampaignServer::reply(InMemoryProcess& process, const JSONValue& request, c
     say(process, JSONValue::object({{"id", *request.find("id")}, {"error", error}}));
   } else if (kind == ServerPlan::Reply::giveAtTimeout) {
     auto late = [this, &process, response = responseTo(request, result)] { say(process, response); };
-    process.after(detail::RunDurations().request, std::move(late));
+    process.after(detail::RunDurations().requestTimeoutNanoseconds, std::move(late));
   }
 }
 

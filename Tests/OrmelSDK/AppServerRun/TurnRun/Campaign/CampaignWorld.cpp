@@ -110,29 +110,19 @@ OperationRecord& CampaignWorld::startOperation(OperationKind kind, std::optional
   return record;
 }
 
-Task<EventChannel<ThreadEvent>> CampaignWorld::started(std::shared_ptr<Run> run, OperationKind kind,
-                                                       std::optional<std::uint64_t> preparedGeneration) {
+detail::OperationRequest CampaignWorld::requestOf(OperationKind kind) {
+  using detail::OperationRequest;
   const std::string thread = threadOfOld;
   switch (kind) {
-    case OperationKind::review: {
-      auto task = run->startReview(thread, ReviewTarget::custom("all"), ReviewDelivery::detached, preparedGeneration);
-      co_return co_await std::move(task);
-    }
-    case OperationKind::compaction: {
-      auto task = run->startCompaction(thread, preparedGeneration);
-      co_return co_await std::move(task);
-    }
-    case OperationKind::fork: {
-      auto task = run->startEphemeralForkTurn(thread, Input("aside"), "be brief", TurnOptions(), preparedGeneration);
-      co_return co_await std::move(task);
-    }
-    default: {
-      std::optional<std::string> existing;
-      if (kind == OperationKind::resumedTurn) existing = thread;
-      auto task = run->startTurn(std::move(existing), Input("go"), TurnOptions(), preparedGeneration);
-      detail::StartedTurn turn = co_await std::move(task);
-      co_return std::move(turn.events);
-    }
+    case OperationKind::review:
+      return OperationRequest::review(thread, ReviewTarget::custom("all"), ReviewDelivery::detached);
+    case OperationKind::compaction:
+      return OperationRequest::compaction(thread);
+    case OperationKind::fork:
+      return OperationRequest::ephemeralForkTurn(thread, "aside", "be brief", TurnOptions());
+    default:
+      return OperationRequest::turn(kind == OperationKind::resumedTurn ? std::optional(thread) : std::nullopt, "go",
+                                    TurnOptions());
   }
 }
 
@@ -143,10 +133,11 @@ Task<void> CampaignWorld::operate(CampaignWorld& world, OperationRecord& record,
       const std::uint64_t reserved = co_await run->reserveOperation();
       preparedGeneration = reserved;
     }
-    auto starting = started(std::move(run), record.kind, preparedGeneration);
-    EventChannel<ThreadEvent> events = co_await std::move(starting);
+    auto starting = run->start(requestOf(record.kind), preparedGeneration);
+    run.reset();
+    detail::StartedOperation started = co_await std::move(starting);
     record.wasStarted = true;
-    while (const auto event = co_await events.next()) world.note(record, *event);
+    while (const auto event = co_await started.events.next()) world.note(record, *event);
   } catch (const CancelledError& error) {
     record.wasCancelled = true;
     record.error = error.what();
@@ -277,7 +268,7 @@ void CampaignWorld::checkRun(const Run& run) {
 
   require(transport.generation() >= transportGeneration_, "the transport's generation never falls");
   transportGeneration_ = transport.generation();
-  require(transport.hasProcess() || !transport.didInitialize(), "without a process there is no handshake");
+  require(transport.hasProcess() || !transport.didInitializeProcess(), "without a process there is no handshake");
   require(server.held() == (transport.hasProcess() ? 1U : 0U), "the run holds its one process and no other");
 
   const auto& scope = run.scope();

@@ -146,8 +146,7 @@ class CampaignWorld {
 
   static Task<void> operate(CampaignWorld& world, OperationRecord& record, std::shared_ptr<Run> run,
                             std::optional<std::uint64_t> preparedGeneration, bool reserves);
-  static Task<EventChannel<ThreadEvent>> started(std::shared_ptr<Run> run, OperationKind kind,
-                                                 std::optional<std::uint64_t> preparedGeneration);
+  static detail::OperationRequest requestOf(OperationKind kind);
   static Task<void> call(CampaignWorld& world, CallRecord& record, Task<void> task, bool isSteer);
   OperationRecord& startOperation(OperationKind kind, std::optional<std::uint64_t> preparedGeneration, bool reserves);
 

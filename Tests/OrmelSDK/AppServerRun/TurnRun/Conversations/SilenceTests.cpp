@@ -26,7 +26,9 @@ TurnRunHarness::Settings settingsWith(std::chrono::nanoseconds detail::RunDurati
   return settings;
 }
 
-TurnRunHarness::Settings probingSoon() { return settingsWith(&detail::RunDurations::livenessProbeInterval, 20ms); }
+TurnRunHarness::Settings probingSoon() {
+  return settingsWith(&detail::RunDurations::livenessProbeIntervalNanoseconds, 20ms);
+}
 
 /// A run whose requests time out when the test says so.
 class RequestsThatTimeOut {
@@ -163,7 +165,7 @@ TEST(AppServerTurnRunSilence, FailsATurnWhoseInterruptTimesOut) {
 TEST(AppServerTurnRunSilence, AbortsATurnThatDoesNotEndAfterItsInterruptWasAcknowledged) {
   TurnRunHarness server(
       politeServer + turnIsAccepted + "client asks turn/interrupt\nserver answers {}\nwait until killed\n",
-      settingsWith(&detail::RunDurations::interruptGrace, 20ms));
+      settingsWith(&detail::RunDurations::interruptCompletionGraceNanoseconds, 20ms));
   auto turn = server.startTurn();
   server.ended(server.run().interruptFromSignal());
   EXPECT_THAT(told(turn.events), ElementsAre("thread.started t1", "aborted"));

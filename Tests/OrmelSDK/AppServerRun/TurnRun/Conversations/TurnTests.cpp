@@ -141,7 +141,8 @@ TEST(AppServerTurnRun, StopsAServerThatDoesNotRead) {
     server answers {"thread": {"id": "t1"}}
     wait until killed)");
   const std::string longText(1U << 20U, 'x');
-  const auto starting = server.started(server.run().startTurn(std::nullopt, Input(longText), TurnOptions()));
+  const auto starting =
+      server.started(server.run().start(detail::OperationRequest::turn(std::nullopt, Input(longText), TurnOptions())));
   EXPECT_TRUE(eventually([&] { return server.requestsInFlight() == 1 && server.activity() == 2; }));
   server.ended(server.run().release());
   EXPECT_EQ(failureOf([&] { server.taken(starting); }), "stream error: Stream finished");

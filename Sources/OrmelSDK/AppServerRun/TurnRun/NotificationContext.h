@@ -1,0 +1,20 @@
+#pragma once
+
+namespace ormel::detail {
+
+class CoordinatorScope;
+class CoordinatorTurn;
+class RunItems;
+class RunServerRequests;
+class RunStream;
+
+/// The parts of a run that notifications of the server act on.
+struct NotificationContext {
+  RunStream& stream;
+  CoordinatorScope& scope;
+  CoordinatorTurn& turn;
+  RunItems& items;
+  RunServerRequests& serverRequests;
+};
+
+}  // namespace ormel::detail
