@@ -11,6 +11,7 @@
 #include "OrmelSDK/Base/Visit.h"
 #include "OrmelSDK/Coding/OpenVocabulary.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/Coding/Update.h"
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
 #include "OrmelSDK/Concurrency/EventBatch.h"
 #include "OrmelSDK/Concurrency/EventChannel.h"
