@@ -88,10 +88,11 @@ double splitAndDecodePerSecond(std::uint64_t lines) {
   const auto start = Clock::now();
   while (decoded < lines) {
     for (std::size_t at = 0; at < stream.size(); at += pipeRead) {
-      buffer.append(std::string_view(stream).substr(at, pipeRead), [&decoded](std::string_view line) {
-        const JSONValue message = detail::decodePaddedJSON(line);
+      buffer.append(std::string_view(stream).substr(at, pipeRead));
+      while (const auto line = buffer.next()) {
+        const JSONValue message = detail::decodePaddedJSON(*line);
         if (message.find("method")) ++decoded;
-      });
+      }
     }
   }
   return static_cast<double>(decoded) / secondsSince(start);

@@ -1,18 +1,39 @@
 #include "OrmelSDK/AppServerRun/Framing/AppServerJSONLineBuffer.h"
 
+#include <utility>
+
 namespace ormel::detail {
 
-std::vector<std::string> AppServerJSONLineBuffer::append(std::string_view bytes) {
-  std::vector<std::string> lines;
-  append(bytes, [&lines](std::string_view line) { lines.emplace_back(line); });
-  return lines;
+std::optional<std::string_view> AppServerJSONLineBuffer::finish() {
+  releaseCopy();
+  const std::string_view tail = withoutCarriageReturn(buffered({}));
+  if (tail.empty()) return std::nullopt;
+  return isValidUTF8(tail) ? tail : repaired(tail);
 }
 
-std::optional<std::string> AppServerJSONLineBuffer::finish() {
-  const Emptying emptying(buffer_);
-  const std::string_view tail = withoutCarriageReturn(buffer_.view());
-  if (tail.empty()) return std::nullopt;
-  return repairedUTF8(tail);
+std::string_view AppServerJSONLineBuffer::buffered(std::string_view endOfLine) {
+  isCopyInUse_ = true;
+  buffer_.append(endOfLine);
+  buffer_.room(jsonPadding);
+  return buffer_.view();
+}
+
+std::string_view AppServerJSONLineBuffer::repaired(std::string_view line) {
+  isCopyInUse_ = true;
+  repaired_ = repairedUTF8(line);
+  const std::size_t size = repaired_.size();
+  repaired_.append(jsonPadding, ' ');
+  return std::string_view(repaired_).substr(0, size);
+}
+
+void AppServerJSONLineBuffer::dropCopy() {
+  isCopyInUse_ = false;
+  if (repaired_.capacity() > keptCapacity) repaired_ = std::string();
+  if (buffer_.capacity() > keptCapacity) {
+    const ByteBuffer released = std::move(buffer_);
+  } else {
+    buffer_.clear();
+  }
 }
 
 }  // namespace ormel::detail

@@ -5,8 +5,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "OrmelSDK/Base/ByteBuffer.h"
 #include "OrmelSDK/JSON/JSONDecoding.h"
@@ -14,7 +12,10 @@
 
 namespace ormel::detail {
 
-/// Cuts a stream of bytes into lines.
+/// Cuts a stream of bytes into lines, which are pulled:
+///
+///     lines.append(chunk);
+///     while (auto line = lines.next()) handle(*line);
 ///
 /// A line ends at a line feed; one carriage return ahead of it is dropped, and a line that is empty then is not
 /// reported. Lines are UTF-8 text: invalid sequences are repaired. There is no limit on the length of a line, and
@@ -23,24 +24,38 @@ namespace ormel::detail {
 /// *Thread safety*: none; it belongs to the one loop that reads the stream.
 class AppServerJSONLineBuffer {
  public:
-  /// Takes the next bytes of the stream and returns the lines that they complete.
-  std::vector<std::string> append(std::string_view bytes);
-
-  /// Takes the next bytes of the stream and calls `onLine(std::string_view)` for each line that they complete.
+  /// Takes the next bytes of the stream. They are borrowed until `next` gives nothing.
   ///
-  /// The view is valid during the call, and `jsonPadding` readable bytes follow it, so that `decodePaddedJSON` can
-  /// read the line where it stands. If `onLine` throws, the rest of `bytes` is dropped.
-  template <typename OnLine>
-  void append(std::string_view bytes, OnLine&& onLine);
+  /// *Preconditions*: `next` has given nothing since the last call.
+  void append(std::string_view bytes) noexcept {
+    bytes_ = bytes;
+    scanOffset_ = 0;
+    wholeLinesAreValid_.reset();
+  }
 
-  /// The same, but `onLine` returns whether to go on. Returns what stands behind the line after which not, which is to
-  /// be appended next; nothing if all bytes were taken.
-  template <typename OnLine>
-  std::string_view appendWhile(std::string_view bytes, OnLine&& onLine);
+  /// The next complete line, or nothing when the bytes have been used up.
+  ///
+  /// The view is valid until the next call, and `jsonPadding` readable bytes follow it, so that `decodePaddedJSON` can
+  /// read the line where it stands.
+  std::optional<std::string_view> next() {
+    for (;;) {
+      releaseCopy();
+      const std::string_view rest = bytes_.substr(scanOffset_);
+      const std::size_t size = findLineFeed(rest);
+      if (size == std::string_view::npos) {
+        buffer_.append(rest);
+        append({});
+        return std::nullopt;
+      }
+      scanOffset_ += size + 1;
+      const std::string_view line = lineAt(rest, size);
+      if (!line.empty()) return line;
+    }
+  }
 
-  /// Ends the stream: returns what stands behind the last line feed, without a carriage return at its end, or
-  /// nothing if that is empty. The buffer is empty afterwards.
-  std::optional<std::string> finish();
+  /// Ends the stream: the text behind the last line feed, without a carriage return at its end, or nothing if that is
+  /// empty. The view is one like those of `next`. The buffer is empty for the next call.
+  std::optional<std::string_view> finish();
 
  private:
   // A buffer that one huge line has grown beyond this size is given back.
@@ -56,83 +71,40 @@ class AppServerJSONLineBuffer {
     return line;
   }
 
-  // Empties the buffer also when a line's receiver throws.
-  class Emptying {
-   public:
-    explicit Emptying(ByteBuffer& buffer) noexcept : buffer_(buffer) {}
-    Emptying(const Emptying&) = delete;
-    Emptying& operator=(const Emptying&) = delete;
-    ~Emptying() {
-      if (buffer_.capacity() > keptCapacity) {
-        ByteBuffer released = std::move(buffer_);
-      } else {
-        buffer_.clear();
-      }
-    }
-
-   private:
-    ByteBuffer& buffer_;
-  };
-
-  template <typename OnLine>
-  static bool report(std::string_view line, bool knownValid, OnLine& onLine) {
-    if (line.empty()) return true;
-    return knownValid || isValidUTF8(line) ? onLine(line) : reportRepaired(repairedUTF8(line), onLine);
+  /// The line that ends after the first `size` bytes of `rest`, and may begin in the buffer.
+  std::string_view lineAt(std::string_view rest, std::size_t size) {
+    const bool beginsInBuffer = !buffer_.empty();
+    const bool isKnownValid = !beginsInBuffer && areWholeLinesValid(rest);
+    std::string_view line = rest.substr(0, size);
+    if (beginsInBuffer || rest.size() - size < jsonPadding) line = buffered(line);
+    line = withoutCarriageReturn(line);
+    return isKnownValid || isValidUTF8(line) ? line : repaired(line);
   }
 
-  template <typename OnLine>
-  static bool reportRepaired(std::string repaired, OnLine& onLine) {
-    const std::size_t size = repaired.size();
-    repaired.append(jsonPadding, ' ');
-    return onLine(std::string_view(repaired).substr(0, size));
+  // One check for all whole lines of the bytes: it costs less than one for each.
+  bool areWholeLinesValid(std::string_view rest) {
+    if (!wholeLinesAreValid_) wholeLinesAreValid_ = isValidUTF8(rest.substr(0, rest.rfind('\n') + 1));
+    return *wholeLinesAreValid_;
   }
 
-  // Reports the line that the buffer holds, without its line feed.
-  template <typename OnLine>
-  bool reportBuffered(bool knownValid, OnLine& onLine) {
-    const Emptying emptying(buffer_);
-    buffer_.room(jsonPadding);
-    return report(withoutCarriageReturn(buffer_.view()), knownValid, onLine);
+  std::string_view buffered(std::string_view endOfLine);
+  std::string_view repaired(std::string_view line);
+
+  void releaseCopy() {
+    if (isCopyInUse_) dropCopy();
   }
+  void dropCopy();
 
   // The start of the line in progress. It never holds a line feed, so that no byte is scanned twice.
   ByteBuffer buffer_;
+  std::string repaired_;
+  /// The line that was given last stands in the buffer or was repaired.
+  bool isCopyInUse_ = false;
+
+  std::string_view bytes_;
+  /// Where the next line feed is looked for.
+  std::size_t scanOffset_ = 0;
+  std::optional<bool> wholeLinesAreValid_;
 };
-
-template <typename OnLine>
-void AppServerJSONLineBuffer::append(std::string_view bytes, OnLine&& onLine) {
-  appendWhile(bytes, [&onLine](std::string_view line) {
-    onLine(line);
-    return true;
-  });
-}
-
-template <typename OnLine>
-std::string_view AppServerJSONLineBuffer::appendWhile(std::string_view bytes, OnLine&& onLine) {
-  std::size_t lineFeed = findLineFeed(bytes);
-  if (lineFeed != std::string_view::npos && !buffer_.empty()) {
-    buffer_.append(bytes.substr(0, lineFeed));
-    bytes.remove_prefix(lineFeed + 1);
-    if (!reportBuffered(false, onLine)) return bytes;
-    lineFeed = findLineFeed(bytes);
-  }
-  if (lineFeed != std::string_view::npos) {
-    // One check for all whole lines of these bytes: it costs less than one for each.
-    const bool knownValid = isValidUTF8(bytes.substr(0, bytes.rfind('\n') + 1));
-    do {
-      const std::string_view line = bytes.substr(0, lineFeed);
-      bytes.remove_prefix(lineFeed + 1);
-      if (bytes.size() + 1 >= jsonPadding) {
-        if (!report(withoutCarriageReturn(line), knownValid, onLine)) return bytes;
-      } else if (!line.empty()) {
-        buffer_.append(line);
-        if (!reportBuffered(knownValid, onLine)) return bytes;
-      }
-      lineFeed = findLineFeed(bytes);
-    } while (lineFeed != std::string_view::npos);
-  }
-  buffer_.append(bytes);
-  return {};
-}
 
 }  // namespace ormel::detail

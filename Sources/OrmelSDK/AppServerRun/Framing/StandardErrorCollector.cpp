@@ -6,10 +6,10 @@
 
 namespace ormel::detail {
 
-void StandardErrorCollector::start(const std::shared_ptr<PipeReader>& pipe) {
+void StandardErrorCollector::start(const std::shared_ptr<PipeReader>& stderrReadHandle) {
   {
     const std::lock_guard guard(lock_);
-    pipe_ = pipe;
+    stderrReadHandle_ = stderrReadHandle;
   }
   PipeReadHandlers handlers;
   handlers.onReadStart = [self = shared_from_this()] {
@@ -17,14 +17,14 @@ void StandardErrorCollector::start(const std::shared_ptr<PipeReader>& pipe) {
     ++self->readsInProgress_;
   };
   handlers.onChunk = [self = shared_from_this()](const ByteBuffer& bytes) {
-    self->data_.append(bytes.view());
+    self->stderrAccumulator_->append(bytes.view());
     self->readEnded(false);
   };
   handlers.onEnd = [self = shared_from_this()] { self->readEnded(true); };
-  pipe->start(std::move(handlers));
+  stderrReadHandle->start(std::move(handlers));
 }
 
-std::string StandardErrorCollector::text() const { return std::string(trimmed(data_.string())); }
+std::string StandardErrorCollector::text() const { return std::string(trimmed(stderrAccumulator_->string())); }
 
 Task<void> StandardErrorCollector::settled(std::shared_ptr<StandardErrorCollector> self, Scheduler& scheduler,
                                            std::chrono::nanoseconds limit) {
@@ -51,7 +51,7 @@ void StandardErrorCollector::readEnded(bool atEnd) {
 }
 
 bool StandardErrorCollector::isSettledLocked() const {
-  return atEnd_ || (readsInProgress_ == 0 && !pipe_->hasUnreadBytes());
+  return atEnd_ || (readsInProgress_ == 0 && !stderrReadHandle_->hasUnreadBytes());
 }
 
 }  // namespace ormel::detail

@@ -14,15 +14,19 @@
 
 namespace ormel::detail {
 
-/// Collects the standard error of a server process.
+/// Collects the standard error of a server process in an accumulator, which may outlive the process and serve several
+/// of them one after the other.
 ///
 /// *Thread safety*: all members may be called from any thread.
 class StandardErrorCollector : public std::enable_shared_from_this<StandardErrorCollector> {
  public:
-  /// Begins to read; once.
-  void start(const std::shared_ptr<PipeReader>& pipe);
+  explicit StandardErrorCollector(std::shared_ptr<AppServerLockedData> stderrAccumulator)
+      : stderrAccumulator_(std::move(stderrAccumulator)) {}
 
-  /// What has been read until now, trimmed.
+  /// Begins to read; once.
+  void start(const std::shared_ptr<PipeReader>& stderrReadHandle);
+
+  /// All that is in the accumulator, trimmed.
   std::string text() const;
 
   /// Ends when nothing that the process has written is under way any more, or after `limit`: the end of standard output
@@ -34,9 +38,9 @@ class StandardErrorCollector : public std::enable_shared_from_this<StandardError
   void readEnded(bool atEnd);
   bool isSettledLocked() const;
 
-  AppServerLockedData data_;
+  const std::shared_ptr<AppServerLockedData> stderrAccumulator_;
   mutable std::mutex lock_;
-  std::shared_ptr<PipeReader> pipe_;
+  std::shared_ptr<PipeReader> stderrReadHandle_;
   std::uint64_t readsInProgress_ = 0;
   bool atEnd_ = false;
   OneShotResolver<void> waiter_;

@@ -129,7 +129,7 @@ Task<EventChannel<ThreadEvent>> AppServerTurnRun::openOperation(std::uint64_t op
 }
 
 Task<void> AppServerTurnRun::initializeIfNeeded(std::uint64_t operationGeneration) {
-  if (!transport_.didInitialize()) {
+  if (!transport_.didInitializeProcess()) {
     const auto capabilities = AppServerInitializeCapabilities::forTurns(configuration_.threadOptions);
     const JSONValue params = appServerInitializeParams(capabilities);
     co_await sendRequest("initialize", params);

@@ -38,7 +38,7 @@ Task<JSONValue> AppServerTurnRun::sendRequest(std::string method, std::optional<
   // Kept before it is written: its answer, and its cancellation, find it.
   requests_.add(id, std::move(request));
   try {
-    transport_.write(payload);
+    transport_.writePayload(payload);
   } catch (...) {
     requests_.remove(id);
     throw;
@@ -78,7 +78,7 @@ void AppServerTurnRun::cancelPendingRequest(const AppServerRequestID& id) {
 }
 
 void AppServerTurnRun::writeNotification(std::string_view method, const std::optional<JSONValue>& params) {
-  transport_.write(messageObject(std::nullopt, method, params));
+  transport_.writePayload(messageObject(std::nullopt, method, params));
 }
 
 }  // namespace ormel::detail

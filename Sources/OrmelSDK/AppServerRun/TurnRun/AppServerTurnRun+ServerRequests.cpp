@@ -132,13 +132,13 @@ void AppServerTurnRun::applyServerRequestResult(const AppServerRequestID& id, co
 }
 
 void AppServerTurnRun::respondToServerRequest(const AppServerRequestID& id, const JSONValue& result) {
-  transport_.write(JSONValue::object({{"id", id.jsonValue()}, {"result", result}}));
+  transport_.writePayload(JSONValue::object({{"id", id.jsonValue()}, {"result", result}}));
 }
 
 void AppServerTurnRun::respondToServerRequestError(const AppServerRequestID& id, std::int64_t code,
                                                    const std::string& message) {
   const JSONValue error = JSONValue::object({{"code", code}, {"message", message}});
-  transport_.write(JSONValue::object({{"id", id.jsonValue()}, {"error", error}}));
+  transport_.writePayload(JSONValue::object({{"id", id.jsonValue()}, {"error", error}}));
 }
 
 std::optional<PreparedServerRequestWork> AppServerTurnRun::ServerRequests::prepare(AppServerTurnRun& run,

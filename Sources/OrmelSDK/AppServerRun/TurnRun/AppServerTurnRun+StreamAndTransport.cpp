@@ -1,24 +1,17 @@
 #include <exception>
 #include <utility>
 
-#include "OrmelSDK/AppServerRun/Framing/AppServerJSONLineBuffer.h"
-#include "OrmelSDK/AppServerRun/Framing/AppServerOutputChunks.h"
-#include "OrmelSDK/AppServerRun/Launch/AppServerLaunch.h"
-#include "OrmelSDK/AppServerRun/Launch/ExecutableVetting.h"
+#include "OrmelSDK/AppServerRun/Connection/ServerConnection.h"
 #include "OrmelSDK/AppServerRun/Launch/ExitDetail.h"
 #include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun.h"
 #include "OrmelSDK/Base/CheckedCounter.h"
 #include "OrmelSDK/Base/OrmelProcessError.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
-#include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
 #include "OrmelSDK/JSON/JSONDecoding.h"
-#include "OrmelSDK/Platform/ChunkBuffers.h"
 
 namespace ormel::detail {
 
 namespace {
-
-constexpr const char* processStarter = "/usr/bin/env";
 
 /// Tells the coordinator, on every way out, that the reader has done with a chunk.
 class ChunkInHand {
@@ -39,146 +32,102 @@ AppServerProcessExitCoordinator::StartTimer timersOf(Scheduler& scheduler) {
   };
 }
 
-/// The next chunk, or nothing when there will be none.
-Task<std::optional<ByteBuffer>> nextChunk(EventChannel<ByteBuffer>& chunks) {
-  try {
-    co_return co_await chunks.next();
-  } catch (const AbandonedError&) {
-    // The pipe was closed from this side.
-    co_return std::nullopt;
-  }
+AppServerOutputChunkCallbacks callbacksOf(const std::shared_ptr<AppServerProcessExitCoordinator>& exitCoordinator) {
+  AppServerOutputChunkCallbacks callbacks;
+  callbacks.onReadStart = [exitCoordinator] { exitCoordinator->readStarted(); };
+  callbacks.onChunkEnqueued = [exitCoordinator] { exitCoordinator->chunkEnqueued(); };
+  callbacks.onEOF = [exitCoordinator] { exitCoordinator->readerDidReachEOF(); };
+  return callbacks;
 }
 
 }  // namespace
 
 Task<void> AppServerTurnRun::startProcess(std::uint64_t operationGeneration) {
   if (transport_.hasProcess()) co_return;
-  if (needsVetting(configuration_.ormelOptions)) {
-    UniqueFunction<void()> vetting = [path = configuration_.executablePath, options = configuration_.ormelOptions] {
-      requireTrustedExecutable(path, options);
-    };
-    co_await runBlocking(*services_.blockingWork, std::move(vetting));
-    stream_.requireCurrent(operationGeneration);
-    if (transport_.hasProcess()) co_return;
-  }
-  launchProcess();
+  co_await vetServerExecutable(*services_.blockingWork, configuration_.executablePath, configuration_.ormelOptions);
+  stream_.requireCurrent(operationGeneration);
+  if (!transport_.hasProcess()) launchProcess();
 }
 
 void AppServerTurnRun::launchProcess() {
   const std::uint64_t generation = transport_.nextGeneration();
-  LaunchSettings settings;
-  settings.executable = processStarter;
-  settings.arguments = buildAppServerArguments(configuration_.executablePath, configuration_.ormelOptions);
-  settings.environment = buildAppServerEnvironment(configuration_.ormelOptions, configuration_.ormelPathDirectories);
-
-  // Set before anything can ask: the coordinator first hears of the process on this strand.
-  const auto output = std::make_shared<std::shared_ptr<PipeReader>>();
-  const auto exitCoordinator = AppServerProcessExitCoordinator::create([output] { return (*output)->hasUnreadBytes(); },
-                                                                       timersOf(*services_.scheduler));
-  ServerProcess process;
+  const LaunchSettings settings = serverLaunchSettings(
+      configuration_.executablePath, configuration_.ormelPathDirectories, configuration_.ormelOptions);
+  std::unique_ptr<ServerConnection> connection;
   try {
-    process.child = services_.launcher->launch(settings, terminationHandler(generation, exitCoordinator));
+    connection = ServerConnection::launch(*services_.launcher, settings, std::make_shared<AppServerLockedData>(),
+                                          terminationHandler(generation));
   } catch (...) {
     transport_.nextGeneration();
     shutdownProcess();
-    throw OrmelProcessError::spawnFailed(describedFailure(std::current_exception()).message);
+    throw;
   }
-  *output = process.child->output();
-  process.errorOutput = std::make_shared<StandardErrorCollector>();
-  process.errorOutput->start(process.child->errorOutput());
-  process.exitCoordinator = exitCoordinator;
-
-  AppServerOutputChunkCallbacks callbacks;
-  callbacks.onReadStart = [exitCoordinator] { exitCoordinator->readStarted(); };
-  callbacks.onChunkEnqueued = [exitCoordinator] { exitCoordinator->chunkEnqueued(); };
-  callbacks.onEOF = [exitCoordinator] { exitCoordinator->readerDidReachEOF(); };
-  auto chunks = appServerOutputChunks(*output, std::move(callbacks));
-  Reading reading{weak_from_this(), services_.scheduler, generation,
-                  exitCoordinator,  process.errorOutput, configuration_.durations.processExitGrace};
-  auto reader = readStdoutLoop(std::move(reading), std::move(chunks));
-  std::move(reader).onStrand(strand_).withStopToken(transport_.adopt(std::move(process))).detach();
+  const auto exitCoordinator = AppServerProcessExitCoordinator::create(
+      [pipe = connection->outputPipe()] { return pipe->hasUnreadBytes(); }, timersOf(*services_.scheduler));
+  ServerOutput output = connection->read(callbacksOf(exitCoordinator));
+  transport_.adopt(std::move(connection), exitCoordinator);
+  std::stop_token stop = output.stopToken();
+  auto reader = readStdoutLoop(weak_from_this(), std::move(output), generation, exitCoordinator);
+  std::move(reader).onStrand(strand_).withStopToken(std::move(stop)).detach();
 }
 
-TerminationHandler AppServerTurnRun::terminationHandler(
-    std::uint64_t transportGeneration, std::shared_ptr<AppServerProcessExitCoordinator> exitCoordinator) {
-  return [owner = weak_from_this(), strand = strand_, transportGeneration,
-          grace = configuration_.durations.processExitGrace,
-          coordinator = std::move(exitCoordinator)](const Termination& termination) {
-    auto report = [owner, strand, transportGeneration, termination] {
-      auto handle = [owner, transportGeneration, termination] {
-        if (const auto run = owner.lock()) run->handleProcessExit(transportGeneration, termination);
-      };
-      strand.post(std::move(handle), "process exit");
-    };
-    auto tell = [coordinator, grace, exitReport = std::move(report)] {
-      coordinator->processDidExit(grace, exitReport);
+TerminationHandler AppServerTurnRun::terminationHandler(std::uint64_t transportGeneration) {
+  return [owner = weak_from_this(), strand = strand_, transportGeneration](const Termination& termination) {
+    auto tell = [owner, transportGeneration, termination] {
+      if (const auto run = owner.lock()) run->coordinateProcessExit(transportGeneration, termination);
     };
     strand.post(std::move(tell), "process termination");
   };
 }
 
-AppServerTurnRun::Self AppServerTurnRun::Reading::run(const std::stop_token& stop) const {
-  auto run = owner.lock();
-  return run && run->isReading(transportGeneration, stop) ? run : nullptr;
+void AppServerTurnRun::coordinateProcessExit(std::uint64_t transportGeneration, const Termination& termination) {
+  if (!isCurrentTransport(transportGeneration)) return;
+  auto report = [owner = weak_from_this(), strand = strand_, transportGeneration, termination] {
+    auto handle = [owner, transportGeneration, termination] {
+      if (const auto run = owner.lock()) run->handleProcessExit(transportGeneration, termination);
+    };
+    strand.post(std::move(handle), "process exit");
+  };
+  transport_.processExitCoordinator()->processDidExit(configuration_.durations.processExitGrace, std::move(report));
 }
 
-Task<void> AppServerTurnRun::readStdoutLoop(Reading reading, EventChannel<ByteBuffer> chunks) {
-  const std::stop_token stop = co_await currentStopToken();
-  AppServerJSONLineBuffer lines;
-  while (auto chunk = co_await nextChunk(chunks)) {
-    const ChunkInHand inHand(*reading.exitCoordinator);
-    auto run = reading.run(stop);
-    if (!run) co_return;
+Task<void> AppServerTurnRun::readStdoutLoop(std::weak_ptr<AppServerTurnRun> owner, ServerOutput output,
+                                            std::uint64_t transportGeneration,
+                                            std::shared_ptr<AppServerProcessExitCoordinator> exitCoordinator) {
+  while (co_await output.nextChunk()) {
+    const ChunkInHand inHand(*exitCoordinator);
+    const Self run = owner.lock();
+    if (!run || output.isClosed()) co_return;
     if (run->stdoutChunkProcessingHook) {
-      Task<void> hook = run->stdoutChunkProcessingHook(std::string(chunk->view()));
-      run.reset();
+      Task<void> hook = run->stdoutChunkProcessingHook(std::string(output.chunk()));
       co_await std::move(hook);
-      run = reading.run(stop);
-      if (!run) co_return;
     }
-    std::string_view rest = chunk->view();
-    while (true) {
-      bool hasEndedRequest = false;
-      {
-        RunStream::EmissionBatch gathering(run->stream_);
-        rest = lines.appendWhile(rest, [&](std::string_view line) {
-          if (run->isReading(reading.transportGeneration, stop)) hasEndedRequest = run->handleIncomingLine(line);
-          return !hasEndedRequest;
-        });
-        const ThreadHandoff leaving(!chunks.isReady() && isLastPieceOfThread());
-        gathering.end();
-      }
-      if (!hasEndedRequest) break;
-      auto givingWay = yieldToWaiters(std::move(run));
-      co_await std::move(givingWay);
-      run = reading.run(stop);
-      if (!run) co_return;
-    }
-    giveBackChunkBuffer(*std::move(chunk));
-    if (!run->isReading(reading.transportGeneration, stop)) co_return;
+    while (run->handleLines(output)) co_await run->strand_.yield();
   }
-  if (auto last = lines.finish()) {
-    const std::size_t size = last->size();
-    last->append(jsonPadding, ' ');
-    auto run = reading.run(stop);
-    if (run && run->handleIncomingLine(std::string_view(*last).substr(0, size))) {
-      auto givingWay = yieldToWaiters(std::move(run));
-      co_await std::move(givingWay);
-    }
-  }
-  auto run = reading.run(stop);
-  if (run && run->isErrorTextAwaited()) {
+  Self run = owner.lock();
+  if (run && run->handleLines(output)) co_await run->strand_.yield();
+  if (!run || output.isClosed()) co_return;
+  if (run->isErrorTextAwaited()) {
+    auto lastWords = StandardErrorCollector::settled(run->transport_.errorOutput(), *run->services_.scheduler,
+                                                     run->configuration_.durations.processExitGrace);
     run.reset();
-    co_await StandardErrorCollector::settled(reading.errorOutput, *reading.scheduler, reading.settlingLimit);
-    run = reading.run(stop);
+    co_await std::move(lastWords);
+    run = owner.lock();
   }
-  if (run) run->handleEOF(reading.transportGeneration);
+  if (run) run->handleEOF(transportGeneration);
 }
 
-Task<void> AppServerTurnRun::yieldToWaiters(Self self) {
-  const Strand strand = self->strand_;
-  self.reset();
-  co_await strand.yield();
+bool AppServerTurnRun::handleLines(ServerOutput& output) {
+  RunStream::EmissionBatch batch(stream_);
+  bool hasEndedRequest = false;
+  while (!hasEndedRequest) {
+    const auto line = output.nextLine();
+    if (!line) break;
+    hasEndedRequest = handleIncomingLine(*line);
+  }
+  const ThreadHandoff handoff(!output.isReady() && isLastPieceOfThread());
+  batch.end();
+  return hasEndedRequest;
 }
 
 bool AppServerTurnRun::handleIncomingLine(std::string_view paddedLine) noexcept {

@@ -194,31 +194,19 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   // Transport.
   Task<void> startProcess(std::uint64_t operationGeneration);
   void launchProcess();
-  TerminationHandler terminationHandler(std::uint64_t transportGeneration,
-                                        std::shared_ptr<AppServerProcessExitCoordinator> exitCoordinator);
-  /// What the reader of a process keeps. The run may be gone at any time.
-  struct Reading {
-    /// The run, unless it is gone or has done with this process.
-    Self run(const std::stop_token& stop) const;
-
-    std::weak_ptr<AppServerTurnRun> owner;
-    Scheduler* scheduler;
-    std::uint64_t transportGeneration;
-    std::shared_ptr<AppServerProcessExitCoordinator> exitCoordinator;
-    std::shared_ptr<StandardErrorCollector> errorOutput;
-    std::chrono::nanoseconds settlingLimit;
-  };
-  static Task<void> readStdoutLoop(Reading reading, EventChannel<ByteBuffer> chunks);
-  bool isReading(std::uint64_t transportGeneration, const std::stop_token& stop) const noexcept {
-    return isCurrentTransport(transportGeneration) && !stop.stop_requested();
-  }
+  TerminationHandler terminationHandler(std::uint64_t transportGeneration);
+  void coordinateProcessExit(std::uint64_t transportGeneration, const Termination& termination);
+  /// Holds the run only while it works on a chunk: the run may be gone at any time.
+  static Task<void> readStdoutLoop(std::weak_ptr<AppServerTurnRun> owner, ServerOutput output,
+                                   std::uint64_t transportGeneration,
+                                   std::shared_ptr<AppServerProcessExitCoordinator> exitCoordinator);
+  /// Handles the lines that are there up to one that ends a request, and returns whether there was one: its waiter is
+  /// to run before the next line, which may depend on what it makes of the response.
+  bool handleLines(ServerOutput& output);
   bool isCurrentTransport(std::uint64_t transportGeneration) const noexcept {
     return transport_.generation() == transportGeneration;
   }
-  /// Lets whoever got one of the lines that were read go on, ahead of the next line.
-  static Task<void> yieldToWaiters(Self self);
-  /// `jsonPadding` readable bytes stand behind the line. Returns whether it was the end of a request, so that the next
-  /// line may depend on what its sender makes of it.
+  /// `jsonPadding` readable bytes stand behind the line. Returns whether it ended a request.
   bool handleIncomingLine(std::string_view paddedLine) noexcept;
   bool handleMessage(const AppServerMessage& message);
   /// Whether the standard error of the process would tell why the operation ended.

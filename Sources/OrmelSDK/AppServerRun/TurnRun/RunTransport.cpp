@@ -3,42 +3,36 @@
 #include <utility>
 
 #include "OrmelSDK/Base/CheckedCounter.h"
-#include "OrmelSDK/Base/ThreadRunError.h"
 
 namespace ormel::detail {
 
 std::uint64_t RunTransport::nextGeneration() {
-  incrementCounter(generation_);
-  return generation_;
+  incrementCounter(transportGeneration_);
+  return transportGeneration_;
 }
 
-std::stop_token RunTransport::adopt(ServerProcess process) {
-  process_ = std::move(process);
-  reader_ = std::stop_source();
-  return reader_.get_token();
+void RunTransport::adopt(std::unique_ptr<ServerConnection> connection,
+                         std::shared_ptr<AppServerProcessExitCoordinator> processExitCoordinator) {
+  connection_ = std::move(connection);
+  processExitCoordinator_ = std::move(processExitCoordinator);
 }
 
-void RunTransport::write(const JSONValue& payload) {
-  if (!hasProcess()) throw ThreadRunError::streamError("Ormel app-server stdin is unavailable");
-  std::string line = payload.encode();
-  line += '\n';
-  process_.child->write(std::move(line));
+std::shared_ptr<StandardErrorCollector> RunTransport::errorOutput() const {
+  return connection_ ? connection_->errorOutput() : nullptr;
 }
 
-std::string RunTransport::errorText() const { return process_.errorOutput ? process_.errorOutput->text() : ""; }
+std::string RunTransport::errorText() const { return connection_ ? connection_->errorOutput()->text() : ""; }
 
 bool RunTransport::outputHasEnded() const {
-  return process_.exitCoordinator && process_.exitCoordinator->readerReachedEOF();
+  return processExitCoordinator_ && processExitCoordinator_->readerReachedEOF();
 }
 
 void RunTransport::shutdown() {
   if (!hasProcess()) return;
-  incrementCounter(generation_);
-  reader_.request_stop();
-  const ServerProcess ended = std::exchange(process_, ServerProcess());
-  ended.exitCoordinator->cancel();
-  if (ended.child->isRunning()) ended.child->terminate();
-  didInitialize_ = false;
+  incrementCounter(transportGeneration_);
+  std::exchange(processExitCoordinator_, nullptr)->cancel();
+  const auto ended = std::exchange(connection_, nullptr);
+  didInitializeProcess_ = false;
 }
 
 }  // namespace ormel::detail

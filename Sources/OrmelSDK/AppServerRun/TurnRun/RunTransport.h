@@ -2,50 +2,47 @@
 
 #include <cstdint>
 #include <memory>
-#include <stop_token>
 #include <string>
 
-#include "OrmelSDK/AppServerRun/Framing/StandardErrorCollector.h"
+#include "OrmelSDK/AppServerRun/Connection/ServerConnection.h"
 #include "OrmelSDK/AppServerRun/Launch/AppServerProcessExitCoordinator.h"
 #include "OrmelSDK/JSON/JSONValue.h"
-#include "OrmelSDK/Platform/ProcessLauncher.h"
 
 namespace ormel::detail {
-
-/// What one incarnation of the server process consists of.
-struct ServerProcess {
-  std::unique_ptr<ChildProcess> child;
-  std::shared_ptr<StandardErrorCollector> errorOutput;
-  std::shared_ptr<AppServerProcessExitCoordinator> exitCoordinator;
-};
 
 /// The server process of a run, if there is one.
 ///
 /// What holds at all times: each incarnation has a generation of its own, so that what comes late from an earlier one
-/// is known as such; an absent process has no reader, no pipe and no handshake.
+/// is known as such; an absent process has no reader, no pipe, no exit coordinator and no handshake.
 ///
 /// *Thread safety*: none; it belongs to the run's strand.
 class RunTransport {
  public:
   ~RunTransport() { shutdown(); }
 
-  bool hasProcess() const noexcept { return process_.child != nullptr; }
+  bool hasProcess() const noexcept { return connection_ != nullptr; }
 
-  std::uint64_t generation() const noexcept { return generation_; }
+  std::uint64_t generation() const noexcept { return transportGeneration_; }
 
   /// Whether the handshake has been done with this process.
-  bool didInitialize() const noexcept { return didInitialize_; }
-  void setInitialized() noexcept { didInitialize_ = true; }
+  bool didInitializeProcess() const noexcept { return didInitializeProcess_; }
+  void setInitialized() noexcept { didInitializeProcess_ = true; }
 
   /// A new incarnation; returns its generation.
   std::uint64_t nextGeneration();
 
-  /// Keeps a process that was started; returns the token that tells its reader to end.
-  std::stop_token adopt(ServerProcess process);
+  /// Keeps the connection to a process that was started, and the coordinator of its end.
+  void adopt(std::unique_ptr<ServerConnection> connection,
+             std::shared_ptr<AppServerProcessExitCoordinator> processExitCoordinator);
 
-  /// Writes a line. Fails with `ThreadRunError` of the kind `streamError` if there is no process, and as
-  /// `JSONValue::encode`. That the process does not read it is no failure here.
-  void write(const JSONValue& payload);
+  /// Null without a process.
+  const std::shared_ptr<AppServerProcessExitCoordinator>& processExitCoordinator() const noexcept {
+    return processExitCoordinator_;
+  }
+  std::shared_ptr<StandardErrorCollector> errorOutput() const;
+
+  /// Writes a line; see `ormel::detail::writePayload`.
+  void writePayload(const JSONValue& payload) { detail::writePayload(connection_.get(), payload); }
 
   /// What the process has written to its standard error, trimmed; empty without a process.
   std::string errorText() const;
@@ -58,10 +55,10 @@ class RunTransport {
   void shutdown();
 
  private:
-  ServerProcess process_;
-  std::stop_source reader_{std::nostopstate};
-  std::uint64_t generation_ = 0;
-  bool didInitialize_ = false;
+  std::unique_ptr<ServerConnection> connection_;
+  std::shared_ptr<AppServerProcessExitCoordinator> processExitCoordinator_;
+  std::uint64_t transportGeneration_ = 0;
+  bool didInitializeProcess_ = false;
 };
 
 }  // namespace ormel::detail

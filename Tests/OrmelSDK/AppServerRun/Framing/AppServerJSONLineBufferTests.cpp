@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -20,6 +19,14 @@ using ormel::detail::AppServerJSONLineBuffer;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+/// Appends the bytes and pulls all lines.
+std::vector<std::string> linesOf(AppServerJSONLineBuffer& buffer, std::string_view bytes) {
+  std::vector<std::string> lines;
+  buffer.append(bytes);
+  while (const auto line = buffer.next()) lines.emplace_back(*line);
+  return lines;
+}
+
 struct Split {
   std::vector<std::string> lines;
   std::optional<std::string> tail;
@@ -33,7 +40,7 @@ Split splitOf(const std::vector<std::string>& pieces) {
   Split result;
   for (const auto& piece : pieces) {
     const std::vector<char> exact(piece.begin(), piece.end());
-    for (auto& line : buffer.append({exact.data(), exact.size()})) result.lines.push_back(std::move(line));
+    for (auto& line : linesOf(buffer, {exact.data(), exact.size()})) result.lines.push_back(std::move(line));
   }
   result.tail = buffer.finish();
   EXPECT_EQ(buffer.finish(), std::nullopt);
@@ -95,39 +102,39 @@ std::string randomStream(std::mt19937& random) {
 
 TEST(AppServerJSONLineBuffer, DropsBlankLines) {
   AppServerJSONLineBuffer buffer;
-  EXPECT_THAT(buffer.append("a\r\n\r\nb\n"), ElementsAre("a", "b"));
+  EXPECT_THAT(linesOf(buffer, "a\r\n\r\nb\n"), ElementsAre("a", "b"));
 }
 
 TEST(AppServerJSONLineBuffer, KeepsALineOfSpaces) {
   AppServerJSONLineBuffer buffer;
-  EXPECT_THAT(buffer.append("  \n"), ElementsAre("  "));
+  EXPECT_THAT(linesOf(buffer, "  \n"), ElementsAre("  "));
 }
 
 TEST(AppServerJSONLineBuffer, DropsACarriageReturnThatCameInAnEarlierPiece) {
   AppServerJSONLineBuffer buffer;
-  EXPECT_THAT(buffer.append("line\r"), IsEmpty());
-  EXPECT_THAT(buffer.append("\nnext\n"), ElementsAre("line", "next"));
+  EXPECT_THAT(linesOf(buffer, "line\r"), IsEmpty());
+  EXPECT_THAT(linesOf(buffer, "\nnext\n"), ElementsAre("line", "next"));
 }
 
 TEST(AppServerJSONLineBuffer, DropsOnlyOneCarriageReturnAheadOfTheLineFeed) {
   AppServerJSONLineBuffer buffer;
-  EXPECT_THAT(buffer.append("\r\r\n"), ElementsAre("\r"));
+  EXPECT_THAT(linesOf(buffer, "\r\r\n"), ElementsAre("\r"));
 }
 
 TEST(AppServerJSONLineBuffer, KeepsACarriageReturnInsideOfALine) {
   AppServerJSONLineBuffer buffer;
-  EXPECT_THAT(buffer.append("a\rb\n"), ElementsAre("a\rb"));
+  EXPECT_THAT(linesOf(buffer, "a\rb\n"), ElementsAre("a\rb"));
 }
 
 TEST(AppServerJSONLineBuffer, MovesOnFromALineFeedAtTheStart) {
   AppServerJSONLineBuffer buffer;
-  EXPECT_THAT(buffer.append("\na\n"), ElementsAre("a"));
+  EXPECT_THAT(linesOf(buffer, "\na\n"), ElementsAre("a"));
 }
 
 TEST(AppServerJSONLineBuffer, ReportsNothingForNoBytes) {
   AppServerJSONLineBuffer buffer;
-  EXPECT_THAT(buffer.append(""), IsEmpty());
-  EXPECT_THAT(buffer.append(std::string_view()), IsEmpty());
+  EXPECT_THAT(linesOf(buffer, ""), IsEmpty());
+  EXPECT_THAT(linesOf(buffer, std::string_view()), IsEmpty());
   EXPECT_EQ(buffer.finish(), std::nullopt);
 }
 
@@ -138,34 +145,32 @@ TEST(AppServerJSONLineBuffer, ReportsNothingForAStreamOfLineFeeds) {
 
 TEST(AppServerJSONLineBuffer, CutsManyLinesOfOnePiece) {
   AppServerJSONLineBuffer buffer;
-  EXPECT_THAT(buffer.append("one\ntwo\nthree\nfo"), ElementsAre("one", "two", "three"));
-  EXPECT_THAT(buffer.append("ur\n"), ElementsAre("four"));
+  EXPECT_THAT(linesOf(buffer, "one\ntwo\nthree\nfo"), ElementsAre("one", "two", "three"));
+  EXPECT_THAT(linesOf(buffer, "ur\n"), ElementsAre("four"));
 }
 
-TEST(AppServerJSONLineBuffer, StopsBehindAnyLineAndGoesOnThere) {
-  const std::string bytes = "one\r\n\nt\xFFwo\nthree\n" + std::string(200, 'x') + "\nlast\ntail";
-  const Split expected = splitOf({bytes});
-  ASSERT_EQ(expected.lines.size(), 5U);
-  for (std::size_t cut = 0; cut <= bytes.size(); ++cut) {
-    AppServerJSONLineBuffer buffer;
-    Split stopped;
-    for (const std::string& piece : {bytes.substr(0, cut), bytes.substr(cut)}) {
-      const std::vector<char> exact(piece.begin(), piece.end());
-      std::string_view rest(exact.data(), exact.size());
-      bool goesOn = false;
-      while (!goesOn) {
-        goesOn = true;
-        rest = buffer.appendWhile(rest, [&](std::string_view line) {
-          EXPECT_TRUE(goesOn);
-          stopped.lines.emplace_back(line);
-          return goesOn = false;
-        });
-      }
-      EXPECT_EQ(rest, "");
-    }
-    stopped.tail = buffer.finish();
-    EXPECT_EQ(stopped, expected) << "cut at " << cut;
+TEST(AppServerJSONLineBuffer, GivesNothingMoreOnceTheBytesAreUsedUp) {
+  AppServerJSONLineBuffer buffer;
+  EXPECT_EQ(buffer.next(), std::nullopt);
+  EXPECT_THAT(linesOf(buffer, "one\ntw"), ElementsAre("one"));
+  EXPECT_EQ(buffer.next(), std::nullopt);
+  EXPECT_THAT(linesOf(buffer, "o\n"), ElementsAre("two"));
+  EXPECT_EQ(buffer.next(), std::nullopt);
+}
+
+TEST(AppServerJSONLineBuffer, KeepsALineReadableUntilTheNextIsPulled) {
+  const std::string longText(500, 'x');
+  AppServerJSONLineBuffer buffer;
+  linesOf(buffer, "be");
+  const std::string bytes = "gun\n" + longText + "\nb\xFF\nend\n";
+  buffer.append(bytes);
+  for (const std::string& expected : {"begun"s, longText, "b\xEF\xBF\xBD"s, "end"s}) {
+    const auto line = buffer.next();
+    ASSERT_TRUE(line);
+    EXPECT_EQ(*line, expected);
+    EXPECT_EQ(*line, expected);
   }
+  EXPECT_EQ(buffer.next(), std::nullopt);
 }
 
 TEST(AppServerJSONLineBuffer, AssemblesOneLineFromManyPieces) {
@@ -174,24 +179,24 @@ TEST(AppServerJSONLineBuffer, AssemblesOneLineFromManyPieces) {
 
 TEST(AppServerJSONLineBuffer, ReplacesInvalidBytesOfALine) {
   AppServerJSONLineBuffer buffer;
-  EXPECT_THAT(buffer.append("good\na\xFFz\nalso good\n"), ElementsAre("good", "a\xEF\xBF\xBDz", "also good"));
+  EXPECT_THAT(linesOf(buffer, "good\na\xFFz\nalso good\n"), ElementsAre("good", "a\xEF\xBF\xBDz", "also good"));
 }
 
 TEST(AppServerJSONLineBuffer, RepairsACharacterThatTheLineFeedCutsOff) {
   AppServerJSONLineBuffer buffer;
-  EXPECT_THAT(buffer.append("a\xE2\x82\nb\n"), ElementsAre("a\xEF\xBF\xBD", "b"));
+  EXPECT_THAT(linesOf(buffer, "a\xE2\x82\nb\n"), ElementsAre("a\xEF\xBF\xBD", "b"));
 }
 
 TEST(AppServerJSONLineBuffer, KeepsACharacterThatIsCutBetweenTwoPieces) {
   AppServerJSONLineBuffer buffer;
-  EXPECT_THAT(buffer.append("\xE2"), IsEmpty());
-  EXPECT_THAT(buffer.append("\x82"), IsEmpty());
-  EXPECT_THAT(buffer.append("\xAC\n"), ElementsAre("\xE2\x82\xAC"));
+  EXPECT_THAT(linesOf(buffer, "\xE2"), IsEmpty());
+  EXPECT_THAT(linesOf(buffer, "\x82"), IsEmpty());
+  EXPECT_THAT(linesOf(buffer, "\xAC\n"), ElementsAre("\xE2\x82\xAC"));
 }
 
 TEST(AppServerJSONLineBuffer, KeepsZeroBytes) {
   AppServerJSONLineBuffer buffer;
-  EXPECT_THAT(buffer.append("a\0b\n"sv), ElementsAre("a\0b"s));
+  EXPECT_THAT(linesOf(buffer, "a\0b\n"sv), ElementsAre("a\0b"s));
 }
 
 TEST(AppServerJSONLineBuffer, FinishesAnEmptyStreamWithNothing) {
@@ -201,41 +206,41 @@ TEST(AppServerJSONLineBuffer, FinishesAnEmptyStreamWithNothing) {
 
 TEST(AppServerJSONLineBuffer, FinishesWithTheTailWithoutItsCarriageReturn) {
   AppServerJSONLineBuffer buffer;
-  buffer.append("abc\r");
+  linesOf(buffer, "abc\r");
   EXPECT_EQ(buffer.finish(), "abc");
   EXPECT_EQ(buffer.finish(), std::nullopt);
 }
 
 TEST(AppServerJSONLineBuffer, DropsOnlyOneCarriageReturnOfTheTail) {
   AppServerJSONLineBuffer buffer;
-  buffer.append("abc\r\r");
+  linesOf(buffer, "abc\r\r");
   EXPECT_EQ(buffer.finish(), "abc\r");
 }
 
 TEST(AppServerJSONLineBuffer, FinishesALoneCarriageReturnWithNothing) {
   AppServerJSONLineBuffer buffer;
-  buffer.append("\r");
+  linesOf(buffer, "\r");
   EXPECT_EQ(buffer.finish(), std::nullopt);
-  EXPECT_THAT(buffer.append("x\n"), ElementsAre("x"));
+  EXPECT_THAT(linesOf(buffer, "x\n"), ElementsAre("x"));
 }
 
 TEST(AppServerJSONLineBuffer, FinishesATailOfSpacesAsItIs) {
   AppServerJSONLineBuffer buffer;
-  buffer.append("line\n   ");
+  linesOf(buffer, "line\n   ");
   EXPECT_EQ(buffer.finish(), "   ");
 }
 
 TEST(AppServerJSONLineBuffer, RepairsTheTail) {
   AppServerJSONLineBuffer buffer;
-  buffer.append("tail\xC3");
+  linesOf(buffer, "tail\xC3");
   EXPECT_EQ(buffer.finish(), "tail\xEF\xBF\xBD");
 }
 
 TEST(AppServerJSONLineBuffer, StartsAnewAfterFinish) {
   AppServerJSONLineBuffer buffer;
-  buffer.append("old");
+  linesOf(buffer, "old");
   EXPECT_EQ(buffer.finish(), "old");
-  EXPECT_THAT(buffer.append("new\n"), ElementsAre("new"));
+  EXPECT_THAT(linesOf(buffer, "new\n"), ElementsAre("new"));
 }
 
 TEST(AppServerJSONLineBuffer, AssemblesALineOfAHundredMegabytes) {
@@ -243,8 +248,8 @@ TEST(AppServerJSONLineBuffer, AssemblesALineOfAHundredMegabytes) {
   constexpr std::size_t pieceCount = 25'000;
   const std::string piece(pieceSize, 'x');
   AppServerJSONLineBuffer buffer;
-  for (std::size_t count = 0; count < pieceCount; ++count) ASSERT_THAT(buffer.append(piece), IsEmpty());
-  const auto lines = buffer.append("\r\nnext\n");
+  for (std::size_t count = 0; count < pieceCount; ++count) ASSERT_THAT(linesOf(buffer, piece), IsEmpty());
+  const auto lines = linesOf(buffer, "\r\nnext\n");
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_EQ(lines[0].size(), pieceSize * pieceCount);
   EXPECT_EQ(lines[0].find_first_not_of('x'), std::string::npos);
@@ -270,8 +275,8 @@ TEST(AppServerJSONLineBuffer, HandsOutLinesThatCanBeDecodedInPlace) {
     std::vector<JSONValue> values;
     for (const auto& piece : pieces) {
       const std::vector<char> exact(piece.begin(), piece.end());
-      buffer.append({exact.data(), exact.size()},
-                    [&](std::string_view line) { values.push_back(ormel::detail::decodePaddedJSON(line)); });
+      buffer.append({exact.data(), exact.size()});
+      while (const auto line = buffer.next()) values.push_back(ormel::detail::decodePaddedJSON(*line));
     }
     EXPECT_THAT(values, ElementsAre(JSONValue::object({{"a", 1}}), JSONValue(longText), JSONValue::array({true}),
                                     JSONValue("\xEF\xBF\xBD"), JSONValue(7)));
@@ -286,23 +291,17 @@ TEST(AppServerJSONLineBuffer, HasReadableBytesBehindEveryLine) {
     AppServerJSONLineBuffer buffer;
     std::size_t lines = 0;
     unsigned sum = 0;
-    buffer.append({exact.data(), exact.size()}, [&](std::string_view line) {
+    const auto touch = [&](std::string_view line) {
       ++lines;
       for (std::size_t at = 0; at < ormel::detail::jsonPadding; ++at) {
         sum += static_cast<unsigned char>(line.data()[line.size() + at]);
       }
-    });
-    ASSERT_EQ(lines, 3u) << sum;
-  }
-}
-
-TEST(AppServerJSONLineBuffer, IsUsableAfterTheReceiverOfALineThrew) {
-  for (const auto* const start : {"", "sta"}) {
-    AppServerJSONLineBuffer buffer;
-    buffer.append(start);
-    EXPECT_THROW(buffer.append("rt\nlost\n", [](std::string_view) { throw std::runtime_error("refused"); }),
-                 std::runtime_error);
-    EXPECT_THAT(buffer.append("next\n"), ElementsAre("next"));
+    };
+    buffer.append({exact.data(), exact.size()});
+    while (const auto line = buffer.next()) touch(*line);
+    EXPECT_EQ(lines, 3u) << sum;
+    if (const auto tail = buffer.finish()) touch(*tail);
+    ASSERT_EQ(lines, rest == 0 ? 3u : 4u) << sum;
   }
 }
 

@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include "OrmelSDK/AppServerRun/Framing/StandardErrorCollector.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunFailure.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunRecovery.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunRequests.h"
@@ -18,7 +17,6 @@
 #include "OrmelSDK/AppServerRun/TurnRun/RunTransport.h"
 #include "OrmelSDK/AppServerRun/TurnRun/StreamCompletion.h"
 #include "Support/ConcurrencySchedulers.h"
-#include "Support/InMemoryPipe.h"
 #include "Support/RunTranscript.h"
 
 namespace {
@@ -344,7 +342,7 @@ TEST(RunRecovery, ForgetsAReconciliationWithoutCancellingIt) {
 
 TEST(RunTransport, CannotWriteWithoutAProcess) {
   RunTransport transport;
-  EXPECT_EQ(failureOf([&] { transport.write(JSONValue::object({})); }),
+  EXPECT_EQ(failureOf([&] { transport.writePayload(JSONValue::object({})); }),
             "stream error: Ormel app-server stdin is unavailable");
   EXPECT_EQ(transport.errorText(), "");
   EXPECT_FALSE(transport.outputHasEnded());
@@ -355,57 +353,6 @@ TEST(RunTransport, KeepsItsGenerationWhenThereIsNothingToShutDown) {
   transport.shutdown();
   EXPECT_EQ(transport.generation(), 0U);
   EXPECT_EQ(transport.nextGeneration(), 1U);
-}
-
-Task<void> noteSettled(std::shared_ptr<StandardErrorCollector> output, Scheduler& scheduler, bool& isSettled) {
-  co_await StandardErrorCollector::settled(std::move(output), scheduler, 100ms);
-  isSettled = true;
-}
-
-TEST(StandardErrorCollector, CollectsAndTrimsWhatIsWritten) {
-  underSeeds(10, [](SimulatedScheduler& scheduler) {
-    const auto pipe = std::make_shared<InMemoryPipe>(scheduler);
-    const auto output = std::make_shared<StandardErrorCollector>();
-    output->start(pipe);
-    EXPECT_EQ(output->text(), "");
-    pipe->write(" first \n");
-    scheduler.run();
-    pipe->write("second\n\n");
-    pipe->closeWriteEnd();
-    scheduler.run();
-    EXPECT_EQ(output->text(), "first \nsecond");
-  });
-}
-
-TEST(StandardErrorCollector, HasSettledWhenNothingIsUnderWay) {
-  underSeeds(10, [](SimulatedScheduler& scheduler) {
-    const auto pipe = std::make_shared<InMemoryPipe>(scheduler);
-    const auto output = std::make_shared<StandardErrorCollector>();
-    output->start(pipe);
-    scheduler.run();
-    bool isSettled = false;
-    startOn(scheduler, noteSettled(output, scheduler, isSettled));
-    scheduler.runFor(0ns);
-    EXPECT_TRUE(isSettled);
-    pipe->stop();
-    scheduler.run();
-  });
-}
-
-TEST(StandardErrorCollector, SettlesBehindWhatIsUnderWay) {
-  underSeeds(20, [](SimulatedScheduler& scheduler) {
-    const auto pipe = std::make_shared<InMemoryPipe>(scheduler);
-    const auto output = std::make_shared<StandardErrorCollector>();
-    output->start(pipe);
-    pipe->write("the last words");
-    pipe->closeWriteEnd();
-    bool isSettled = false;
-    startOn(scheduler, noteSettled(output, scheduler, isSettled));
-    scheduler.runUntil([&isSettled] { return isSettled; });
-    EXPECT_EQ(output->text(), "the last words");
-    EXPECT_EQ(scheduler.now(), 0U);
-    scheduler.run();
-  });
 }
 
 }  // namespace
