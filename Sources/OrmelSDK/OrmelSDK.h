@@ -11,6 +11,7 @@
 #include "OrmelSDK/Base/UUID.h"
 #include "OrmelSDK/Base/Visit.h"
 #include "OrmelSDK/Coding/OpenVocabulary.h"
+#include "OrmelSDK/Coding/Params.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/Coding/Update.h"
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"

@@ -1,45 +1,49 @@
 #pragma once
 
-#include <concepts>
 #include <optional>
 #include <type_traits>
 #include <utility>
 
 namespace ormel {
 
-/// What a call does to a value that the server keeps: sets it, clears it, or, unless told otherwise, leaves it alone.
+/// What an update does to one setting: gives it a value, leaves it as it is, or clears it.
 ///
-///     params.tokenBudget = 50'000;
-///     params.tokenBudget = ThreadGoalTokenBudgetUpdate::clear();
-template <typename Value>
+/// A default-constructed update leaves the setting unchanged. As distinct from `std::optional`, it can say "no value"
+/// and "do not touch" apart.
+template <typename T>
 class Update {
  public:
-  enum class Kind { value, unchanged, clear };
-
   Update() = default;
+  /// Sets the value.
+  Update(T value) : isUnchanged_(false), value_(std::move(value)) {}
 
-  template <typename From>
-    requires(std::convertible_to<From, Value> && !std::same_as<std::remove_cvref_t<From>, Update>)
-  Update(From&& newValue) : kind_(Kind::value), value_(std::forward<From>(newValue)) {}
-
-  static Update value(Value newValue) { return Update(std::move(newValue)); }
-  static Update unchanged() { return {}; }
+  static Update value(T value) { return Update(std::move(value)); }
+  static Update unchanged() { return Update(); }
   static Update clear() {
     Update update;
-    update.kind_ = Kind::clear;
+    update.isUnchanged_ = false;
     return update;
   }
 
-  Kind kind() const noexcept { return kind_; }
-
-  /// The value to set; nothing in the other cases.
-  const std::optional<Value>& newValue() const noexcept { return value_; }
+  bool isUnchanged() const noexcept { return isUnchanged_; }
+  bool isClear() const noexcept { return !isUnchanged_ && !value_; }
+  /// Absent unless the update sets a value.
+  const std::optional<T>& newValue() const noexcept { return value_; }
 
   friend bool operator==(const Update&, const Update&) = default;
 
  private:
-  Kind kind_ = Kind::unchanged;
-  std::optional<Value> value_;
+  bool isUnchanged_ = true;
+  std::optional<T> value_;
 };
+
+template <typename T>
+inline constexpr bool isUpdate = false;
+template <typename T>
+inline constexpr bool isUpdate<Update<T>> = true;
+
+/// An `Update` of anything.
+template <typename T>
+concept AnyUpdate = isUpdate<T>;
 
 }  // namespace ormel

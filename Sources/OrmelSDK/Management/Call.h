@@ -1,17 +1,30 @@
 #pragma once
 
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
+#include "OrmelSDK/Coding/Codec.h"
+#include "OrmelSDK/Coding/RecordDescription.h"
 #include "OrmelSDK/Concurrency/Task.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 #include "OrmelSDK/Management/CallPerformer.h"
 
+// The vocabulary in which management calls are declared, one function each:
+//
+//   Call<ThreadReadResponse> readThread(const std::string& threadID, const ReadThreadParams& params) {
+//     return {"thread/read", callParams({{"threadId", threadID}}, params)};
+//   }
+//
+// Its arguments are those of the operation of the same name, which performs it. An object whose operation has another
+// form has a call of its own. The params without required members are `coding::encodeParams(params)`, or absent.
 namespace ormel::detail {
 
-/// A management call as it goes out, and the record that comes back. Who performs it does not matter to it.
+/// A management call as it goes out, and the record that comes back. It does not depend on who performs it.
 template <typename Record>
 struct Call {
   std::string_view method;
@@ -22,6 +35,16 @@ struct Call {
 /// A call of which only the success is told. Its reply must be such a record all the same.
 template <typename Record>
 struct DroppedCall : Call<Record> {};
+
+/// Params whose required members go ahead of what the table of the optional ones writes.
+template <typename Params>
+JSONValue callParams(std::initializer_list<JSONMemberInit> required, const Params& params) {
+  std::vector<JSONMemberInit> members(required);
+  coding::encodeMembers(descriptionOf(coding::Coded<Params>()), &params, members);
+  return JSONValue::object(members);
+}
+
+inline JSONValue callParams(std::initializer_list<JSONMemberInit> required) { return JSONValue::object(required); }
 
 template <typename Record>
 Task<Record> perform(std::shared_ptr<CallPerformer> performer, Call<Record> call) {
