@@ -4,19 +4,12 @@
 
 #include "OrmelSDK/AppServerRun/Payloads/AppServerPayloadMembers.h"
 
-namespace ormel::detail {
+namespace ormel {
 
 AppServerInitializeCapabilities AppServerInitializeCapabilities::forManagement() {
   AppServerInitializeCapabilities capabilities;
-  capabilities.optOutNotificationMethods = {"thread/started",
-                                            "turn/started",
-                                            "item/started",
-                                            "item/updated",
-                                            "item/completed",
-                                            "item/agentMessage/delta",
-                                            "item/commandExecution/outputDelta",
-                                            "thread/tokenUsage/updated",
-                                            "turn/completed"};
+  capabilities.optOutNotificationMethods.emplace(controlOptOutNotificationMethods.begin(),
+                                                 controlOptOutNotificationMethods.end());
   return capabilities;
 }
 
@@ -34,7 +27,7 @@ JSONValue AppServerInitializeCapabilities::jsonObject() const {
   object.set("experimentalApi", experimentalAPI);
   object.set("requestAttestation", requestAttestation);
   if (mcpServerVelnorFormElicitation) object.set("mcpServerVelnorFormElicitation", true);
-  setIfPresent(object, "optOutNotificationMethods", optOutNotificationMethods);
+  detail::setIfPresent(object, "optOutNotificationMethods", optOutNotificationMethods);
   return object.build();
 }
 
@@ -42,9 +35,9 @@ std::ostream& operator<<(std::ostream& stream, const AppServerInitializeCapabili
   return stream << value.jsonObject();
 }
 
-JSONValue appServerInitializeParams(const AppServerInitializeCapabilities& capabilities) {
+JSONValue detail::appServerInitializeParams(const AppServerInitializeCapabilities& capabilities) {
   const JSONValue client = JSONValue::object({{"name", "kestrion"}, {"title", "Kestrion"}, {"version", "0.1.0"}});
   return JSONValue::object({{"clientInfo", client}, {"capabilities", capabilities.jsonObject()}});
 }
 
-}  // namespace ormel::detail
+}  // namespace ormel

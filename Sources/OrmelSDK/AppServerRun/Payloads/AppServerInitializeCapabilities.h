@@ -1,17 +1,34 @@
 #pragma once
 
+#include <array>
 #include <iosfwd>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "OrmelSDK/JSON/JSONValue.h"
 #include "OrmelSDK/Options/ThreadOptions.h"
 
-namespace ormel::detail {
+namespace ormel {
+
+/// The notifications that a client which only manages tells the server not to send: the stream of running turns.
+inline constexpr std::array<std::string_view, 9> controlOptOutNotificationMethods = {
+    "thread/started",
+    "turn/started",
+    "item/started",
+    "item/updated",
+    "item/completed",
+    "item/agentMessage/delta",
+    "item/commandExecution/outputDelta",
+    "thread/tokenUsage/updated",
+    "turn/completed",
+};
 
 /// The capabilities that a client announces to the server.
 struct AppServerInitializeCapabilities {
+  AppServerInitializeCapabilities() {}
+
   bool experimentalAPI = false;
   /// The client answers requests for attestation tokens.
   bool requestAttestation = false;
@@ -33,7 +50,11 @@ struct AppServerInitializeCapabilities {
   friend std::ostream& operator<<(std::ostream& stream, const AppServerInitializeCapabilities& value);
 };
 
+namespace detail {
+
 /// The params of "initialize".
 JSONValue appServerInitializeParams(const AppServerInitializeCapabilities& capabilities);
 
-}  // namespace ormel::detail
+}  // namespace detail
+
+}  // namespace ormel

@@ -9,7 +9,6 @@
 namespace {
 
 using namespace ormel;
-using detail::AppServerInitializeCapabilities;
 using tests::json;
 
 ThreadOptions withElicitation(bool supportsForms, bool hasHandler) {

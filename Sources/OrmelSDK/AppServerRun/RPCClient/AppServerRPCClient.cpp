@@ -1,0 +1,244 @@
+#include "OrmelSDK/AppServerRun/RPCClient/AppServerRPCClient.h"
+
+#include <functional>
+#include <limits>
+#include <tuple>
+#include <utility>
+
+#include "OrmelSDK/Base/FatalError.h"
+#include "OrmelSDK/Base/ThreadRunError.h"
+#include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
+#include "OrmelSDK/Concurrency/Sleep.h"
+#include "OrmelSDK/Platform/SystemProcessLauncher.h"
+
+namespace ormel::detail {
+
+namespace {
+
+constexpr std::chrono::milliseconds exitPollInterval{10};
+constexpr int exitPolls = 50;
+
+JSONValue outgoingMessage(const std::optional<JSONValue>& id, std::string_view method,
+                          const std::optional<JSONValue>& params) {
+  JSONObjectBuilder message;
+  message.set("id", id).set("method", JSONValue(method)).set("params", params);
+  return message.build();
+}
+
+[[noreturn]] void failReleasedHandshake() {
+  throw ThreadRunError::streamError("App-server RPC client was released during initialization");
+}
+
+/// One pass of a poll: a cancelled caller does not wait, but polls on.
+Task<void> pollPause(Scheduler& scheduler) {
+  try {
+    co_await sleepFor(scheduler, exitPollInterval);
+  } catch (const CancelledError&) {
+    co_return;
+  }
+}
+
+}  // namespace
+
+RPCClientServices::RPCClientServices()
+    : RPCClientServices(productionScheduler(), SystemProcessLauncher::shared(), BlockingWork::onThreads()) {}
+
+std::shared_ptr<AppServerRPCClient> AppServerRPCClient::create(AppServerRPCClientConfiguration configuration,
+                                                               RPCClientServices services, Strand strand) {
+  return std::shared_ptr<AppServerRPCClient>(
+      new AppServerRPCClient(std::move(configuration), services, std::move(strand)));
+}
+
+AppServerRPCClient::AppServerRPCClient(AppServerRPCClientConfiguration configuration, RPCClientServices services,
+                                       Strand strand)
+    : configuration_(std::move(configuration)), services_(services), strand_(std::move(strand)) {
+  std::tie(notificationContinuation_, notificationStream_) =
+      EventChannel<AppServerRPCNotification>::make(ChannelLimit::unbounded(), "notification of the server");
+}
+
+AppServerRPCClient::~AppServerRPCClient() { notificationContinuation_.finish(); }
+
+Task<void> AppServerRPCClient::startProcess() {
+  co_await strand_.enter();
+  if (process_) co_return;
+  const LaunchSettings settings = serverLaunchSettings(
+      configuration_.executablePath, configuration_.ormelPathDirectories, configuration_.ormelOptions);
+  auto vetting =
+      vetServerExecutable(*services_.blockingWork, configuration_.executablePath, configuration_.ormelOptions);
+  co_await std::move(vetting);
+  // Another caller may have started it during the assessment.
+  if (!process_) launch(settings);
+}
+
+void AppServerRPCClient::launch(const LaunchSettings& settings) {
+  process_ = ServerConnection::launch(*services_.launcher, settings, stderrAccumulator_);
+  ServerOutput output = process_->read();
+  const std::stop_token closed = output.stopToken();
+  auto reader = readStdoutLoop(weak_from_this(), std::move(output), process_->errorOutput(), *services_.scheduler);
+  std::move(reader).onStrand(strand_).withStopToken(closed).detach();
+}
+
+Task<void> AppServerRPCClient::initializeIfNeeded() {
+  co_await strand_.enter();
+  if (didInitializeProcess_) co_return;
+  const OneShot<void> outcome("handshake with the server");
+  if (initializationTask_) {
+    initializationTask_->waiters.push_back(outcome.resolver());
+  } else {
+    const auto task = std::make_shared<InitializationTask>();
+    task->waiters.push_back(outcome.resolver());
+    initializationTask_ = task;
+    initialize(weak_from_this(), task).withStopToken({}).detach();
+  }
+  co_await outcome.wait();
+}
+
+Task<void> AppServerRPCClient::initialize(std::weak_ptr<AppServerRPCClient> owner,
+                                          std::shared_ptr<InitializationTask> task) {
+  std::exception_ptr failure;
+  try {
+    auto performing = performInitialization(owner, task);
+    co_await std::move(performing);
+  } catch (...) {
+    failure = std::current_exception();
+  }
+  const Self client = owner.lock();
+  if (client && client->initializationTask_ == task) {
+    client->didInitializeProcess_ = !failure;
+    client->initializationTask_.reset();
+  }
+  for (const OneShotResolver<void>& waiter : task->waiters) {
+    if (failure) {
+      waiter.fail(failure);
+    } else {
+      waiter.resume();
+    }
+  }
+}
+
+Task<void> AppServerRPCClient::performInitialization(std::weak_ptr<AppServerRPCClient> owner,
+                                                     std::shared_ptr<InitializationTask> task) {
+  Self client = owner.lock();
+  if (!client) failReleasedHandshake();
+  const OneShot<JSONValue> response = client->beginRequest(
+      client->takeRequestID(), "initialize", appServerInitializeParams(client->configuration_.initializeCapabilities));
+  // A handshake that nobody waits for any more must not keep the server process.
+  client.reset();
+  try {
+    co_await response.wait();
+  } catch (const AbandonedError&) {
+    failReleasedHandshake();
+  }
+  client = owner.lock();
+  if (!client) failReleasedHandshake();
+  // The process that answered may be gone, and another one must have a handshake of its own.
+  if (client->initializationTask_ != task) detail::writePayload(nullptr, JSONValue());
+  client->writePayload(outgoingMessage(std::nullopt, "initialized", std::nullopt));
+}
+
+AppServerRequestID AppServerRPCClient::takeRequestID() {
+  if (nextRequestID_ == std::numeric_limits<std::int64_t>::max()) fatalError("a client has used up its request ids");
+  return AppServerRequestID::integer(nextRequestID_++);
+}
+
+OneShot<JSONValue> AppServerRPCClient::beginRequest(const AppServerRequestID& id, std::string_view method,
+                                                    const std::optional<JSONValue>& params) {
+  const JSONValue payload = outgoingMessage(id.jsonValue(), method, params);
+  OneShot<JSONValue> response("response");
+  // Register before writing, so that an early answer finds the entry.
+  pendingResponses_.emplace(id, response.resolver());
+  try {
+    writePayload(payload);
+  } catch (...) {
+    pendingResponses_.erase(id);
+    throw;
+  }
+  return response;
+}
+
+Task<JSONValue> AppServerRPCClient::sendRequest(std::string method, std::optional<JSONValue> params) {
+  co_await strand_.enter();
+  const AppServerRequestID id = takeRequestID();
+  const std::stop_token stop = co_await currentStopToken();
+  if (stop.stop_requested()) throw CancelledError();
+  const OneShot<JSONValue> response = beginRequest(id, method, params);
+  std::function<void()> cancel = [owner = weak_from_this(), strand = strand_, id] {
+    auto take = [owner, id] {
+      if (const auto client = owner.lock()) client->cancelPendingRequest(id);
+    };
+    strand.post(std::move(take), "cancelled request");
+  };
+  const std::stop_callback onStop(stop, std::move(cancel));
+  co_return co_await response.waitThroughCancellation();
+}
+
+void AppServerRPCClient::cancelPendingRequest(const AppServerRequestID& id) {
+  if (const auto response = takePendingResponse(id)) response->fail(CancelledError());
+}
+
+std::optional<OneShotResolver<JSONValue>> AppServerRPCClient::takePendingResponse(const AppServerRequestID& id) {
+  auto node = pendingResponses_.extract(id);
+  if (node.empty()) return std::nullopt;
+  return std::move(node.mapped());
+}
+
+void AppServerRPCClient::completePendingResponses(const std::string& message) {
+  const auto error = std::make_exception_ptr(ThreadRunError::streamError(message));
+  for (const auto& [id, response] : std::exchange(pendingResponses_, {})) response.fail(error);
+}
+
+Task<void> AppServerRPCClient::sendNotification(std::string method, std::optional<JSONValue> params) {
+  co_await strand_.enter();
+  writePayload(outgoingMessage(std::nullopt, method, params));
+}
+
+void AppServerRPCClient::writePayload(const JSONValue& payload) { detail::writePayload(process_.get(), payload); }
+
+Task<void> AppServerRPCClient::finishNotifications() {
+  co_await strand_.enter();
+  if (process_) process_->closeInput();
+  for (int poll = 0; poll < exitPolls && process_ && process_->isRunning(); ++poll) {
+    co_await pollPause(*services_.scheduler);
+  }
+  // Nothing is in flight in a client that only notifies; a request that is must not wait for ever.
+  failPendingResponses(eofMessage());
+}
+
+Task<void> AppServerRPCClient::terminate() {
+  co_await strand_.enter();
+  completePendingResponses("App-server RPC client terminated");
+  notificationContinuation_.finish();
+  shutdownProcess();
+}
+
+Task<void> AppServerRPCClient::readStdoutLoop(std::weak_ptr<AppServerRPCClient> owner, ServerOutput output,
+                                              std::shared_ptr<StandardErrorCollector> errorOutput,
+                                              Scheduler& scheduler) {
+  constexpr std::chrono::milliseconds settlingLimit{100};
+  bool isOpen = true;
+  bool isEndAwaited = false;
+  while (isOpen) {
+    isOpen = co_await output.nextChunk();
+    const Self client = owner.lock();
+    if (!client || output.isClosed()) co_return;
+    while (const auto line = output.nextLine()) client->handleIncomingLine(*line);
+    isEndAwaited = !client->pendingResponses_.empty();
+  }
+  // The end of standard output may be noticed before the words on standard error that explain it.
+  if (isEndAwaited) co_await StandardErrorCollector::settled(std::move(errorOutput), scheduler, settlingLimit);
+  const Self client = owner.lock();
+  if (client && !output.isClosed()) client->failPendingResponses(client->eofMessage());
+}
+
+void AppServerRPCClient::failPendingResponses(const std::string& message) {
+  completePendingResponses(message);
+  shutdownProcess();
+}
+
+void AppServerRPCClient::shutdownProcess() {
+  initializationTask_.reset();
+  process_.reset();
+  didInitializeProcess_ = false;
+}
+
+}  // namespace ormel::detail

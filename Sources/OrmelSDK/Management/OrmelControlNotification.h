@@ -1,0 +1,67 @@
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <variant>
+
+#include "OrmelSDK/Base/Visit.h"
+#include "OrmelSDK/JSON/JSONValue.h"
+
+namespace ormel {
+
+/// A thread was archived, perhaps by another client.
+struct ThreadArchivedNotification {
+  std::string threadID;
+  friend bool operator==(const ThreadArchivedNotification&, const ThreadArchivedNotification&) = default;
+};
+
+/// A thread was deleted.
+struct ThreadDeletedNotification {
+  std::string threadID;
+  friend bool operator==(const ThreadDeletedNotification&, const ThreadDeletedNotification&) = default;
+};
+
+/// A thread was taken out of the archive.
+struct ThreadUnarchivedNotification {
+  std::string threadID;
+  friend bool operator==(const ThreadUnarchivedNotification&, const ThreadUnarchivedNotification&) = default;
+};
+
+/// A thread was given a name.
+struct ThreadNameUpdatedNotification {
+  std::string threadID;
+  std::string name;
+  friend bool operator==(const ThreadNameUpdatedNotification&, const ThreadNameUpdatedNotification&) = default;
+};
+
+/// The history of a thread was shortened.
+struct ThreadCompactedNotification {
+  std::string threadID;
+  friend bool operator==(const ThreadCompactedNotification&, const ThreadCompactedNotification&) = default;
+};
+
+/// Something that happened to a stored thread. Use `visit` to tell the cases apart.
+struct OrmelThreadLifecycleNotification {
+  std::variant<ThreadArchivedNotification, ThreadDeletedNotification, ThreadUnarchivedNotification,
+               ThreadNameUpdatedNotification, ThreadCompactedNotification>
+      value;
+  friend bool operator==(const OrmelThreadLifecycleNotification&, const OrmelThreadLifecycleNotification&) = default;
+};
+
+/// A notification of the server as it came, whether this library knows it or not.
+///
+/// *Thread safety*: a plain value.
+struct OrmelControlNotification {
+  std::string method;
+  /// JSON null if the server sent that; absent only if it sent none.
+  std::optional<JSONValue> params;
+
+  /// What it says of a thread's life; nothing if it is about something else, or lacks what it should say.
+  std::optional<OrmelThreadLifecycleNotification> threadLifecycleNotification() const;
+
+  friend bool operator==(const OrmelControlNotification&, const OrmelControlNotification&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const OrmelControlNotification& value);
+};
+
+}  // namespace ormel
