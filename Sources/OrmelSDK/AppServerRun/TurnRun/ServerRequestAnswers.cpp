@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "OrmelSDK/AppServerRun/TurnRun/RunFailure.h"
+#include "OrmelSDK/Base/Visit.h"
 #include "OrmelSDK/Handlers/ElicitationTables.h"
 #include "OrmelSDK/Handlers/PermissionProfileTables.h"
 
@@ -60,7 +61,7 @@ JSONValue toolAnswer(const DynamicToolResult& result) {
   std::vector<JSONValue> items;
   items.reserve(result.contentItems.size());
   for (const auto& item : result.contentItems) {
-    items.push_back(std::visit([](const auto& content) { return contentOf(content); }, item.value));
+    items.push_back(visit(item, [](const auto& content) { return contentOf(content); }));
   }
   return JSONValue::object({{"contentItems", JSONValue::array(items)}, {"success", result.success}});
 }
