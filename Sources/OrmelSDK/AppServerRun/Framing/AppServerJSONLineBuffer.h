@@ -30,7 +30,7 @@ class AppServerJSONLineBuffer {
   void append(std::string_view bytes) noexcept {
     bytes_ = bytes;
     scanOffset_ = 0;
-    wholeLinesAreValid_.reset();
+    areWholeLinesValid_ = Validity::unknown;
   }
 
   /// The next complete line, or nothing when the bytes have been used up.
@@ -39,16 +39,22 @@ class AppServerJSONLineBuffer {
   /// read the line where it stands.
   std::optional<std::string_view> next() {
     for (;;) {
-      releaseCopy();
-      const std::string_view rest = bytes_.substr(scanOffset_);
-      const std::size_t size = findLineFeed(rest);
+      if (isCopyInUse_) dropCopy();
+      const char* const start = bytes_.data() + scanOffset_;
+      const std::size_t left = bytes_.size() - scanOffset_;
+      const std::size_t size = findLineFeed({start, left});
       if (size == std::string_view::npos) {
-        buffer_.append(rest);
+        buffer_.append({start, left});
         append({});
         return std::nullopt;
       }
       scanOffset_ += size + 1;
-      const std::string_view line = lineAt(rest, size);
+      std::string_view line(start, size);
+      if (areWholeLinesValid_ == Validity::valid && left - size >= jsonPadding) {
+        line = withoutCarriageReturn(line);
+      } else {
+        line = checkedLine(line, left);
+      }
       if (!line.empty()) return line;
     }
   }
@@ -58,6 +64,8 @@ class AppServerJSONLineBuffer {
   std::optional<std::string_view> finish();
 
  private:
+  enum class Validity { unknown, valid, invalid };
+
   // A buffer that one huge line has grown beyond this size is given back.
   static constexpr std::size_t keptCapacity = std::size_t{1} << 20;
 
@@ -71,28 +79,11 @@ class AppServerJSONLineBuffer {
     return line;
   }
 
-  /// The line that ends after the first `size` bytes of `rest`, and may begin in the buffer.
-  std::string_view lineAt(std::string_view rest, std::size_t size) {
-    const bool beginsInBuffer = !buffer_.empty();
-    const bool isKnownValid = !beginsInBuffer && areWholeLinesValid(rest);
-    std::string_view line = rest.substr(0, size);
-    if (beginsInBuffer || rest.size() - size < jsonPadding) line = buffered(line);
-    line = withoutCarriageReturn(line);
-    return isKnownValid || isValidUTF8(line) ? line : repaired(line);
-  }
-
-  // One check for all whole lines of the bytes: it costs less than one for each.
-  bool areWholeLinesValid(std::string_view rest) {
-    if (!wholeLinesAreValid_) wholeLinesAreValid_ = isValidUTF8(rest.substr(0, rest.rfind('\n') + 1));
-    return *wholeLinesAreValid_;
-  }
-
+  /// The line of which `line` is the end, or all, where `left` bytes were left from its beginning.
+  std::string_view checkedLine(std::string_view line, std::size_t left);
+  bool areWholeLinesValid(std::string_view rest);
   std::string_view buffered(std::string_view endOfLine);
   std::string_view repaired(std::string_view line);
-
-  void releaseCopy() {
-    if (isCopyInUse_) dropCopy();
-  }
   void dropCopy();
 
   // The start of the line in progress. It never holds a line feed, so that no byte is scanned twice.
@@ -102,9 +93,10 @@ class AppServerJSONLineBuffer {
   bool isCopyInUse_ = false;
 
   std::string_view bytes_;
-  /// Where the next line feed is looked for.
+  /// Start of the next line, from where its line feed is looked for.
   std::size_t scanOffset_ = 0;
-  std::optional<bool> wholeLinesAreValid_;
+  /// Whether the rest of the bytes is UTF-8 up to its last line feed; known once a line has begun in it.
+  Validity areWholeLinesValid_ = Validity::unknown;
 };
 
 }  // namespace ormel::detail

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 #include "OrmelSDK/AppServerRun/Framing/AppServerRequestID.h"
@@ -35,8 +36,15 @@ struct ErrorResponseMessage {
   std::string message;
 };
 
-using AppServerMessage =
-    std::variant<ServerRequestMessage, ServerNotificationMessage, ResponseMessage, ErrorResponseMessage>;
+/// A line of the server. Use `visit` to tell the cases apart.
+struct AppServerMessage {
+  std::variant<ServerRequestMessage, ServerNotificationMessage, ResponseMessage, ErrorResponseMessage> value;
+
+  AppServerMessage(ServerRequestMessage message) : value(std::move(message)) {}
+  AppServerMessage(ServerNotificationMessage message) : value(std::move(message)) {}
+  AppServerMessage(ResponseMessage message) : value(std::move(message)) {}
+  AppServerMessage(ErrorResponseMessage message) : value(std::move(message)) {}
+};
 
 /// Classifies a line of the server. Fails with `ThreadRunError` of the kind `streamError` if the protocol knows no such
 /// message, or if it is the bare report of an error.

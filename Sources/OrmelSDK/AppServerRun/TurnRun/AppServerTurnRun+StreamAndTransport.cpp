@@ -7,6 +7,7 @@
 #include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun.h"
 #include "OrmelSDK/Base/OrmelProcessError.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
+#include "OrmelSDK/Base/Visit.h"
 #include "OrmelSDK/JSON/JSONDecoding.h"
 
 namespace ormel::detail {
@@ -143,16 +144,20 @@ bool AppServerTurnRun::handleIncomingLine(std::string_view paddedLine) noexcept 
 
 bool AppServerTurnRun::handleMessage(const AppServerMessage& message) {
   recovery_.noteProtocolActivity();
-  if (const auto* request = std::get_if<ServerRequestMessage>(&message)) {
-    serverRequestDispatcher_.dispatchServerRequest(*request);
-  } else if (const auto* notification = std::get_if<ServerNotificationMessage>(&message)) {
-    handleServerNotification(notificationContext_, *notification);
-  } else if (const auto* response = std::get_if<ResponseMessage>(&message)) {
-    return requests_.complete(response->id, response->result);
-  } else if (const auto* error = std::get_if<ErrorResponseMessage>(&message)) {
-    return requests_.fail(error->id, std::make_exception_ptr(ThreadRunError::streamError(error->message)));
-  }
-  return false;
+  return visit(
+      message,
+      [this](const ServerRequestMessage& request) {
+        serverRequestDispatcher_.dispatchServerRequest(request);
+        return false;
+      },
+      [this](const ServerNotificationMessage& notification) {
+        handleServerNotification(notificationContext_, notification);
+        return false;
+      },
+      [this](const ResponseMessage& response) { return requests_.complete(response.id, response.result); },
+      [this](const ErrorResponseMessage& error) {
+        return requests_.fail(error.id, std::make_exception_ptr(ThreadRunError::streamError(error.message)));
+      });
 }
 
 void AppServerTurnRun::handleEOF(std::uint64_t transportGeneration) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "OrmelSDK/AppServerRun/TurnRun/RunFailure.h"
+#include "OrmelSDK/Base/Visit.h"
 #include "OrmelSDK/Coding/Codec.h"
 #include "OrmelSDK/Handlers/Elicitation.h"
 #include "OrmelSDK/Handlers/PermissionProfile.h"
@@ -61,7 +62,7 @@ JSONValue toolAnswer(const DynamicToolResult& result) {
   std::vector<JSONValue> items;
   items.reserve(result.contentItems.size());
   for (const auto& item : result.contentItems) {
-    items.push_back(std::visit([](const auto& content) { return contentOf(content); }, item.value));
+    items.push_back(visit(item, [](const auto& content) { return contentOf(content); }));
   }
   return JSONValue::object({{"contentItems", JSONValue::array(items)}, {"success", result.success}});
 }

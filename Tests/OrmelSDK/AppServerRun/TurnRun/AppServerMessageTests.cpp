@@ -16,7 +16,7 @@ using tests::json;
 
 template <typename Message>
 Message classifiedAs(std::string_view line) {
-  return std::get<Message>(classifiedAppServerMessage(json(line)));
+  return std::get<Message>(classifiedAppServerMessage(json(line)).value);
 }
 
 std::string refusal(std::string_view line) {
