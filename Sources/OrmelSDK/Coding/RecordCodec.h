@@ -35,13 +35,13 @@ struct TableKeys {
   };
 
   static consteval Collected collect() {
-    Collected collected;
+    Collected found;
     for (std::size_t field = 0; field < fieldCount; ++field) {
       for (std::size_t key = 0; key < Table::fields[field].keyCount; ++key) {
-        collected.positions[field][key] = static_cast<std::uint8_t>(collected.keys.add(Table::fields[field].keys[key]));
+        found.positions[field][key] = static_cast<std::uint8_t>(found.keys.add(Table::fields[field].keys[key]));
       }
     }
-    return collected;
+    return found;
   }
 
   static constexpr Collected collected = collect();

@@ -140,15 +140,15 @@ struct VariantWords {
   };
 
   static consteval Collected collect() {
-    Collected collected;
+    Collected found;
     for (std::size_t at = 0; at < caseCount; ++at) {
       for (std::size_t word = 0; word < Table::cases[at].wordCount; ++word) {
-        const std::size_t before = collected.words.count;
-        const std::size_t position = collected.words.add(Table::cases[at].words[word]);
-        if (position == before) collected.cases[position] = static_cast<std::uint8_t>(at);
+        const std::size_t before = found.words.count;
+        const std::size_t position = found.words.add(Table::cases[at].words[word]);
+        if (position == before) found.cases[position] = static_cast<std::uint8_t>(at);
       }
     }
-    return collected;
+    return found;
   }
 
   static constexpr Collected collected = collect();

@@ -12,29 +12,27 @@
 
 namespace ormel {
 
-namespace {
+enum class SampleDirection { up, down };
 
-enum class Direction { up, down };
-
-struct Choice {
+struct SampleChoice {
   std::string name;
   std::optional<std::string> details;
 };
 
-struct MoveParams {
+struct SampleMoveParams {
   // Not an aggregate, as the choices of all calls.
-  MoveParams() {}
+  SampleMoveParams() {}
 
   std::string id;
   std::optional<std::vector<std::string>> folders;
   bool force = false;
-  std::optional<Direction> direction;
+  std::optional<SampleDirection> direction;
   Update<std::int64_t> limit;
-  std::vector<Choice> choices;
+  std::vector<SampleChoice> choices;
 };
 
-struct PageParams {
-  PageParams() {}
+struct SamplePageParams {
+  SamplePageParams() {}
 
   std::optional<std::string> cursor;
   std::optional<std::int64_t> size;
@@ -45,37 +43,35 @@ struct InCentimeters {
   static JSONValue encode(double meters) { return meters * 100; }
 };
 
-struct LengthParams {
-  LengthParams() {}
+struct SampleLengthParams {
+  SampleLengthParams() {}
 
   double length = 0;
   std::optional<double> width;
 };
 
-}  // namespace
-
 }  // namespace ormel
 
 template <>
-struct ormel::coding::EnumerationTable<ormel::Direction> {
+struct ormel::coding::EnumerationTable<ormel::SampleDirection> {
   static constexpr auto rule = closed;
-  static constexpr Word<Direction> words[] = {
-      {Direction::up, "go-up"},
-      {Direction::down, "go-down"},
+  static constexpr Word<SampleDirection> words[] = {
+      {SampleDirection::up, "go-up"},
+      {SampleDirection::down, "go-down"},
   };
 };
 
 template <>
-struct ormel::coding::ParamsTable<ormel::Choice> {
+struct ormel::coding::ParamsTable<ormel::SampleChoice> {
   static constexpr Field fields[] = {
-      always<&Choice::name>("name"),
-      nullWhenEmpty<&Choice::details>("details"),
+      always<&SampleChoice::name>("name"),
+      nullWhenEmpty<&SampleChoice::details>("details"),
   };
 };
 
 template <>
-struct ormel::coding::ParamsTable<ormel::MoveParams> {
-  using P = MoveParams;
+struct ormel::coding::ParamsTable<ormel::SampleMoveParams> {
+  using P = SampleMoveParams;
   static constexpr Field fields[] = {
       always<&P::id>("moveId"),     ifGiven<&P::folders>("folders"),
       ifTrue<&P::force>("force"),   nullWhenEmpty<&P::direction>("direction"),
@@ -84,8 +80,8 @@ struct ormel::coding::ParamsTable<ormel::MoveParams> {
 };
 
 template <>
-struct ormel::coding::ParamsTable<ormel::PageParams> {
-  using P = PageParams;
+struct ormel::coding::ParamsTable<ormel::SamplePageParams> {
+  using P = SamplePageParams;
   static constexpr bool absentWhenEmpty = true;
   static constexpr Field fields[] = {
       ifGiven<&P::cursor>("cursor"),
@@ -94,20 +90,20 @@ struct ormel::coding::ParamsTable<ormel::PageParams> {
 };
 
 template <>
-struct ormel::coding::ParamsTable<ormel::LengthParams> {
-  using P = LengthParams;
+struct ormel::coding::ParamsTable<ormel::SampleLengthParams> {
+  using P = SampleLengthParams;
   static constexpr Field fields[] = {
       always<&P::length>("length").codedBy<InCentimeters>(),
       ifGiven<&P::width>("width").codedBy<InCentimeters>(),
   };
 };
 
-ORMEL_DEFINE_WORDS(Direction)
-ORMEL_DEFINE_WRITING(Direction, enumerationWord)
-ORMEL_DEFINE_PARAMS(Choice)
-ORMEL_DEFINE_PARAMS(MoveParams)
-ORMEL_DEFINE_PARAMS(PageParams)
-ORMEL_DEFINE_PARAMS(LengthParams)
+ORMEL_DEFINE_WORDS(SampleDirection)
+ORMEL_DEFINE_WRITING(SampleDirection, enumerationWord)
+ORMEL_DEFINE_PARAMS(SampleChoice)
+ORMEL_DEFINE_PARAMS(SampleMoveParams)
+ORMEL_DEFINE_PARAMS(SamplePageParams)
+ORMEL_DEFINE_PARAMS(SampleLengthParams)
 
 namespace ormel {
 
@@ -121,30 +117,31 @@ std::string sent(const Params& params) {
 
 TEST(ParamsTable, SendsEachKindOfChoiceByItsRule) {
   struct Row {
-    std::function<void(MoveParams&)> choose;
+    std::function<void(SampleMoveParams&)> choose;
     std::string expected;
   };
   const Row rows[] = {
-      {[](MoveParams&) {}, R"({"moveId":"","direction":null,"choices":[]})"},
-      {[](MoveParams& params) { params.id = "a"; }, R"({"moveId":"a","direction":null,"choices":[]})"},
-      {[](MoveParams& params) { params.folders.emplace(); },
+      {[](SampleMoveParams&) {}, R"({"moveId":"","direction":null,"choices":[]})"},
+      {[](SampleMoveParams& params) { params.id = "a"; }, R"({"moveId":"a","direction":null,"choices":[]})"},
+      {[](SampleMoveParams& params) { params.folders.emplace(); },
        R"({"moveId":"","folders":[],"direction":null,"choices":[]})"},
-      {[](MoveParams& params) { params.folders = {"f", "g"}; },
+      {[](SampleMoveParams& params) { params.folders = {"f", "g"}; },
        R"({"moveId":"","folders":["f","g"],"direction":null,"choices":[]})"},
-      {[](MoveParams& params) { params.force = true; }, R"({"moveId":"","force":true,"direction":null,"choices":[]})"},
-      {[](MoveParams& params) { params.direction = Direction::down; },
+      {[](SampleMoveParams& params) { params.force = true; },
+       R"({"moveId":"","force":true,"direction":null,"choices":[]})"},
+      {[](SampleMoveParams& params) { params.direction = SampleDirection::down; },
        R"({"moveId":"","direction":"go-down","choices":[]})"},
-      {[](MoveParams& params) { params.limit = Update<std::int64_t>::value(0); },
+      {[](SampleMoveParams& params) { params.limit = Update<std::int64_t>::value(0); },
        R"({"moveId":"","direction":null,"limit":0,"choices":[]})"},
-      {[](MoveParams& params) { params.limit = Update<std::int64_t>::clear(); },
+      {[](SampleMoveParams& params) { params.limit = Update<std::int64_t>::clear(); },
        R"({"moveId":"","direction":null,"limit":null,"choices":[]})"},
-      {[](MoveParams& params) { params.limit = Update<std::int64_t>::unchanged(); },
+      {[](SampleMoveParams& params) { params.limit = Update<std::int64_t>::unchanged(); },
        R"({"moveId":"","direction":null,"choices":[]})"},
-      {[](MoveParams& params) { params.choices = {{"n", std::nullopt}, {"m", "d"}}; },
+      {[](SampleMoveParams& params) { params.choices = {{"n", std::nullopt}, {"m", "d"}}; },
        R"({"moveId":"","direction":null,"choices":[{"name":"n","details":null},{"name":"m","details":"d"}]})"},
   };
   for (const Row& row : rows) {
-    MoveParams params;
+    SampleMoveParams params;
     row.choose(params);
     EXPECT_EQ(sent(params), row.expected);
   }
@@ -153,14 +150,14 @@ TEST(ParamsTable, SendsEachKindOfChoiceByItsRule) {
 TEST(ParamsTable, TellsNoParamsFromAnEmptyObject) {
   EXPECT_EQ(sent(NoParams()), "none");
   EXPECT_EQ(sent(EmptyParams()), "{}");
-  PageParams page;
+  SamplePageParams page;
   EXPECT_EQ(sent(page), "none");
   page.size = 0;
   EXPECT_EQ(sent(page), R"({"size":0})");
 }
 
 TEST(ParamsTable, LetsAFieldHaveAWriterOfItsOwn) {
-  LengthParams params;
+  SampleLengthParams params;
   params.length = 2;
   EXPECT_EQ(sent(params), R"({"length":200})");
   params.width = 0.5;

@@ -15,13 +15,11 @@
 
 namespace ormel {
 
-namespace {
+enum class SampleTone { low, high, unknown };
 
-enum class Tone { low, high, unknown };
+enum class SamplePace { slow, fast, unknown };
 
-enum class Pace { slow, fast, unknown };
-
-struct Sound {
+struct SampleSound {
   std::string name;
   std::optional<std::string> owner;
   std::optional<std::int64_t> remark;
@@ -29,8 +27,8 @@ struct Sound {
   std::vector<std::string> tags;
   std::vector<std::int64_t> counts;
   double length = 1;
-  Tone tone = Tone::low;
-  friend bool operator==(const Sound&, const Sound&) = default;
+  SampleTone tone = SampleTone::low;
+  friend bool operator==(const SampleSound&, const SampleSound&) = default;
 };
 
 /// Meters, which are centimeters on the wire.
@@ -42,115 +40,113 @@ struct Centimeters {
   static JSONValue encode(double meters) { return meters * 100; }
 };
 
-struct Local {
+struct SampleLocal {
   std::string path;
-  friend bool operator==(const Local&, const Local&) = default;
+  friend bool operator==(const SampleLocal&, const SampleLocal&) = default;
 };
 
-struct Anywhere {
-  friend bool operator==(const Anywhere&, const Anywhere&) = default;
+struct SampleAnywhere {
+  friend bool operator==(const SampleAnywhere&, const SampleAnywhere&) = default;
 };
 
 /// A case that says its own type when it is written.
-struct Named {
+struct SampleNamed {
   std::string name;
-  friend bool operator==(const Named&, const Named&) = default;
+  friend bool operator==(const SampleNamed&, const SampleNamed&) = default;
 };
 
-struct Other {
+struct SampleOther {
   JSONValue payload;
-  friend bool operator==(const Other&, const Other&) = default;
+  friend bool operator==(const SampleOther&, const SampleOther&) = default;
 };
 
-struct Origin {
-  std::variant<Local, Anywhere, Named, Other> value;
-  friend bool operator==(const Origin&, const Origin&) = default;
+struct SampleOrigin {
+  std::variant<SampleLocal, SampleAnywhere, SampleNamed, SampleOther> value;
+  friend bool operator==(const SampleOrigin&, const SampleOrigin&) = default;
 };
-
-}  // namespace
 
 }  // namespace ormel
 
 template <>
-struct ormel::coding::EnumerationTable<ormel::Tone> {
-  static constexpr auto rule = exactOr(Tone::unknown);
-  static constexpr Word<Tone> words[] = {
-      {Tone::low, "LOW"},
-      {Tone::high, "HIGH"},
-      {Tone::high, "SHRILL"},
+struct ormel::coding::EnumerationTable<ormel::SampleTone> {
+  static constexpr auto rule = exactOr(SampleTone::unknown);
+  static constexpr Word<SampleTone> words[] = {
+      {SampleTone::low, "LOW"},
+      {SampleTone::high, "HIGH"},
+      {SampleTone::high, "SHRILL"},
   };
 };
 
 template <>
-struct ormel::coding::EnumerationTable<ormel::Pace> {
-  static constexpr auto rule = tolerant(Pace::unknown);
-  static constexpr Word<Pace> words[] = {
-      {Pace::slow, "very_slow"},
-      {Pace::fast, "fast"},
+struct ormel::coding::EnumerationTable<ormel::SamplePace> {
+  static constexpr auto rule = tolerant(SamplePace::unknown);
+  static constexpr Word<SamplePace> words[] = {
+      {SamplePace::slow, "very_slow"},
+      {SamplePace::fast, "fast"},
   };
 };
 
 template <>
-struct ormel::coding::RecordTable<ormel::Sound> {
+struct ormel::coding::RecordTable<ormel::SampleSound> {
   static constexpr Field fields[] = {
-      required<&Sound::name>("name", "title", "label"),
-      optional<&Sound::owner>("owner", "Owner").writtenAs("Owner"),
-      optional<&Sound::remark>("remark").nullWhenAbsent(),
-      defaulted<&Sound::isLoud>("isLoud").onlyWhenTrue(),
-      defaulted<&Sound::tags>("tags").omittedWhenEmpty(),
-      defaulted<&Sound::counts>("counts").lossy(),
-      defaulted<&Sound::length>("length").codedBy<Centimeters>(),
-      defaulted<&Sound::tone>("tone"),
+      required<&SampleSound::name>("name", "title", "label"),
+      optional<&SampleSound::owner>("owner", "Owner").writtenAs("Owner"),
+      optional<&SampleSound::remark>("remark").nullWhenAbsent(),
+      defaulted<&SampleSound::isLoud>("isLoud").onlyWhenTrue(),
+      defaulted<&SampleSound::tags>("tags").omittedWhenEmpty(),
+      defaulted<&SampleSound::counts>("counts").lossy(),
+      defaulted<&SampleSound::length>("length").codedBy<Centimeters>(),
+      defaulted<&SampleSound::tone>("tone"),
   };
 };
 
 template <>
-struct ormel::coding::RecordTable<ormel::Local> {
+struct ormel::coding::RecordTable<ormel::SampleLocal> {
   static constexpr Field fields[] = {
-      required<&Local::path>("path"),
+      required<&SampleLocal::path>("path"),
   };
 };
 
 template <>
-struct ormel::coding::RecordTable<ormel::Anywhere> : NoFields {};
+struct ormel::coding::RecordTable<ormel::SampleAnywhere> : NoFields {};
 
 template <>
-struct ormel::coding::RecordTable<ormel::Named> {
+struct ormel::coding::RecordTable<ormel::SampleNamed> {
   static constexpr std::string_view writtenType = "NAMED";
   static constexpr Field fields[] = {
-      required<&Named::name>("name"),
+      required<&SampleNamed::name>("name"),
   };
-  static void finish(Named& named, const JSONObject& object, const CodingPath&) {
+  static void finish(SampleNamed& named, const JSONObject& object, const CodingPath&) {
     if (hasValue(object, "suffix")) named.name += *object.find("suffix")->stringValue();
   }
 };
 
 template <>
-struct ormel::coding::VariantTable<ormel::Origin> : CasesOf<Origin> {
+struct ormel::coding::VariantTable<ormel::SampleOrigin> : CasesOf<SampleOrigin> {
   static constexpr Case cases[] = {
-      variantCase<Local>("local", "here"),
-      variantCase<Anywhere>("anywhere"),
-      variantCase<Named>("named", "local"),
+      variantCase<SampleLocal>("local", "here"),
+      variantCase<SampleAnywhere>("anywhere"),
+      variantCase<SampleNamed>("named", "local"),
   };
-  static Origin decodeUnknown(std::string_view, const JSONValue& value, const CodingPath& path) {
+  static SampleOrigin decodeUnknown(std::string_view, const JSONValue& value, const CodingPath& path) {
     return decodeUntyped(value, path);
   }
-  static Origin decodeUntyped(const JSONValue& value, const CodingPath&) { return {Other{value}}; }
-  static JSONValue encodeUnknown(const Origin& origin) { return std::get<Other>(origin.value).payload; }
+  static SampleOrigin decodeUntyped(const JSONValue& value, const CodingPath&) { return {SampleOther{value}}; }
+  static JSONValue encodeUnknown(const SampleOrigin& origin) { return std::get<SampleOther>(origin.value).payload; }
 };
 
-ORMEL_DEFINE_WORDS(Tone)
-ORMEL_DEFINE_READING(Tone, decodeEnumeration)
-ORMEL_DEFINE_WRITING(Tone, enumerationWord)
-ORMEL_DEFINE_WORDS(Pace)
-ORMEL_DEFINE_READING(Pace, decodeEnumeration)
-ORMEL_DEFINE_WRITING(Pace, enumerationWord)
-ORMEL_DEFINE_CASE(Sound)
-ORMEL_DEFINE_CASE(Local)
-ORMEL_DEFINE_CASE(Anywhere)
-ORMEL_DEFINE_CASE(Named)
-ORMEL_DEFINE_READING(Origin, decodeVariant)
-ORMEL_DEFINE_WRITING(Origin, encodeVariant)
+ORMEL_DEFINE_WORDS(SampleTone)
+ORMEL_DEFINE_READING(SampleTone, decodeEnumeration)
+ORMEL_DEFINE_WRITING(SampleTone, enumerationWord)
+ORMEL_DEFINE_WORDS(SamplePace)
+ORMEL_DEFINE_READING(SamplePace, decodeEnumeration)
+ORMEL_DEFINE_WRITING(SamplePace, enumerationWord)
+ORMEL_DEFINE_CASE(SampleSound)
+ORMEL_DEFINE_CASE(SampleLocal)
+ORMEL_DEFINE_CASE(SampleAnywhere)
+ORMEL_DEFINE_CASE(SampleNamed)
+ORMEL_DEFINE_READING(SampleOrigin, decodeVariant)
+ORMEL_DEFINE_WRITING(SampleOrigin, encodeVariant)
 
 namespace ormel {
 
@@ -160,10 +156,10 @@ using coding::Codec;
 using coding::CodingPath;
 
 /// Reads a record both ways that there are, in the loop and inlined, and expects the same of them.
-Sound read(std::string_view text) {
+SampleSound read(std::string_view text) {
   const JSONValue value = JSONValue::decode(text);
-  const auto sound = coding::decodeAs<Sound>(value, CodingPath());
-  Sound inlined;
+  const auto sound = coding::decodeAs<SampleSound>(value, CodingPath());
+  SampleSound inlined;
   coding::decodeHotRecord(inlined, value, CodingPath());
   EXPECT_EQ(sound, inlined) << text;
   return sound;
@@ -174,11 +170,11 @@ std::string failure(std::string_view text) {
   std::array<std::string, 2> failures;
   for (const bool isHot : {false, true}) {
     try {
-      Sound sound;
+      SampleSound sound;
       if (isHot) {
         coding::decodeHotRecord(sound, value, CodingPath());
       } else {
-        Codec<Sound>::decodeInto(sound, value, CodingPath());
+        Codec<SampleSound>::decodeInto(sound, value, CodingPath());
       }
     } catch (const DecodingError& error) {
       std::string& told = failures[isHot ? 1 : 0];
@@ -190,7 +186,7 @@ std::string failure(std::string_view text) {
   return failures[0];
 }
 
-std::string written(const Sound& sound) { return Codec<Sound>::encode(sound).encode(); }
+std::string written(const SampleSound& sound) { return Codec<SampleSound>::encode(sound).encode(); }
 
 TEST(RecordTable, TriesKeysInTheirOrder) {
   EXPECT_EQ(read(R"({"name":"a","title":"b","label":"c"})").name, "a");
@@ -213,13 +209,13 @@ TEST(RecordTable, NamesTheKeyThatFailed) {
       {R"({})", "No value is associated with the key 'label'."},
       {R"({"name":null})", "No value is associated with the key 'label'."},
       {R"({"name":null,"title":null,"label":null})", "label: Expected String but found null."},
-      {R"([])", "Expected Sound but found an array."},
+      {R"([])", "Expected SampleSound but found an array."},
   };
   for (const auto& [text, expected] : rows) EXPECT_EQ(failure(text), expected) << text;
 }
 
 TEST(RecordTable, GivesAbsentAndNullFieldsTheirInitialValues) {
-  Sound initial;
+  SampleSound initial;
   initial.name = "a";
   EXPECT_EQ(read(R"({"name":"a"})"), initial);
   EXPECT_EQ(read(R"({"name":"a","owner":null,"Owner":null,"remark":null,"isLoud":null,"tags":null,"counts":null,)"
@@ -228,10 +224,10 @@ TEST(RecordTable, GivesAbsentAndNullFieldsTheirInitialValues) {
 }
 
 TEST(RecordTable, WritesEachFieldByItsRule) {
-  Sound sound;
+  SampleSound sound;
   sound.name = "a";
   EXPECT_EQ(written(sound), R"({"name":"a","remark":null,"counts":[],"length":100,"tone":"LOW"})");
-  sound = {"a", "o", 7, true, {"t"}, {1, 2}, 0.5, Tone::high};
+  sound = {"a", "o", 7, true, {"t"}, {1, 2}, 0.5, SampleTone::high};
   EXPECT_EQ(written(sound), R"({"name":"a","Owner":"o","remark":7,"isLoud":true,"tags":["t"],"counts":[1,2],)"
                             R"("length":50,"tone":"HIGH"})");
   EXPECT_EQ(read(written(sound)), sound);
@@ -243,47 +239,50 @@ TEST(RecordTable, DropsTheElementsOfALossyListThatFail) {
 }
 
 TEST(ExactWords, FallBackForAnyOtherText) {
-  const std::pair<const char*, Tone> rows[] = {{"LOW", Tone::low},     {"HIGH", Tone::high},    {"SHRILL", Tone::high},
-                                               {"low", Tone::unknown}, {"L_OW", Tone::unknown}, {" LOW", Tone::unknown},
-                                               {"", Tone::unknown}};
+  const std::pair<const char*, SampleTone> rows[] = {{"LOW", SampleTone::low},      {"HIGH", SampleTone::high},
+                                                     {"SHRILL", SampleTone::high},  {"low", SampleTone::unknown},
+                                                     {"L_OW", SampleTone::unknown}, {" LOW", SampleTone::unknown},
+                                                     {"", SampleTone::unknown}};
   for (const auto& [word, expected] : rows) {
-    EXPECT_EQ(coding::decodeAs<Tone>(JSONValue(word), CodingPath()), expected) << word;
+    EXPECT_EQ(coding::decodeAs<SampleTone>(JSONValue(word), CodingPath()), expected) << word;
   }
-  EXPECT_THROW(coding::decodeAs<Tone>(JSONValue(1), CodingPath()), DecodingError);
+  EXPECT_THROW(coding::decodeAs<SampleTone>(JSONValue(1), CodingPath()), DecodingError);
 }
 
 TEST(TolerantWords, CompareCanonicalFormsAndFallBack) {
-  const std::pair<const char*, Pace> rows[] = {{"very_slow", Pace::slow},    {"verySlow", Pace::slow},
-                                               {" VERY-SLOW\n", Pace::slow}, {"fast", Pace::fast},
-                                               {"very slow", Pace::unknown}, {"", Pace::unknown}};
+  const std::pair<const char*, SamplePace> rows[] = {{"very_slow", SamplePace::slow},    {"verySlow", SamplePace::slow},
+                                                     {" VERY-SLOW\n", SamplePace::slow}, {"fast", SamplePace::fast},
+                                                     {"very slow", SamplePace::unknown}, {"", SamplePace::unknown}};
   for (const auto& [word, expected] : rows) {
-    EXPECT_EQ(coding::decodeAs<Pace>(JSONValue(word), CodingPath()), expected) << word;
+    EXPECT_EQ(coding::decodeAs<SamplePace>(JSONValue(word), CodingPath()), expected) << word;
   }
 }
 
-Origin origin(std::string_view text) { return coding::decodeAs<Origin>(JSONValue::decode(text), CodingPath()); }
+SampleOrigin origin(std::string_view text) {
+  return coding::decodeAs<SampleOrigin>(JSONValue::decode(text), CodingPath());
+}
 
 TEST(VariantTable, ReadsACaseByItsWordAndAnythingElseAsUnknown) {
-  EXPECT_EQ(origin(R"({"type":"local","path":"p"})"), Origin{Local{"p"}});
-  EXPECT_EQ(origin(R"({"path":"p","type":"here"})"), Origin{Local{"p"}});
-  EXPECT_EQ(origin(R"({"type":"anywhere"})"), Origin{Anywhere()});
-  EXPECT_EQ(origin(R"({"type":"named","name":"n","suffix":"s"})"), Origin{Named{"ns"}});
+  EXPECT_EQ(origin(R"({"type":"local","path":"p"})"), SampleOrigin{SampleLocal{"p"}});
+  EXPECT_EQ(origin(R"({"path":"p","type":"here"})"), SampleOrigin{SampleLocal{"p"}});
+  EXPECT_EQ(origin(R"({"type":"anywhere"})"), SampleOrigin{SampleAnywhere()});
+  EXPECT_EQ(origin(R"({"type":"named","name":"n","suffix":"s"})"), SampleOrigin{SampleNamed{"ns"}});
   for (const char* text : {R"({"type":"far","a":1})", R"({"a":1})", R"({"type":null})", R"({"type":7,"path":"p"})"}) {
-    EXPECT_EQ(origin(text), Origin{Other{JSONValue::decode(text)}}) << text;
+    EXPECT_EQ(origin(text), SampleOrigin{SampleOther{JSONValue::decode(text)}}) << text;
   }
   EXPECT_THROW(origin("[]"), DecodingError);
   EXPECT_THROW(origin(R"({"type":"local"})"), DecodingError);
 }
 
 TEST(VariantTable, WritesTheFirstWordOrTheTypeThatTheRecordSays) {
-  const std::pair<Origin, const char*> rows[] = {
-      {Origin{Local{"p"}}, R"({"type":"local","path":"p"})"},
-      {Origin{Anywhere()}, R"({"type":"anywhere"})"},
-      {Origin{Named{"n"}}, R"({"type":"NAMED","name":"n"})"},
-      {Origin{Other{JSONValue::decode(R"({"a":1})")}}, R"({"a":1})"},
+  const std::pair<SampleOrigin, const char*> rows[] = {
+      {SampleOrigin{SampleLocal{"p"}}, R"({"type":"local","path":"p"})"},
+      {SampleOrigin{SampleAnywhere()}, R"({"type":"anywhere"})"},
+      {SampleOrigin{SampleNamed{"n"}}, R"({"type":"NAMED","name":"n"})"},
+      {SampleOrigin{SampleOther{JSONValue::decode(R"({"a":1})")}}, R"({"a":1})"},
   };
-  for (const auto& [value, expected] : rows) EXPECT_EQ(Codec<Origin>::encode(value).encode(), expected);
-  EXPECT_EQ(Codec<Named>::encode(Named{"n"}).encode(), R"({"type":"NAMED","name":"n"})");
+  for (const auto& [value, expected] : rows) EXPECT_EQ(Codec<SampleOrigin>::encode(value).encode(), expected);
+  EXPECT_EQ(Codec<SampleNamed>::encode(SampleNamed{"n"}).encode(), R"({"type":"NAMED","name":"n"})");
 }
 
 }  // namespace
