@@ -19,31 +19,46 @@
 
 namespace ormel::coding {
 
+struct EnumerationWords;
+struct RecordDescription;
+
+// g++ asks whether friends that are no templates are meant. They are: such a function is an ordinary one that is
+// compiled in one file and may be called from any.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-template-friend"
+#endif
+
+/// Declares, for each type that is asked for, the functions that the `.cpp` of its family defines by an
+/// `ORMEL_DEFINE_...` line. So a family reads and writes the types of another one without seeing their tables.
+template <typename T>
+struct Coded {
+  friend void decodeCoded(Coded type, T& into, const JSONValue& value, const CodingPath& path);
+  friend JSONValue encodeCoded(Coded type, const T& value);
+  /// Defined for records.
+  friend const RecordDescription& descriptionOf(Coded type);
+  /// Defined for enumerations.
+  friend const EnumerationWords& wordsOf(Coded type);
+};
+
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
+
 /// How a type is read from and written to JSON: `decodeInto` fails with `DecodingError`, `encode` with `EncodingError`.
 ///
 /// `decodeInto` reads into a value that has just been made, in the place where it will stay; one that failed to be read
 /// holds anything.
 ///
-/// The primary template stands for records, variants and enumerations. Its members are declared beside the type's
-/// table by `ORMEL_DECLARE_CODEC` and defined once, in the `.cpp` of its family, by an `ORMEL_DEFINE_...` macro.
+/// The primary template stands for records, variants and enumerations, which are compiled in the `.cpp` of their
+/// family.
 template <typename T>
 struct Codec {
-  static void decodeInto(T& into, const JSONValue& value, const CodingPath& path);
-  static JSONValue encode(const T& value);
+  static void decodeInto(T& into, const JSONValue& value, const CodingPath& path) {
+    decodeCoded(Coded<T>(), into, value, path);
+  }
+  static JSONValue encode(const T& value) { return encodeCoded(Coded<T>(), value); }
 };
-
-/// At global scope.
-#define ORMEL_DECLARE_CODEC(Type)                                                               \
-  template <>                                                                                   \
-  void ormel::coding::Codec<ormel::Type>::decodeInto(ormel::Type& into, const JSONValue& value, \
-                                                     const CodingPath& path);                   \
-  template <>                                                                                   \
-  ormel::JSONValue ormel::coding::Codec<ormel::Type>::encode(const ormel::Type& value);
-
-/// For a type that is printed in the form of a record but has no JSON form. At global scope.
-#define ORMEL_DECLARE_PRINTED(Type) \
-  template <>                       \
-  ormel::JSONValue ormel::coding::Codec<ormel::Type>::encode(const ormel::Type& value);
 
 template <typename T>
 T decodeAs(const JSONValue& value, const CodingPath& path) {
@@ -138,10 +153,11 @@ struct Codec<std::vector<Element>> {
     if (!array) [[unlikely]]
       failUnexpected("Array", value, path);
     into.clear();
-    into.reserve(array->size());
-    for (const auto& element : *array) {
-      Element& place = into.emplace_back();
-      Codec<Element>::decodeInto(place, element, path.at(into.size() - 1));
+    into.resize(array->size());
+    std::size_t index = 0;
+    for (Element& element : into) {
+      Codec<Element>::decodeInto(element, (*array)[index], path.at(index));
+      ++index;
     }
   }
   static JSONValue encode(const std::vector<Element>& value) {

@@ -37,4 +37,41 @@ std::string canonicalWord(std::string_view text) {
   return canonical;
 }
 
+std::optional<int> canonicalCase(const EnumerationWords& enumeration, std::string_view text) {
+  for (const auto& word : enumeration.words) {
+    if (isPlainSpelling(text, word.text)) return word.value;
+  }
+  const std::string canonical = canonicalWord(text);
+  for (const auto& word : enumeration.words) {
+    if (canonicalWord(word.text) == canonical) return word.value;
+  }
+  return std::nullopt;
+}
+
+std::optional<int> enumerationCase(const EnumerationWords& enumeration, std::string_view text) {
+  for (const auto& word : enumeration.words) {
+    if (word.text == text) return word.value;
+  }
+  if (enumeration.rule == WordRule::closed) return std::nullopt;
+  if (enumeration.rule == WordRule::exact) return enumeration.fallback;
+  return canonicalCase(enumeration, text).value_or(enumeration.fallback);
+}
+
+std::string_view enumerationWord(const EnumerationWords& enumeration, int value) noexcept {
+  for (const auto& word : enumeration.words) {
+    if (word.value == value) return word.text;
+  }
+  return {};
+}
+
+int decodeEnumeration(const EnumerationWords& enumeration, const JSONValue& value, const CodingPath& path) {
+  const std::string_view text = textOf(value, path);
+  const auto found = enumerationCase(enumeration, text);
+  if (!found) {
+    failCorrupted(
+        "Cannot initialize " + std::string(enumeration.name) + " from invalid String value " + std::string(text), path);
+  }
+  return *found;
+}
+
 }  // namespace ormel::coding

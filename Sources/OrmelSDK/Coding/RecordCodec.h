@@ -2,20 +2,17 @@
 
 // The definition of the codecs of records; included only by the `.cpp` of a family.
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <ostream>
 #include <string_view>
-#include <tuple>
-#include <type_traits>
 #include <utility>
-#include <vector>
 
 #include "OrmelSDK/Coding/FieldCount.h"
 #include "OrmelSDK/Coding/FieldTable.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/Coding/RecordDescription.h"
 #include "OrmelSDK/Coding/TypeName.h"
 #include "OrmelSDK/Coding/WordIndex.h"
 
@@ -30,136 +27,132 @@ inline bool hasValue(const JSONObject& object, std::string_view key) {
 /// All keys of a table, each once, and for each field the positions of its own.
 template <typename Table>
 struct TableKeys {
-  static constexpr std::size_t fieldCount = std::tuple_size_v<std::remove_cvref_t<decltype(Table::fields)>>;
-  static constexpr std::size_t mostKeys = 4;
+  static constexpr std::size_t fieldCount = std::size(Table::fields);
 
   struct Collected {
-    WordList<fieldCount * mostKeys> keys;
-    std::array<std::array<std::size_t, mostKeys>, fieldCount> positions{};
+    WordList<fieldCount * Field::mostKeys> keys;
+    std::array<KeyPositions, fieldCount> positions{};
   };
 
   static consteval Collected collect() {
     Collected collected;
-    std::size_t field = 0;
-    const auto add = [&](const auto& keys) {
-      std::size_t at = 0;
-      for (const std::string_view key : keys) collected.positions[field][at++] = collected.keys.add(key);
-      ++field;
-    };
-    std::apply([&](const auto&... fields) { (add(fields.keys), ...); }, Table::fields);
+    for (std::size_t field = 0; field < fieldCount; ++field) {
+      for (std::size_t key = 0; key < Table::fields[field].keyCount; ++key) {
+        collected.positions[field][key] = static_cast<std::uint8_t>(collected.keys.add(Table::fields[field].keys[key]));
+      }
+    }
     return collected;
   }
 
-  static constexpr auto positions = collect().positions;
-  static constexpr std::size_t count = collect().keys.count;
-  static constexpr auto words = WordTable<count>(collect().keys);
+  static constexpr Collected collected = collect();
+  static constexpr auto words = WordTable<collected.keys.count>(collected.keys);
   static constexpr WordIndex index = words.index();
+  static_assert(collected.keys.count <= mostKeysOfARecord);
 };
 
-/// The values of an object that a table asks for.
-template <typename Table>
-class FoundValues {
- public:
-  explicit FoundValues(const JSONObject& object) { findMembers(object, TableKeys<Table>::index, found_.data()); }
-
-  const JSONValue* at(std::size_t field, std::size_t key) const {
-    return found_[TableKeys<Table>::positions[field][key]];
-  }
-
- private:
-  std::array<const JSONValue*, TableKeys<Table>::count> found_{};
-};
-
-template <typename Value, typename Coder>
-void decodeValue(Value& into, const JSONValue& value, const CodingPath& path) {
-  if constexpr (Unwrapped<Value>::isOptional) {
-    Coder::decodeInto(into.emplace(), value, path);
-  } else {
-    Coder::decodeInto(into, value, path);
-  }
+template <typename Record, typename Table>
+void finishRecord(void* record, const JSONObject& object, const CodingPath& path) {
+  Table::finish(*static_cast<Record*>(record), object, path);
 }
 
-/// Reads a field from the first of its keys that has a value other than null; else from the last.
-template <std::size_t index, typename Record, typename Table, typename Field>
-void decodeField(Record& record, const FoundValues<Table>& found, const Field& field, const CodingPath& path) {
+template <typename Record, typename Table>
+consteval RecordDescription describe() {
+  RecordDescription description;
+  description.name = typeName<Record>();
+  description.fields = Table::fields;
+  if constexpr (std::size(Table::fields) > 0) {
+    description.keys = &TableKeys<Table>::index;
+    description.positions = TableKeys<Table>::collected.positions.data();
+  }
+  if constexpr (requires { Table::writtenType; }) description.writtenType = Table::writtenType;
+  if constexpr (requires { &Table::finish; }) description.finish = &finishRecord<Record, Table>;
+  return description;
+}
+
+template <typename Record, typename Table = RecordTable<Record>>
+inline constexpr RecordDescription description = describe<Record, Table>();
+
+/// Reads a record by another table than its own. Has the functions of `Codec`, and that of a variant's case.
+template <typename Record, typename Table>
+struct TableCodec {
+  static void decodeInto(Record& into, const JSONValue& value, const CodingPath& path) {
+    decodeRecord(description<Record, Table>, &into, value, path);
+  }
+  static void encodeMembers(const Record& record, std::vector<JSONMemberInit>& members) {
+    coding::encodeMembers(description<Record, Table>, &record, members);
+  }
+};
+
+template <typename Record>
+void decodeFromTable(Record& record, const JSONValue& value, const CodingPath& path) {
+  decodeRecord(description<Record>, &record, value, path);
+}
+
+template <typename Record>
+JSONValue encodeFromTable(const Record& record) {
+  return encodeRecord(description<Record>, &record);
+}
+
+template <typename Table, std::size_t index>
+void decodeFieldInline(void* record, const JSONValue* const* found, const CodingPath& path) {
+  constexpr const Field& field = Table::fields[index];
+  constexpr auto place = field.place;
+  constexpr auto decodeInto = field.coder->decodeInto;
+  constexpr const KeyPositions& positions = TableKeys<Table>::collected.positions[index];
   std::size_t key = 0;
-  const JSONValue* value = found.at(index, key);
-  while ((!value || value->isNull()) && key + 1 < field.keys.size()) value = found.at(index, ++key);
-  if constexpr (Field::presence == Presence::required) {
+  const JSONValue* value = found[positions[0]];
+  if constexpr (field.keyCount > 1) {
+    while ((!value || value->isNull()) && key + 1 < field.keyCount) value = found[positions[++key]];
+  }
+  if constexpr (field.presence == Presence::required) {
     if (!value) [[unlikely]]
       failMissingKey(field.keys[key], path);
   } else {
     if (!value || value->isNull()) return;
   }
-  decodeValue<typename Field::Value, typename Field::ValueCoder>(record.*Field::member, *value,
-                                                                 path.at(field.keys[key]));
+  decodeInto(place(record), *value, path.at(field.keys[key]));
 }
 
-template <typename Value>
-bool isEmpty(const Value& value) {
-  if constexpr (requires { value.empty(); }) {
-    return value.empty();
-  } else {
-    return false;
-  }
-}
-
-template <typename Record, typename Field>
-void encodeField(const Record& record, const Field& field, std::vector<JSONMemberInit>& members) {
-  const auto& value = record.*Field::member;
-  if constexpr (Field::presence == Presence::optional) {
-    if (value) members.emplace_back(field.writtenKey, Field::ValueCoder::encode(*value));
-  } else {
-    if (field.omitEmpty && isEmpty(value)) return;
-    members.emplace_back(field.writtenKey, Field::ValueCoder::encode(value));
-  }
-}
-
-template <typename Table, typename Record, std::size_t... indices>
-void decodeFields(Record& record, const JSONObject& object, const CodingPath& path, std::index_sequence<indices...>) {
-  const FoundValues<Table> found(object);
-  (decodeField<indices>(record, found, std::get<indices>(Table::fields), path), ...);
-}
-
-/// Reads a record by a table of its fields; `Table` is usually the record's own.
-template <typename Record, typename Table = RecordTable<Record>>
-void decodeRecord(Record& record, const JSONValue& value, const CodingPath& path) {
-  constexpr std::size_t fieldCount = std::tuple_size_v<std::remove_cvref_t<decltype(Table::fields)>>;
+/// The same as `decodeRecord`, but with all fields inlined: for records that stream in.
+template <typename Record>
+void decodeHotRecord(Record& record, const JSONValue& value, const CodingPath& path) {
+  using Table = RecordTable<Record>;
   if (value.kind() != JSONValue::Kind::object) [[unlikely]]
     failUnexpected(typeName<Record>(), value, path);
   const JSONObject& object = detail::JSONAccess::object(value);
-  if constexpr (fieldCount > 0) decodeFields<Table>(record, object, path, std::make_index_sequence<fieldCount>());
-  if constexpr (requires { Table::finish(record, object, path); }) Table::finish(record, object, path);
+  std::array<const JSONValue*, TableKeys<Table>::collected.keys.count> found{};
+  findMembers(object, TableKeys<Table>::index, found.data());
+  [&]<std::size_t... indices>(std::index_sequence<indices...>) {
+    (decodeFieldInline<Table, indices>(&record, found.data(), path), ...);
+  }(std::make_index_sequence<std::size(Table::fields)>());
+  if constexpr (requires { &Table::finish; }) Table::finish(record, object, path);
+}
+
+/// Whether each line of the table names a field of the record, and each a different one.
+template <typename Record, typename Table = RecordTable<Record>>
+consteval bool namesDistinctFields() {
+  const std::size_t count = std::size(Table::fields);
+  for (std::size_t one = 0; one < count; ++one) {
+    if (Table::fields[one].record != &recordIdentity<Record>) return false;
+    for (std::size_t other = 0; other < one; ++other) {
+      if (Table::fields[one].place == Table::fields[other].place) return false;
+    }
+  }
+  return true;
 }
 
 template <typename Table>
-inline constexpr bool writesOwnType = requires { Table::writtenType; };
-
-/// Adds a record's members to an object in the making.
-template <typename Record, typename Table = RecordTable<Record>>
-void encodeMembers(const Record& record, std::vector<JSONMemberInit>& members) {
-  if constexpr (writesOwnType<Table>) members.emplace_back("type", Table::writtenType);
-  std::apply([&](const auto&... fields) { (encodeField(record, fields, members), ...); }, Table::fields);
-}
-
-template <typename Record, typename Table = RecordTable<Record>>
-JSONValue encodeRecord(const Record& record) {
-  std::vector<JSONMemberInit> members;
-  members.reserve(std::tuple_size_v<std::remove_cvref_t<decltype(Table::fields)>> + 1);
-  encodeMembers<Record, Table>(record, members);
-  return JSONValue::object(members);
-}
-
-template <typename Record>
-constexpr bool tableIsComplete() {
-  return std::tuple_size_v<std::remove_cvref_t<decltype(RecordTable<Record>::fields)>> == fieldCount<Record>();
+consteval bool canBeRead() {
+  for (const Field& field : Table::fields) {
+    if (field.presence == Presence::unread) return false;
+  }
+  return true;
 }
 
 }  // namespace ormel::coding
 
 namespace ormel {
 
-// Visible only where codecs are defined; everyone else links against the instantiations made there.
 template <typename Type>
 Type decode(const JSONValue& value) {
   return coding::decodeAs<Type>(value, coding::CodingPath{});
@@ -172,7 +165,9 @@ JSONValue encode(const Type& value) {
 
 }  // namespace ormel
 
-/// Makes the public entry points for a type whose `Codec` is defined. At global scope, as all of these.
+// Each of these stands at global scope.
+
+/// The public entry points for a type whose codec is defined.
 #define ORMEL_DEFINE_PUBLIC_CODING(Type)                                    \
   template ormel::Type ormel::decode<ormel::Type>(const JSONValue&);        \
   template ormel::JSONValue ormel::encode<ormel::Type>(const ormel::Type&); \
@@ -185,33 +180,63 @@ JSONValue encode(const Type& value) {
   }                                                                      \
   }
 
+#define ORMEL_DEFINE_READING(Type, reading)                                                   \
+  namespace ormel::coding {                                                                   \
+  void decodeCoded(Coded<Type>, Type& into, const JSONValue& value, const CodingPath& path) { \
+    reading(into, value, path);                                                               \
+  }                                                                                           \
+  }
+
+#define ORMEL_DEFINE_WRITING(Type, writing)                                        \
+  namespace ormel::coding {                                                        \
+  JSONValue encodeCoded(Coded<Type>, const Type& value) { return writing(value); } \
+  }
+
 /// Defines the codec of a type by a function that reads into a value and one that writes it.
-#define ORMEL_DEFINE_CODEC_BY(Type, reading, writing)                                           \
-  template <>                                                                                   \
-  void ormel::coding::Codec<ormel::Type>::decodeInto(ormel::Type& into, const JSONValue& value, \
-                                                     const CodingPath& path) {                  \
-    reading(into, value, path);                                                                 \
-  }                                                                                             \
-  template <>                                                                                   \
-  ormel::JSONValue ormel::coding::Codec<ormel::Type>::encode(const ormel::Type& value) {        \
-    return writing(value);                                                                      \
-  }                                                                                             \
+#define ORMEL_DEFINE_CODEC_BY(Type, reading, writing) \
+  ORMEL_DEFINE_READING(Type, reading)                 \
+  ORMEL_DEFINE_WRITING(Type, writing)                 \
   ORMEL_DEFINE_PUBLIC_CODING(Type)
 
-/// Defines the codec of a record from its table.
-#define ORMEL_DEFINE_RECORD(Record)                                                                                   \
-  static_assert(ormel::coding::tableIsComplete<ormel::Record>(), "a field of " #Record " is missing from its table"); \
-  ORMEL_DEFINE_CODEC_BY(Record, decodeRecord<ormel::Record>, encodeRecord)
-
 /// Defines how a type without a JSON form is printed, by a function that writes it as if it had one.
-#define ORMEL_DEFINE_PRINTED_BY(Type, writing)                                           \
-  template <>                                                                            \
-  ormel::JSONValue ormel::coding::Codec<ormel::Type>::encode(const ormel::Type& value) { \
-    return writing(value);                                                               \
-  }                                                                                      \
+#define ORMEL_DEFINE_PRINTED_BY(Type, writing) \
+  ORMEL_DEFINE_WRITING(Type, writing)          \
   ORMEL_DEFINE_PRINTING(Type)
 
+/// A word that is not checked.
+#define ORMEL_DEFINE_VOCABULARY(Type) ORMEL_DEFINE_PUBLIC_CODING(Type)
+
+#define ORMEL_CHECK_TABLE(Record, Table)                                                       \
+  namespace ormel::coding {                                                                    \
+  static_assert(namesDistinctFields<Record, Table<Record>>(),                                  \
+                "the table of " #Record " names a field twice, or one of another record");     \
+  template void tableListsEveryField<Record, std::size(Table<Record>::fields)>(const Record&); \
+  }
+
+/// Defines how a record that is a case of a variant is read and written there; it has no JSON form of its own.
+#define ORMEL_DEFINE_CASE(Record) ORMEL_DEFINE_CASE_BY(Record, decodeFromTable)
+
+#define ORMEL_DEFINE_CASE_BY(Record, reading)                                           \
+  ORMEL_CHECK_TABLE(Record, RecordTable)                                                \
+  static_assert(ormel::coding::canBeRead<ormel::coding::RecordTable<ormel::Record>>(),  \
+                #Record " has a field that is only printed");                           \
+  namespace ormel::coding {                                                             \
+  const RecordDescription& descriptionOf(Coded<Record>) { return description<Record>; } \
+  }                                                                                     \
+  ORMEL_DEFINE_READING(Record, reading)                                                 \
+  ORMEL_DEFINE_WRITING(Record, encodeFromTable)
+
+/// Defines the codec of a record from its table.
+#define ORMEL_DEFINE_RECORD(Record)             \
+  ORMEL_DEFINE_CASE_BY(Record, decodeFromTable) \
+  ORMEL_DEFINE_PUBLIC_CODING(Record)
+
+/// The same for a record that streams in: faster to read, slower to compile.
+#define ORMEL_DEFINE_HOT_RECORD(Record)         \
+  ORMEL_DEFINE_CASE_BY(Record, decodeHotRecord) \
+  ORMEL_DEFINE_PUBLIC_CODING(Record)
+
 /// Defines how a record without a JSON form is printed, from a table of its fields.
-#define ORMEL_DEFINE_PRINTED_RECORD(Record)                                                                           \
-  static_assert(ormel::coding::tableIsComplete<ormel::Record>(), "a field of " #Record " is missing from its table"); \
-  ORMEL_DEFINE_PRINTED_BY(Record, encodeRecord)
+#define ORMEL_DEFINE_PRINTED_RECORD(Record) \
+  ORMEL_CHECK_TABLE(Record, RecordTable)    \
+  ORMEL_DEFINE_PRINTED_BY(Record, encodeFromTable)

@@ -6,7 +6,7 @@ namespace ormel::coding {
 
 /// The unqualified name of a class or enumeration, for error texts.
 template <typename T>
-consteval std::string_view typeName() noexcept {
+constexpr std::string_view typeName() noexcept {
   std::string_view signature = __PRETTY_FUNCTION__;
   const auto start = signature.find("T = ") + 4;
   const auto end = signature.find_first_of(";]", start);

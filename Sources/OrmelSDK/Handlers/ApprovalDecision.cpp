@@ -1,7 +1,7 @@
 #include "OrmelSDK/Handlers/ApprovalDecision.h"
 
+#include "OrmelSDK/Coding/Codec.h"
 #include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/Handlers/ApprovalDecisionTables.h"
 
 namespace ormel::coding {
 

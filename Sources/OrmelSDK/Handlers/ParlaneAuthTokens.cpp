@@ -1,7 +1,34 @@
 #include "OrmelSDK/Handlers/ParlaneAuthTokens.h"
 
+#include "OrmelSDK/Coding/Enumeration.h"
 #include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/Handlers/ParlaneAuthTokensTables.h"
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::ParlaneAuthTokensRefreshReason> {
+  static constexpr auto rule = closed;
+  static constexpr Word<ParlaneAuthTokensRefreshReason> words[] = {
+      {ParlaneAuthTokensRefreshReason::unauthorized, "unauthorized"},
+  };
+};
+
+// The request and the response have no JSON form; their tables are for printing.
+
+template <>
+struct ormel::coding::RecordTable<ormel::ParlaneAuthTokensRefreshRequest> {
+  static constexpr Field fields[] = {
+      printed<&ParlaneAuthTokensRefreshRequest::reason>("reason"),
+      printed<&ParlaneAuthTokensRefreshRequest::previousAccountID>("previousAccountID"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::ParlaneAuthTokensRefreshResponse> {
+  static constexpr Field fields[] = {
+      required<&ParlaneAuthTokensRefreshResponse::accessToken>("accessToken"),
+      required<&ParlaneAuthTokensRefreshResponse::parlaneAccountID>("parlaneAccountID"),
+      optional<&ParlaneAuthTokensRefreshResponse::parlanePlanType>("parlanePlanType"),
+  };
+};
 
 namespace ormel::coding {
 
@@ -11,7 +38,7 @@ namespace {
 JSONValue encodeWithoutSecret(const ParlaneAuthTokensRefreshResponse& response) {
   ParlaneAuthTokensRefreshResponse shown = response;
   if (!shown.accessToken.empty()) shown.accessToken = "<secret>";
-  return encodeRecord(shown);
+  return encodeFromTable(shown);
 }
 
 }  // namespace
@@ -20,4 +47,5 @@ JSONValue encodeWithoutSecret(const ParlaneAuthTokensRefreshResponse& response) 
 
 ORMEL_DEFINE_ENUMERATION(ParlaneAuthTokensRefreshReason)
 ORMEL_DEFINE_PRINTED_RECORD(ParlaneAuthTokensRefreshRequest)
+ORMEL_CHECK_TABLE(ParlaneAuthTokensRefreshResponse, RecordTable)
 ORMEL_DEFINE_PRINTED_BY(ParlaneAuthTokensRefreshResponse, encodeWithoutSecret)

@@ -1,8 +1,33 @@
 #include "OrmelSDK/Handlers/PermissionProfile.h"
 
+#include "OrmelSDK/Coding/Enumeration.h"
 #include "OrmelSDK/Coding/KeptValue.h"
 #include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/Handlers/PermissionProfileTables.h"
+
+template <>
+struct ormel::coding::RecordTable<ormel::RequestPermissionProfile> {
+  static constexpr Field fields[] = {
+      optional<&RequestPermissionProfile::network>("network"),
+      optional<&RequestPermissionProfile::fileSystem>("fileSystem", "file_system"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::GrantedPermissionProfile> {
+  static constexpr Field fields[] = {
+      optional<&GrantedPermissionProfile::network>("network"),
+      optional<&GrantedPermissionProfile::fileSystem>("fileSystem", "file_system"),
+  };
+};
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::PermissionGrantScope> {
+  static constexpr auto rule = closed;
+  static constexpr Word<PermissionGrantScope> words[] = {
+      {PermissionGrantScope::turn, "turn"},
+      {PermissionGrantScope::session, "session"},
+  };
+};
 
 namespace ormel {
 

@@ -3,8 +3,30 @@
 #include <map>
 #include <string>
 
+#include "OrmelSDK/Coding/Enumeration.h"
 #include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/Input/ApprovalModeTables.h"
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::ApprovalMode::Policy> {
+  static constexpr auto rule = closed;
+  static constexpr Word<ApprovalMode::Policy> words[] = {
+      {ApprovalMode::Policy::never, "never"},
+      {ApprovalMode::Policy::onRequest, "on-request"},
+      {ApprovalMode::Policy::onFailure, "on-failure"},
+      {ApprovalMode::Policy::untrusted, "untrusted"},
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::GranularApprovalMode> {
+  static constexpr Field fields[] = {
+      required<&GranularApprovalMode::sandboxApproval>("sandbox_approval"),
+      required<&GranularApprovalMode::rules>("rules"),
+      required<&GranularApprovalMode::skillApproval>("skill_approval"),
+      required<&GranularApprovalMode::requestPermissions>("request_permissions"),
+      required<&GranularApprovalMode::mcpElicitations>("mcp_elicitations"),
+  };
+};
 
 namespace ormel {
 
@@ -59,5 +81,6 @@ JSONValue encodeApprovalMode(const ApprovalMode& mode) {
 
 }  // namespace ormel
 
+ORMEL_DEFINE_WORDS(ApprovalMode::Policy)
 ORMEL_DEFINE_RECORD(GranularApprovalMode)
 ORMEL_DEFINE_CODEC_BY(ApprovalMode, decodeApprovalMode, encodeApprovalMode)

@@ -1,7 +1,18 @@
 #include "OrmelSDK/Input/ReviewTarget.h"
 
+#include "OrmelSDK/Coding/Enumeration.h"
 #include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/Input/ReviewTargetTables.h"
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::ReviewDelivery> {
+  static constexpr auto rule = closed;
+  static constexpr Word<ReviewDelivery> words[] = {
+      {ReviewDelivery::inline_, "inline"},
+      {ReviewDelivery::detached, "detached"},
+  };
+};
+
+/// A target is sent and never received, so it is only written.
 
 namespace ormel::coding {
 

@@ -2,8 +2,97 @@
 
 #include <string>
 
+#include "OrmelSDK/Coding/Enumeration.h"
 #include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/Input/ThreadChoicesTables.h"
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::SandboxMode> {
+  static constexpr auto rule = closed;
+  static constexpr Word<SandboxMode> words[] = {
+      {SandboxMode::readOnly, "read-only"},
+      {SandboxMode::workspaceWrite, "workspace-write"},
+      {SandboxMode::dangerFullAccess, "danger-full-access"},
+  };
+};
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::ApprovalsReviewer> {
+  static constexpr auto rule = closed;
+  static constexpr Word<ApprovalsReviewer> words[] = {
+      {ApprovalsReviewer::user, "user"},
+      {ApprovalsReviewer::autoReview, "auto_review"},
+      {ApprovalsReviewer::guardianSubagent, "guardian_subagent"},
+  };
+};
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::Personality> {
+  static constexpr auto rule = closed;
+  static constexpr Word<Personality> words[] = {
+      {Personality::none, "none"},
+      {Personality::friendly, "friendly"},
+      {Personality::pragmatic, "pragmatic"},
+  };
+};
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::ThreadStartSource> {
+  static constexpr auto rule = closed;
+  static constexpr Word<ThreadStartSource> words[] = {
+      {ThreadStartSource::startup, "startup"},
+      {ThreadStartSource::clear, "clear"},
+  };
+};
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::ThreadSource> {
+  static constexpr auto rule = closed;
+  static constexpr Word<ThreadSource> words[] = {
+      {ThreadSource::user, "user"},
+      {ThreadSource::subagent, "subagent"},
+      {ThreadSource::memoryConsolidation, "memory_consolidation"},
+  };
+};
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::WebSearchMode> {
+  static constexpr auto rule = closed;
+  static constexpr Word<WebSearchMode> words[] = {
+      {WebSearchMode::disabled, "disabled"},
+      {WebSearchMode::cached, "cached"},
+      {WebSearchMode::live, "live"},
+  };
+};
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::ModelReasoningSummary> {
+  static constexpr auto rule = closed;
+  static constexpr Word<ModelReasoningSummary> words[] = {
+      {ModelReasoningSummary::auto_, "auto"},
+      {ModelReasoningSummary::concise, "concise"},
+      {ModelReasoningSummary::detailed, "detailed"},
+      {ModelReasoningSummary::none, "none"},
+  };
+};
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::ModelVerbosity> {
+  static constexpr auto rule = closed;
+  static constexpr Word<ModelVerbosity> words[] = {
+      {ModelVerbosity::low, "low"},
+      {ModelVerbosity::medium, "medium"},
+      {ModelVerbosity::high, "high"},
+  };
+};
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::CollaborationMode> {
+  static constexpr auto rule = closed;
+  static constexpr Word<CollaborationMode> words[] = {
+      {CollaborationMode::defaultMode, "default"},
+      {CollaborationMode::plan, "plan"},
+  };
+};
 
 namespace ormel::coding {
 
@@ -32,5 +121,5 @@ ORMEL_DEFINE_ENUMERATION(WebSearchMode)
 ORMEL_DEFINE_ENUMERATION(ModelReasoningSummary)
 ORMEL_DEFINE_ENUMERATION(ModelVerbosity)
 ORMEL_DEFINE_ENUMERATION_BY(CollaborationMode, decodeCollaborationMode)
-ORMEL_DEFINE_PUBLIC_CODING(ModelReasoningEffort)
-ORMEL_DEFINE_PUBLIC_CODING(ServiceTier)
+ORMEL_DEFINE_VOCABULARY(ModelReasoningEffort)
+ORMEL_DEFINE_VOCABULARY(ServiceTier)

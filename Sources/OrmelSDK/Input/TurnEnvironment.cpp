@@ -1,12 +1,12 @@
 #include "OrmelSDK/Input/TurnEnvironment.h"
 
-#include <tuple>
-
 #include "OrmelSDK/Coding/RecordCodec.h"
 
 template <>
 struct ormel::coding::RecordTable<ormel::TurnEnvironment> {
-  static constexpr auto fields = std::tuple(required<&TurnEnvironment::environmentID>("environmentID"),
-                                            required<&TurnEnvironment::workingDirectory>("workingDirectory"));
+  static constexpr Field fields[] = {
+      printed<&TurnEnvironment::environmentID>("environmentID"),
+      printed<&TurnEnvironment::workingDirectory>("workingDirectory"),
+  };
 };
 ORMEL_DEFINE_PRINTED_RECORD(TurnEnvironment)

@@ -1,11 +1,99 @@
 #include "OrmelSDK/Input/UserInput.h"
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
 
-#include "OrmelSDK/Input/UserInputTables.h"
+#include "OrmelSDK/Coding/Enumeration.h"
+#include "OrmelSDK/Coding/RecordCodec.h"
+#include "OrmelSDK/Coding/TaggedVariant.h"
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::ImageDetail> {
+  static constexpr auto rule = closed;
+  static constexpr Word<ImageDetail> words[] = {
+      {ImageDetail::high, "high"},
+      {ImageDetail::original, "original"},
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::UserInputTextByteRange> {
+  static constexpr Field fields[] = {
+      required<&UserInputTextByteRange::start>("start"),
+      required<&UserInputTextByteRange::end>("end"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::UserInputTextElement> {
+  static constexpr Field fields[] = {
+      required<&UserInputTextElement::byteRange>("byteRange"),
+      optional<&UserInputTextElement::placeholder>("placeholder"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::UserInputText> {
+  static constexpr Field fields[] = {
+      required<&UserInputText::text>("text"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::UserInputTextElements> {
+  static constexpr Field fields[] = {
+      required<&UserInputTextElements::text>("text"),
+      defaulted<&UserInputTextElements::elements>("textElements", "text_elements")
+          .writtenAs("text_elements")
+          .omittedWhenEmpty(),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::UserInputImage> {
+  static constexpr Field fields[] = {
+      required<&UserInputImage::url>("url"),
+      optional<&UserInputImage::detail>("detail"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::UserInputLocalImage> {
+  static constexpr Field fields[] = {
+      required<&UserInputLocalImage::path>("path"),
+      optional<&UserInputLocalImage::detail>("detail"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::UserInputSkill> {
+  static constexpr Field fields[] = {
+      required<&UserInputSkill::name>("name"),
+      required<&UserInputSkill::path>("path"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::UserInputMention> {
+  static constexpr Field fields[] = {
+      required<&UserInputMention::name>("name"),
+      required<&UserInputMention::path>("path"),
+  };
+};
+
+/// Both text cases carry the word "text"; reading decides between them by the elements.
+template <>
+struct ormel::coding::VariantTable<ormel::UserInput> : CasesOf<UserInput> {
+  static constexpr Case cases[] = {
+      variantCase<UserInputTextElements>("text"), variantCase<UserInputText>("text"),
+      variantCase<UserInputImage>("image"),       variantCase<UserInputLocalImage>("localImage", "local_image"),
+      variantCase<UserInputSkill>("skill"),       variantCase<UserInputMention>("mention"),
+  };
+  static UserInput decodeUnknown(std::string_view type, const JSONValue& value, const CodingPath& path);
+};
 
 namespace ormel::coding {
 
@@ -47,12 +135,18 @@ JSONValue encodeLossyUserInput(const LossyUserInput& input) {
 ORMEL_DEFINE_ENUMERATION(ImageDetail)
 ORMEL_DEFINE_RECORD(UserInputTextByteRange)
 ORMEL_DEFINE_RECORD(UserInputTextElement)
-ORMEL_DEFINE_PRINTED_RECORD(UserInputText)
-ORMEL_DEFINE_PRINTED_RECORD(UserInputTextElements)
-ORMEL_DEFINE_PRINTED_RECORD(UserInputImage)
-ORMEL_DEFINE_PRINTED_RECORD(UserInputLocalImage)
-ORMEL_DEFINE_PRINTED_RECORD(UserInputSkill)
-ORMEL_DEFINE_PRINTED_RECORD(UserInputMention)
+ORMEL_DEFINE_CASE(UserInputText)
+ORMEL_DEFINE_PRINTING(UserInputText)
+ORMEL_DEFINE_CASE(UserInputTextElements)
+ORMEL_DEFINE_PRINTING(UserInputTextElements)
+ORMEL_DEFINE_CASE(UserInputImage)
+ORMEL_DEFINE_PRINTING(UserInputImage)
+ORMEL_DEFINE_CASE(UserInputLocalImage)
+ORMEL_DEFINE_PRINTING(UserInputLocalImage)
+ORMEL_DEFINE_CASE(UserInputSkill)
+ORMEL_DEFINE_PRINTING(UserInputSkill)
+ORMEL_DEFINE_CASE(UserInputMention)
+ORMEL_DEFINE_PRINTING(UserInputMention)
 ORMEL_DEFINE_CODEC_BY(UserInput, decodeUserInput, encodeVariant)
 ORMEL_DEFINE_CODEC_BY(LossyUserInput, decodeLossyUserInput, encodeLossyUserInput)
 ORMEL_DEFINE_PRINTED_BY(Input, printedInput)

@@ -3,9 +3,47 @@
 #include <string>
 #include <string_view>
 
+#include "OrmelSDK/Coding/Enumeration.h"
 #include "OrmelSDK/Coding/RecordCodec.h"
 #include "OrmelSDK/Coding/TaggedVariant.h"
-#include "OrmelSDK/Items/FileChangeItemsTables.h"
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::PatchApplyStatus> {
+  static constexpr auto rule = tolerant(PatchApplyStatus::failed);
+  static constexpr Word<PatchApplyStatus> words[] = {
+      {PatchApplyStatus::inProgress, "in_progress"},
+      {PatchApplyStatus::completed, "completed"},
+      {PatchApplyStatus::failed, "failed"},
+      {PatchApplyStatus::declined, "declined"},
+  };
+};
+
+template <>
+struct ormel::coding::EnumerationTable<ormel::PatchChangeKind> {
+  static constexpr auto rule = closed;
+  static constexpr Word<PatchChangeKind> words[] = {
+      {PatchChangeKind::add, "add"},
+      {PatchChangeKind::delete_, "delete"},
+      {PatchChangeKind::update, "update"},
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::FileUpdateChange> {
+  static constexpr Field fields[] = {
+      required<&FileUpdateChange::path>("path"),
+      required<&FileUpdateChange::kind>("kind"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::FileChangeItem> {
+  static constexpr Field fields[] = {
+      required<&FileChangeItem::id>("id"),
+      required<&FileChangeItem::changes>("changes"),
+      required<&FileChangeItem::status>("status"),
+  };
+};
 
 namespace ormel::coding {
 
@@ -31,5 +69,5 @@ void decodePatchChangeKind(PatchChangeKind& into, const JSONValue& value, const 
 
 ORMEL_DEFINE_ENUMERATION(PatchApplyStatus)
 ORMEL_DEFINE_ENUMERATION_BY(PatchChangeKind, decodePatchChangeKind)
-ORMEL_DEFINE_RECORD(FileUpdateChange)
-ORMEL_DEFINE_RECORD(FileChangeItem)
+ORMEL_DEFINE_HOT_RECORD(FileUpdateChange)
+ORMEL_DEFINE_HOT_RECORD(FileChangeItem)

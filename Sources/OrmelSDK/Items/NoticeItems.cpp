@@ -1,10 +1,42 @@
 #include "OrmelSDK/Items/NoticeItems.h"
 
 #include <string>
+#include <string_view>
 
 #include "OrmelSDK/Coding/RecordCodec.h"
 #include "OrmelSDK/Coding/TaggedVariant.h"
-#include "OrmelSDK/Items/NoticeItemsTables.h"
+
+template <>
+struct ormel::coding::RecordTable<ormel::ReviewModeItem> {
+  static constexpr Field fields[] = {
+      required<&ReviewModeItem::id>("id"),
+      required<&ReviewModeItem::review>("review"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::ContextCompactionItem> {
+  static constexpr Field fields[] = {
+      required<&ContextCompactionItem::id>("id"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::SleepItem> {
+  static constexpr std::string_view writtenType = "sleep";
+  static constexpr Field fields[] = {
+      required<&SleepItem::id>("id"),
+      optional<&SleepItem::durationMilliseconds>("durationMs", "duration_ms"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::ErrorItem> {
+  static constexpr Field fields[] = {
+      required<&ErrorItem::id>("id"),
+      required<&ErrorItem::message>("message"),
+  };
+};
 
 namespace ormel::coding {
 
@@ -24,8 +56,8 @@ JSONValue encodeUnknownThreadItem(const UnknownThreadItem& item) { return item.p
 
 }  // namespace ormel::coding
 
-ORMEL_DEFINE_RECORD(ReviewModeItem)
-ORMEL_DEFINE_RECORD(ContextCompactionItem)
-ORMEL_DEFINE_RECORD(SleepItem)
-ORMEL_DEFINE_RECORD(ErrorItem)
+ORMEL_DEFINE_HOT_RECORD(ReviewModeItem)
+ORMEL_DEFINE_HOT_RECORD(ContextCompactionItem)
+ORMEL_DEFINE_HOT_RECORD(SleepItem)
+ORMEL_DEFINE_HOT_RECORD(ErrorItem)
 ORMEL_DEFINE_CODEC_BY(UnknownThreadItem, decodeUnknownThreadItem, encodeUnknownThreadItem)

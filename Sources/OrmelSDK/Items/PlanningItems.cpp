@@ -3,7 +3,42 @@
 #include <string_view>
 
 #include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/Items/PlanningItemsTables.h"
+#include "OrmelSDK/Coding/SharedTextCodec.h"
+
+template <>
+struct ormel::coding::RecordTable<ormel::PlanItem> {
+  static constexpr Field fields[] = {
+      required<&PlanItem::id>("id"),
+      required<&PlanItem::text>("text"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::ReasoningItem> {
+  static constexpr std::string_view writtenType = "reasoning";
+  static constexpr Field fields[] = {
+      required<&ReasoningItem::id>("id"),
+      defaulted<&ReasoningItem::summary>("summary"),
+      defaulted<&ReasoningItem::content>("content"),
+  };
+  static void finish(ReasoningItem& item, const JSONObject& object, const CodingPath& path);
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::TodoItem> {
+  static constexpr Field fields[] = {
+      required<&TodoItem::text>("text"),
+      required<&TodoItem::completed>("completed"),
+  };
+};
+
+template <>
+struct ormel::coding::RecordTable<ormel::TodoListItem> {
+  static constexpr Field fields[] = {
+      required<&TodoListItem::id>("id"),
+      required<&TodoListItem::items>("items"),
+  };
+};
 
 namespace ormel {
 
@@ -38,7 +73,7 @@ void RecordTable<ReasoningItem>::finish(ReasoningItem& item, const JSONObject& o
 
 }  // namespace ormel::coding
 
-ORMEL_DEFINE_RECORD(PlanItem)
-ORMEL_DEFINE_RECORD(ReasoningItem)
-ORMEL_DEFINE_RECORD(TodoItem)
-ORMEL_DEFINE_RECORD(TodoListItem)
+ORMEL_DEFINE_HOT_RECORD(PlanItem)
+ORMEL_DEFINE_HOT_RECORD(ReasoningItem)
+ORMEL_DEFINE_HOT_RECORD(TodoItem)
+ORMEL_DEFINE_HOT_RECORD(TodoListItem)

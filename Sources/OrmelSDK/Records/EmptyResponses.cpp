@@ -1,7 +1,15 @@
 #include "OrmelSDK/Records/EmptyResponses.h"
 
 #include "OrmelSDK/Coding/RecordCodec.h"
-#include "OrmelSDK/Records/EmptyResponsesTables.h"
+
+template <>
+struct ormel::coding::RecordTable<ormel::EmptyRPCResponse> : NoFields {};
+
+template <>
+struct ormel::coding::RecordTable<ormel::ConfigWriteAck> : NoFields {};
+
+template <>
+struct ormel::coding::RecordTable<ormel::ThreadSettingsUpdateResponse> : NoFields {};
 
 ORMEL_DEFINE_RECORD(EmptyRPCResponse)
 ORMEL_DEFINE_RECORD(ConfigWriteAck)

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "OrmelSDK/Events/GuardianReviewEvents.h"
-#include "OrmelSDK/Events/GuardianReviewEventsTables.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"
 

@@ -8,7 +8,6 @@
 #include <string_view>
 #include <vector>
 
-#include "OrmelSDK/Events/ThreadEventTables.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"
 

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "OrmelSDK/Events/ThreadStateEventsTables.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"
 

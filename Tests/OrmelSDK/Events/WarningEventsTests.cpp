@@ -4,7 +4,6 @@
 
 #include <sstream>
 
-#include "OrmelSDK/Events/WarningEventsTables.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"
 

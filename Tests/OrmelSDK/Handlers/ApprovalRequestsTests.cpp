@@ -6,7 +6,6 @@
 
 #include "OrmelSDK/Handlers/DynamicTool.h"
 #include "OrmelSDK/Input/AdditionalContext.h"
-#include "OrmelSDK/Input/AdditionalContextTables.h"
 #include "OrmelSDK/Input/TurnEnvironment.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"

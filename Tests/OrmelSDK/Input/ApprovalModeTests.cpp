@@ -7,10 +7,9 @@
 #include <string_view>
 #include <vector>
 
+#include "OrmelSDK/Coding/Codec.h"
 #include "OrmelSDK/Handlers/ApprovalDecision.h"
 #include "OrmelSDK/Handlers/PermissionProfile.h"
-#include "OrmelSDK/Handlers/PermissionProfileTables.h"
-#include "OrmelSDK/Input/ApprovalModeTables.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"
 

@@ -1,11 +1,10 @@
+#include "OrmelSDK/Coding/Codec.h"
 #include "OrmelSDK/Input/ReviewTarget.h"
 
 #include <gtest/gtest.h>
 
 #include <string_view>
 #include <utility>
-
-#include "OrmelSDK/Input/ReviewTargetTables.h"
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "OrmelSDK/Input/UserInputTables.h"
 #include "Support/RecordChecks.h"
 
 namespace {

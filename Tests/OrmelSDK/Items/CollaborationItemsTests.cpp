@@ -4,7 +4,6 @@
 
 #include <string_view>
 
-#include "OrmelSDK/Items/CollaborationItemsTables.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"
 

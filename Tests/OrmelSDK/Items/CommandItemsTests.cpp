@@ -4,7 +4,6 @@
 
 #include <cstdint>
 
-#include "OrmelSDK/Items/CommandItemsTables.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"
 

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "OrmelSDK/Items/DynamicToolCallItemsTables.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"
 

@@ -4,7 +4,6 @@
 
 #include <utility>
 
-#include "OrmelSDK/Items/McpToolCallItemsTables.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"
 

@@ -4,7 +4,6 @@
 
 #include <vector>
 
-#include "OrmelSDK/Items/MessageItemsTables.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"
 

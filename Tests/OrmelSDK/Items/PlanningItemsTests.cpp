@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "OrmelSDK/Items/PlanningItemsTables.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"
 

@@ -13,7 +13,6 @@
 #include <variant>
 #include <vector>
 
-#include "OrmelSDK/Items/ThreadItemTables.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"
 #include "Support/ThreadItemSamples.h"

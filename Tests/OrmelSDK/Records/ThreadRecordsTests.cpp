@@ -7,10 +7,7 @@
 #include <string_view>
 
 #include "OrmelSDK/Records/EmptyResponses.h"
-#include "OrmelSDK/Records/EmptyResponsesTables.h"
-#include "OrmelSDK/Records/ThreadRecordsTables.h"
 #include "OrmelSDK/Records/ThreadTurnRecords.h"
-#include "OrmelSDK/Records/ThreadTurnRecordsTables.h"
 #include "Support/CodingChecks.h"
 #include "Support/RecordChecks.h"
 

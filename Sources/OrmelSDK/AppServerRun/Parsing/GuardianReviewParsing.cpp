@@ -7,9 +7,10 @@
 #include <utility>
 
 #include "OrmelSDK/Base/ThreadRunError.h"
+#include "OrmelSDK/Coding/Enumeration.h"
 #include "OrmelSDK/Coding/JSONMembers.h"
-#include "OrmelSDK/Events/GuardianReviewActionTables.h"
-#include "OrmelSDK/Events/GuardianReviewTables.h"
+#include "OrmelSDK/Events/GuardianReview.h"
+#include "OrmelSDK/Events/GuardianReviewAction.h"
 
 namespace ormel::detail {
 

@@ -3,8 +3,9 @@
 #include <initializer_list>
 #include <string>
 
-#include "OrmelSDK/Items/CollaborationItemsTables.h"
-#include "OrmelSDK/Items/MessageItemsTables.h"
+#include "OrmelSDK/Coding/Enumeration.h"
+#include "OrmelSDK/Items/CollaborationItems.h"
+#include "OrmelSDK/Items/MessageItems.h"
 #include "OrmelSDK/Text/LowercasedText.h"
 #include "OrmelSDK/Text/TrimmedText.h"
 

@@ -8,11 +8,12 @@
 #include <optional>
 #include <string_view>
 
+#include "OrmelSDK/Coding/Enumeration.h"
 #include "OrmelSDK/Items/CollaborationItems.h"
-#include "OrmelSDK/Items/CommandItemsTables.h"
-#include "OrmelSDK/Items/DynamicToolCallItemsTables.h"
-#include "OrmelSDK/Items/FileChangeItemsTables.h"
-#include "OrmelSDK/Items/McpToolCallItemsTables.h"
+#include "OrmelSDK/Items/CommandItems.h"
+#include "OrmelSDK/Items/DynamicToolCallItems.h"
+#include "OrmelSDK/Items/FileChangeItems.h"
+#include "OrmelSDK/Items/McpToolCallItems.h"
 #include "OrmelSDK/Items/MessageItems.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 

@@ -10,7 +10,7 @@
 
 #include "OrmelSDK/AppServerRun/Launch/AppServerLaunch.h"
 #include "OrmelSDK/Coding/Codec.h"
-#include "OrmelSDK/Input/ThreadChoicesTables.h"
+#include "OrmelSDK/Input/ThreadChoices.h"
 
 namespace ormel::detail {
 

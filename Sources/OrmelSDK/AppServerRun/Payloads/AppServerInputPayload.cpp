@@ -1,8 +1,8 @@
 #include "OrmelSDK/AppServerRun/Payloads/AppServerInputPayload.h"
 
 #include "OrmelSDK/Coding/Codec.h"
-#include "OrmelSDK/Input/AdditionalContextTables.h"
-#include "OrmelSDK/Input/UserInputTables.h"
+#include "OrmelSDK/Input/AdditionalContext.h"
+#include "OrmelSDK/Input/UserInput.h"
 
 namespace ormel::detail {
 

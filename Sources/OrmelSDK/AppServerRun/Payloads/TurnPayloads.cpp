@@ -7,7 +7,8 @@
 #include "OrmelSDK/AppServerRun/Payloads/AppServerDynamicToolsPayload.h"
 #include "OrmelSDK/AppServerRun/Payloads/AppServerInputPayload.h"
 #include "OrmelSDK/AppServerRun/Payloads/AppServerPayloadMembers.h"
-#include "OrmelSDK/Input/ThreadChoicesTables.h"
+#include "OrmelSDK/Coding/Codec.h"
+#include "OrmelSDK/Input/ThreadChoices.h"
 #include "OrmelSDK/Text/TrimmedText.h"
 
 namespace ormel::detail {

@@ -6,8 +6,9 @@
 #include "OrmelSDK/AppServerRun/Payloads/TurnPayloads.h"
 #include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
+#include "OrmelSDK/Coding/Codec.h"
 #include "OrmelSDK/Coding/JSONMembers.h"
-#include "OrmelSDK/Input/ReviewTargetTables.h"
+#include "OrmelSDK/Input/ReviewTarget.h"
 
 namespace ormel::detail {
 

@@ -7,8 +7,9 @@
 #include <vector>
 
 #include "OrmelSDK/AppServerRun/TurnRun/RunFailure.h"
-#include "OrmelSDK/Handlers/ElicitationTables.h"
-#include "OrmelSDK/Handlers/PermissionProfileTables.h"
+#include "OrmelSDK/Coding/Codec.h"
+#include "OrmelSDK/Handlers/Elicitation.h"
+#include "OrmelSDK/Handlers/PermissionProfile.h"
 
 namespace ormel::detail {
 

@@ -8,9 +8,9 @@
 #include <variant>
 #include <vector>
 
-#include "OrmelSDK/Events/HookEventsTables.h"
-#include "OrmelSDK/Records/ThreadGoalTables.h"
-#include "OrmelSDK/Records/ThreadSettingsTables.h"
+#include "OrmelSDK/Events/HookEvents.h"
+#include "OrmelSDK/Records/ThreadGoal.h"
+#include "OrmelSDK/Records/ThreadSettings.h"
 #include "Support/NotifiedRun.h"
 
 namespace {

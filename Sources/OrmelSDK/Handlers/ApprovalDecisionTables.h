@@ -1,6 +1,0 @@
-#pragma once
-
-#include "OrmelSDK/Coding/Codec.h"
-#include "OrmelSDK/Handlers/ApprovalDecision.h"
-
-ORMEL_DECLARE_CODEC(OrmelApprovalDecision)
