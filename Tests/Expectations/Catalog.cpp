@@ -237,6 +237,15 @@ void readDefinitions(const std::filesystem::path& file, Catalog& catalog) {
   }
 }
 
+Catalog readCatalog(const std::filesystem::path& folder) {
+  Catalog catalog;
+  for (const auto& file : std::filesystem::directory_iterator(folder)) {
+    if (file.path().extension() == ".txt") readDefinitions(file.path(), catalog);
+  }
+  checkReferences(catalog);
+  return catalog;
+}
+
 void checkReferences(const Catalog& catalog) {
   for (const auto& [name, definition] : catalog) {
     for (const auto& field : definition.fields) {

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <set>
 #include <string>
 
@@ -12,17 +11,8 @@ namespace {
 
 using namespace ormel;
 
-tests::Catalog readCatalog() {
-  tests::Catalog catalog;
-  for (const auto& file : std::filesystem::directory_iterator(ORMEL_EXPECTATIONS_FOLDER)) {
-    if (file.path().extension() == ".txt") tests::readDefinitions(file.path(), catalog);
-  }
-  tests::checkReferences(catalog);
-  return catalog;
-}
-
 const tests::Catalog& catalog() {
-  static const tests::Catalog all = readCatalog();
+  static const tests::Catalog all = tests::readCatalog(ORMEL_EXPECTATIONS_FOLDER);
   return all;
 }
 

@@ -144,24 +144,25 @@ class Mutation {
 
   void mutateRest() {
     using UnknownRule = ExpectedUnknown::Rule;
-    using Kind = Definition::Kind;
+    using DefinitionKind = Definition::Kind;
     const bool writesOwnType = std::any_of(original_.fields.begin(), original_.fields.end(),
                                            [](const auto& field) { return field.writtenKey == "type"; });
-    if (original_.kind == Kind::record && !writesOwnType) {
+    if (original_.kind == DefinitionKind::record && !writesOwnType) {
       add("another type", [](Definition& definition) {
         definition.writtenType = definition.writtenType ? std::nullopt : std::optional<std::string>("otherType");
       });
     }
     if (original_.isEnumeration()) {
-      for (const Kind kind : {Kind::closed, Kind::tolerant, Kind::exact}) {
-        if (kind == original_.kind || (kind == Kind::exact && original_.kind == Kind::closed)) continue;
+      for (const DefinitionKind kind : {DefinitionKind::closed, DefinitionKind::tolerant, DefinitionKind::exact}) {
+        if (kind == original_.kind || (kind == DefinitionKind::exact && original_.kind == DefinitionKind::closed))
+          continue;
         add("other strictness", [&](Definition& definition) { definition.kind = kind; });
       }
       add(original_.within ? "no object" : "an object", [](Definition& definition) {
         definition.within = definition.within ? std::nullopt : std::optional<std::string>("within");
       });
     }
-    if (!original_.isEnumeration() && original_.kind != Kind::variant) return;
+    if (!original_.isEnumeration() && original_.kind != DefinitionKind::variant) return;
     add("other unknown words", [](Definition& definition) {
       if (definition.unknown.rule == UnknownRule::isCase || definition.unknown.rule == UnknownRule::keepsType) {
         definition.unknown.name += "e";

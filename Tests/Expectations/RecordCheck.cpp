@@ -13,7 +13,7 @@ using Kind = DecodingError::Kind;
 using Rule = ExpectedField::Rule;
 using Shape = ExpectedType::Shape;
 
-constexpr Seed seed{1, 0};
+constexpr Seed firstSeed{1, 0};
 constexpr Seed otherSeed{1, 1};
 
 std::string_view nameOf(Kind kind) {
@@ -90,7 +90,7 @@ RecordCheck::RecordCheck(const WireModel& model, const Definition& definition, c
       definition_(definition),
       type_(type),
       findings_(findings),
-      whole_(model.samples(definition, seed)),
+      whole_(model.samples(definition, firstSeed)),
       where_(definition.name),
       writtenType_(definition.writtenType) {}
 
@@ -160,6 +160,8 @@ void RecordCheck::checkWhole() {
   accepts("the least", least);
   Draft more = whole_;
   more.set("futureKey", JSONValue::object({{"x", 1}}));
+  const bool readsType = readType_ || whole_.find("type");
+  if (!readsType) more.set("type", "of no meaning here");
   accepts("an unknown key", more, whole_);
   try {
     const Erased value = type_.decode(input(whole_));
@@ -210,12 +212,12 @@ Draft RecordCheck::withNullsBefore(const ExpectedField& field, std::size_t key) 
 void RecordCheck::checkSpelling(const ExpectedField& field, std::size_t position, std::size_t key) {
   const std::string& name = field.keys[key];
   for (const Draft& others : {without(field), withNullsBefore(field, key)}) {
-    for (const Seed variation : {seed, otherSeed}) {
+    for (const Seed variation : {firstSeed, otherSeed}) {
       Draft draft = others;
       draft.set(name, model_.sample(field.type, variation.at(position)));
       accepts("under " + name, draft);
     }
-    for (const auto& refusal : model_.refusals(field.type, seed.at(position))) {
+    for (const auto& refusal : model_.refusals(field.type, firstSeed.at(position))) {
       Draft draft = others;
       draft.set(name, refusal.input);
       refuses("under " + name, draft, refusal.under(name));
@@ -230,9 +232,9 @@ void RecordCheck::checkWinner(const ExpectedField& field, std::size_t position, 
     const std::string what = winner + " before " + loser;
     Draft draft = without(field);
     draft.set(loser, model_.sample(field.type, otherSeed.at(position)));
-    draft.set(winner, model_.sample(field.type, seed.at(position)));
+    draft.set(winner, model_.sample(field.type, firstSeed.at(position)));
     accepts(what, draft);
-    for (const auto& refusal : model_.refusals(field.type, seed.at(position))) {
+    for (const auto& refusal : model_.refusals(field.type, firstSeed.at(position))) {
       Draft spoilt = draft;
       spoilt.set(winner, refusal.input);
       refuses(what, spoilt, refusal.under(winner));
@@ -277,7 +279,7 @@ void RecordCheck::checkOtherSpellings(const ExpectedField& field, std::size_t po
     for (const auto& spelling : otherSpellingsOf(key)) {
       if (known.contains(spelling)) continue;
       Draft draft = without(field);
-      draft.set(spelling, model_.sample(field.type, seed.at(position)));
+      draft.set(spelling, model_.sample(field.type, firstSeed.at(position)));
       if (field.rule == Rule::required) {
         refuses("only " + spelling, draft, missingKeyOf(field));
       } else {
@@ -301,8 +303,8 @@ void RecordCheck::checkEmptyAndPartialLists(const ExpectedField& field, std::siz
     accepts("an empty list", draft);
   }
   if (field.type.shape != Shape::lossyList) return;
-  const auto good = [&](std::size_t at) { return model_.sample(field.type.element(), seed.at(position).at(at)); };
-  for (const auto& refusal : model_.refusals(field.type.element(), seed)) {
+  const auto good = [&](std::size_t at) { return model_.sample(field.type.element(), firstSeed.at(position).at(at)); };
+  for (const auto& refusal : model_.refusals(field.type.element(), firstSeed)) {
     Draft partly = draft;
     partly.set(key, JSONValue::array({good(1), refusal.input, JSONValue(), good(2)}));
     Draft meaning = draft;

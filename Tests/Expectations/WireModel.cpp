@@ -11,15 +11,15 @@ namespace {
 using Kind = DecodingError::Kind;
 using Shape = ExpectedType::Shape;
 
-const std::vector<std::string> here;
+const std::vector<std::string> atValue;
 const JSONValue emptyList = JSONValue::array();
 const JSONValue emptyObject = JSONValue::object();
 
-Refusal mismatch(JSONValue input) { return {std::move(input), Kind::typeMismatch, here, {}, {}}; }
-Refusal corrupted(JSONValue input) { return {std::move(input), Kind::dataCorrupted, here, {}, {}}; }
+Refusal mismatch(JSONValue input) { return {std::move(input), Kind::typeMismatch, atValue, {}, {}}; }
+Refusal corrupted(JSONValue input) { return {std::move(input), Kind::dataCorrupted, atValue, {}, {}}; }
 
 Refusal missing(JSONValue input, std::string key) {
-  return {std::move(input), Kind::keyNotFound, here, std::move(key), {}};
+  return {std::move(input), Kind::keyNotFound, atValue, std::move(key), {}};
 }
 
 Draft draftOf(const JSONValue& object) {
@@ -190,7 +190,7 @@ void WireModel::addRefusals(const Definition& named, Seed seed, std::vector<Refu
     if (!named.within) refusals.push_back(mismatch(emptyObject));
     if (named.within) addAll({missing(emptyObject, *named.within)});
     if (named.isEnumeration() && named.unknown.rule == ExpectedUnknown::Rule::fails) {
-      refusals.push_back({"weird", Kind::dataCorrupted, here, {}, failureOfWord(named.unknown, "weird")});
+      refusals.push_back({"weird", Kind::dataCorrupted, atValue, {}, failureOfWord(named.unknown, "weird")});
     }
   } else if (named.kind == Definition::Kind::variant) {
     addAll(
@@ -229,7 +229,7 @@ std::vector<Refusal> WireModel::refusals(const ExpectedType& type, Seed seed) co
 }
 
 std::optional<Refusal> WireModel::refusalOfNull(const ExpectedType& type) const {
-  const Refusal refusal{JSONValue(), Kind::valueNotFound, here, {}, {}};
+  const Refusal refusal{JSONValue(), Kind::valueNotFound, atValue, {}, {}};
   if (type.shape != Shape::single) return refusal;
   if (type.name == "json") return std::nullopt;
   if (isPlain(type.name)) return refusal;

@@ -5,19 +5,15 @@
 #include <string>
 
 #include "OrmelSDK/Handlers/DynamicTool.h"
-#include "OrmelSDK/Input/AdditionalContext.h"
 #include "OrmelSDK/Input/TurnEnvironment.h"
 #include "Support/CodingChecks.h"
-#include "Support/RecordChecks.h"
 
 namespace {
 
 using namespace ormel;
 using tests::printed;
 
-TEST(CommandApprovalKind, KnowsTwoWordsAndCarriesAnyOther) {
-  tests::checkVocabulary<CommandApprovalKind>(
-      {{CommandApprovalKind::command, "command"}, {CommandApprovalKind::writeStdin, "writeStdin"}});
+TEST(CommandApprovalKind, TellsTheWordsThatItDoesNotKnow) {
   EXPECT_FALSE(CommandApprovalKind::command.isUnknown());
   EXPECT_FALSE(CommandApprovalKind::writeStdin.isUnknown());
   for (const char* word : {"Command", "write_stdin", "future", ""}) {
@@ -103,15 +99,6 @@ TEST(DynamicTool, CarriesACallOut) {
 TEST(TurnEnvironment, ComparesAndPrints) {
   EXPECT_EQ(printed(TurnEnvironment{"e", "/w"}), R"(TurnEnvironment {"environmentID":"e","workingDirectory":"/w"})");
   EXPECT_NE((TurnEnvironment{"e", "/w"}), TurnEnvironment());
-}
-
-TEST(AdditionalContext, FollowsItsTable) {
-  tests::checkRecord<AdditionalContextEntry>(R"({"value":"v","kind":"application"})");
-  tests::expectWritten(AdditionalContextEntry{"v", AdditionalContextKind::application},
-                       R"({"value":"v","kind":"application"})");
-  tests::checkWords<AdditionalContextKind>(
-      {{AdditionalContextKind::untrusted, "untrusted"}, {AdditionalContextKind::application, "application"}});
-  tests::checkStrictness<AdditionalContextKind>("AdditionalContextKind", {"Untrusted", "system"});
 }
 
 }  // namespace

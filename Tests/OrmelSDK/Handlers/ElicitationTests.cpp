@@ -8,7 +8,6 @@
 #include "OrmelSDK/Base/Visit.h"
 #include "OrmelSDK/Handlers/ParlaneAuthTokens.h"
 #include "Support/CodingChecks.h"
-#include "Support/RecordChecks.h"
 
 namespace {
 
@@ -43,15 +42,6 @@ TEST(Elicitation, ServesBothFormsByOneFunction) {
   EXPECT_EQ(messageOf(McpServerElicitationMode::url("c", "u", "e")), "c");
 }
 
-TEST(Elicitation, HasExactlyTheWordsOfItsActions) {
-  EXPECT_EQ(rawValue(McpServerElicitationAction::accept), "accept");
-  EXPECT_EQ(rawValue(McpServerElicitationAction::decline), "decline");
-  EXPECT_EQ(rawValue(McpServerElicitationAction::cancel), "cancel");
-  EXPECT_EQ(decode<McpServerElicitationAction>(JSONValue("accept")), McpServerElicitationAction::accept);
-  EXPECT_EQ(tests::failureOf<McpServerElicitationAction>(R"("Accept")"),
-            "Cannot initialize McpServerElicitationAction from invalid String value Accept");
-}
-
 TEST(Elicitation, IsCancelledUnlessTheApplicationSaysOtherwise) {
   EXPECT_EQ(McpServerElicitationResponse().action, McpServerElicitationAction::cancel);
   EXPECT_EQ(McpServerElicitationResponse().content, std::nullopt);
@@ -71,14 +61,6 @@ TEST(Elicitation, ComparesByValueAndPrintsOnOneLine) {
             R"(McpServerElicitationMode {"type":"velnorForm","message":"m","requestedSchema":null,"metadata":1})");
   EXPECT_EQ(printed(McpServerElicitationResponse{McpServerElicitationAction::accept, JSONValue(1), {}}),
             R"(McpServerElicitationResponse {"action":"accept","content":1})");
-}
-
-TEST(ParlaneAuthTokens, HaveOneReason) {
-  EXPECT_EQ(rawValue(ParlaneAuthTokensRefreshReason::unauthorized), "unauthorized");
-  EXPECT_EQ(decode<ParlaneAuthTokensRefreshReason>(JSONValue("unauthorized")),
-            ParlaneAuthTokensRefreshReason::unauthorized);
-  EXPECT_EQ(tests::failureOf<ParlaneAuthTokensRefreshReason>(R"("expired")"),
-            "Cannot initialize ParlaneAuthTokensRefreshReason from invalid String value expired");
 }
 
 TEST(ParlaneAuthTokens, PrintTheRequestWhole) {

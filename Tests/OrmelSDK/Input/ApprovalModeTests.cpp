@@ -11,7 +11,6 @@
 #include "OrmelSDK/Handlers/ApprovalDecision.h"
 #include "OrmelSDK/Handlers/PermissionProfile.h"
 #include "Support/CodingChecks.h"
-#include "Support/RecordChecks.h"
 
 namespace {
 
@@ -23,8 +22,6 @@ constexpr std::string_view granularText =
 constexpr GranularApprovalMode granularMode{true, false, false, true, false};
 
 JSONValue granularObject() { return JSONValue::object({{"granular", JSONValue::decode(granularText)}}); }
-
-TEST(ApprovalMode, FollowsItsTable) { tests::checkRecord<GranularApprovalMode>(granularText); }
 
 TEST(ApprovalMode, HasOneRawValuePerCase) {
   EXPECT_EQ(ApprovalMode::granular(granularMode).rawValue(), "granular");
@@ -60,36 +57,6 @@ TEST(ApprovalMode, IsWrittenByItsRawValueOrAsAnObject) {
   EXPECT_EQ(encode(ApprovalMode::granular(granularMode)), granularObject());
 }
 
-TEST(ApprovalMode, IsReadFromAWordOrAnObject) {
-  EXPECT_EQ(decode<ApprovalMode>(JSONValue("never")), ApprovalMode::never);
-  EXPECT_EQ(decode<ApprovalMode>(JSONValue("on-request")), ApprovalMode::onRequest);
-  EXPECT_EQ(decode<ApprovalMode>(JSONValue("on-failure")), ApprovalMode::onRequest);
-  EXPECT_EQ(decode<ApprovalMode>(JSONValue("untrusted")), ApprovalMode::untrusted);
-  EXPECT_EQ(decode<ApprovalMode>(granularObject()), ApprovalMode::granular(granularMode));
-}
-
-TEST(ApprovalMode, FailsWithOneTextForWhateverElse) {
-  for (
-      const std::string_view text :
-      {R"("granular")", R"("sometimes")", R"("Never")", R"("")", "{}", R"({"granular":{}})", R"({"granular":null})",
-       R"({"granular":"never"})", "3", "null", "[]", "true",
-       R"({"granular":{"sandbox_approval":true,"skill_approval":false,"request_permissions":true,"mcp_elicitations":false}})",
-       R"({"granular":{"sandbox_approval":1,"rules":false,"skill_approval":false,"request_permissions":true,"mcp_elicitations":false}})",
-       R"({"other":{"sandbox_approval":true,"rules":false,"skill_approval":false,"request_permissions":true,"mcp_elicitations":false}})"}) {
-    EXPECT_EQ(tests::failureOf<ApprovalMode>(text), "Unsupported approval policy") << text;
-  }
-}
-
-TEST(ApprovalMode, FailsAsCorruptedDataWithThePathToIt) {
-  try {
-    (void)coding::decodeAs<ApprovalMode>(JSONValue("sometimes"), coding::CodingPath().at("approvalPolicy"));
-    ADD_FAILURE() << "decoded";
-  } catch (const DecodingError& error) {
-    EXPECT_EQ(error.kind(), DecodingError::Kind::dataCorrupted);
-    EXPECT_EQ(error.context().codingPath, std::vector<std::string>{"approvalPolicy"});
-  }
-}
-
 TEST(ApprovalMode, RefusesAnObjectWithAMemberThatIsNoMode) {
   const JSONValue mixed =
       JSONValue::object({{"granular", JSONValue::decode(granularText)}, {"note", JSONValue("text")}});
@@ -109,12 +76,6 @@ TEST(ApprovalMode, StreamsInOneReadableLine) {
   std::ostringstream stream;
   stream << ApprovalMode::onFailure;
   EXPECT_EQ(stream.str(), R"(ApprovalMode "on-failure")");
-}
-
-TEST(PermissionProfile, FollowsItsTables) {
-  constexpr std::string_view example = R"({"network":{"enabled":true},"fileSystem":{"read":["/a"]}})";
-  tests::checkRecord<RequestPermissionProfile>(example);
-  tests::checkRecord<GrantedPermissionProfile>(example);
 }
 
 TEST(PermissionProfile, IsReadUnderBothSpellings) {
@@ -151,30 +112,11 @@ TEST(PermissionProfile, WritesWhatIsGranted) {
   EXPECT_EQ(permissionProfileJSONObject(granted), JSONValue::decode(R"({"network":true,"fileSystem":"/"})"));
 }
 
-TEST(PermissionGrantScope, HasExactlyItsWords) {
-  EXPECT_EQ(rawValue(PermissionGrantScope::turn), "turn");
-  EXPECT_EQ(rawValue(PermissionGrantScope::session), "session");
-  EXPECT_EQ(decode<PermissionGrantScope>(JSONValue("session")), PermissionGrantScope::session);
-  EXPECT_EQ(tests::failureOf<PermissionGrantScope>(R"("Session")"),
-            "Cannot initialize PermissionGrantScope from invalid String value Session");
-}
-
 TEST(OrmelApprovalDecision, HasTheUsualAnswersAsConstants) {
   EXPECT_EQ(OrmelApprovalDecision::accept.jsonValue, JSONValue("accept"));
   EXPECT_EQ(OrmelApprovalDecision::acceptForSession.jsonValue, JSONValue("acceptForSession"));
   EXPECT_EQ(OrmelApprovalDecision::decline.jsonValue, JSONValue("decline"));
   EXPECT_EQ(OrmelApprovalDecision::cancel.jsonValue, JSONValue("cancel"));
-}
-
-TEST(OrmelApprovalDecision, CarriesAnyValueUnchanged) {
-  for (const std::string_view text : {R"({"acceptWithAmendment":{"x":1}})", R"("later")", "null", "3"}) {
-    const JSONValue value = JSONValue::decode(text);
-    const auto decision = decode<OrmelApprovalDecision>(value);
-    EXPECT_EQ(decision.jsonValue, value);
-    EXPECT_EQ(encode(decision), value);
-    EXPECT_EQ(decision, OrmelApprovalDecision(value));
-  }
-  EXPECT_NE(OrmelApprovalDecision::accept, OrmelApprovalDecision::decline);
 }
 
 TEST(OrmelApprovalDecision, StreamsInOneReadableLine) {

@@ -31,11 +31,4 @@ TEST(ReviewTarget, ComparesByCaseAndValue) {
   EXPECT_NE(ReviewTarget::commit("a"), ReviewTarget::commit("a", "b"));
 }
 
-TEST(ReviewDelivery, HasAWordPerCase) {
-  EXPECT_EQ(rawValue(ReviewDelivery::inline_), "inline");
-  EXPECT_EQ(rawValue(ReviewDelivery::detached), "detached");
-  EXPECT_EQ(decode<ReviewDelivery>(JSONValue("detached")), ReviewDelivery::detached);
-  EXPECT_THROW(decode<ReviewDelivery>(JSONValue("inline_")), DecodingError);
-}
-
 }  // namespace

@@ -4,29 +4,15 @@
 
 #include <sstream>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
-
-#include "Support/RecordChecks.h"
 
 namespace {
 
 using namespace ormel;
 
 UserInput decodedInput(std::string_view text) { return decode<UserInput>(JSONValue::decode(text)); }
-
-std::string failureOf(std::string_view text) {
-  try {
-    (void)decodedInput(text);
-  } catch (const DecodingError& error) {
-    return error.what();
-  }
-  return "decoded";
-}
-
-TEST(UserInput, FollowsItsTables) {
-  tests::checkRecord<UserInputTextByteRange>(R"({"start":1,"end":2})");
-  tests::checkRecord<UserInputTextElement>(R"({"byteRange":{"start":1,"end":2},"placeholder":"p"})");
-}
 
 TEST(UserInput, WritesEachCaseUnderItsType) {
   const std::pair<UserInput, std::string_view> cases[] = {
@@ -52,50 +38,6 @@ TEST(UserInput, TakesATextWithoutMarkedRangesAsPlain) {
 
 TEST(UserInput, WritesNoEmptyElementList) {
   EXPECT_EQ(encode(UserInput::textElements("x", {})), JSONValue::decode(R"({"type":"text","text":"x"})"));
-}
-
-TEST(UserInput, ReadsMarkedRangesWithoutAPlaceholder) {
-  EXPECT_EQ(decodedInput(R"({"type":"text","text":"x","text_elements":[{"byteRange":{"start":0,"end":1}}]})"),
-            UserInput::textElements("x", {{{0, 1}, std::nullopt}}));
-}
-
-TEST(UserInput, PrefersTheCamelCaseElements) {
-  EXPECT_EQ(decodedInput(R"({"type":"text","text":"x","textElements":[{"byteRange":{"start":1,"end":2}}],
-                             "text_elements":[{"byteRange":{"start":3,"end":4}}]})"),
-            UserInput::textElements("x", {{{1, 2}, std::nullopt}}));
-}
-
-TEST(UserInput, ReadsTheOldSpellingOfALocalImageAndWritesTheNew) {
-  const UserInput input = decodedInput(R"({"type":"local_image","path":"/a.png"})");
-  EXPECT_EQ(input, UserInput::localImage("/a.png"));
-  EXPECT_EQ(encode(input), JSONValue::decode(R"({"type":"localImage","path":"/a.png"})"));
-}
-
-TEST(UserInput, FailsWithoutWhatItsCaseRequires) {
-  for (const std::string_view text :
-       {R"({"type":"text"})", R"({"type":"image"})", R"({"type":"localImage"})", R"({"type":"skill","name":"n"})",
-        R"({"type":"skill","path":"p"})", R"({"type":"mention","name":"n"})", R"({"type":"mention","path":"p"})"}) {
-    EXPECT_THROW(decodedInput(text), DecodingError) << text;
-  }
-  EXPECT_EQ(failureOf("{}"), "No value is associated with the key 'type'.");
-  EXPECT_EQ(failureOf(R"({"type":3})"), "Expected String but found a number.");
-  EXPECT_EQ(failureOf("[]"), "Expected UserInput but found an array.");
-}
-
-TEST(UserInput, NamesATypeThatItDoesNotKnow) {
-  EXPECT_EQ(failureOf(R"({"type":"audio"})"), "Unknown user input type: audio");
-}
-
-TEST(UserInput, RefusesAnUnknownImageDetail) {
-  EXPECT_EQ(failureOf(R"({"type":"image","url":"u","detail":"low"})"),
-            "Cannot initialize ImageDetail from invalid String value low");
-}
-
-TEST(UserInput, RefusesRangesThatAreNoIntegers) {
-  EXPECT_EQ(failureOf(R"({"type":"text","text":"x","text_elements":[{"byteRange":{"start":0.5,"end":1}}]})"),
-            "The number 0.5 does not fit in Int.");
-  EXPECT_EQ(failureOf(R"({"type":"text","text":"x","text_elements":[{"byteRange":{"start":0,"end":1e19}}]})"),
-            "The number 1e+19 does not fit in Int.");
 }
 
 TEST(LossyUserInput, DropsWhatDoesNotDecode) {

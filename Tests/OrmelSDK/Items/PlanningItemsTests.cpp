@@ -6,32 +6,13 @@
 #include <vector>
 
 #include "Support/CodingChecks.h"
-#include "Support/RecordChecks.h"
 
 namespace {
 
 using namespace ormel;
-using tests::checkRecord;
 using tests::decoded;
-using tests::expectWritten;
-using tests::failureOf;
 
 using Texts = std::vector<SharedText>;
-
-TEST(PlanningItems, FollowTheirTables) {
-  checkRecord<PlanItem>(R"({"id":"i","text":"t"})");
-  checkRecord<ReasoningItem>(R"({"id":"i","summary":["s"],"content":["c"]})");
-  checkRecord<TodoItem>(R"({"text":"t","completed":true})");
-  checkRecord<TodoListItem>(R"({"id":"i","items":[{"text":"t","completed":false}]})");
-}
-
-TEST(PlanningItems, WriteNoTypeButReasoning) {
-  expectWritten(PlanItem{"i", "t"}, R"({"id":"i","text":"t"})");
-  expectWritten(ReasoningItem{"i", {"s"}, {"c", "d"}},
-                R"({"type":"reasoning","id":"i","summary":["s"],"content":["c","d"]})");
-  expectWritten(ReasoningItem{"i", {}, {}}, R"({"type":"reasoning","id":"i","summary":[],"content":[]})");
-  expectWritten(TodoListItem{"i", {{"t", true}}}, R"({"id":"i","items":[{"text":"t","completed":true}]})");
-}
 
 TEST(ReasoningItem, TakesATextForItsContentWhenThereAreNoLists) {
   EXPECT_EQ(decoded<ReasoningItem>(R"({"id":"r","text":"t"})"), (ReasoningItem{"r", {}, {"t"}}));

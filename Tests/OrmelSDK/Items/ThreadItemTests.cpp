@@ -14,15 +14,12 @@
 #include <vector>
 
 #include "Support/CodingChecks.h"
-#include "Support/RecordChecks.h"
 #include "Support/ThreadItemSamples.h"
 
 namespace {
 
 using namespace ormel;
-using tests::checkRecord;
 using tests::decoded;
-using tests::expectWritten;
 using tests::failureOf;
 using tests::ThreadItemSample;
 using tests::threadItemSamples;
@@ -30,36 +27,6 @@ using tests::threadItemSamples;
 JSONValue withType(const JSONValue& object, std::string_view type) {
   const JSONValue word(type);
   return tests::changed(object, "type", "type", &word);
-}
-
-TEST(NoticeItems, FollowTheirTables) {
-  checkRecord<ReviewModeItem>(R"({"id":"i","review":"r"})");
-  checkRecord<ContextCompactionItem>(R"({"id":"i"})");
-  checkRecord<SleepItem>(R"({"id":"i","durationMs":5})");
-  checkRecord<ErrorItem>(R"({"id":"i","message":"m"})");
-}
-
-TEST(NoticeItems, WriteNoTypeButSleep) {
-  expectWritten(ReviewModeItem{"i", "r"}, R"({"id":"i","review":"r"})");
-  expectWritten(ContextCompactionItem{"i"}, R"({"id":"i"})");
-  expectWritten(ErrorItem{"i", "m"}, R"({"id":"i","message":"m"})");
-  expectWritten(SleepItem{"i", 5}, R"({"type":"sleep","id":"i","durationMs":5})");
-  expectWritten(decoded<SleepItem>(R"({"id":"i","duration_ms":5})"), R"({"type":"sleep","id":"i","durationMs":5})");
-}
-
-TEST(MediaItems, FollowTheirTables) {
-  checkRecord<WebSearchItem>(R"({"id":"i","query":"q","action":{"type":"search"}})");
-  checkRecord<ImageViewItem>(R"({"id":"i","path":"p"})");
-  checkRecord<ImageGenerationItem>(
-      R"({"id":"i","status":"any words","revised_prompt":"p","result":"r","saved_path":"s"})");
-}
-
-TEST(MediaItems, WriteNoTypeButImageGeneration) {
-  expectWritten(WebSearchItem{"i", "q", {}}, R"({"id":"i","query":"q"})");
-  expectWritten(ImageViewItem{"i", "p"}, R"({"id":"i","path":"p"})");
-  expectWritten(decoded<ImageGenerationItem>(R"({"id":"i","status":"s","revisedPrompt":"p","savedPath":"f"})"),
-                R"({"type":"image_generation","id":"i","status":"s","revised_prompt":"p","result":"",
-                    "saved_path":"f"})");
 }
 
 TEST(ThreadItem, ReadsEachTypeInBothSpellings) {
@@ -76,23 +43,6 @@ TEST(ThreadItem, ReadsEachTypeInBothSpellings) {
   EXPECT_EQ(expectedCase + 1, std::variant_size_v<ThreadItem::Value>);
 }
 
-TEST(ThreadItem, ReadsNoOtherSpellingOfAType) {
-  for (const char* type : {"AgentMessage", "agent-message", " plan", "Reasoning", ""}) {
-    const auto item = decode<ThreadItem>(JSONValue::object({{"type", type}, {"id", "x"}, {"text", "t"}}));
-    EXPECT_TRUE(std::holds_alternative<UnknownThreadItem>(item.value)) << type;
-  }
-}
-
-TEST(ThreadItem, WritesTheTypeOfSomeCasesInTheirSpellingAndNoneOfTheOthers) {
-  for (const ThreadItemSample& sample : threadItemSamples) {
-    const JSONValue fields = JSONValue::decode(sample.fields);
-    const JSONValue written = encode(decode<ThreadItem>(withType(fields, sample.snakeCaseType)));
-    const JSONValue* type = written.find("type");
-    EXPECT_EQ(type ? type->stringValue().value_or("no text") : "", sample.writtenType);
-    EXPECT_EQ(written.objectValue()->size(), fields.objectValue()->size() + (sample.writtenType.empty() ? 0 : 1));
-  }
-}
-
 TEST(ThreadItem, CannotReadBackWhatIsWrittenWithoutAType) {
   for (const ThreadItemSample& sample : threadItemSamples) {
     const auto item = decode<ThreadItem>(withType(JSONValue::decode(sample.fields), sample.camelCaseType));
@@ -104,42 +54,12 @@ TEST(ThreadItem, CannotReadBackWhatIsWrittenWithoutAType) {
   }
 }
 
-TEST(ThreadItem, FailsWithAnyOfItsRecords) {
-  for (const ThreadItemSample& sample : threadItemSamples) {
-    const JSONValue object = withType(tests::changed(JSONValue::decode(sample.fields), "id"), sample.camelCaseType);
-    EXPECT_EQ(failureOf<ThreadItem>(object.encode()), "No value is associated with the key 'id'.") << sample.fields;
-  }
-  EXPECT_EQ(failureOf<ThreadItem>(R"({"type":"fileChange","id":"f","changes":[{"path":"p","kind":"move"}]})"),
-            "Unknown patch change kind: move");
-}
-
-TEST(ThreadItem, NeedsATypeThatIsAText) {
-  EXPECT_EQ(failureOf<ThreadItem>(R"({"id":"x"})"), "No value is associated with the key 'type'.");
-  EXPECT_EQ(failureOf<ThreadItem>(R"({"id":"x","type":null})"), "Expected String but found null.");
-  EXPECT_EQ(failureOf<ThreadItem>(R"({"id":"x","type":3})"), "Expected String but found a number.");
-  EXPECT_EQ(failureOf<ThreadItem>("[]"), "Expected ThreadItem but found an array.");
-}
-
 TEST(ThreadItem, KeepsAnItemOfAnUnknownTypeWhole) {
   const JSONValue object = JSONValue::decode(R"({"type":"future_thing","id":"x","a":1,"b":[{"c":null}]})");
   const auto item = decode<ThreadItem>(object);
   EXPECT_EQ(item, ThreadItem(UnknownThreadItem{"x", "future_thing", object}));
   EXPECT_EQ(item.id(), "x");
   EXPECT_EQ(encode(item), object);
-}
-
-TEST(ThreadItem, FailsForAnUnknownTypeWithoutAnID) {
-  for (const char* text :
-       {R"({"type":"future_thing"})", R"({"type":"future_thing","id":7})", R"({"type":"future_thing","id":null})"}) {
-    try {
-      (void)decoded<ThreadItem>(text);
-      ADD_FAILURE() << "decoded " << text;
-    } catch (const DecodingError& error) {
-      EXPECT_EQ(error.kind(), DecodingError::Kind::dataCorrupted);
-      EXPECT_STREQ(error.what(), "Unknown item type: future_thing");
-      EXPECT_EQ(error.context().codingPath, std::vector<std::string>{"type"});
-    }
-  }
 }
 
 TEST(UnknownThreadItem, IsReadByItself) {
@@ -154,18 +74,6 @@ TEST(ThreadItem, FallsBackToTheTextOfAReasoning) {
             ThreadItem(ReasoningItem{"r", {}, {"t"}}));
   EXPECT_EQ(decoded<ThreadItem>(R"({"type":"reasoning","id":"r","text":"t","summary":["s"]})"),
             ThreadItem(ReasoningItem{"r", {"s"}, {}}));
-}
-
-TEST(ThreadItem, ReadsOnlyTheIDOfAContextCompaction) {
-  EXPECT_EQ(decoded<ThreadItem>(R"({"type":"context_compaction","id":"c","review":7,"a":[]})"),
-            ThreadItem(ContextCompactionItem{"c"}));
-}
-
-TEST(ThreadItem, TakesAStatusThatNobodyKnowsForFailed) {
-  const auto item = decoded<ThreadItem>(R"({"type":"commandExecution","id":"c","command":"ls","status":"weird"})");
-  EXPECT_EQ(std::get<CommandExecutionItem>(item.value).status, CommandExecutionStatus::failed);
-  const JSONValue written = encode(item);
-  EXPECT_EQ(*written.find("status"), JSONValue("failed"));
 }
 
 TEST(ThreadItem, HasTheTextOfAnAgentMessageOnly) {
