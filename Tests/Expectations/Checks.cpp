@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <set>
+#include <utility>
 
 #include "Expectations/RecordCheck.h"
 #include "Expectations/WireModel.h"
@@ -132,10 +133,20 @@ class WordCheck {
     });
   }
 
+  bool isWrittenFor(const std::string& caseName, const JSONValue& written) const {
+    return std::any_of(definition_.words.begin(), definition_.words.end(), [&](const auto& word) {
+      const bool isThisWord = word.word == anyWord || (word.isWritten && JSONValue(word.word) == written);
+      return word.caseName == caseName && isThisWord;
+    });
+  }
+
   void reads(const std::string& word, const std::string& caseName, const JSONValue& input) {
     try {
-      const std::string found = type_.caseName(type_.decode(input).get());
+      const Erased value = type_.decode(input);
+      const std::string found = type_.caseName(value.get());
       if (found != caseName) add(word, "is read as " + found + " instead of " + caseName);
+      const JSONValue written = type_.encode(value.get());
+      if (!isWrittenFor(caseName, written)) add(word, "is written " + written.encode());
     } catch (const DecodingError& error) {
       add(word, std::string("is refused: ") + error.what());
     }
@@ -227,13 +238,13 @@ void checkCasesDiffer(const WireModel& model, const Definition& definition, cons
   for (const auto& variantCase : definition.cases) {
     Draft draft = model.samples(model.definition(variantCase.fields), {});
     draft.set("type", variantCase.words.front());
-    const Erased value = type.decode(draft.object());
+    Erased value = type.decode(draft.object());
     for (const auto& [other, otherValue] : values) {
       if (type.areEqual(value.get(), otherValue.get())) {
         findings.add({definition.name + "/" + variantCase.alternative, "equals " + other});
       }
     }
-    values.emplace_back(variantCase.alternative, value);
+    values.emplace_back(variantCase.alternative, std::move(value));
   }
 }
 

@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstdlib>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -40,16 +39,11 @@ constexpr std::size_t fieldCount() {
   }
 }
 
-template <typename... Fields>
-constexpr auto pointersTo(Fields&... fields) {
-  return std::tuple(&fields...);
-}
-
 // A structured binding names as many fields as there are.
-#define ORMEL_BIND_FIELDS(number, ...)           \
-  if constexpr (fieldCount<Plain>() == number) { \
-    auto& [__VA_ARGS__] = record;                \
-    return pointersTo(__VA_ARGS__);              \
+#define ORMEL_BIND_FIELDS(number, ...) \
+  if constexpr (count == number) {     \
+    auto& [__VA_ARGS__] = record;      \
+    return use(__VA_ARGS__);           \
   } else
 #define ORMEL_FIELDS_1 field1
 #define ORMEL_FIELDS_2 ORMEL_FIELDS_1, field2
@@ -92,12 +86,12 @@ constexpr auto pointersTo(Fields&... fields) {
 #define ORMEL_FIELDS_39 ORMEL_FIELDS_38, field39
 #define ORMEL_FIELDS_40 ORMEL_FIELDS_39, field40
 
-/// Pointers to all fields, in the order of declaration.
-template <typename Record>
-constexpr auto fieldsOf(Record& record) {
-  using Plain = std::remove_const_t<Record>;
-  if constexpr (fieldCount<Plain>() == 0) {
-    return std::tuple<>();
+/// Calls `use` with references to all fields, in the order of declaration.
+template <typename Record, typename Use>
+constexpr decltype(auto) withFields(Record& record, const Use& use) {
+  constexpr std::size_t count = fieldCount<std::remove_const_t<Record>>();
+  if constexpr (count == 0) {
+    return use();
   } else
     ORMEL_BIND_FIELDS(1, ORMEL_FIELDS_1)
   ORMEL_BIND_FIELDS(2, ORMEL_FIELDS_2)
@@ -139,7 +133,7 @@ constexpr auto fieldsOf(Record& record) {
   ORMEL_BIND_FIELDS(38, ORMEL_FIELDS_38)
   ORMEL_BIND_FIELDS(39, ORMEL_FIELDS_39)
   ORMEL_BIND_FIELDS(40, ORMEL_FIELDS_40) {
-    static_assert(fieldCount<Plain>() == 0, "a record has more fields than the table of bindings");
+    static_assert(count == 0, "a record has more fields than the table of bindings");
   }
 }
 #undef ORMEL_BIND_FIELDS
@@ -218,11 +212,17 @@ consteval std::string_view lastIdentifier(std::string_view text) {
   return text;
 }
 
+struct Addresses {
+  template <typename... Fields>
+  constexpr auto operator()(const Fields&... fields) const {
+    return std::array<const void*, sizeof...(Fields)>{&fields...};
+  }
+};
+
 template <typename Record, std::size_t... indices>
 consteval auto fieldNames(std::index_sequence<indices...>) {
-  [[maybe_unused]] constexpr auto fields = fieldsOf(imaginary<Record>);
-  return std::array<std::string_view, sizeof...(indices)>{
-      lastIdentifier(argument(signature<std::get<indices>(fields)>()))...};
+  [[maybe_unused]] constexpr auto fields = withFields(imaginary<Record>, Addresses());
+  return std::array<std::string_view, sizeof...(indices)>{lastIdentifier(argument(signature<fields[indices]>()))...};
 }
 
 #ifdef __clang__
@@ -252,17 +252,15 @@ consteval std::string_view typeName() {
   return reflection::lastIdentifier(text.substr(0, text.find_first_of(";]")));
 }
 
+/// In the order of declaration.
 template <typename Record>
-constexpr auto fieldNames() {
-  return reflection::fieldNames<Record>(std::make_index_sequence<reflection::fieldCount<Record>()>{});
-}
+inline constexpr auto fieldNames =
+    reflection::fieldNames<Record>(std::make_index_sequence<reflection::fieldCount<Record>()>{});
 
-/// Calls `use` with each field's name and value, in the order of declaration.
+/// Calls `use` with references to all fields, in the order of declaration.
 template <typename Record, typename Use>
-void forEachField(const Record& record, Use use) {
-  constexpr auto names = fieldNames<Record>();
-  std::size_t position = 0;
-  std::apply([&](const auto*... fields) { (use(names[position++], *fields), ...); }, reflection::fieldsOf(record));
+void withFields(const Record& record, const Use& use) {
+  reflection::withFields(record, use);
 }
 
 /// The names of the cases that are numbered from 0 on.

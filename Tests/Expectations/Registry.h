@@ -30,7 +30,7 @@ struct FoundField {
 using FoundFields = std::vector<FoundField>;
 
 /// A value of some registered type.
-using Erased = std::shared_ptr<const void>;
+using Erased = std::unique_ptr<const void, void (*)(const void*)>;
 
 struct RegisteredCase {
   std::string name;
@@ -89,12 +89,22 @@ struct Plain {
   using Record = Alternative;
 };
 
+/// Adds the fields of a record, whose names are given, to a list.
+struct FieldCollector {
+  FoundFields& found;
+  const std::string_view* name;
+
+  template <typename... Fields>
+  void operator()(const Fields&... fields) const {
+    const std::string_view* next = name;
+    (found.push_back({std::string(*next++), writtenIfPresent(fields)}), ...);
+  }
+};
+
 template <typename Record>
 FoundFields foundFields(const Record& record) {
   FoundFields found;
-  forEachField(record, [&](std::string_view name, const auto& value) {
-    found.push_back({std::string(name), writtenIfPresent(value)});
-  });
+  withFields(record, FieldCollector{found, fieldNames<Record>.data()});
   return found;
 }
 
@@ -164,8 +174,9 @@ class Registry {
   RegisteredType& add() {
     auto& type = types_[std::string(typeName<Type>())];
     type.name = typeName<Type>();
-    type.decode = [](const JSONValue& value) -> Erased {
-      return std::make_shared<const Type>(ormel::decode<Type>(value));
+    type.decode = [](const JSONValue& value) {
+      return Erased(new Type(ormel::decode<Type>(value)),
+                    [](const void* old) { delete static_cast<const Type*>(old); });
     };
     type.encode = [](const void* value) { return ormel::encode(*static_cast<const Type*>(value)); };
     type.areEqual = [](const void* left, const void* right) {
