@@ -22,6 +22,15 @@ bool isSame(const std::weak_ptr<detail::AppServerRPCClient>& left, const Other& 
   return !left.owner_before(right) && !right.owner_before(left);
 }
 
+/// A request on a client that has shaken hands; JSON null otherwise.
+Task<JSONValue> requestOn(std::shared_ptr<detail::AppServerRPCClient> client, JSONValue params) {
+  co_await client->strand().enter();
+  if (!client->didInitializeProcess()) co_return JSONValue();
+  auto sending = client->sendRequest("echo", std::move(params));
+  auto result = co_await std::move(sending);
+  co_return result;
+}
+
 }  // namespace
 
 ManagementWorld::ManagementWorld(std::uint64_t seed) : scheduler(seed), server_(scheduler), blockingWork_(scheduler) {
@@ -72,8 +81,10 @@ void ManagementWorld::play() {
 
 void ManagementWorld::act() {
   const std::uint64_t kind = choose(100);
-  if (kind < 55) {
+  if (kind < 45) {
     call();
+  } else if (kind < 55) {
+    request();
   } else if (kind < 70) {
     cancelACall();
   } else if (kind < 82) {
@@ -96,12 +107,23 @@ void ManagementWorld::call() {
   calls_[number].outcome = std::move(outcome);
 }
 
+void ManagementWorld::request() {
+  const auto client = session_->client();
+  if (!client) return;
+  const std::size_t number = calls_.size();
+  calls_.emplace_back();
+  auto requesting = requestOn(client, JSONValue::object({{"n", static_cast<std::int64_t>(number)}}));
+  auto outcome = startOn(scheduler, std::move(requesting), calls_.back().stop.get_token());
+  calls_[number].outcome = std::move(outcome);
+  calls_[number].isRequest = true;
+}
+
 void ManagementWorld::cancelACall() {
   if (calls_.empty()) return;
   Call& call = calls_[choose(calls_.size())];
   if (call.hasEnded) return;
   call.wasCancelled = true;
-  if (call.process) processes_[*call.process].mayEnd = true;
+  if (call.process && !call.isRequest) processes_[*call.process].mayEnd = true;
   call.stop.request_stop();
 }
 
@@ -152,18 +174,18 @@ std::size_t ManagementWorld::indexOf(const InMemoryProcess& process) const {
 
 void ManagementWorld::write(InMemoryProcess& process, const std::string& line) {
   // A process is written to in the very step that starts it.
-  lookAtProcesses();
+  noticeNewProcesses();
   const JSONValue message = JSONValue::decode(line);
   Process& facts = processes_.at(indexOf(process));
   const std::string method(message.find("method")->stringValue().value());
   if (method == "initialize") {
-    require(facts.handshakeLines == 0, "a handshake begins once");
+    note(facts.handshakeLines == 0, "a handshake begins once");
     ++facts.handshakeLines;
   } else if (method == "initialized") {
-    require(facts.handshakeLines == 1, "a handshake ends once, after it has begun");
+    note(facts.handshakeLines == 1, "a handshake ends once, after it has begun");
     ++facts.handshakeLines;
   } else {
-    require(facts.handshakeLines == 2, "a process is asked after the handshake");
+    note(facts.handshakeLines == 2, "a process is asked after the handshake");
     const auto number = message.find("params")->find("n")->intValue().value();
     calls_.at(static_cast<std::size_t>(number)).process = indexOf(process);
   }
@@ -199,11 +221,19 @@ void ManagementWorld::misbehave(InMemoryProcess& process) {
 void ManagementWorld::answer(InMemoryProcess& process, const JSONValue& request) {
   const JSONValue* params = request.find("params");
   const JSONValue* number = params->find("n");
-  if (isHealed_ || !chance(faultPercent_)) {
+  if (!isHealed_ && chance(faultPercent_)) {
+    // Who waits for the answer learns of it when the process has gone.
+    processes_.at(indexOf(process)).mayEnd = true;
+    const JSONValue answer = JSONValue::object({{"id", *request.find("id")}, {"result", number ? *number : *params}});
+    process.write(answer.encode() + "\nnonsense\n");
+  } else if (isHealed_ || !chance(faultPercent_)) {
     process.answer(request, number ? *number : JSONValue::object());
   } else {
-    processes_.at(indexOf(process)).mayEnd = true;
-    if (number) calls_.at(static_cast<std::size_t>(number->intValue().value())).wasRefused = true;
+    Call* call = number ? &calls_.at(static_cast<std::size_t>(number->intValue().value())) : nullptr;
+    if (call) call->wasRefused = true;
+    if (!call || !call->isRequest) processes_.at(indexOf(process)).mayEnd = true;
+    // Who comes next may shake hands anew.
+    if (!call) processes_.at(indexOf(process)).handshakeLines = 0;
     process.refuse(request, "no");
   }
   while (chance(30)) notify(process);
@@ -216,14 +246,19 @@ void ManagementWorld::notify(InMemoryProcess& process) {
   process.notify("told", JSONValue::object({{"process", index}, {"count", count}}));
 }
 
+void ManagementWorld::note(bool holds, const char* promise) {
+  if (!holds && brokenInCall_.empty()) brokenInCall_ = promise;
+}
+
 void ManagementWorld::look() {
+  require(brokenInCall_.empty(), brokenInCall_);
   lookAtProcesses();
   lookAtSubscribers();
   lookAtCalls();
   clientBefore_ = session_ ? session_->client() : nullptr;
 }
 
-void ManagementWorld::lookAtProcesses() {
+void ManagementWorld::noticeNewProcesses() {
   const std::size_t failed = server_.launchesTried() - server_.started();
   if (failed > launchesFailed_) {
     launchesFailed_ = failed;
@@ -241,6 +276,10 @@ void ManagementWorld::lookAtProcesses() {
     facts.mayEnd = std::exchange(mayNextEnd_, false);
     processes_.push_back(facts);
   }
+}
+
+void ManagementWorld::lookAtProcesses() {
+  noticeNewProcesses();
   if (isAnyEndAllowed()) allowEndOfAll();
   for (std::size_t index = 0; index < processes_.size(); ++index) {
     Process& facts = processes_[index];
@@ -289,6 +328,7 @@ void ManagementWorld::judge(Call& call, std::size_t number) {
   JSONValue value;
   const std::string failure = failureOf([&] { value = call.outcome->take(); });
   const std::string name = "call " + std::to_string(number) + " ends with what happened to it: ";
+  if (failure == "no failure" && call.isRequest && value.isNull()) return;
   if (failure == "no failure") {
     require(value == JSONValue(static_cast<std::int64_t>(number)), name + value.encode());
   } else if (failure == "cancelled") {
@@ -309,7 +349,7 @@ void ManagementWorld::allowEndOfAll() {
 bool ManagementWorld::isAnyEndAllowed() const {
   const bool isClosing = std::ranges::any_of(closings_, [](const auto& closing) { return !closing->isSet(); });
   return isClosing || std::ranges::any_of(calls_, [](const Call& call) {
-           return call.wasCancelled && !call.hasEnded && !call.process;
+           return call.wasCancelled && !call.hasEnded && !call.process && !call.isRequest;
          });
 }
 

@@ -45,6 +45,8 @@ class ManagementWorld {
   struct Call {
     std::shared_ptr<Outcome<JSONValue>> outcome;
     std::stop_source stop;
+    /// It goes past the session, straight to the client: its failure costs nothing.
+    bool isRequest = false;
     bool wasCancelled = false;
     bool wasRefused = false;
     bool hasEnded = false;
@@ -75,6 +77,7 @@ class ManagementWorld {
   // The application.
   void act();
   void call();
+  void request();
   void cancelACall();
   void subscribe();
   void dropASubscriber();
@@ -92,6 +95,9 @@ class ManagementWorld {
 
   // What must hold.
   void look();
+  /// For what is seen within a call of the client, which would take an error for its own.
+  void note(bool holds, const char* promise);
+  void noticeNewProcesses();
   void lookAtProcesses();
   void lookAtSubscribers();
   void lookAtCalls();
@@ -115,6 +121,7 @@ class ManagementWorld {
   std::size_t launchesFailed_ = 0;
   /// The next process may end too: its client may be that of a call which could not start one.
   bool mayNextEnd_ = false;
+  std::string brokenInCall_;
   std::vector<Call> calls_;
   std::vector<std::shared_ptr<Outcome<void>>> closings_;
   std::vector<Process> processes_;
