@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "ManagementMeasurements.h"
 #include "Measurements.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 
@@ -94,6 +95,25 @@ constexpr Measurement measurements[] = {
     {"turn",
      [](Report& report, const char* name, const Arguments&) {
        report.add(name, "empty turn on a live process, against one that starts it", "ns", measureTurns(20));
+     }},
+    {"oneShotCall",
+     [](Report& report, const char* name, const Arguments&) {
+       report.add(name, "one-shot call, against bare start, handshake and exchange", "ns", measureOneShotCall(200),
+                  1.2);
+     }},
+    {"sessionCall",
+     [](Report& report, const char* name, const Arguments&) {
+       report.add(name, "call on a session, against a bare exchange", "ns", measureSessionCall(20'000, 5), 3);
+     }},
+    {"callsInFlight",
+     [](Report& report, const char* name, const Arguments&) {
+       report.add(name, "64 calls at once on a session, against one after the other", "ns", measureCallsInFlight(200),
+                  1);
+     }},
+    {"memoryOfSessions",
+     [](Report& report, const char* name, const Arguments&) {
+       report.add(name, "memory after 500 sessions with a call each, against before", "bytes",
+                  measureMemoryOfSessions(500), 1.05);
      }},
     {"commandOutput",
      [](Report& report, const char* name, const Arguments&) {

@@ -25,15 +25,13 @@ namespace ormel::benchmarks {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
-
 double median(std::vector<double> values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
   std::nth_element(values.begin(), middle, values.end());
   return *middle;
 }
+
+}  // namespace
 
 Pair medians(int rounds, const std::function<double()>& measured, const std::function<double()>& yardstick) {
   std::vector<double> ours;
@@ -44,6 +42,12 @@ Pair medians(int rounds, const std::function<double()>& measured, const std::fun
   }
   return {median(std::move(ours)), median(std::move(theirs))};
 }
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
 
 Thread newThread() {
   OrmelOptions options;
@@ -202,14 +206,6 @@ double nanosecondsPerExchange(std::uint64_t requests) {
   return secondsSince(start) * 1e9 / static_cast<double>(requests);
 }
 
-double residentBytes() {
-  std::ifstream file("/proc/self/statm");
-  double whole = 0;
-  double resident = 0;
-  file >> whole >> resident;
-  return resident * static_cast<double>(::sysconf(_SC_PAGESIZE));
-}
-
 double nanosecondsOfTurn(const Thread& thread) {
   const auto start = Clock::now();
   thread.run("nothing 0").get();
@@ -233,6 +229,14 @@ double microsecondsOfCommandOutput(const Thread& thread, std::uint64_t bytes) {
 }
 
 }  // namespace
+
+double residentBytes() {
+  std::ifstream file("/proc/self/statm");
+  double whole = 0;
+  double resident = 0;
+  file >> whole >> resident;
+  return resident * static_cast<double>(::sysconf(_SC_PAGESIZE));
+}
 
 Pair measureEventsOfBlocks(std::uint64_t lines, int rounds) {
   const Thread thread = newThread();

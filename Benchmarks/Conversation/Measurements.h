@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace ormel::benchmarks {
@@ -13,6 +14,12 @@ struct Pair {
 
   double ratio() const { return measured / yardstick; }
 };
+
+/// The medians of so many rounds, taken alternately.
+Pair medians(int rounds, const std::function<double()>& measured, const std::function<double()>& yardstick);
+
+/// What this process holds.
+double residentBytes();
 
 /// Events a second that reach a consumer of a `Thread` whose server writes blocks of lines, and lines a second that
 /// splitting and decoding alone reach on one thread.

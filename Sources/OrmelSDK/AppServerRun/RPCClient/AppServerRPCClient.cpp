@@ -5,6 +5,7 @@
 #include <tuple>
 #include <utility>
 
+#include "OrmelSDK/Base/CheckedCounter.h"
 #include "OrmelSDK/Base/FatalError.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
@@ -17,6 +18,7 @@ namespace {
 
 constexpr std::chrono::milliseconds exitPollInterval{10};
 constexpr int exitPolls = 50;
+constexpr const char* terminated = "App-server RPC client terminated";
 
 JSONValue outgoingMessage(const std::optional<JSONValue>& id, std::string_view method,
                           const std::optional<JSONValue>& params) {
@@ -65,8 +67,10 @@ Task<void> AppServerRPCClient::startProcess() {
       configuration_.executablePath, configuration_.ormelPathDirectories, configuration_.ormelOptions);
   auto vetting =
       vetServerExecutable(*services_.blockingWork, configuration_.executablePath, configuration_.ormelOptions);
+  const std::uint64_t terminations = terminations_;
   co_await std::move(vetting);
-  // Another caller may have started it during the assessment.
+  // Both can happen during the assessment: the client's end, and a start by another caller.
+  if (terminations_ != terminations) throw ThreadRunError::streamError(terminated);
   if (!process_) launch(settings);
 }
 
@@ -206,7 +210,8 @@ Task<void> AppServerRPCClient::finishNotifications() {
 
 Task<void> AppServerRPCClient::terminate() {
   co_await strand_.enter();
-  completePendingResponses("App-server RPC client terminated");
+  incrementCounter(terminations_);
+  completePendingResponses(terminated);
   notificationContinuation_.finish();
   shutdownProcess();
 }

@@ -102,7 +102,8 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
   /// exit by itself.
   Task<void> finishNotifications();
 
-  /// Ends everything at once: requests in flight fail, the notifications end, and the process is told to terminate.
+  /// Ends everything at once: requests in flight and starts under way fail, the notifications end, and the process is
+  /// told to terminate.
   Task<void> terminate();
 
   /// The notifications of the server, over all its processes. To be taken once, on the client's strand.
@@ -154,6 +155,8 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
   std::unique_ptr<ServerConnection> process_;
   bool didInitializeProcess_ = false;
   std::shared_ptr<InitializationTask> initializationTask_;
+  /// Tells a start that the client was terminated during the assessment of the executable.
+  std::uint64_t terminations_ = 0;
   std::int64_t nextRequestID_ = 1;
   std::unordered_map<AppServerRequestID, OneShotResolver<JSONValue>> pendingResponses_;
   /// Of all processes: the words of an earlier one can explain the end of the next.

@@ -164,6 +164,24 @@ TEST(AppServerRPCClientTermination, InTheHandshakeFailsThoseWhoWaitForIt) {
   });
 }
 
+TEST(AppServerRPCClientTermination, DuringTheAssessmentOfTheExecutableKeepsItFromBeingStarted) {
+  withServers([](SimulatedServer& server) {
+    server.configuration.ormelOptions.executableTrustAssessment = [](const std::string&) {
+      return OrmelExecutableTrustAssessment::trusted();
+    };
+    const auto client = server.newClient();
+    const auto starting = startOn(server.scheduler, client->startProcess());
+    const auto terminating = startOn(server.scheduler, client->terminate());
+    server.settle();
+    EXPECT_EQ(server.told(terminating), "no failure");
+    // Terminated before it had begun, it starts afresh.
+    const std::string told = server.told(starting);
+    EXPECT_EQ(server.server.started(), told == "no failure" ? 1U : 0U);
+    EXPECT_THAT(told, ::testing::AnyOf(clientTerminated, "no failure"));
+    server.end(client->terminate());
+  });
+}
+
 TEST(AppServerRPCClientTermination, IsNotKeptByACancelledCaller) {
   withServers([](SimulatedServer& server) {
     const auto client = server.readyClient();
