@@ -46,7 +46,7 @@ TEST(ControlSessionCall, GoesSideBySideWithOthersOverOneHandshake) {
 }
 
 /// A failure of a call, which comes as it is and costs the client.
-struct FailureRow {
+struct SessionFailureRow {
   const char* what;
   std::function<void(SimulatedServer&)> prepare;
   std::function<void(SimulatedServer&)> repair;
@@ -55,7 +55,7 @@ struct FailureRow {
 
 TEST(ControlSessionCall, GivesUpTheClientByAnyFailureAndStartsAfresh) {
   const auto nothing = [](SimulatedServer&) {};
-  const FailureRow rows[] = {
+  const SessionFailureRow rows[] = {
       {"refuses",
        [](SimulatedServer& server) { server.refuse("thread/read", R"({"code":-32601,"message":"unknown"})"); }, nothing,
        "other error: App-server error -32601: unknown"},
@@ -77,7 +77,7 @@ TEST(ControlSessionCall, GivesUpTheClientByAnyFailureAndStartsAfresh) {
        [](SimulatedServer& server) { server.answer("initialize", "{}"); }, unexpectedEnd},
       {"cannot be started", [](SimulatedServer& server) { server.server.failLaunches(1); }, nothing, nullptr},
   };
-  for (const FailureRow& row : rows) {
+  for (const SessionFailureRow& row : rows) {
     SCOPED_TRACE(row.what);
     withSessions([&](SimulatedServer& server, SimulatedSession& session) {
       row.prepare(server);
