@@ -323,6 +323,12 @@ TEST(ServerConnectionToAChild, TalksWithAChildOverItsPipes) {
 TEST(ServerConnectionToAChild, LeavesNothingBehindWhenItIsClosed) {
   const TemporaryDirectory directory;
   const LaunchSettings settings = scripted(directory, "exec sleep 1000\n");
+  // A launch that fails has the library start its threads, which stay.
+  LaunchSettings missing;
+  missing.executable = "/no/such/file";
+  EXPECT_THROW(
+      ServerConnection::launch(SystemProcessLauncher::shared(), missing, std::make_shared<AppServerLockedData>()),
+      OrmelProcessError);
   const ProcessResources before = ProcessResources::now();
   for (int time = 0; time < 3; ++time) {
     auto connection =

@@ -359,8 +359,8 @@ TEST(ThreadTurnItems, ComeByTheOlderNameFromAServerThatDoesNotKnowTheNewer) {
     EXPECT_EQ(lines[2], R"({"id":2,"method":"thread/items/list","params":{"threadId":"t1","turnId":"u1","limit":5}})");
     EXPECT_EQ(lines[5],
               R"({"id":2,"method":"thread/turns/items/list","params":{"threadId":"t1","turnId":"u1","limit":5}})");
-    for (const std::size_t handshake : {0U, 3U}) {
-      EXPECT_NE(lines[handshake].find(R"("experimentalApi":true)"), std::string::npos) << lines[handshake];
+    for (const std::size_t opening : {0U, 3U}) {
+      EXPECT_NE(lines[opening].find(R"("experimentalApi":true)"), std::string::npos) << lines[opening];
     }
   }
 }
