@@ -72,6 +72,7 @@
 #include "OrmelSDK/Options/TurnOptions.h"
 #include "OrmelSDK/Ormel.h"
 #include "OrmelSDK/Records/EmptyResponses.h"
+#include "OrmelSDK/Records/HookWords.h"
 #include "OrmelSDK/Records/ThreadGoal.h"
 #include "OrmelSDK/Records/ThreadRecords.h"
 #include "OrmelSDK/Records/ThreadSettings.h"

@@ -61,30 +61,6 @@ TEST(HookStartedEvent, IsWrittenWithItsTurnIfItHasOne) {
                        eventOfRun(R"({"thread_id":"t","turn_id":"u","run":)"));
 }
 
-TEST(HookEventName, KeepsNamesThatItDoesNotKnow) {
-  tests::checkVocabulary<HookEventName>({{HookEventName::preToolUse, "preToolUse"},
-                                         {HookEventName::permissionRequest, "permissionRequest"},
-                                         {HookEventName::postToolUse, "postToolUse"},
-                                         {HookEventName::preCompact, "preCompact"},
-                                         {HookEventName::postCompact, "postCompact"},
-                                         {HookEventName::sessionStart, "sessionStart"},
-                                         {HookEventName::sessionEnd, "sessionEnd"},
-                                         {HookEventName::userPromptSubmit, "userPromptSubmit"},
-                                         {HookEventName::subagentStart, "subagentStart"},
-                                         {HookEventName::subagentStop, "subagentStop"},
-                                         {HookEventName::interrupt, "interrupt"},
-                                         {HookEventName::mcpTool, "mcpTool"},
-                                         {HookEventName::stop, "stop"}});
-  EXPECT_EQ(encode(decode<HookEventName>(JSONValue("futureEvent"))), JSONValue("futureEvent"));
-}
-
-TEST(HookHandlerType, KeepsNamesThatItDoesNotKnow) {
-  tests::checkVocabulary<HookHandlerType>({{HookHandlerType::command, "command"},
-                                           {HookHandlerType::prompt, "prompt"},
-                                           {HookHandlerType::agent, "agent"},
-                                           {HookHandlerType::mcpTool, "mcpTool"}});
-}
-
 TEST(HookEnumerations, HaveAWordForEachCase) {
   tests::checkWords<HookExecutionMode>({{HookExecutionMode::sync, "sync"}, {HookExecutionMode::async, "async"}});
   tests::checkWords<HookScope>({{HookScope::thread, "thread"}, {HookScope::turn, "turn"}});
@@ -98,10 +74,6 @@ TEST(HookEnumerations, HaveAWordForEachCase) {
                                           {HookOutputEntryKind::feedback, "feedback"},
                                           {HookOutputEntryKind::context, "context"},
                                           {HookOutputEntryKind::error, "error"}});
-  tests::checkWords<HookTrustStatus>({{HookTrustStatus::managed, "managed"},
-                                      {HookTrustStatus::untrusted, "untrusted"},
-                                      {HookTrustStatus::trusted, "trusted"},
-                                      {HookTrustStatus::modified, "modified"}});
 }
 
 TEST(HookEnumerations, ThatAreClosedReadNoOtherWord) {
@@ -109,32 +81,6 @@ TEST(HookEnumerations, ThatAreClosedReadNoOtherWord) {
   tests::checkStrictness<HookScope>("HookScope", {"THREAD", "weird"});
   tests::checkStrictness<HookRunStatus>("HookRunStatus", {"Running", "weird", " running"});
   tests::checkStrictness<HookOutputEntryKind>("HookOutputEntryKind", {"Stop", "weird"});
-  tests::checkStrictness<HookTrustStatus>("HookTrustStatus", {"Trusted", "weird"});
-}
-
-TEST(HookSource, HasAWordForEachCase) {
-  tests::checkWords<HookSource>({{HookSource::system, "system"},
-                                 {HookSource::user, "user"},
-                                 {HookSource::project, "project"},
-                                 {HookSource::mdm, "mdm"},
-                                 {HookSource::sessionFlags, "sessionFlags"},
-                                 {HookSource::plugin, "plugin"},
-                                 {HookSource::cloudRequirements, "cloudRequirements"},
-                                 {HookSource::cloudManagedConfig, "cloudManagedConfig"},
-                                 {HookSource::legacyManagedConfigFile, "legacyManagedConfigFile"},
-                                 {HookSource::legacyManagedConfigMdm, "legacyManagedConfigMdm"},
-                                 {HookSource::unknown, "unknown"}});
-}
-
-TEST(HookSource, IsReadInAnySpellingAndNeverFailsOnAText) {
-  tests::checkTolerance<HookSource>({{"legacy_managed_config_file", HookSource::legacyManagedConfigFile},
-                                     {"LEGACY-MANAGED-CONFIG-MDM", HookSource::legacyManagedConfigMdm},
-                                     {"session_flags", HookSource::sessionFlags},
-                                     {"cloud-requirements", HookSource::cloudRequirements},
-                                     {" CloudManagedConfig\n", HookSource::cloudManagedConfig},
-                                     {"MDM", HookSource::mdm},
-                                     {"elsewhere", HookSource::unknown},
-                                     {"", HookSource::unknown}});
 }
 
 }  // namespace
