@@ -71,6 +71,7 @@
 #include "OrmelSDK/Options/ThreadOptions.h"
 #include "OrmelSDK/Options/TurnOptions.h"
 #include "OrmelSDK/Ormel.h"
+#include "OrmelSDK/Records/AccountRecords.h"
 #include "OrmelSDK/Records/AppRecords.h"
 #include "OrmelSDK/Records/CommandRecords.h"
 #include "OrmelSDK/Records/DeviceRecords.h"
