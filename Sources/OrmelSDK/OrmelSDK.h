@@ -74,6 +74,7 @@
 #include "OrmelSDK/Records/AccountRecords.h"
 #include "OrmelSDK/Records/AppRecords.h"
 #include "OrmelSDK/Records/CommandRecords.h"
+#include "OrmelSDK/Records/ConfigRecords.h"
 #include "OrmelSDK/Records/DeviceRecords.h"
 #include "OrmelSDK/Records/EmptyResponses.h"
 #include "OrmelSDK/Records/ExperimentalFeatureRecords.h"
