@@ -85,6 +85,7 @@
 #include "OrmelSDK/Records/McpServerRecords.h"
 #include "OrmelSDK/Records/ModelRecords.h"
 #include "OrmelSDK/Records/PermissionRecords.h"
+#include "OrmelSDK/Records/PluginRecords.h"
 #include "OrmelSDK/Records/SkillRecords.h"
 #include "OrmelSDK/Records/ThreadGoal.h"
 #include "OrmelSDK/Records/ThreadRecords.h"
