@@ -41,35 +41,6 @@ struct ormel::coding::EnumerationTable<ormel::HookOutputEntryKind> {
 };
 
 template <>
-struct ormel::coding::EnumerationTable<ormel::HookTrustStatus> {
-  static constexpr auto rule = closed;
-  static constexpr Word<HookTrustStatus> words[] = {
-      {HookTrustStatus::managed, "managed"},
-      {HookTrustStatus::untrusted, "untrusted"},
-      {HookTrustStatus::trusted, "trusted"},
-      {HookTrustStatus::modified, "modified"},
-  };
-};
-
-template <>
-struct ormel::coding::EnumerationTable<ormel::HookSource> {
-  static constexpr auto rule = tolerant(HookSource::unknown);
-  static constexpr Word<HookSource> words[] = {
-      {HookSource::system, "system"},
-      {HookSource::user, "user"},
-      {HookSource::project, "project"},
-      {HookSource::mdm, "mdm"},
-      {HookSource::sessionFlags, "sessionFlags"},
-      {HookSource::plugin, "plugin"},
-      {HookSource::cloudRequirements, "cloudRequirements"},
-      {HookSource::cloudManagedConfig, "cloudManagedConfig"},
-      {HookSource::legacyManagedConfigFile, "legacyManagedConfigFile"},
-      {HookSource::legacyManagedConfigMdm, "legacyManagedConfigMdm"},
-      {HookSource::unknown, "unknown"},
-  };
-};
-
-template <>
 struct ormel::coding::RecordTable<ormel::HookOutputEntry> {
   static constexpr Field fields[] = {
       required<&HookOutputEntry::kind>("kind"),
@@ -115,14 +86,10 @@ struct ormel::coding::RecordTable<ormel::HookCompletedEvent> {
   };
 };
 
-ORMEL_DEFINE_VOCABULARY(HookEventName)
-ORMEL_DEFINE_VOCABULARY(HookHandlerType)
 ORMEL_DEFINE_ENUMERATION(HookExecutionMode)
 ORMEL_DEFINE_ENUMERATION(HookScope)
 ORMEL_DEFINE_ENUMERATION(HookRunStatus)
 ORMEL_DEFINE_ENUMERATION(HookOutputEntryKind)
-ORMEL_DEFINE_ENUMERATION(HookTrustStatus)
-ORMEL_DEFINE_ENUMERATION(HookSource)
 ORMEL_DEFINE_HOT_RECORD(HookOutputEntry)
 ORMEL_DEFINE_HOT_RECORD(HookRunSummary)
 ORMEL_DEFINE_HOT_RECORD(HookStartedEvent)

@@ -11,6 +11,10 @@ struct ormel::coding::RecordTable<ormel::ConfigWriteAck> : NoFields {};
 template <>
 struct ormel::coding::RecordTable<ormel::ThreadSettingsUpdateResponse> : NoFields {};
 
+template <>
+struct ormel::coding::RecordTable<ormel::EnvironmentAddResponse> : NoFields {};
+
 ORMEL_DEFINE_RECORD(EmptyRPCResponse)
 ORMEL_DEFINE_RECORD(ConfigWriteAck)
 ORMEL_DEFINE_RECORD(ThreadSettingsUpdateResponse)
+ORMEL_DEFINE_RECORD(EnvironmentAddResponse)

@@ -25,4 +25,10 @@ struct ThreadSettingsUpdateResponse {
   friend std::ostream& operator<<(std::ostream& stream, const ThreadSettingsUpdateResponse& value);
 };
 
+/// The acknowledgement of an added environment.
+struct EnvironmentAddResponse {
+  friend bool operator==(const EnvironmentAddResponse&, const EnvironmentAddResponse&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const EnvironmentAddResponse& value);
+};
+
 }  // namespace ormel

@@ -1,0 +1,132 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "OrmelSDK/Coding/OpenVocabulary.h"
+#include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/Input/ThreadChoices.h"
+
+// Every type here has a JSON form.
+namespace ormel {
+
+/// A kind of input that a model takes.
+struct ModelInputModality : OpenVocabulary {
+  using OpenVocabulary::OpenVocabulary;
+
+  static const ModelInputModality text;
+  static const ModelInputModality image;
+  static const ModelInputModality audio;
+};
+std::ostream& operator<<(std::ostream& stream, const ModelInputModality& value);
+
+inline const ModelInputModality ModelInputModality::text = "text";
+inline const ModelInputModality ModelInputModality::image = "image";
+inline const ModelInputModality ModelInputModality::audio = "audio";
+
+/// Which way of working with several agents a model supports.
+struct ModelMultiAgentVersion : OpenVocabulary {
+  using OpenVocabulary::OpenVocabulary;
+
+  static const ModelMultiAgentVersion disabled;
+};
+std::ostream& operator<<(std::ostream& stream, const ModelMultiAgentVersion& value);
+
+inline const ModelMultiAgentVersion ModelMultiAgentVersion::disabled = "disabled";
+
+/// An effort that a model can be asked for.
+struct ReasoningEffortOption {
+  ModelReasoningEffort reasoningEffort;
+  /// A sentence for the user.
+  std::string description;
+  friend bool operator==(const ReasoningEffortOption&, const ReasoningEffortOption&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ReasoningEffortOption& value);
+};
+
+/// What the user is told when a model first becomes available.
+struct ModelAvailabilityNux {
+  std::string message;
+  friend bool operator==(const ModelAvailabilityNux&, const ModelAvailabilityNux&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ModelAvailabilityNux& value);
+};
+
+/// A way in which a model is served.
+struct ModelServiceTier {
+  std::string id;
+  std::string name;
+  std::string description;
+  friend bool operator==(const ModelServiceTier&, const ModelServiceTier&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ModelServiceTier& value);
+};
+
+/// The model that takes another one's place.
+struct ModelUpgradeInfo {
+  /// The text to ask for the successor by.
+  std::string model;
+  /// A sentence that recommends the successor.
+  std::optional<std::string> upgradeCopy;
+  /// An address that tells more.
+  std::optional<std::string> modelLink;
+  /// What the user should know before changing, in Markdown.
+  std::optional<std::string> migrationMarkdown;
+  /// When the older model goes away, as the server counts time.
+  std::optional<std::int64_t> retirementAt;
+  friend bool operator==(const ModelUpgradeInfo&, const ModelUpgradeInfo&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ModelUpgradeInfo& value);
+};
+
+/// A model that a thread can be given.
+struct OrmelModelDescriptor {
+  std::string id;
+  /// The text to ask for the model by.
+  std::string model;
+  /// The model that takes its place, if there is one.
+  std::optional<std::string> upgrade;
+  std::optional<ModelUpgradeInfo> upgradeInfo;
+  std::optional<ModelAvailabilityNux> availabilityNux;
+  std::string displayName;
+  std::string description;
+  /// What the model is made for, in the server's own word.
+  std::optional<std::string> modelSpecialty;
+  /// Whether the model is left out of lists for the user.
+  bool hidden = false;
+  std::vector<ReasoningEffortOption> supportedReasoningEfforts;
+  ModelReasoningEffort defaultReasoningEffort;
+  std::vector<ModelInputModality> inputModalities;
+  /// Whether the model follows a `Personality`.
+  bool supportsPersonality = false;
+  /// Absent if the server does not tell it.
+  std::optional<ModelMultiAgentVersion> multiAgentVersion;
+  std::vector<std::string> additionalSpeedTiers;
+  std::vector<ModelServiceTier> serviceTiers;
+  std::optional<std::string> defaultServiceTier;
+  /// Whether a thread has this model when it chooses none.
+  bool isDefault = false;
+  friend bool operator==(const OrmelModelDescriptor&, const OrmelModelDescriptor&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const OrmelModelDescriptor& value);
+};
+
+/// A page of models.
+struct ModelListResponse {
+  std::vector<OrmelModelDescriptor> data;
+  /// Absent on the last page.
+  std::optional<std::string> nextCursor;
+  friend bool operator==(const ModelListResponse&, const ModelListResponse&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ModelListResponse& value);
+};
+
+/// What the provider of models can do.
+struct ModelProviderCapabilitiesReadResponse {
+  /// Whether tools may be grouped in namespaces.
+  bool namespaceTools = false;
+  bool imageGeneration = false;
+  bool webSearch = false;
+  friend bool operator==(const ModelProviderCapabilitiesReadResponse&,
+                         const ModelProviderCapabilitiesReadResponse&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const ModelProviderCapabilitiesReadResponse& value);
+};
+
+}  // namespace ormel
