@@ -99,9 +99,11 @@ TEST(ChatOneShot, ExplainsItself) {
 }
 
 TEST(ChatOneShot, SaysWhenTheSimulatorStandsIn) {
+  const testing::TemporaryDirectory state;
   testing::ChildOptions options;
   options.arguments = {"hello"};
-  options.environment = {"ORMEL_SIMULATOR_PACE_MS=1", "PATH=/nowhere", "HOME=/nowhere"};
+  options.environment = {"ORMEL_SIMULATOR_PACE_MS=1", "ORMEL_SIMULATOR_STATE=" + state.path().string(), "PATH=/nowhere",
+                         "HOME=/nowhere"};
   testing::ChildProgram child(ORMEL_CHAT_EXECUTABLE, options);
   child.closeInput();
   EXPECT_THAT(child.readRestOfOutput(), HasSubstr(plainAnswer));
