@@ -94,8 +94,8 @@ TEST(ChatOneShot, FailsForOptionsThatItDoesNotKnow) {
 TEST(ChatOneShot, ExplainsItself) {
   const ChatEnd end = chat({"--help"});
   EXPECT_EQ(end.status, 0);
-  EXPECT_THAT(end.output, AllOf(HasSubstr("--server"), HasSubstr("--resume"), HasSubstr("--cd"), HasSubstr("--model"),
-                                HasSubstr("--json"), HasSubstr("--yes")));
+  EXPECT_THAT(end.output, AllOf(HasSubstr("--server"), HasSubstr("--resume"), HasSubstr("--list"), HasSubstr("--cd"),
+                                HasSubstr("--model"), HasSubstr("--json"), HasSubstr("--yes")));
 }
 
 TEST(ChatOneShot, SaysWhenTheSimulatorStandsIn) {
