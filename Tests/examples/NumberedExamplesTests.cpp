@@ -64,5 +64,14 @@ TEST(NumberedExamples, AnswerQuestions) {
             "Which language shall it be?\nHow large shall it be?\nYou chose: language C++, size Small.\n");
 }
 
+TEST(NumberedExamples, ListThreadsNewestFirst) {
+  EXPECT_THAT(outputOf("09-list-threads"), MatchesRegex("[0-9a-f-]+  And which fish[?]\n[0-9a-f-]+  Birds\n"));
+}
+
+TEST(NumberedExamples, ManageAThreadAndWatch) {
+  EXPECT_EQ(outputOf("10-control-session"),
+            "The server calls it Birds\nnamed Birds\narchived\ntaken out of the archive\ndeleted\n");
+}
+
 }  // namespace
 }  // namespace ormel
