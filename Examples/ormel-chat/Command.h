@@ -7,12 +7,30 @@ namespace ormel::chat {
 
 /// What a line of the user asks for.
 struct Command {
-  enum class Kind { nothing, prompt, review, compact, side, steer, help, quit, unknown };
+  enum class Kind {
+    nothing,
+    prompt,
+    review,
+    compact,
+    side,
+    steer,
+    threads,
+    resume,
+    name,
+    fork,
+    archive,
+    help,
+    quit,
+    unknown
+  };
 
   Kind kind = Kind::nothing;
   /// What follows the command's name, or the whole line.
   std::string text;
 };
+
+/// Whether it is about conversations that the server keeps, and not a turn.
+bool isAboutThreads(Command::Kind kind);
 
 Command readCommand(std::string_view line);
 

@@ -3,6 +3,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -36,7 +37,16 @@ struct Notice {
   Style style = Style::dim;
 };
 
-using Message = std::variant<OperationAccepted, ThreadEvent, OperationEnded, QuestionAsked, QuestionWithdrawn, Notice>;
+/// Another conversation to go on with.
+struct ThreadChosen {
+  /// Absent for a new one.
+  std::optional<std::string> id;
+  /// To tell the user.
+  std::string text;
+};
+
+using Message = std::variant<OperationAccepted, ThreadEvent, OperationEnded, QuestionAsked, QuestionWithdrawn, Notice,
+                             ThreadChosen>;
 
 /// What the library's threads have to tell the main thread, in order. They keep it alive, so that late news find it.
 class Inbox {

@@ -27,6 +27,16 @@ Task<void> reportFailure(Task<void> call, std::shared_ptr<Inbox> inbox) {
   }
 }
 
+Task<void> reportEnd(Task<void> call, std::shared_ptr<Inbox> inbox) {
+  std::exception_ptr failure;
+  try {
+    co_await std::move(call);
+  } catch (...) {
+    failure = std::current_exception();
+  }
+  inbox->post(OperationEnded{failure});
+}
+
 }  // namespace
 
 void follow(Task<StreamedTurn> operation, std::shared_ptr<Inbox> inbox) {
@@ -35,6 +45,10 @@ void follow(Task<StreamedTurn> operation, std::shared_ptr<Inbox> inbox) {
 
 void follow(Task<void> call, std::shared_ptr<Inbox> inbox) {
   reportFailure(std::move(call), std::move(inbox)).detach();
+}
+
+void followToEnd(Task<void> call, std::shared_ptr<Inbox> inbox, std::stop_token stop) {
+  reportEnd(std::move(call), std::move(inbox)).withStopToken(std::move(stop)).detach();
 }
 
 }  // namespace ormel::chat

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <stop_token>
 
 #include "Inbox.h"
 #include "OrmelSDK/Thread.h"
@@ -12,5 +13,8 @@ void follow(Task<StreamedTurn> operation, std::shared_ptr<Inbox> inbox);
 
 /// Runs a call that gives nothing back; the inbox learns only of its failure.
 void follow(Task<void> call, std::shared_ptr<Inbox> inbox);
+
+/// Runs a call in place of an operation: the inbox learns of its end.
+void followToEnd(Task<void> call, std::shared_ptr<Inbox> inbox, std::stop_token stop);
 
 }  // namespace ormel::chat

@@ -7,14 +7,16 @@ namespace ormel::chat {
 namespace {
 
 void declare(CLI::App& program, Options& options) {
-  program.add_option("prompt", options.prompt, "What to ask; without it, a conversation begins");
+  auto* prompt = program.add_option("prompt", options.prompt, "What to ask; without it, a conversation begins");
   program.add_option("--server", options.server, "The server executable to use; it is trusted because you name it");
-  program.add_option("--resume", options.resumedThread, "Go on with the conversation of this id");
+  auto* resume = program.add_option("--resume", options.resumedThread, "Go on with the conversation of this id");
   program.add_option("--cd", options.directory, "The directory in which the agent works")
       ->check(CLI::ExistingDirectory);
   program.add_option("--model", options.model, "The model to use");
-  program.add_flag("--json", options.json, "Print each event as one line of JSON");
+  program.add_flag("--json", options.json, "Print each event, or each conversation, as one line of JSON");
+  auto* list = program.add_flag("--list", options.listsThreads, "Print the conversations that the server keeps");
   program.add_flag("--yes", options.approvesEverything, "Approve whatever is asked for; for scripts");
+  list->excludes(prompt)->excludes(resume);
   program.footer("In a conversation, /help tells the commands. Ctrl-C ends the turn, and again the program.");
 }
 

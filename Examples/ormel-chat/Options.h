@@ -14,6 +14,8 @@ struct Options {
   std::optional<std::string> directory;
   std::optional<std::string> model;
   bool json = false;
+  /// Prints the conversations that the server keeps, and ends.
+  bool listsThreads = false;
   bool approvesEverything = false;
 };
 

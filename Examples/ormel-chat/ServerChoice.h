@@ -1,21 +1,17 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 
 #include "OrmelSDK/Ormel.h"
-#include "SimulatorMemory.h"
 
 namespace ormel::chat {
 
 /// The library, set up with the server to talk to.
 struct ServerChoice {
   Ormel ormel;
-  /// Set if no server was found and the simulator stands in for one.
-  std::shared_ptr<const SimulatorMemory> simulatorMemory;
-
-  bool isSimulator() const noexcept { return simulatorMemory != nullptr; }
+  /// Whether no server was found and the simulator stands in for one.
+  bool isSimulator = false;
 };
 
 /// The named server; else the one that the library finds; else the simulator that lies beside this program. Fails with

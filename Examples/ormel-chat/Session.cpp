@@ -12,6 +12,7 @@
 #include "Elicitations.h"
 #include "Operation.h"
 #include "OrmelSDK/Base/OrmelProcessError.h"
+#include "ThreadCommands.h"
 #include "UserInputQuestion.h"
 
 namespace ormel::chat {
@@ -44,8 +45,8 @@ ThreadOptions threadOptions(const Options& options, const std::shared_ptr<Inbox>
   return result;
 }
 
-Thread makeThread(const Ormel& ormel, const Options& options, ThreadOptions threadOptions) {
-  if (options.resumedThread) return ormel.resumeThread(*options.resumedThread, std::move(threadOptions));
+Thread makeThread(const Ormel& ormel, const std::optional<std::string>& id, ThreadOptions threadOptions) {
+  if (id) return ormel.resumeThread(*id, std::move(threadOptions));
   return ormel.startThread(std::move(threadOptions));
 }
 
@@ -55,15 +56,15 @@ Session::Session(Options options, const ServerChoice& server)
     : options_(std::move(options)),
       output_(STDOUT_FILENO),
       renderer_(output_, options_.json),
-      thread_(makeThread(server.ormel, options_, threadOptions(options_, inbox_))),
-      canBeResumed_(!server.isSimulator()),
+      ormel_(server.ormel),
+      thread_(makeThread(ormel_, options_.resumedThread, threadOptions(options_, inbox_))),
       quietBeforeQuestion_(quietBeforeQuestion()) {
   if (!output_.isTerminal() || options_.json) ownNotes_.emplace(STDERR_FILENO);
   greet(server);
 }
 
 void Session::greet(const ServerChoice& server) {
-  if (server.isSimulator()) {
+  if (server.isSimulator) {
     tell("No ormel server was found: this is ormel-simulator, which only plays an agent.", Style::yellow);
   }
   if (!options_.prompt && input_.isTerminal()) {
@@ -74,16 +75,15 @@ void Session::greet(const ServerChoice& server) {
 int Session::run() {
   if (options_.prompt) start({Command::Kind::prompt, *options_.prompt});
   while (!exitStatus_) {
-    auto messages = inbox_->take();
-    for (Message& message : messages) take(message);
+    const bool isQuiet = !takeMessages();
     takeSignals();
-    if ((messages.empty() || isOverdue()) && hasTakenEarlierLines()) askForInput();
+    if ((isQuiet || isOverdue()) && hasTakenEarlierLines()) askForInput();
     while (!exitStatus_ && canTakeLine()) takeLine();
     if (!exitStatus_ && input_.isAtEnd()) takeEndOfInput();
     if (!exitStatus_) wait(needsToAsk());
   }
   leaveLine();
-  if (const auto id = thread_.id(); id && canBeResumed_ && !options_.prompt && input_.isTerminal()) {
+  if (const auto id = thread_.id(); id && !options_.prompt && input_.isTerminal()) {
     tell("To go on with this conversation: ormel-chat --resume " + *id);
   }
   output_.flush();
@@ -108,7 +108,9 @@ bool Session::wantsInput() const {
 
 bool Session::canTakeLine() const {
   if (!input_.hasLine()) return false;
-  if (questions_.hasAsked() || phase_ == Phase::idle) return true;
+  if (questions_.hasAsked()) return true;
+  // A script's next line is for the question that is about to be asked.
+  if (phase_ == Phase::idle) return input_.isTerminal() || questions_.isEmpty();
   const auto kind = readCommand(input_.line()).kind;
   if (!input_.isTerminal()) return phase_ == Phase::running && kind == Command::Kind::steer;
   return phase_ == Phase::running || kind == Command::Kind::quit || kind == Command::Kind::help;
@@ -127,6 +129,8 @@ void Session::takeLine() {
     if (!input_.isTerminal() && !questions_.isSecret()) notes().write(line);
     leaveLine();
     questions_.answer(line, input_.isTerminal());
+    // The choice of a conversation holds for the line behind it.
+    takeMessages();
   } else {
     leaveLine();
     if (!input_.isTerminal()) showTakenLine(line);
@@ -194,6 +198,10 @@ void Session::performIdle(const Command& command) {
     tell("There is nothing to steer: the agent does nothing now.", Style::red);
   } else if (command.kind == Command::Kind::side && command.text.empty()) {
     tell("/side needs a text.", Style::red);
+  } else if (command.kind == Command::Kind::name && command.text.empty()) {
+    tell("/name needs a text.", Style::red);
+  } else if (isAboutThreads(command.kind)) {
+    startCall(command);
   } else {
     start(command);
   }
@@ -215,11 +223,42 @@ void Session::steer(const std::string& text) {
   }
 }
 
-void Session::start(const Command& command) {
+void Session::begin() {
   abort_.emplace();
   hasFailed_ = false;
   phase_ = Phase::starting;
+}
+
+void Session::start(const Command& command) {
+  begin();
   follow(operation(command), inbox_);
+}
+
+void Session::startCall(const Command& command) {
+  Task<void> started = call(command);
+  if (!started) return;
+  begin();
+  std::stop_source stop;
+  abort_->signal.register_([stop]() mutable { stop.request_stop(); });
+  followToEnd(std::move(started), inbox_, stop.get_token());
+}
+
+std::optional<std::string> Session::currentThread() {
+  auto id = thread_.id();
+  if (!id) tell("There is no conversation yet.", Style::red);
+  return id;
+}
+
+Task<void> Session::call(const Command& command) {
+  if (command.kind == Command::Kind::threads) return showThreads(ormel_, inbox_);
+  if (command.kind == Command::Kind::resume) {
+    return command.text.empty() ? offerThreads(ormel_, inbox_) : chooseThread(ormel_, command.text, inbox_);
+  }
+  const auto id = currentThread();
+  if (!id) return {};
+  if (command.kind == Command::Kind::name) return nameThread(ormel_, *id, command.text, inbox_);
+  if (command.kind == Command::Kind::fork) return forkThread(ormel_, *id, inbox_);
+  return archiveThread(ormel_, *id, inbox_);
 }
 
 Task<StreamedTurn> Session::operation(const Command& command) const {
@@ -239,6 +278,12 @@ Task<StreamedTurn> Session::operation(const Command& command) const {
   }
 }
 
+bool Session::takeMessages() {
+  auto messages = inbox_->take();
+  for (Message& message : messages) take(message);
+  return !messages.empty();
+}
+
 void Session::take(Message& message) {
   std::visit([this](auto& news) { takeNews(news); }, message);
 }
@@ -250,6 +295,11 @@ void Session::takeNews(ThreadEvent& event) {
   noteQuestions(event);
   leaveLine();
   renderer_.show(event);
+}
+
+void Session::takeNews(ThreadChosen& news) {
+  thread_ = makeThread(ormel_, news.id, threadOptions(options_, inbox_));
+  tell(news.text);
 }
 
 void Session::noteOutcome(const ThreadEvent& event) {

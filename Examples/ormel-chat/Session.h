@@ -13,6 +13,7 @@
 #include "LineInput.h"
 #include "Options.h"
 #include "OrmelSDK/Options/AbortSignal.h"
+#include "OrmelSDK/Ormel.h"
 #include "OrmelSDK/Thread.h"
 #include "QuestionDesk.h"
 #include "ServerChoice.h"
@@ -50,15 +51,23 @@ class Session {
   // The operation.
   void start(const Command& command);
   Task<StreamedTurn> operation(const Command& command) const;
+  void begin();
   void steer(const std::string& text);
+  void startCall(const Command& command);
+  /// The id of this conversation; tells the user if it has none yet.
+  std::optional<std::string> currentThread();
+  Task<void> call(const Command& command);
 
   // News of the library.
+  /// Whether there was any.
+  bool takeMessages();
   void take(Message& message);
   void takeNews(OperationAccepted&);
   void takeNews(ThreadEvent& event);
   void takeNews(OperationEnded& news);
   void takeNews(QuestionAsked& news) { addQuestion(std::move(news.question)); }
   void takeNews(QuestionWithdrawn& news) { withdrawQuestion(news.question); }
+  void takeNews(ThreadChosen& news);
   void takeNews(Notice& news) { tell(news.text, news.style); }
   void addQuestion(std::shared_ptr<Question> question);
   void withdrawQuestion(const std::shared_ptr<Question>& question);
@@ -89,9 +98,8 @@ class Session {
   QuestionDesk questions_;
   std::chrono::steady_clock::time_point questionsSince_;
   std::map<std::string, std::shared_ptr<Question>> userInputQuestions_;
-  const Thread thread_;
-  /// By another run of this program.
-  const bool canBeResumed_;
+  const Ormel ormel_;
+  Thread thread_;
   const std::chrono::milliseconds quietBeforeQuestion_;
 
   Phase phase_ = Phase::idle;

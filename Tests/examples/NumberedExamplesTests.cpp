@@ -3,6 +3,7 @@
 
 #include "Support/ChildProgram.h"
 #include "Support/SimulatorScenario.h"
+#include "Support/TemporaryDirectory.h"
 
 namespace ormel {
 namespace {
@@ -13,9 +14,10 @@ using ::testing::MatchesRegex;
 
 /// What the example prints, talking with the simulator's agent.
 std::string outputOf(const std::string& example, const std::string& server = testing::SimulatorScenario::executable()) {
+  const testing::TemporaryDirectory state;
   testing::ChildOptions options;
   options.arguments = {server};
-  options.environment = {"ORMEL_SIMULATOR_PACE_MS=1"};
+  options.environment = {"ORMEL_SIMULATOR_PACE_MS=1", "ORMEL_SIMULATOR_STATE=" + state.path().string()};
   testing::ChildProgram child(ORMEL_EXAMPLES_FOLDER "/" + example, options);
   child.closeInput();
   std::string output = child.readRestOfOutput();
@@ -60,6 +62,15 @@ TEST(NumberedExamples, ReviewChanges) {
 TEST(NumberedExamples, AnswerQuestions) {
   EXPECT_EQ(outputOf("08-user-input"),
             "Which language shall it be?\nHow large shall it be?\nYou chose: language C++, size Small.\n");
+}
+
+TEST(NumberedExamples, ListThreadsNewestFirst) {
+  EXPECT_THAT(outputOf("09-list-threads"), MatchesRegex("[0-9a-f-]+  And which fish[?]\n[0-9a-f-]+  Birds\n"));
+}
+
+TEST(NumberedExamples, ManageAThreadAndWatch) {
+  EXPECT_EQ(outputOf("10-control-session"),
+            "The server calls it Birds\nnamed Birds\narchived\ntaken out of the archive\ndeleted\n");
 }
 
 }  // namespace

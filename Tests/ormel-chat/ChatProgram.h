@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -7,6 +8,7 @@
 
 #include "Support/ChildProgram.h"
 #include "Support/SimulatorScenario.h"
+#include "Support/TemporaryDirectory.h"
 
 namespace ormel::chat {
 
@@ -19,11 +21,12 @@ struct ChatEnd {
 /// The environment of a chat with the simulator's agent.
 inline std::vector<std::string> chatEnvironment() { return {"ORMEL_SIMULATOR_PACE_MS=1", "TERM=xterm", "PATH=/bin"}; }
 
-/// A real `ormel-chat` with pipes on its streams, which talks with the simulator.
+/// A real `ormel-chat` with pipes on its streams, which talks with the simulator. Unless the environment says where the
+/// simulator keeps its threads, that is a folder of this program's own.
 class ChatProgram {
  public:
   explicit ChatProgram(std::vector<std::string> arguments, std::vector<std::string> environment = chatEnvironment())
-      : child_(ORMEL_CHAT_EXECUTABLE, options(std::move(arguments), std::move(environment))) {}
+      : child_(ORMEL_CHAT_EXECUTABLE, options(std::move(arguments), std::move(environment), state_.path().string())) {}
 
   testing::ChildProgram& child() { return child_; }
 
@@ -44,14 +47,20 @@ class ChatProgram {
   }
 
  private:
-  static testing::ChildOptions options(std::vector<std::string> arguments, std::vector<std::string> environment) {
+  static testing::ChildOptions options(std::vector<std::string> arguments, std::vector<std::string> environment,
+                                       const std::string& state) {
     testing::ChildOptions options;
     options.arguments = {"--server", testing::SimulatorScenario::executable()};
     options.arguments.insert(options.arguments.end(), arguments.begin(), arguments.end());
     options.environment = std::move(environment);
+    const bool hasState =
+        std::any_of(options.environment.begin(), options.environment.end(),
+                    [](const std::string& variable) { return variable.starts_with("ORMEL_SIMULATOR_STATE="); });
+    if (!hasState) options.environment.push_back("ORMEL_SIMULATOR_STATE=" + state);
     return options;
   }
 
+  testing::TemporaryDirectory state_;
   testing::ChildProgram child_;
 };
 

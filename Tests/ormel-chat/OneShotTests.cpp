@@ -94,14 +94,16 @@ TEST(ChatOneShot, FailsForOptionsThatItDoesNotKnow) {
 TEST(ChatOneShot, ExplainsItself) {
   const ChatEnd end = chat({"--help"});
   EXPECT_EQ(end.status, 0);
-  EXPECT_THAT(end.output, AllOf(HasSubstr("--server"), HasSubstr("--resume"), HasSubstr("--cd"), HasSubstr("--model"),
-                                HasSubstr("--json"), HasSubstr("--yes")));
+  EXPECT_THAT(end.output, AllOf(HasSubstr("--server"), HasSubstr("--resume"), HasSubstr("--list"), HasSubstr("--cd"),
+                                HasSubstr("--model"), HasSubstr("--json"), HasSubstr("--yes")));
 }
 
 TEST(ChatOneShot, SaysWhenTheSimulatorStandsIn) {
+  const testing::TemporaryDirectory state;
   testing::ChildOptions options;
   options.arguments = {"hello"};
-  options.environment = {"ORMEL_SIMULATOR_PACE_MS=1", "PATH=/nowhere", "HOME=/nowhere"};
+  options.environment = {"ORMEL_SIMULATOR_PACE_MS=1", "ORMEL_SIMULATOR_STATE=" + state.path().string(), "PATH=/nowhere",
+                         "HOME=/nowhere"};
   testing::ChildProgram child(ORMEL_CHAT_EXECUTABLE, options);
   child.closeInput();
   EXPECT_THAT(child.readRestOfOutput(), HasSubstr(plainAnswer));

@@ -14,8 +14,10 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 std::string chatCommand(const std::string& arguments = "", const std::string& environment = "TERM=screen-256color") {
-  return "env -u NO_COLOR ORMEL_SIMULATOR_PACE_MS=5 " + environment + " " ORMEL_CHAT_EXECUTABLE " --server " +
-         testing::SimulatorScenario::executable() + " " + arguments;
+  static const testing::TemporaryDirectory state;
+  return "env -u NO_COLOR ORMEL_SIMULATOR_PACE_MS=5 ORMEL_SIMULATOR_STATE=" + state.path().string() + " " +
+         environment + " " ORMEL_CHAT_EXECUTABLE " --server " + testing::SimulatorScenario::executable() + " " +
+         arguments;
 }
 
 /// A conversation in a terminal, which waits for the first line.
@@ -71,8 +73,7 @@ TEST(ChatInATerminal, InterruptsTheTurnAndLeavesTheSecondTime) {
 }
 
 TEST(ChatInATerminal, GoesOnAfterAnInterruption) {
-  const testing::TemporaryDirectory memory;
-  const ChatTerminal terminal(chatCommand("", "ORMEL_SIMULATOR_STATE=" + memory.path().string()));
+  const ChatTerminal terminal;
   terminal.enter("slow");
   ASSERT_TRUE(terminal.shows("thought 3"));
   terminal.press("C-c");

@@ -70,6 +70,19 @@ std::string agentHelp() {
          turnScriptsHelp();
 }
 
+void addStateOptions(CLI::App& app, AgentSettings& agent) {
+  app.add_option("--state", agent.stateFolder, "Folder in which the agent keeps its threads, instead of the user's own")
+      ->envname("ORMEL_SIMULATOR_STATE")
+      ->type_name("FOLDER");
+  app.add_flag("--forget", agent.forgets, "Keep no threads when the agent ends, whatever folder is named")
+      ->envname("ORMEL_SIMULATOR_FORGET");
+  app.add_option("--without", agent.unknownMethods,
+                 "Methods that the agent does not know, as an older server would not")
+      ->envname("ORMEL_SIMULATOR_WITHOUT")
+      ->delimiter(',')
+      ->type_name("METHOD,...");
+}
+
 const char* serverArgumentsFault(const std::vector<std::string>& arguments) {
   if (arguments.size() < 3 || arguments[1] != "--listen" || arguments[2] != "stdio://") {
     return "\"app-server\" must be followed by \"--listen stdio://\"";
@@ -112,9 +125,7 @@ CommandLine readCommandLine(const std::vector<std::string>& arguments) {
       ->type_name("MS")
       ->capture_default_str()
       ->check(CLI::Range(0, slowestPace));
-  app.add_option("--state", result.agent.stateFolder, "Folder in which the agent keeps its threads")
-      ->envname("ORMEL_SIMULATOR_STATE")
-      ->type_name("FOLDER");
+  addStateOptions(app, result.agent);
   try {
     app.parse(own);
     result.agent.pace = std::chrono::milliseconds(pace);

@@ -22,7 +22,11 @@ class AgentConversation {
   explicit AgentConversation(State state = State::forgotten) {
     environment["ORMEL_SIMULATOR_PACE_MS"] = "0";
     environment["ORMEL_SIMULATOR_RECORD"] = recordPath();
-    if (state == State::kept) environment["ORMEL_SIMULATOR_STATE"] = statePath();
+    if (state == State::kept) {
+      environment["ORMEL_SIMULATOR_STATE"] = statePath();
+    } else {
+      environment["ORMEL_SIMULATOR_FORGET"] = "1";
+    }
   }
 
   Ormel ormel() const {

@@ -9,8 +9,7 @@
 
 #include "OrmelSDK/Records/ThreadRecords.h"
 #include "OrmelSDK/Records/ThreadTurnRecords.h"
-#include "Support/ChildProgram.h"
-#include "ormel-simulator/Agent/JSONMembers.h"
+#include "ormel-simulator/Agent/RawAgent.h"
 #include "ormel-simulator/Agent/TurnScripts.h"
 #include "ormel-simulator/Scenario/Simulation.h"
 
@@ -24,133 +23,6 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::SizeIs;
-
-/// The agent, spoken to line by line.
-class RawAgent {
- public:
-  explicit RawAgent(int pace = 0, const std::string& state = "")
-      : child_(testing::SimulatorScenario::executable(), options(pace, state)) {}
-
-  testing::ChildProgram& child() { return child_; }
-
-  void send(const std::string& line) { child_.write(line + "\n"); }
-
-  int ask(const std::string& method, JSONObjectBuilder params = {}) {
-    send(JSONValue::object({{"id", ++lastID_}, {"method", method}, {"params", params.build()}}).encode());
-    return lastID_;
-  }
-
-  void answer(const JSONValue& request, const JSONValue& result) {
-    send(JSONValue::object({{"id", anyMember(request, "id")}, {"result", result}}).encode());
-  }
-
-  JSONValue receive() {
-    const std::string line = child_.readLine();
-    if (line.empty()) throw std::runtime_error("the agent has ended");
-    return JSONValue::decode(line);
-  }
-
-  /// The next message with the method, past all others.
-  JSONValue await(const std::string& method, const std::string& thread = "") {
-    while (true) {
-      JSONValue message = receive();
-      const JSONValue params = anyMember(message, "params");
-      const bool concerned = thread.empty() || textMember(params, "threadId") == thread;
-      if (concerned && textMember(message, "method") == method) return message;
-    }
-  }
-
-  /// The answer to the request, past all other messages.
-  JSONValue awaitAnswer(int id) {
-    while (true) {
-      JSONValue message = receive();
-      if (anyMember(message, "id") == JSONValue(id) && !message.find("method")) return message;
-    }
-  }
-
-  JSONValue result(const std::string& method, const JSONObjectBuilder& params = {}) {
-    const JSONValue answer = awaitAnswer(ask(method, params));
-    EXPECT_EQ(answer.find("error"), nullptr) << answer;
-    return anyMember(answer, "result");
-  }
-
-  /// The code and the message of the error that the request is answered by.
-  std::string refusal(const std::string& method, const JSONObjectBuilder& params = {}) {
-    const JSONValue error = anyMember(awaitAnswer(ask(method, params)), "error");
-    return anyMember(error, "code").encode() + " " + textMember(error, "message").value_or("");
-  }
-
-  void initialize(const JSONValue& capabilities = JSONValue::object()) {
-    JSONObjectBuilder params;
-    result("initialize", params.set("capabilities", capabilities));
-    send(R"({"method":"initialized"})");
-  }
-
-  std::string startThread() { return threadID(result("thread/start")); }
-
-  static std::string threadID(const JSONValue& response) {
-    return textMember(anyMember(response, "thread"), "id").value_or("");
-  }
-
-  static JSONObjectBuilder turnParams(const std::string& thread, const std::string& text) {
-    JSONObjectBuilder params;
-    params.set("threadId", thread);
-    return params.set("input", JSONValue::array({JSONValue::object({{"type", "text"}, {"text", text}})}));
-  }
-
-  /// The id of the new turn.
-  std::string startTurn(const std::string& thread, const std::string& text) {
-    return textMember(anyMember(result("turn/start", turnParams(thread, text)), "turn"), "id").value_or("");
-  }
-
-  /// The text of the last message of a whole turn.
-  std::string say(const std::string& thread, const std::string& text) {
-    startTurn(thread, text);
-    return lastMessage(thread);
-  }
-
-  /// Reads to the end of the turn that runs.
-  std::string lastMessage(const std::string& thread) {
-    std::string said;
-    while (true) {
-      const JSONValue message = receive();
-      const JSONValue params = anyMember(message, "params");
-      if (textMember(params, "threadId") != thread) continue;
-      if (textMember(message, "method") == "turn/completed") return said;
-      const JSONValue item = anyMember(params, "item");
-      if (textMember(item, "type") == "agentMessage") said = textMember(item, "text").value_or("");
-    }
-  }
-
-  int finish() {
-    child_.closeInput();
-    return end();
-  }
-
-  int end() {
-    child_.readRestOfOutput();
-    const testing::ChildEnd end = child_.wait();
-    return end.status ? *end.status : -end.signal.value_or(0);
-  }
-
- private:
-  static testing::ChildOptions options(int pace, const std::string& state) {
-    testing::ChildOptions options;
-    options.arguments = testing::SimulatorScenario::serverArguments();
-    options.arguments.insert(options.arguments.end(), {"--config", "features.goals=true"});
-    options.environment = {"ORMEL_SIMULATOR_PACE_MS=" + std::to_string(pace)};
-    if (!state.empty()) options.environment.push_back("ORMEL_SIMULATOR_STATE=" + state);
-    return options;
-  }
-
-  testing::ChildProgram child_;
-  int lastID_ = 100;
-};
-
-JSONObjectBuilder ofThread(const std::string& thread) {
-  JSONObjectBuilder params;
-  return params.set("threadId", thread);
-}
 
 constexpr int endlessPace = 60'000;
 
@@ -166,8 +38,9 @@ TEST(AgentProtocol, RefusesWhatItDoesNotKnow) {
   RawAgent agent;
   agent.initialize();
   EXPECT_EQ(agent.refusal("model/list"), "-32601 Method not found: model/list");
-  EXPECT_EQ(agent.refusal("thread/read", ofThread("t")), "-32600 thread not found: t");
-  EXPECT_EQ(agent.refusal("turn/start"), "-32600 thread not found: ");
+  EXPECT_EQ(agent.refusal("thread/read", ofThread("t")),
+            "-32600 thread not found: t; the simulator keeps no threads, and remembers 0 threads of this process");
+  EXPECT_THAT(agent.refusal("turn/start"), ::testing::StartsWith("-32600 thread not found: ; "));
   agent.send(R"({"method":"skills/extraRoots/set","params":{"extraRoots":["/a"]}})");
   agent.send(R"({"method":"whatever"})");
   agent.send(R"({"id":77,"result":{}})");
@@ -363,66 +236,6 @@ TEST(AgentProtocol, CrashesWithAStatusAndAMessage) {
   agent.startTurn(agent.startThread(), "crash");
   EXPECT_EQ(agent.child().readErrors(), "ormel-simulator: the agent crashed, as you asked\n");
   EXPECT_EQ(agent.end(), 3);
-}
-
-std::vector<std::string> filesOf(const std::string& folder) {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) names.push_back(entry.path().filename());
-  return names;
-}
-
-TEST(AgentState, IsOneFileForEachThreadThatIsToLast) {
-  const testing::TemporaryDirectory folder;
-  const std::string state = folder / "made/by/the/agent";
-  RawAgent agent(0, state);
-  agent.initialize();
-  JSONObjectBuilder ephemeral;
-  agent.result("thread/start", ephemeral.set("ephemeral", true));
-  const std::string thread = agent.startThread();
-  agent.say(thread, "hello");
-  EXPECT_THAT(filesOf(state), ElementsAre(thread + ".json"));
-}
-
-TEST(AgentState, KeepsAllThatAThreadIs) {
-  const testing::TemporaryDirectory folder;
-  const std::string state = folder.path();
-  const JSONValue tools = JSONValue::decode(R"([{"type":"function","name":"clock","inputSchema":{}}])");
-  JSONObjectBuilder params;
-  params.set("cwd", "/some/where").set("model", "large").set("developerInstructions", "Be kind");
-  params.set("dynamicTools", tools).set("approvalPolicy", "never");
-  std::string thread;
-  JSONValue before;
-  {
-    RawAgent agent(0, state);
-    agent.initialize();
-    thread = RawAgent::threadID(agent.result("thread/start", params));
-    agent.say(thread, "hello");
-    before = agent.result("thread/resume", ofThread(thread));
-    EXPECT_EQ(agent.finish(), 0);
-  }
-  RawAgent agent(0, state);
-  agent.initialize();
-  EXPECT_EQ(agent.result("thread/resume", ofThread(thread)), before);
-  EXPECT_THAT(agent.say(thread, "again"), AllOf(HasSubstr("before: \"hello\"."), HasSubstr("\"Be kind\"")));
-  agent.startTurn(thread, "use tool");
-  EXPECT_EQ(textMember(anyMember(agent.await("item/tool/call"), "params"), "tool"), "clock");
-}
-
-TEST(AgentState, IsNotLookedForOutsideOfItsFolder) {
-  const testing::TemporaryDirectory folder;
-  folder.addFile("secret.json", R"({"thread":{"id":"x"}})");
-  RawAgent agent(0, folder / "state");
-  agent.initialize();
-  EXPECT_EQ(agent.refusal("thread/read", ofThread("../secret")), "-32600 thread not found: ../secret");
-}
-
-TEST(AgentState, ThatCannotBeReadIsReported) {
-  const testing::TemporaryDirectory folder;
-  folder.addFile("abc.json", "no JSON");
-  RawAgent agent(0, folder.path());
-  agent.initialize();
-  EXPECT_THAT(agent.refusal("thread/read", ofThread("abc")), ::testing::StartsWith("-32603 "));
-  EXPECT_EQ(agent.finish(), 0);
 }
 
 TEST(AgentDocumentation, NamesAllWordsOfTheAgent) {

@@ -1,54 +1,27 @@
 #include "ormel-simulator/Agent/Agent.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
 #include <set>
 #include <system_error>
 #include <utility>
 
 #include "OrmelSDK/Base/Error.h"
-#include "OrmelSDK/Base/UUID.h"
+#include "ormel-simulator/Agent/GoalRequests.h"
 #include "ormel-simulator/Agent/InputText.h"
 #include "ormel-simulator/Agent/JSONMembers.h"
+#include "ormel-simulator/Agent/ListRequests.h"
+#include "ormel-simulator/Agent/NewID.h"
+#include "ormel-simulator/Agent/Refusal.h"
+#include "ormel-simulator/Agent/StateFolder.h"
+#include "ormel-simulator/Agent/ThreadEditRequests.h"
+#include "ormel-simulator/Agent/ThreadLookup.h"
+#include "ormel-simulator/Agent/ThreadRequests.h"
+#include "ormel-simulator/Agent/TurnListRequests.h"
 #include "ormel-simulator/Agent/TurnScripts.h"
 
 namespace ormel::simulator {
 
 namespace {
-
-constexpr int parseError = -32700;
-constexpr int invalidRequest = -32600;
-constexpr int methodNotFound = -32601;
-constexpr int internalError = -32603;
-
-/// The answer to a request is an error.
-class Refusal : public Error {
- public:
-  Refusal(int code, const std::string& text) : Error(text), code_(code) {}
-
-  int code() const noexcept { return code_; }
-
- private:
-  int code_;
-};
-
-std::string newID() {
-  std::string text = UUID::random().text();
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char byte) { return static_cast<char>(std::tolower(byte)); });
-  return text;
-}
-
-AgentThread newThread() {
-  AgentThread thread;
-  thread.id = newID();
-  thread.cwd = std::filesystem::current_path().string();
-  thread.model = "simulated";
-  thread.modelProvider = "simulator";
-  thread.approvalPolicy = "on-request";
-  return thread;
-}
 
 JSONValue emptyObject() { return JSONValue::object(); }
 
@@ -58,15 +31,40 @@ JSONObjectBuilder userMessage(const std::string& id, const JSONValue& params) {
   return item.set("content", anyMember(params, "input").detached());
 }
 
+bool isExperimental(const std::string& method) {
+  return method == "thread/items/list" || method == "thread/turns/items/list";
+}
+
 }  // namespace
 
-struct Agent::Route {
-  std::string_view method;
-  JSONValue (Agent::*handle)(const JSONValue& params);
-};
-
 Agent::Agent(Wire& wire, Recorder& recorder, const AgentSettings& settings)
-    : wire_(wire), recorder_(recorder), settings_(settings), client_(wire, recorder), threads_(settings.stateFolder) {}
+    : wire_(wire),
+      recorder_(recorder),
+      settings_(settings),
+      client_(wire, recorder),
+      threads_(openStateFolder(settings)) {
+  addOwnRequests();
+  addThreadRequests(requests_, threads_, client_);
+  addThreadEditRequests(requests_, threads_, client_);
+  addGoalRequests(requests_, threads_);
+  addListRequests(requests_, threads_, client_);
+  addTurnListRequests(requests_, threads_);
+  for (const std::string& method : settings_.unknownMethods) requests_.erase(method);
+}
+
+void Agent::addOwnRequests() {
+  const auto add = [this](const char* method, JSONValue (Agent::*handle)(const JSONValue&)) {
+    requests_[method] = [this, handle](const JSONValue& params) { return (this->*handle)(params); };
+  };
+  add("initialize", &Agent::initialize);
+  add("thread/compact/start", &Agent::compactThread);
+  add("thread/shellCommand", &Agent::runShellCommand);
+  add("turn/start", &Agent::startTurn);
+  add("turn/steer", &Agent::steerTurn);
+  add("turn/interrupt", &Agent::interruptTurn);
+  add("review/start", &Agent::startReview);
+  requests_["skills/extraRoots/set"] = [](const JSONValue&) { return emptyObject(); };
+}
 
 Exit Agent::run() {
   try {
@@ -108,7 +106,11 @@ void Agent::advanceTurns() {
 
 void Agent::endTurn(AgentTurn& turn) {
   // A client may end this process as soon as it is told.
-  threads_.save(turn.thread());
+  try {
+    threads_.change(turn.thread(), [](AgentThread& thread) { thread.updatedAt = secondsNow(); });
+  } catch (const Error& error) {
+    client_.complain(error.description());
+  }
   turn.announceEnd();
 }
 
@@ -135,23 +137,14 @@ void Agent::receive(const Message& message) {
 }
 
 void Agent::answer(const Message& request) {
-  static constexpr std::array<Route, 11> routes = {{{"initialize", &Agent::initialize},
-                                                    {"thread/start", &Agent::startThread},
-                                                    {"thread/resume", &Agent::resumeThread},
-                                                    {"thread/read", &Agent::readThread},
-                                                    {"thread/fork", &Agent::forkThread},
-                                                    {"thread/compact/start", &Agent::compactThread},
-                                                    {"turn/start", &Agent::startTurn},
-                                                    {"turn/steer", &Agent::steerTurn},
-                                                    {"turn/interrupt", &Agent::interruptTurn},
-                                                    {"review/start", &Agent::startReview},
-                                                    {"skills/extraRoots/set", &Agent::setSkillRoots}}};
-  const auto route =
-      std::find_if(routes.begin(), routes.end(), [&](const Route& one) { return one.method == request.method; });
+  const auto handler = requests_.find(request.method);
   try {
-    if (route == routes.end()) throw Refusal(methodNotFound, "Method not found: " + request.method);
+    if (handler == requests_.end()) throw Refusal(methodNotFound, "Method not found: " + request.method);
     if (!initialized_ && request.method != "initialize") throw Refusal(invalidRequest, "Not initialized");
-    const JSONValue result = (this->*route->handle)(request.content.value_or(JSONValue()));
+    if (isExperimental(request.method) && !takesExperiments_) {
+      throw Refusal(invalidRequest, request.method + " is for clients with the capability experimentalApi");
+    }
+    const JSONValue result = handler->second(request.content.value_or(JSONValue()));
     client_.reply(request.id, result);
   } catch (const Refusal& refusal) {
     client_.refuse(request.id, refusal.code(), refusal.description());
@@ -164,51 +157,14 @@ JSONValue Agent::initialize(const JSONValue& params) {
   if (initialized_) throw Refusal(invalidRequest, "Already initialized");
   initialized_ = true;
   std::set<std::string> unwanted;
-  const JSONValue methods = anyMember(anyMember(params, "capabilities"), "optOutNotificationMethods");
+  const JSONValue capabilities = anyMember(params, "capabilities");
+  takesExperiments_ = flagMember(capabilities, "experimentalApi");
+  const JSONValue methods = anyMember(capabilities, "optOutNotificationMethods");
   if (const auto* elements = methods.arrayValue()) {
     for (const JSONValue& method : *elements) unwanted.emplace(method.stringValue().value_or(""));
   }
   client_.setUnwanted(std::move(unwanted));
   return JSONValue::object({{"userAgent", "ormel-simulator/0.1.0"}});
-}
-
-JSONValue Agent::startThread(const JSONValue& params) {
-  AgentThread started = newThread();
-  started.ephemeral = flagMember(params, "ephemeral");
-  started.applySettings(params);
-  return threads_.add(std::move(started)).responseJSON(false);
-}
-
-JSONValue Agent::resumeThread(const JSONValue& params) {
-  AgentThread& resumed = thread(params);
-  resumed.applySettings(params);
-  return resumed.responseJSON(!flagMember(params, "excludeTurns"));
-}
-
-JSONValue Agent::readThread(const JSONValue& params) {
-  return JSONValue::object({{"thread", thread(params).json(flagMember(params, "includeTurns"))}});
-}
-
-JSONValue Agent::forkThread(const JSONValue& params) {
-  return fork(thread(params), params).responseJSON(!flagMember(params, "excludeTurns"));
-}
-
-AgentThread& Agent::fork(const AgentThread& parent, const JSONValue& params) {
-  AgentThread copy = parent;
-  copy.id = newID();
-  copy.forkedFromID = parent.id;
-  copy.ephemeral = flagMember(params, "ephemeral");
-  copy.createdAt = copy.updatedAt = secondsNow();
-  // A turn that is under way is the parent's.
-  std::erase_if(copy.turns, [](const AgentTurnRecord& turn) { return turn.status == "inProgress"; });
-  if (const auto last = textMember(params, "lastTurnId")) {
-    const auto found = std::find_if(copy.turns.begin(), copy.turns.end(),
-                                    [&](const AgentTurnRecord& turn) { return turn.id == *last; });
-    if (found == copy.turns.end()) throw Refusal(invalidRequest, "turn not found: " + *last);
-    copy.turns.erase(found + 1, copy.turns.end());
-  }
-  copy.applySettings(params);
-  return threads_.add(std::move(copy));
 }
 
 JSONValue Agent::compactThread(const JSONValue& params) {
@@ -218,10 +174,21 @@ JSONValue Agent::compactThread(const JSONValue& params) {
   return emptyObject();
 }
 
+JSONValue Agent::runShellCommand(const JSONValue& params) {
+  const std::string command = requiredText(params, "command");
+  AgentTurn& turn = beginTurn(thread(params), {});
+  playUsersCommand(turn, command);
+  turn.scheduleAdded();
+  // It is done when it is answered, so that a client that asks for nothing else need not stay.
+  while (!turn.ended()) turn.advance();
+  advanceTurns();
+  return emptyObject();
+}
+
 JSONValue Agent::startTurn(const JSONValue& params) {
   AgentThread& addressed = thread(params);
   AgentTurn& turn = beginTurn(addressed, anyMember(params, "outputSchema").detached());
-  addressed.applySettings(params);
+  applyChoices(threads_, addressed, params);
   const JSONObjectBuilder message = userMessage(turn.newItemID("user"), params);
   turn.thenAfter(milliseconds(0), [&turn, message] {
     turn.startItem(message);
@@ -229,7 +196,7 @@ JSONValue Agent::startTurn(const JSONValue& params) {
     playPrompt(turn);
   });
   turn.scheduleAdded();
-  return JSONValue::object({{"turn", addressed.turns.back().json(false)}});
+  return JSONValue::object({{"turn", addressed.turns.back().json(ItemsView::notLoaded)}});
 }
 
 JSONValue Agent::steerTurn(const JSONValue& params) {
@@ -245,21 +212,15 @@ JSONValue Agent::interruptTurn(const JSONValue& params) {
 
 JSONValue Agent::startReview(const JSONValue& params) {
   AgentThread& reviewed = thread(params);
-  AgentThread& place = textMember(params, "delivery") == "detached" ? fork(reviewed, emptyObject()) : reviewed;
+  AgentThread& place =
+      textMember(params, "delivery") == "detached" ? forkThread(threads_, reviewed, emptyObject()) : reviewed;
   AgentTurn& turn = beginTurn(place, {});
   playReview(turn, anyMember(params, "target").detached());
   turn.scheduleAdded();
-  return JSONValue::object({{"turn", place.turns.back().json(false)}, {"reviewThreadId", place.id}});
+  return JSONValue::object({{"turn", place.turns.back().json(ItemsView::notLoaded)}, {"reviewThreadId", place.id}});
 }
 
-JSONValue Agent::setSkillRoots(const JSONValue&) { return emptyObject(); }
-
-AgentThread& Agent::thread(const JSONValue& params) {
-  const std::string id = textMember(params, "threadId").value_or("");
-  AgentThread* found = threads_.find(id);
-  if (!found) throw Refusal(invalidRequest, "thread not found: " + id);
-  return *found;
-}
+AgentThread& Agent::thread(const JSONValue& params) { return knownThread(threads_, params); }
 
 AgentTurn& Agent::beginTurn(AgentThread& thread, const JSONValue& outputSchema) {
   if (runningTurn(thread)) throw Refusal(invalidRequest, "a turn is already running");
@@ -267,7 +228,7 @@ AgentTurn& Agent::beginTurn(AgentThread& thread, const JSONValue& outputSchema) 
   AgentTurn& turn = *turns_.back();
   turn.thenAfter(milliseconds(0), [&turn] {
     JSONObjectBuilder members;
-    turn.notify("turn/started", members.set("turn", turn.thread().turns.back().json(false)));
+    turn.notify("turn/started", members.set("turn", turn.thread().turns.back().json(ItemsView::notLoaded)));
   });
   return turn;
 }

@@ -8,6 +8,7 @@
 #include "ormel-simulator/Agent/AgentSettings.h"
 #include "ormel-simulator/Agent/AgentThreadStore.h"
 #include "ormel-simulator/Agent/AgentTurn.h"
+#include "ormel-simulator/Agent/RequestTable.h"
 #include "ormel-simulator/Scenario/Scenario.h"
 
 namespace ormel::simulator {
@@ -22,8 +23,7 @@ class Agent {
   Exit run();
 
  private:
-  struct Route;
-
+  void addOwnRequests();
   void receiveLines();
   void receive(const Message& message);
   void answer(const Message& request);
@@ -32,19 +32,14 @@ class Agent {
   milliseconds timeToNextStep() const;
 
   JSONValue initialize(const JSONValue& params);
-  JSONValue startThread(const JSONValue& params);
-  JSONValue resumeThread(const JSONValue& params);
-  JSONValue readThread(const JSONValue& params);
-  JSONValue forkThread(const JSONValue& params);
   JSONValue compactThread(const JSONValue& params);
+  JSONValue runShellCommand(const JSONValue& params);
   JSONValue startTurn(const JSONValue& params);
   JSONValue steerTurn(const JSONValue& params);
   JSONValue interruptTurn(const JSONValue& params);
   JSONValue startReview(const JSONValue& params);
-  JSONValue setSkillRoots(const JSONValue& params);
 
   AgentThread& thread(const JSONValue& params);
-  AgentThread& fork(const AgentThread& parent, const JSONValue& params);
   AgentTurn& beginTurn(AgentThread& thread, const JSONValue& outputSchema);
   AgentTurn* runningTurn(const AgentThread& thread);
   AgentTurn& addressedTurn(const JSONValue& params, const char* turnKey);
@@ -54,9 +49,11 @@ class Agent {
   AgentSettings settings_;
   AgentClient client_;
   AgentThreadStore threads_;
+  RequestTable requests_;
   // After the threads and the client, which they refer to.
   std::vector<std::unique_ptr<AgentTurn>> turns_;
   bool initialized_ = false;
+  bool takesExperiments_ = false;
   std::optional<int> exitStatus_;
 };
 

@@ -32,6 +32,11 @@ void AgentClient::takeAnswer(const Message& answer) {
   }
 }
 
+void AgentClient::complain(const std::string& text) {
+  notify("warning", JSONValue::object({{"message", text}}));
+  writeError("ormel-simulator: " + text + "\n");
+}
+
 void AgentClient::write(Stream stream, std::string_view bytes) {
   recorder_.recordSent(stream == Stream::output ? "stdout" : "stderr", bytes);
   wire_.write(stream, bytes);

@@ -40,6 +40,8 @@ class AgentClient {
 
   /// Writes lines that are complete already.
   void write(std::string_view lines) { write(Stream::output, lines); }
+  /// Tells people what went wrong apart from any request: as a warning, and on standard error.
+  void complain(const std::string& text);
   void writeError(std::string_view text) { write(Stream::error, text); }
 
  private:

@@ -6,67 +6,61 @@
 #include <vector>
 
 #include "OrmelSDK/JSON/JSONValue.h"
+#include "ormel-simulator/Agent/AgentGoal.h"
+#include "ormel-simulator/Agent/AgentTime.h"
+#include "ormel-simulator/Agent/AgentTurnRecord.h"
+#include "ormel-simulator/Agent/ThreadChoices.h"
+#include "ormel-simulator/Agent/TokenCount.h"
 
 namespace ormel::simulator {
 
-/// Seconds since the epoch.
-double secondsNow();
-
-struct TokenCount {
-  double input = 0;
-  double cachedInput = 0;
-  double output = 0;
-
-  TokenCount& operator+=(const TokenCount& more);
-  JSONValue json() const;
-  static TokenCount fromJSON(const JSONValue& value);
-};
-
-/// A turn as it is remembered.
-struct AgentTurnRecord {
-  std::string id;
-  std::string status = "inProgress";
-  std::optional<std::string> errorMessage;
-  std::vector<JSONValue> items;
-  double startedAt = secondsNow();
-  std::optional<double> completedAt;
-
-  /// What the user said; absent for a turn that the user did not begin by words.
-  std::optional<std::string> prompt() const;
-
-  bool hasItem(std::string_view type) const;
-  JSONValue json(bool withItems) const;
-  static AgentTurnRecord fromJSON(const JSONValue& value);
-};
-
 /// A conversation.
 struct AgentThread {
+  /// The kind of program that made the thread: the same for all.
+  static constexpr const char* source = "appServer";
+
   std::string id;
   std::optional<std::string> forkedFromID;
+  std::optional<std::string> name;
+  /// Who the thread was made for, as the client says.
+  std::optional<std::string> threadSource;
   bool ephemeral = false;
-  std::string cwd;
-  std::string model;
-  std::string modelProvider;
-  std::optional<std::string> developerInstructions;
-  JSONValue approvalPolicy;
-  JSONValue dynamicTools;
+  bool archived = false;
+  ThreadChoices choices;
+  /// The repository that it is noted with, or null.
+  JSONValue gitInfo;
+  std::optional<AgentGoal> goal;
+  /// Items that clients have added to the history, in the form of a model's interface.
+  std::vector<JSONValue> injectedItems;
   double createdAt = secondsNow();
-  double updatedAt = secondsNow();
-  TokenCount tokens;
+  double updatedAt = createdAt;
   std::vector<AgentTurnRecord> turns;
+
   /// What the user has approved once and for all, as long as this process lives.
   std::set<std::string> sessionApprovals;
+  /// The file it is kept in.
+  std::optional<std::string> path;
 
-  /// Takes over what the client states for the thread or for a turn.
-  void applySettings(const JSONValue& params);
+  /// Whether this process is at a turn of it.
+  bool isActive() const { return !turns.empty() && turns.back().isUnderWay(); }
 
-  /// What the client is told of it.
-  JSONValue json(bool withTurns) const;
+  AgentTurnRecord* findTurn(const std::string& turnID);
 
-  /// The answer to a request that begins or continues the thread.
-  JSONValue responseJSON(bool withTurns) const;
+  /// The user's first words.
+  std::string preview() const;
 
-  /// What a restarted agent needs to continue.
+  /// When it was last turned to.
+  double recencyAt() const { return turns.empty() ? createdAt : turns.back().startedAt; }
+
+  TokenCount tokens() const;
+
+  /// The form in which the client is told of it.
+  JSONValue json(ItemsView view) const;
+
+  /// The answer to a request that begins or continues it.
+  JSONValue responseJSON(ItemsView view) const;
+
+  /// All that a restarted agent needs to continue: everything but a turn that is under way.
   JSONValue stateJSON() const;
   static AgentThread fromStateJSON(const JSONValue& state);
 };

@@ -1,59 +1,112 @@
 #include "ormel-simulator/Agent/AgentThreadStore.h"
 
 #include <algorithm>
-#include <cctype>
-#include <fstream>
-#include <iterator>
-#include <system_error>
 #include <utility>
 
 #include "OrmelSDK/Base/Error.h"
+#include "ormel-simulator/Agent/FolderLock.h"
 
 namespace ormel::simulator {
 
 namespace {
 
-// A client chooses the ids that it asks for: none may lead out of the folder.
-bool canNameAFile(const std::string& id) {
-  return !id.empty() &&
-         std::all_of(id.begin(), id.end(), [](unsigned char byte) { return std::isalnum(byte) != 0 || byte == '-'; });
+/// The state from the file, with what only this process knows.
+void takeOverNewer(AgentThread& thread, AgentThread newer) {
+  for (AgentTurnRecord& turn : thread.turns) {
+    if (!newer.findTurn(turn.id)) newer.turns.push_back(std::move(turn));
+  }
+  newer.sessionApprovals = std::move(thread.sessionApprovals);
+  thread = std::move(newer);
 }
 
 }  // namespace
 
-AgentThreadStore::AgentThreadStore(std::filesystem::path folder) : folder_(std::move(folder)) {
-  std::error_code error;
-  if (!folder_.empty()) std::filesystem::create_directories(folder_, error);
-  if (error) throw Error("cannot make the folder " + folder_.string() + ": " + error.message());
-}
+AgentThreadStore::AgentThreadStore(std::filesystem::path folder) : files_(std::move(folder)) {}
 
 AgentThread& AgentThreadStore::add(AgentThread thread) {
   const std::string id = thread.id;
-  AgentThread& kept = threads_.insert_or_assign(id, std::move(thread)).first->second;
-  save(kept);
-  return kept;
+  Known& known = threads_.insert_or_assign(id, Known{std::move(thread), std::nullopt}).first->second;
+  if (isKeptInFile(known.thread)) {
+    const FolderLock lock(folder());
+    write(known);
+  }
+  return known.thread;
 }
 
 AgentThread* AgentThreadStore::find(const std::string& id) {
-  const auto known = threads_.find(id);
-  if (known != threads_.end()) return &known->second;
-  if (folder_.empty() || !canNameAFile(id)) return nullptr;
-  std::ifstream stream(file(id), std::ios::binary);
-  if (!stream) return nullptr;
-  const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-  return &threads_.emplace(id, AgentThread::fromStateJSON(JSONValue::decode(text))).first->second;
+  const auto entry = threads_.find(id);
+  if (entry != threads_.end()) return refresh(entry->second) ? &entry->second.thread : nullptr;
+  const auto stamp = hasFolder() ? files_.stamp(id) : std::nullopt;
+  if (!stamp) return nullptr;
+  return &threads_.emplace(id, Known{files_.read(id), stamp}).first->second.thread;
 }
 
-void AgentThreadStore::save(const AgentThread& thread) const {
-  if (folder_.empty() || thread.ephemeral) return;
-  // Whoever reads it finds the old state or the new one, also if this process dies in between.
-  const std::filesystem::path partial = file(thread.id).string() + ".partial";
-  std::ofstream stream(partial, std::ios::binary);
-  stream << thread.stateJSON().encode();
-  stream.close();
-  std::error_code error;
-  if (stream) std::filesystem::rename(partial, file(thread.id), error);
-  if (!stream || error) throw Error("cannot write the thread " + file(thread.id).string());
+void AgentThreadStore::change(AgentThread& thread, const std::function<void(AgentThread&)>& edit) {
+  Known& known = threads_.at(thread.id);
+  if (!isKeptInFile(thread)) return edit(thread);
+  const FolderLock lock(folder());
+  const bool exists = refresh(known);
+  edit(thread);
+  if (exists) write(known);
+}
+
+void AgentThreadStore::remove(const AgentThread& thread) {
+  const std::string id = thread.id;
+  if (isKeptInFile(thread)) {
+    const FolderLock lock(folder());
+    files_.remove(id);
+  }
+  loaded_.erase(id);
+  threads_.erase(id);
+}
+
+bool AgentThreadStore::refresh(Known& known) {
+  if (!known.stamp) return true;
+  const auto stamp = files_.stamp(known.thread.id);
+  if (!stamp) return false;
+  if (*stamp == *known.stamp) return true;
+  takeOverNewer(known.thread, files_.read(known.thread.id));
+  known.stamp = stamp;
+  return true;
+}
+
+void AgentThreadStore::write(Known& known) {
+  files_.write(known.thread);
+  known.thread.path = files_.path(known.thread.id).string();
+  known.stamp = files_.stamp(known.thread.id);
+}
+
+std::vector<const AgentThread*> AgentThreadStore::lasting(const std::function<void(const std::string&)>& complain) {
+  std::set<std::string> ids;
+  if (hasFolder()) {
+    const auto kept = files_.ids();
+    ids.insert(kept.begin(), kept.end());
+  }
+  for (const auto& [id, known] : threads_) ids.insert(id);
+  std::vector<const AgentThread*> found;
+  for (const std::string& id : ids) {
+    try {
+      const AgentThread* thread = find(id);
+      if (thread && !thread->ephemeral) found.push_back(thread);
+    } catch (const Error& error) {
+      complain(error.description());
+    }
+  }
+  return found;
+}
+
+std::vector<const AgentThread*> AgentThreadStore::loaded() {
+  std::vector<const AgentThread*> found;
+  for (const std::string& id : loaded_) {
+    if (const AgentThread* thread = find(id)) found.push_back(thread);
+  }
+  return found;
+}
+
+std::string AgentThreadStore::summary() const {
+  const auto counted = [](std::size_t count) { return std::to_string(count) + (count == 1 ? " thread" : " threads"); };
+  if (hasFolder()) return "the simulator remembers " + counted(files_.ids().size()) + " in " + folder().string();
+  return "the simulator keeps no threads, and remembers " + counted(threads_.size()) + " of this process";
 }
 
 }  // namespace ormel::simulator

@@ -40,7 +40,7 @@ AgentTurn::AgentTurn(AgentClient& client, AgentThread& thread, std::string id, m
                      JSONValue outputSchema)
     : client_(client),
       thread_(thread),
-      place_(thread.turns.size()),
+      number_(thread.turns.size() + 1),
       id_(std::move(id)),
       pace_(pace),
       outputSchema_(std::move(outputSchema)) {
@@ -55,8 +55,8 @@ AgentTurn::~AgentTurn() {
 
 std::vector<std::string> AgentTurn::earlierPrompts() const {
   std::vector<std::string> prompts;
-  for (std::size_t place = 0; place < place_; ++place) {
-    const AgentTurnRecord& turn = thread_.turns[place];
+  for (const AgentTurnRecord& turn : thread_.turns) {
+    if (&turn == &record()) break;
     if (turn.hasItem("contextCompaction")) prompts.clear();
     if (auto prompt = turn.prompt()) prompts.push_back(std::move(*prompt));
   }
@@ -83,7 +83,7 @@ void AgentTurn::endQuestion() {
 }
 
 std::string AgentTurn::newItemID(std::string_view kind) {
-  return std::string(kind) + "-" + std::to_string(place_ + 1) + "-" + std::to_string(++items_);
+  return std::string(kind) + "-" + std::to_string(number_) + "-" + std::to_string(++items_);
 }
 
 void AgentTurn::startItem(const JSONObjectBuilder& item) {
@@ -170,24 +170,23 @@ void AgentTurn::finish(const std::string& status, const std::optional<std::strin
   record().status = status;
   record().errorMessage = errorMessage;
   record().completedAt = secondsNow();
-  thread_.updatedAt = secondsNow();
   ended_ = true;
 }
 
 void AgentTurn::announceEnd() {
   JSONObjectBuilder members;
-  notify("turn/completed", members.set("turn", record().json(false)));
+  notify("turn/completed", members.set("turn", record().json(ItemsView::notLoaded)));
 }
 
 void AgentTurn::reportUsage() {
   std::size_t earlier = 0;
   for (const std::string& prompt : earlierPrompts()) earlier += prompt.size();
   const TokenCount last{tokensOf(earlier + prompt().size()) + 8, tokensOf(earlier), tokensOf(bytesSaid_) + 2};
-  thread_.tokens += last;
+  record().tokens = last;
   JSONObjectBuilder members;
   notify("thread/tokenUsage/updated",
          members.set("tokenUsage", JSONValue::object({{"last", last.json()},
-                                                      {"total", thread_.tokens.json()},
+                                                      {"total", thread_.tokens().json()},
                                                       {"modelContextWindow", modelContextWindow}})));
 }
 

@@ -97,8 +97,9 @@ class AgentTurn {
   };
   struct Message;
 
-  AgentTurnRecord& record() { return thread_.turns.at(place_); }
-  const AgentTurnRecord& record() const { return thread_.turns.at(place_); }
+  // It stays the last one: of a thread, a process plays one turn at a time, and turns that others add go before it.
+  AgentTurnRecord& record() { return thread_.turns.back(); }
+  const AgentTurnRecord& record() const { return thread_.turns.back(); }
 
   void endQuestion();
   Message startMessage();
@@ -109,7 +110,8 @@ class AgentTurn {
 
   AgentClient& client_;
   AgentThread& thread_;
-  std::size_t place_;
+  /// Among the turns of the thread, from 1.
+  std::size_t number_;
   std::string id_;
   milliseconds pace_;
   JSONValue outputSchema_;

@@ -20,7 +20,7 @@ Approval enterDecision(AgentThread& thread, const std::string& method, const std
 void askApproval(AgentTurn& turn, const std::string& method, JSONObjectBuilder members,
                  std::function<void(Approval)> decided) {
   AgentThread& thread = turn.thread();
-  if (thread.approvalPolicy == JSONValue("never") || thread.sessionApprovals.contains(method)) {
+  if (thread.choices.approvalPolicy == JSONValue("never") || thread.sessionApprovals.contains(method)) {
     return decided(Approval::accepted);
   }
   members.set("availableDecisions", JSONValue::array({"accept", "acceptForSession", "decline", "cancel"}));

@@ -7,6 +7,7 @@
 #include "ormel-simulator/Agent/CannedCommand.h"
 #include "ormel-simulator/Agent/InputText.h"
 #include "ormel-simulator/Agent/RequestScripts.h"
+#include "ormel-simulator/Agent/TurnScripts.h"
 
 namespace ormel::simulator {
 
@@ -19,7 +20,7 @@ struct RunningCommand {
 
   JSONObjectBuilder item(const char* status) const {
     JSONObjectBuilder members;
-    members.set("type", "commandExecution").set("id", id).set("command", command).set("cwd", turn.thread().cwd);
+    members.set("type", "commandExecution").set("id", id).set("command", command).set("cwd", turn.thread().choices.cwd);
     return members.set("status", status).set("commandActions", JSONValue::array());
   }
 
@@ -61,7 +62,7 @@ void playCommand(AgentTurn& turn, const ScriptArgument& argument) {
   turn.then([&turn, running] {
     turn.startItem(running.item("inProgress"));
     JSONObjectBuilder members;
-    members.set("itemId", running.id).set("command", running.command).set("cwd", turn.thread().cwd);
+    members.set("itemId", running.id).set("command", running.command).set("cwd", turn.thread().choices.cwd);
     members.set("reason", "You asked me to run it");
     askApproval(turn, "item/commandExecution/requestApproval", members, [running](Approval approval) {
       if (approval == Approval::accepted) {
@@ -70,6 +71,14 @@ void playCommand(AgentTurn& turn, const ScriptArgument& argument) {
         endUnapproved(running, approval);
       }
     });
+  });
+}
+
+void playUsersCommand(AgentTurn& turn, const std::string& command) {
+  const RunningCommand running{turn, turn.newItemID("command"), command};
+  turn.thenAfter(milliseconds(0), [&turn, running] {
+    turn.startItem(running.item("inProgress").set("source", "userShell"));
+    turn.completeItem(running.endedItem(cannedResult(running.command)).set("source", "userShell"));
   });
 }
 

@@ -73,10 +73,10 @@ void playForm(AgentTurn& turn, const ScriptArgument&) {
 
 void playPermissions(AgentTurn& turn, const ScriptArgument&) {
   turn.then([&turn] {
-    const JSONValue roots = JSONValue::array({turn.thread().cwd});
+    const JSONValue roots = JSONValue::array({turn.thread().choices.cwd});
     JSONObjectBuilder members;
     members.set("itemId", turn.newItemID("permissions")).set("reason", "You asked me to ask");
-    members.set("cwd", turn.thread().cwd);
+    members.set("cwd", turn.thread().choices.cwd);
     members.set("permissions",
                 JSONValue::object({{"network", JSONValue::object({{"enabled", true}})},
                                    {"fileSystem", JSONValue::object({{"read", nullptr}, {"write", roots}})}}));

@@ -61,11 +61,27 @@ std::string recollection(const std::vector<std::string>& earlier) {
   return text + ".";
 }
 
+/// The words of the messages among the items.
+std::string injectedKnowledge(const std::vector<JSONValue>& items) {
+  std::string text;
+  for (const JSONValue& item : items) {
+    const JSONValue content = anyMember(item, "content");
+    const auto* parts = content.arrayValue();
+    if (!parts) continue;
+    for (const JSONValue& part : *parts) {
+      const auto words = textMember(part, "text");
+      if (words) text += (text.empty() ? "\"" : ", \"") + *words + "\"";
+    }
+  }
+  return text.empty() ? "" : " I was told besides: " + text + ".";
+}
+
 std::string plainAnswer(AgentTurn& turn) {
   const std::vector<std::string> earlier = turn.earlierPrompts();
   std::string text = opening(turn.prompt()) + recollection(earlier);
-  if (turn.thread().developerInstructions)
-    text += " My instructions are: \"" + *turn.thread().developerInstructions + "\".";
+  text += injectedKnowledge(turn.thread().injectedItems);
+  if (const auto& instructions = turn.thread().choices.developerInstructions)
+    text += " My instructions are: \"" + *instructions + "\".";
   if (earlier.empty()) text += " Say \"run ls\", \"edit notes.txt\" or \"ask\" to see more of me.";
   return text;
 }
@@ -150,6 +166,7 @@ void playReview(AgentTurn& turn, const JSONValue& target) {
 void playCompaction(AgentTurn& turn) {
   JSONObjectBuilder item;
   showAtOnce(turn, item.set("type", "contextCompaction").set("id", turn.newItemID("compaction")));
+  turn.then([&turn] { turn.notify("thread/compacted", {}); });
 }
 
 }  // namespace ormel::simulator

@@ -31,7 +31,7 @@ void addTools(std::vector<Tool>& tools, const JSONValue& specs, const std::optio
 
 std::optional<Tool> chosenTool(const AgentThread& thread, const std::string& name) {
   std::vector<Tool> tools;
-  addTools(tools, thread.dynamicTools, std::nullopt);
+  addTools(tools, thread.choices.dynamicTools, std::nullopt);
   for (const Tool& tool : tools) {
     if (tool.name == name) return tool;
   }

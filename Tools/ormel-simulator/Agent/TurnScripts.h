@@ -30,6 +30,9 @@ void playPrompt(AgentTurn& turn);
 void playReview(AgentTurn& turn, const JSONValue& target);
 void playCompaction(AgentTurn& turn);
 
+/// A command that the user runs by hand: without approval, pause or comment.
+void playUsersCommand(AgentTurn& turn, const std::string& command);
+
 /// The table as a text for people.
 std::string turnScriptsHelp();
 

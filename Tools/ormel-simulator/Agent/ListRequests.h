@@ -1,0 +1,12 @@
+#pragma once
+
+#include "ormel-simulator/Agent/AgentClient.h"
+#include "ormel-simulator/Agent/AgentThreadStore.h"
+#include "ormel-simulator/Agent/RequestTable.h"
+
+namespace ormel::simulator {
+
+/// Adds the requests that list threads. Store and client must outlive the table.
+void addListRequests(RequestTable& table, AgentThreadStore& store, AgentClient& client);
+
+}  // namespace ormel::simulator

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <filesystem>
+
+#include "ormel-simulator/Agent/AgentSettings.h"
+
+namespace ormel::simulator {
+
+/// The folder for the threads, made if need be; empty if none are to be kept.
+///
+/// Unless one was named it is a folder of the user's own under the temporary directory. There anybody could have put
+/// something of that name first, so one that is a link, belongs to another user or is open to others is refused. Fails
+/// with `Error`.
+std::filesystem::path openStateFolder(const AgentSettings& settings);
+
+}  // namespace ormel::simulator

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "ormel-simulator/Agent/AgentClient.h"
+#include "ormel-simulator/Agent/AgentThreadStore.h"
+#include "ormel-simulator/Agent/RequestTable.h"
+
+namespace ormel::simulator {
+
+/// Adds the requests that change what is known of a thread. Store and client must outlive the table.
+void addThreadEditRequests(RequestTable& table, AgentThreadStore& store, AgentClient& client);
+
+/// Takes over what the params choose for the thread.
+void applyChoices(AgentThreadStore& store, AgentThread& thread, const JSONValue& params);
+
+}  // namespace ormel::simulator
