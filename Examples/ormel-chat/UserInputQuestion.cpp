@@ -18,7 +18,7 @@ bool isTrue(const JSONValue& object, std::string_view key) {
   return value && value->boolValue().value_or(false);
 }
 
-std::vector<FormOption> optionsOf(const JSONValue& question) {
+std::vector<FormOption> choicesOf(const JSONValue& question) {
   std::vector<FormOption> options;
   const JSONValue* list = question.find("options");
   if (!list || !list->arrayValue()) return options;
@@ -29,7 +29,7 @@ std::vector<FormOption> optionsOf(const JSONValue& question) {
   return options;
 }
 
-std::vector<FormField> fieldsOf(const JSONValue& arguments) {
+std::vector<FormField> questionsOf(const JSONValue& arguments) {
   std::vector<FormField> fields;
   const JSONValue* questions = arguments.find("questions");
   if (!questions || !questions->arrayValue()) return fields;
@@ -37,7 +37,7 @@ std::vector<FormField> fieldsOf(const JSONValue& arguments) {
     FormField field;
     field.id = textViewMember(question, "id");
     field.prompt = textViewMember(question, "prompt");
-    field.options = optionsOf(question);
+    field.options = choicesOf(question);
     field.isSecret = isTrue(question, "isSecret");
     fields.push_back(std::move(field));
   }
@@ -52,7 +52,7 @@ bool isUserInputRequest(const McpToolCallItem& item) {
 
 std::shared_ptr<Question> userInputQuestion(const McpToolCallItem& item, const Thread& thread,
                                             const std::shared_ptr<Inbox>& inbox) {
-  auto fields = fieldsOf(item.arguments);
+  auto fields = questionsOf(item.arguments);
   std::map<std::string, std::vector<std::string>> unanswered;
   for (const auto& field : fields) unanswered[field.id];
   auto send = [thread, inbox, itemID = item.id, unanswered](const std::optional<FormAnswers>& given) {
