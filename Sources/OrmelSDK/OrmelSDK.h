@@ -65,6 +65,8 @@
 #include "OrmelSDK/JSON/CodingErrors.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 #include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/Management/StableCapabilityManifest.h"
+#include "OrmelSDK/Management/UpstreamBaseline.h"
 #include "OrmelSDK/Options/AbortSignal.h"
 #include "OrmelSDK/Options/OrmelConfigValue.h"
 #include "OrmelSDK/Options/OrmelExecutableTrust.h"
