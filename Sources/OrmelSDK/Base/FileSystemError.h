@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <system_error>
+
+#include "OrmelSDK/Base/Error.h"
+
+namespace ormel {
+
+/// The file system refused. `what()` is the path, a colon, and the system's text.
+///
+/// *Thread safety*: an immutable value.
+class FileSystemError : public Error {
+ public:
+  FileSystemError(std::string path, std::error_code code);
+
+  /// What could not be made, written or found.
+  const std::string& path() const noexcept { return path_; }
+
+  /// The system's own error; compares with `std::errc`.
+  const std::error_code& code() const noexcept { return code_; }
+
+ private:
+  std::string path_;
+  std::error_code code_;
+};
+
+}  // namespace ormel
