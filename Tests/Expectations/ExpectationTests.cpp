@@ -69,7 +69,10 @@ TEST_P(Expectations, ChangedInAnyPlaceAreNotMet) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, Expectations, testing::Values("Input", "Items", "Handlers", "Records", "Events"),
+INSTANTIATE_TEST_SUITE_P(Of, Expectations,
+                         testing::Values("Input", "Items", "Handlers", "Records", "Events", "AccountRecords",
+                                         "CatalogueRecords", "ConfigRecords", "ModelRecords", "PluginRecords",
+                                         "ThreadLists"),
                          [](const auto& family) { return family.param; });
 
 TEST(ExpectationFiles, DefineEveryRegisteredTypeAndNoOther) {

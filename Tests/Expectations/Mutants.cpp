@@ -100,16 +100,18 @@ class Mutation {
     const bool isAnyWord = original_.words[at].word == anyWord;
     if (!isAnyWord) add(name + " misspelt", [&](Definition& definition) { definition.words[at].word += "e"; });
     add(name + " misnamed", [&](Definition& definition) { definition.words[at].caseName += "e"; });
-    add(name + " left out", [&](Definition& definition) {
-      definition.words.erase(definition.words.begin() + static_cast<std::ptrdiff_t>(at));
-    });
     const bool isSecondWord = at > 0 && original_.words[at - 1].caseName == name;
     if (isSecondWord) {
+      // Nothing asks for a second word that is not expected, so that leaving it out would not show.
       add(name + " written otherwise", [&](Definition& definition) {
         std::swap(definition.words[at - 1].isWritten, definition.words[at].isWritten);
       });
+      return;
     }
-    if (at == 0 || isAnyWord || isSecondWord) return;
+    add(name + " left out", [&](Definition& definition) {
+      definition.words.erase(definition.words.begin() + static_cast<std::ptrdiff_t>(at));
+    });
+    if (at == 0 || isAnyWord) return;
     add(name + " swapped",
         [&](Definition& definition) { std::swap(definition.words[at - 1].word, definition.words[at].word); });
   }
@@ -154,8 +156,9 @@ class Mutation {
     }
     if (original_.isEnumeration()) {
       for (const DefinitionKind kind : {DefinitionKind::closed, DefinitionKind::tolerant, DefinitionKind::exact}) {
-        if (kind == original_.kind || (kind == DefinitionKind::exact && original_.kind == DefinitionKind::closed))
-          continue;
+        const bool isTolerant = kind == DefinitionKind::tolerant;
+        // Closed and exact words differ only in what `unknown` says of all others.
+        if (isTolerant == (original_.kind == DefinitionKind::tolerant)) continue;
         add("other strictness", [&](Definition& definition) { definition.kind = kind; });
       }
       add(original_.within ? "no object" : "an object", [](Definition& definition) {

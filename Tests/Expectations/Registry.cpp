@@ -15,6 +15,12 @@ const Registry& registry() {
     registerHandlers(filled);
     registerRecords(filled);
     registerEvents(filled);
+    registerAccountRecords(filled);
+    registerCatalogueRecords(filled);
+    registerConfigRecords(filled);
+    registerModelRecords(filled);
+    registerPluginRecords(filled);
+    registerThreadLists(filled);
     return filled;
   }();
   return all;

@@ -132,7 +132,14 @@ class Registry {
   template <typename Vocabulary>
   void vocabulary(const std::vector<std::pair<std::string, Vocabulary>>& constants) {
     auto& type = add<Vocabulary>();
-    for (const auto& [name, constant] : constants) type.cases.push_back({name, constant.rawValue, encode(constant)});
+    for (const auto& [name, constant] : constants) {
+      const JSONValue written = encode(constant);
+      if constexpr (requires { constant.rawValue; }) {
+        type.cases.push_back({name, constant.rawValue, written});
+      } else {
+        type.cases.push_back({name, std::string(written.stringValue().value_or("")), written});
+      }
+    }
   }
 
   template <typename Variant>
@@ -194,6 +201,12 @@ void registerItems(Registry& registry);
 void registerHandlers(Registry& registry);
 void registerRecords(Registry& registry);
 void registerEvents(Registry& registry);
+void registerAccountRecords(Registry& registry);
+void registerCatalogueRecords(Registry& registry);
+void registerConfigRecords(Registry& registry);
+void registerModelRecords(Registry& registry);
+void registerPluginRecords(Registry& registry);
+void registerThreadLists(Registry& registry);
 
 /// All of them.
 const Registry& registry();

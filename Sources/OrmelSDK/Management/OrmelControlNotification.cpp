@@ -4,6 +4,8 @@
 #include <string_view>
 #include <utility>
 
+#include "OrmelSDK/Records/AccountRecords.h"
+
 namespace ormel {
 
 namespace {
@@ -36,6 +38,10 @@ std::optional<OrmelThreadLifecycleNotification> OrmelControlNotification::thread
   auto name = textIn(members, "name");
   if (!threadID || !name) return std::nullopt;
   return OrmelThreadLifecycleNotification{ThreadNameUpdatedNotification{*std::move(threadID), *std::move(name)}};
+}
+
+std::optional<OrmelAccountControlNotification> OrmelControlNotification::accountNotification() const {
+  return OrmelAccountControlNotification::from(method, params);
 }
 
 std::ostream& operator<<(std::ostream& stream, const OrmelControlNotification& value) {

@@ -10,6 +10,9 @@
 
 namespace ormel {
 
+// OrmelSDK/Records/AccountRecords.h
+struct OrmelAccountControlNotification;
+
 /// A thread was archived, perhaps by another client.
 struct ThreadArchivedNotification {
   std::string threadID;
@@ -59,6 +62,10 @@ struct OrmelControlNotification {
 
   /// What it says of a thread's life; nothing if it is about something else, or lacks what it should say.
   std::optional<OrmelThreadLifecycleNotification> threadLifecycleNotification() const;
+
+  /// What it says of the account; nothing if it is about something else, or cannot be read. A program that asks
+  /// includes OrmelSDK/Records/AccountRecords.h besides.
+  std::optional<OrmelAccountControlNotification> accountNotification() const;
 
   friend bool operator==(const OrmelControlNotification&, const OrmelControlNotification&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const OrmelControlNotification& value);

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "OrmelSDK/Records/AccountRecords.h"
+
 namespace {
 
 using namespace ormel;
@@ -67,6 +69,36 @@ TEST(OrmelControlNotification, SaysWhatHappenedToAThread) {
   };
   for (const Row& row : rows) {
     EXPECT_EQ(lifecycle(notification(row.method, row.params)), row.told)
+        << row.method << ' ' << (row.params ? row.params : "");
+  }
+}
+
+TEST(OrmelControlNotification, SaysWhatHappenedToTheAccount) {
+  RateLimitSnapshot limits;
+  limits.spendControlReached = true;
+  struct Row {
+    const char* method;
+    const char* params;
+    std::optional<OrmelAccountControlNotification> told;
+  };
+  const Row rows[] = {
+      {"account/updated",
+       R"({"authMode":"apiKey","planType":null,"more":1})",
+       {{AccountUpdatedNotification{"apiKey", {}}}}},
+      {"account/rateLimits/updated",
+       R"({"rateLimits":{"spendControlReached":true}})",
+       {{AccountRateLimitsUpdatedNotification{limits}}}},
+      {"account/login/completed", R"({"success":true})", {{AccountLoginCompletedNotification{{}, true, {}}}}},
+      {"account/updated", nullptr, {}},
+      {"account/updated", "null", {}},
+      {"account/updated", R"({"authMode":1})", {}},
+      {"account/rateLimits/updated", "{}", {}},
+      {"account/login/completed", R"({"success":"yes"})", {}},
+      {"account/login", R"({"success":true})", {}},
+      {"thread/archived", R"({"threadId":"t1"})", {}},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(notification(row.method, row.params).accountNotification(), row.told)
         << row.method << ' ' << (row.params ? row.params : "");
   }
 }
