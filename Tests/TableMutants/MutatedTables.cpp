@@ -300,6 +300,7 @@ void addEnumerationMutants(const EnumerationWords& enumeration, MutantList& muta
     if (at == 0) continue;
     add(word + " for the word before",
         [&](EnumerationCopy& copy) { std::swap(copy.words[at - 1].text, copy.words[at].text); });
+    if (enumeration.words[at].value == enumeration.words[0].value) continue;
     add(word + " as the first case", [&](EnumerationCopy& copy) { copy.words[at].value = copy.words[0].value; });
   }
   for (const WordRule rule : {WordRule::closed, WordRule::exact, WordRule::tolerant}) {
