@@ -4,9 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "OrmelSDK/Coding/RecordCoding.h"
@@ -35,6 +37,50 @@ std::string failureOf(std::string_view text) {
 template <typename Type>
 void expectWritten(const Type& value, std::string_view text) {
   EXPECT_EQ(encode(value), JSONValue::decode(text));
+}
+
+/// Each case is read from its word and written as it.
+template <typename Enumeration>
+void checkWords(std::initializer_list<std::pair<Enumeration, std::string_view>> words) {
+  for (const auto& [value, word] : words) {
+    EXPECT_EQ(rawValue(value), word);
+    EXPECT_EQ(encode(value), JSONValue(word));
+    EXPECT_EQ(decode<Enumeration>(JSONValue(word)), value) << word;
+  }
+  EXPECT_THROW(decode<Enumeration>(JSONValue(1)), DecodingError);
+  EXPECT_THROW(decode<Enumeration>(JSONValue()), DecodingError);
+}
+
+/// Each text, none of them a word in its exact spelling, is read as the case beside it.
+template <typename Enumeration>
+void checkTolerance(std::initializer_list<std::pair<std::string_view, Enumeration>> texts) {
+  for (const auto& [text, value] : texts) {
+    EXPECT_EQ(decode<Enumeration>(JSONValue(text)), value) << text;
+    EXPECT_NE(rawValue(value), text);
+  }
+}
+
+/// No other spelling of a word is read.
+template <typename Enumeration>
+void checkStrictness(std::string_view typeName, std::initializer_list<std::string_view> texts) {
+  for (const auto text : texts) {
+    EXPECT_EQ(failureOf<Enumeration>(JSONValue(text).encode()),
+              "Cannot initialize " + std::string(typeName) + " from invalid String value " + std::string(text));
+  }
+}
+
+/// Each constant of an open vocabulary is its word, and any other text survives.
+template <typename Vocabulary>
+void checkVocabulary(std::initializer_list<std::pair<Vocabulary, std::string_view>> words) {
+  for (const auto& [constant, word] : words) {
+    EXPECT_EQ(constant.rawValue, word);
+    EXPECT_EQ(encode(constant), JSONValue(word));
+    EXPECT_EQ(decode<Vocabulary>(JSONValue(word)), constant);
+  }
+  for (const char* other : {"futureWord", "", " Some_Thing "}) {
+    EXPECT_EQ(encode(decode<Vocabulary>(JSONValue(other))), JSONValue(other));
+  }
+  EXPECT_THROW(decode<Vocabulary>(JSONValue(1)), DecodingError);
 }
 
 /// What a value shows of itself in a log.
