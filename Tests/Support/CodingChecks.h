@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -31,6 +32,17 @@ std::string failureOf(std::string_view text) {
     return error.what();
   }
   return "decoded";
+}
+
+/// The error that reading `object` gives, or nothing.
+template <typename Record>
+std::optional<DecodingError> errorIn(const JSONValue& object) {
+  try {
+    (void)decode<Record>(object);
+    return std::nullopt;
+  } catch (const DecodingError& error) {
+    return error;
+  }
 }
 
 /// Exactly the members of `text` are written.

@@ -8,7 +8,6 @@
 #include <variant>
 
 #include "Support/CodingChecks.h"
-#include "Support/RecordChecks.h"
 
 namespace {
 

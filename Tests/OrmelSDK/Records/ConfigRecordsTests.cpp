@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "Support/CodingChecks.h"
-#include "Support/RecordChecks.h"
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "Support/CodingChecks.h"
-#include "Support/RecordChecks.h"
 
 namespace {
 
