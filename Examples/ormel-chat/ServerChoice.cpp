@@ -44,14 +44,13 @@ std::optional<Ormel> using_(const std::string& path) {
 
 ServerChoice chooseServer(const std::optional<std::string>& namedServer, const std::string& ownName) {
   if (namedServer) {
-    if (auto ormel = using_(*namedServer)) return {std::move(*ormel)};
+    if (auto ormel = using_(*namedServer)) return {*ormel};
     throw Error(*namedServer + " is no executable file");
   }
   Ormel found;
-  if (found.executablePath() != "ormel") return {std::move(found)};
+  if (found.executablePath() != "ormel") return {found};
   if (const auto own = ownExecutable(ownName)) {
-    if (auto simulator = using_((own->parent_path() / "ormel-simulator").string()))
-      return {std::move(*simulator), true};
+    if (auto simulator = using_((own->parent_path() / "ormel-simulator").string())) return {*simulator, true};
   }
   throw Error("No ormel server was found. Install one, or name it with --server.");
 }

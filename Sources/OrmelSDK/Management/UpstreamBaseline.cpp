@@ -8,6 +8,7 @@ namespace {
 
 /// The scope of the audit.
 constexpr std::string_view notesOnScope[] = {
+    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): long notes go over several lines.
     "The 0.158 audit adds asynchronous agent questions (request_user_input_async), transient safety-buffering notices, "
     "the stable velnorForm elicitation mode, guardian writeStdin reviews, and file-referenced image inputs; it drops "
     "the removed thread/rollback API. Unknown guardian action types and elicitation modes now degrade instead of "

@@ -25,6 +25,7 @@ SortValue sortValueOf(const JSONValue& params) {
 
 JSONValue pageOfThreads(const std::vector<const AgentThread*>& threads, SortValue value, const JSONValue& params) {
   std::vector<PagedElement> elements;
+  elements.reserve(threads.size());
   for (const AgentThread* thread : threads) {
     elements.push_back({{value(*thread), thread->id}, [thread] { return thread->json(ItemsView::notLoaded); }});
   }

@@ -26,6 +26,7 @@ JSONValue listTurns(AgentThreadStore& store, const JSONValue& params) {
   const AgentThread& thread = knownThread(store, params);
   const ItemsView view = viewOf(params);
   std::vector<PagedElement> elements;
+  elements.reserve(thread.turns.size());
   for (const AgentTurnRecord& turn : thread.turns) {
     elements.push_back({{static_cast<double>(elements.size()), turn.id}, [&turn, view] { return turn.json(view); }});
   }
@@ -39,6 +40,7 @@ JSONValue listItems(AgentThreadStore& store, const JSONValue& params, ItemForm f
   const AgentTurnRecord* turn = knownThread(store, params).findTurn(turnID);
   if (!turn) throw Refusal(invalidRequest, "turn not found: " + turnID);
   std::vector<PagedElement> elements;
+  elements.reserve(turn->items.size());
   for (const JSONValue& item : turn->items) {
     elements.push_back({{static_cast<double>(elements.size()), turnID}, [&, form] {
                           if (form == ItemForm::plain) return item;
