@@ -80,9 +80,10 @@ class DocumentSize {
 // caller still owns the block.
 class DocumentCopier {
  public:
+  /// A document without containers and texts needs no block.
   DocumentCopier(JSONStorageBlock* block, std::size_t nodesSize)
       : block_(block),
-        nodes_(block->payload()),
+        nodes_(block ? block->payload() : nullptr),
         texts_(nodes_ + nodesSize),
         place_{.stored = texts_, .readable = texts_} {}
 
