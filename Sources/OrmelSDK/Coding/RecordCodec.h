@@ -165,7 +165,8 @@ JSONValue encode(const Type& value) {
 
 }  // namespace ormel
 
-// Each of these stands at global scope.
+// Each of these stands at global scope. Their arguments are names of types and templates, which take no parentheses.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 
 /// The public entry points for a type whose codec is defined.
 #define ORMEL_DEFINE_PUBLIC_CODING(Type)                                    \
@@ -240,3 +241,4 @@ JSONValue encode(const Type& value) {
 #define ORMEL_DEFINE_PRINTED_RECORD(Record) \
   ORMEL_CHECK_TABLE(Record, RecordTable)    \
   ORMEL_DEFINE_PRINTED_BY(Record, encodeFromTable)
+// NOLINTEND(bugprone-macro-parentheses)
