@@ -18,7 +18,7 @@ struct Pair {
 /// The medians of so many rounds, taken alternately.
 Pair medians(int rounds, const std::function<double()>& measured, const std::function<double()>& yardstick);
 
-/// What this process holds.
+/// The resources that this process holds.
 double residentBytes();
 
 /// Events a second that reach a consumer of a `Thread` whose server writes blocks of lines, and lines a second that

@@ -14,7 +14,7 @@ class FileSystemError : public Error {
  public:
   FileSystemError(std::string path, std::error_code code);
 
-  /// What could not be made, written or found.
+  /// The path that could not be made, written or found.
   const std::string& path() const noexcept { return path_; }
 
   /// The system's own error; compares with `std::errc`.

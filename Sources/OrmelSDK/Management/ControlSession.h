@@ -16,9 +16,10 @@
 
 namespace ormel::detail {
 
-/// What the handles of one `OrmelControlSession` share: the client that is kept between calls, and the subscribers.
+/// The state that handles of one `OrmelControlSession` share: the client that is kept between calls, and the
+/// subscribers.
 ///
-/// What holds at all times: a call that fails gives up the client it used, unless that has been given up already; only
+/// Invariants: a call that fails gives up the client it used, unless that has been given up already; only
 /// the current client's notifications reach the subscribers; a subscription outlives any number of clients.
 ///
 /// *Thread safety*: the operations that return a `Task` may be called from any thread; they run on the session's

@@ -60,10 +60,10 @@ struct OrmelControlNotification {
   /// JSON null if the server sent that; absent only if it sent none.
   std::optional<JSONValue> params;
 
-  /// What it says of a thread's life; nothing if it is about something else, or lacks what it should say.
+  /// The thread event that it tells; nothing if it is about something else, or lacks what it should say.
   std::optional<OrmelThreadLifecycleNotification> threadLifecycleNotification() const;
 
-  /// What it says of the account; nothing if it is about something else, or cannot be read. A program that asks
+  /// The account event that it tells; nothing if it is about something else, or cannot be read. A program that asks
   /// includes OrmelSDK/Records/AccountRecords.h besides.
   std::optional<OrmelAccountControlNotification> accountNotification() const;
 

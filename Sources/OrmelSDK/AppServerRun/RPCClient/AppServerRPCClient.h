@@ -26,7 +26,7 @@
 
 namespace ormel::detail {
 
-/// What a client is made with, once for its life.
+/// The configuration of a client, fixed for its life.
 struct AppServerRPCClientConfiguration {
   AppServerRPCClientConfiguration() = default;
 
@@ -159,7 +159,7 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
   std::uint64_t terminations_ = 0;
   std::int64_t nextRequestID_ = 1;
   std::unordered_map<AppServerRequestID, OneShotResolver<JSONValue>> pendingResponses_;
-  /// Of all processes: the words of an earlier one can explain the end of the next.
+  /// Collects from all processes: the words of an earlier one can explain the end of the next.
   const std::shared_ptr<AppServerLockedData> stderrAccumulator_ = std::make_shared<AppServerLockedData>();
   EventProducer<AppServerRPCNotification> notificationContinuation_;
   EventChannel<AppServerRPCNotification> notificationStream_;
