@@ -10,7 +10,7 @@
 #include "OrmelSDK/JSON/JSONValue.h"
 #include "Support/ChildProgram.h"
 #include "Support/SimulatorScenario.h"
-#include "ormel-simulator/Agent/JSONMembers.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
 
 namespace ormel::simulator {
 

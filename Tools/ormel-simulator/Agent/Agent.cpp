@@ -8,16 +8,16 @@
 #include "OrmelSDK/Base/Error.h"
 #include "ormel-simulator/Agent/GoalRequests.h"
 #include "ormel-simulator/Agent/InputText.h"
-#include "ormel-simulator/Agent/JSONMembers.h"
 #include "ormel-simulator/Agent/ListRequests.h"
-#include "ormel-simulator/Agent/NewID.h"
-#include "ormel-simulator/Agent/Refusal.h"
 #include "ormel-simulator/Agent/StateFolder.h"
 #include "ormel-simulator/Agent/ThreadEditRequests.h"
 #include "ormel-simulator/Agent/ThreadLookup.h"
 #include "ormel-simulator/Agent/ThreadRequests.h"
 #include "ormel-simulator/Agent/TurnListRequests.h"
 #include "ormel-simulator/Agent/TurnScripts.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
+#include "ormel-simulator/Requests/NewID.h"
+#include "ormel-simulator/Requests/Refusal.h"
 
 namespace ormel::simulator {
 

@@ -4,11 +4,11 @@
 #include <optional>
 #include <vector>
 
-#include "ormel-simulator/Agent/AgentClient.h"
 #include "ormel-simulator/Agent/AgentSettings.h"
 #include "ormel-simulator/Agent/AgentThreadStore.h"
 #include "ormel-simulator/Agent/AgentTurn.h"
-#include "ormel-simulator/Agent/RequestTable.h"
+#include "ormel-simulator/Requests/AgentClient.h"
+#include "ormel-simulator/Requests/RequestTable.h"
 #include "ormel-simulator/Scenario/Scenario.h"
 
 namespace ormel::simulator {

@@ -1,6 +1,6 @@
 #include "ormel-simulator/Agent/AgentGoal.h"
 
-#include "ormel-simulator/Agent/JSONMembers.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
 
 namespace ormel::simulator {
 

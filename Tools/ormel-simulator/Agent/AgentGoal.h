@@ -4,7 +4,7 @@
 #include <string>
 
 #include "OrmelSDK/JSON/JSONValue.h"
-#include "ormel-simulator/Agent/AgentTime.h"
+#include "ormel-simulator/Requests/AgentTime.h"
 
 namespace ormel::simulator {
 

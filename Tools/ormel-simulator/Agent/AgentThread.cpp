@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "ormel-simulator/Agent/JSONMembers.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
 
 namespace ormel::simulator {
 

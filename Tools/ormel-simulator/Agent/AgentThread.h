@@ -7,10 +7,10 @@
 
 #include "OrmelSDK/JSON/JSONValue.h"
 #include "ormel-simulator/Agent/AgentGoal.h"
-#include "ormel-simulator/Agent/AgentTime.h"
 #include "ormel-simulator/Agent/AgentTurnRecord.h"
 #include "ormel-simulator/Agent/ThreadChoices.h"
 #include "ormel-simulator/Agent/TokenCount.h"
+#include "ormel-simulator/Requests/AgentTime.h"
 
 namespace ormel::simulator {
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "OrmelSDK/Base/Error.h"
-#include "ormel-simulator/Agent/FolderLock.h"
+#include "ormel-simulator/Requests/FolderLock.h"
 
 namespace ormel::simulator {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "ormel-simulator/Agent/AgentClient.h"
 #include "ormel-simulator/Agent/AgentThread.h"
+#include "ormel-simulator/Requests/AgentClient.h"
 
 namespace ormel::simulator {
 

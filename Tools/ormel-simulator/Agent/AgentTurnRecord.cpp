@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "ormel-simulator/Agent/InputText.h"
-#include "ormel-simulator/Agent/JSONMembers.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
 
 namespace ormel::simulator {
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "OrmelSDK/JSON/JSONValue.h"
-#include "ormel-simulator/Agent/AgentTime.h"
 #include "ormel-simulator/Agent/TokenCount.h"
+#include "ormel-simulator/Requests/AgentTime.h"
 
 namespace ormel::simulator {
 

@@ -5,9 +5,9 @@
 #include <cmath>
 #include <string_view>
 
-#include "ormel-simulator/Agent/JSONMembers.h"
-#include "ormel-simulator/Agent/Refusal.h"
 #include "ormel-simulator/Agent/ThreadLookup.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
+#include "ormel-simulator/Requests/Refusal.h"
 
 namespace ormel::simulator {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ormel-simulator/Agent/AgentThreadStore.h"
-#include "ormel-simulator/Agent/RequestTable.h"
+#include "ormel-simulator/Requests/RequestTable.h"
 
 namespace ormel::simulator {
 

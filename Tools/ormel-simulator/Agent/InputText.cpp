@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "ormel-simulator/Agent/JSONMembers.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
 
 namespace ormel::simulator {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ormel-simulator/Agent/AgentClient.h"
 #include "ormel-simulator/Agent/AgentThreadStore.h"
-#include "ormel-simulator/Agent/RequestTable.h"
+#include "ormel-simulator/Requests/AgentClient.h"
+#include "ormel-simulator/Requests/RequestTable.h"
 
 namespace ormel::simulator {
 

@@ -3,8 +3,8 @@
 #include <utility>
 #include <vector>
 
-#include "ormel-simulator/Agent/JSONMembers.h"
 #include "ormel-simulator/Agent/RequestScripts.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
 
 namespace ormel::simulator {
 

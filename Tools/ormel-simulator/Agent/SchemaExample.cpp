@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "ormel-simulator/Agent/InputText.h"
-#include "ormel-simulator/Agent/JSONMembers.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
 
 namespace ormel::simulator {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "ormel-simulator/Agent/JSONMembers.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
 
 namespace ormel::simulator {
 

@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "ormel-simulator/Agent/JSONMembers.h"
-#include "ormel-simulator/Agent/Refusal.h"
 #include "ormel-simulator/Agent/ThreadLookup.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
+#include "ormel-simulator/Requests/Refusal.h"
 
 namespace ormel::simulator {
 

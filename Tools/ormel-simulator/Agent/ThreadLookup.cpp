@@ -1,7 +1,7 @@
 #include "ormel-simulator/Agent/ThreadLookup.h"
 
-#include "ormel-simulator/Agent/JSONMembers.h"
-#include "ormel-simulator/Agent/Refusal.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
+#include "ormel-simulator/Requests/Refusal.h"
 
 namespace ormel::simulator {
 

@@ -2,11 +2,11 @@
 
 #include <utility>
 
-#include "ormel-simulator/Agent/JSONMembers.h"
-#include "ormel-simulator/Agent/NewID.h"
-#include "ormel-simulator/Agent/Refusal.h"
 #include "ormel-simulator/Agent/ThreadEditRequests.h"
 #include "ormel-simulator/Agent/ThreadLookup.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
+#include "ormel-simulator/Requests/NewID.h"
+#include "ormel-simulator/Requests/Refusal.h"
 
 namespace ormel::simulator {
 

@@ -2,9 +2,9 @@
 #include <utility>
 #include <vector>
 
-#include "ormel-simulator/Agent/JSONMembers.h"
 #include "ormel-simulator/Agent/RequestScripts.h"
 #include "ormel-simulator/Agent/SchemaExample.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
 
 namespace ormel::simulator {
 

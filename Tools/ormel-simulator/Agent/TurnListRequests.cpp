@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include "ormel-simulator/Agent/JSONMembers.h"
-#include "ormel-simulator/Agent/Paging.h"
-#include "ormel-simulator/Agent/Refusal.h"
 #include "ormel-simulator/Agent/ThreadLookup.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
+#include "ormel-simulator/Requests/Paging.h"
+#include "ormel-simulator/Requests/Refusal.h"
 
 namespace ormel::simulator {
 

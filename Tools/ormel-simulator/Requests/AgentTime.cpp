@@ -1,4 +1,4 @@
-#include "ormel-simulator/Agent/AgentTime.h"
+#include "ormel-simulator/Requests/AgentTime.h"
 
 #include <chrono>
 

@@ -1,4 +1,4 @@
-#include "ormel-simulator/Agent/AgentClient.h"
+#include "ormel-simulator/Requests/AgentClient.h"
 
 #include <utility>
 

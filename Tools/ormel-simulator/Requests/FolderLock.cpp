@@ -1,4 +1,4 @@
-#include "ormel-simulator/Agent/FolderLock.h"
+#include "ormel-simulator/Requests/FolderLock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

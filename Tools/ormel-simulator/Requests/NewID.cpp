@@ -1,4 +1,4 @@
-#include "ormel-simulator/Agent/NewID.h"
+#include "ormel-simulator/Requests/NewID.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,12 +1,12 @@
-#include "ormel-simulator/Agent/Paging.h"
+#include "ormel-simulator/Requests/Paging.h"
 
 #include <algorithm>
 #include <cmath>
 #include <optional>
 
 #include "OrmelSDK/Base/Error.h"
-#include "ormel-simulator/Agent/JSONMembers.h"
-#include "ormel-simulator/Agent/Refusal.h"
+#include "ormel-simulator/Requests/JSONMembers.h"
+#include "ormel-simulator/Requests/Refusal.h"
 
 namespace ormel::simulator {
 
