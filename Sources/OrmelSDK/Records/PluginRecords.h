@@ -13,6 +13,7 @@
 #include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 #include "OrmelSDK/Records/HookWords.h"
+#include "OrmelSDK/Records/PluginShareTarget.h"
 #include "OrmelSDK/Records/SkillRecords.h"
 
 // Plugins, the marketplaces that list them, and their sharing. Every type here has a JSON form, except that the single
@@ -43,17 +44,9 @@ std::ostream& operator<<(std::ostream& stream, const PluginShareDiscoverability&
 enum class PluginShareUpdateDiscoverability { unlisted, private_ };
 std::ostream& operator<<(std::ostream& stream, const PluginShareUpdateDiscoverability& value);
 
-/// What a plugin is shared with.
-enum class PluginSharePrincipalType { user, group, workspace };
-std::ostream& operator<<(std::ostream& stream, const PluginSharePrincipalType& value);
-
 /// What a principal may do with a shared plugin.
 enum class PluginSharePrincipalRole { reader, editor, owner };
 std::ostream& operator<<(std::ostream& stream, const PluginSharePrincipalRole& value);
-
-/// What a principal can be allowed to do with a shared plugin. Nobody can be made its owner.
-enum class PluginShareTargetRole { reader, editor };
-std::ostream& operator<<(std::ostream& stream, const PluginShareTargetRole& value);
 
 /// Where the install policy of a plugin comes from.
 struct PluginInstallPolicySource : OpenVocabulary {
@@ -178,15 +171,6 @@ struct PluginInterface {
   std::vector<std::string> screenshotURLs;
   friend bool operator==(const PluginInterface&, const PluginInterface&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const PluginInterface& value);
-};
-
-/// Whom a plugin is to be shared with, and how.
-struct PluginShareTarget {
-  PluginSharePrincipalType principalType = PluginSharePrincipalType::user;
-  std::string principalID;
-  PluginShareTargetRole role = PluginShareTargetRole::reader;
-  friend bool operator==(const PluginShareTarget&, const PluginShareTarget&) = default;
-  friend std::ostream& operator<<(std::ostream& stream, const PluginShareTarget& value);
 };
 
 /// Whom a plugin is shared with, and how.

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+#include "OrmelSDK/Coding/RecordCoding.h"
+
+// What calls that share a plugin send, apart from the many records that describe plugins. Every type here has a JSON
+// form.
+namespace ormel {
+
+/// What a plugin is shared with.
+enum class PluginSharePrincipalType { user, group, workspace };
+std::ostream& operator<<(std::ostream& stream, const PluginSharePrincipalType& value);
+
+/// What a principal can be allowed to do with a shared plugin. Nobody can be made its owner.
+enum class PluginShareTargetRole { reader, editor };
+std::ostream& operator<<(std::ostream& stream, const PluginShareTargetRole& value);
+
+/// Whom a plugin is to be shared with, and how.
+struct PluginShareTarget {
+  PluginSharePrincipalType principalType = PluginSharePrincipalType::user;
+  std::string principalID;
+  PluginShareTargetRole role = PluginShareTargetRole::reader;
+  friend bool operator==(const PluginShareTarget&, const PluginShareTarget&) = default;
+  friend std::ostream& operator<<(std::ostream& stream, const PluginShareTarget& value);
+};
+
+}  // namespace ormel
