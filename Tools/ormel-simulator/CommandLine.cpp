@@ -83,6 +83,15 @@ void addStateOptions(CLI::App& app, AgentSettings& agent) {
       ->type_name("METHOD,...");
 }
 
+/// The values of all "--config".
+std::vector<std::string> configOverrides(const std::vector<std::string>& serverArguments) {
+  std::vector<std::string> overrides;
+  for (std::size_t index = 1; index < serverArguments.size(); ++index) {
+    if (serverArguments[index - 1] == "--config") overrides.push_back(serverArguments[index]);
+  }
+  return overrides;
+}
+
 const char* serverArgumentsFault(const std::vector<std::string>& arguments) {
   if (arguments.size() < 3 || arguments[1] != "--listen" || arguments[2] != "stdio://") {
     return "\"app-server\" must be followed by \"--listen stdio://\"";
@@ -107,6 +116,7 @@ CommandLine readCommandLine(const std::vector<std::string>& arguments) {
   // The server's own arguments are the client's words, kept byte for byte: no option parser gets to see them.
   const auto server = std::find(arguments.begin(), arguments.end(), "app-server");
   result.serverArguments.assign(server, arguments.end());
+  result.agent.configOverrides = configOverrides(result.serverArguments);
   std::vector<std::string> own(std::make_reverse_iterator(server), arguments.rend());
 
   CLI::App app(description, "ormel-simulator");

@@ -31,6 +31,16 @@ JSONObjectBuilder userMessage(const std::string& id, const JSONValue& params) {
   return item.set("content", anyMember(params, "input").detached());
 }
 
+// So many steps of a turn does it take the pretended user to log in.
+constexpr int stepsOfLogin = 20;
+
+CatalogueSettings catalogueSettings(const AgentSettings& settings, AgentThreadStore& threads) {
+  return {.folder = threads.folder(),
+          .configOverrides = settings.configOverrides,
+          .loginTime = stepsOfLogin * settings.pace,
+          .requireThread = [&threads](const std::string& id) { knownThread(threads, id); }};
+}
+
 bool isExperimental(const std::string& method) {
   return method == "thread/items/list" || method == "thread/turns/items/list";
 }
@@ -42,13 +52,15 @@ Agent::Agent(Wire& wire, Recorder& recorder, const AgentSettings& settings)
       recorder_(recorder),
       settings_(settings),
       client_(wire, recorder),
-      threads_(openStateFolder(settings)) {
+      threads_(openStateFolder(settings)),
+      catalogue_(client_, later_, catalogueSettings(settings_, threads_)) {
   addOwnRequests();
   addThreadRequests(requests_, threads_, client_);
   addThreadEditRequests(requests_, threads_, client_);
   addGoalRequests(requests_, threads_);
   addListRequests(requests_, threads_, client_);
   addTurnListRequests(requests_, threads_);
+  catalogue_.addRequests(requests_);
   for (const std::string& method : settings_.unknownMethods) requests_.erase(method);
 }
 
@@ -76,6 +88,7 @@ Exit Agent::run() {
         return Exit{0};
       }
       advanceTurns();
+      doLaterSteps();
     }
   } catch (const std::system_error&) {
     // Nobody reads any more, which is an end like that of the input.
@@ -90,7 +103,19 @@ milliseconds Agent::timeToNextStep() const {
   for (const auto& turn : turns_) {
     if (const auto due = turn->due()) time = std::min(time, std::chrono::ceil<milliseconds>(*due - now));
   }
+  if (const auto due = later_.due()) time = std::min(time, std::chrono::ceil<milliseconds>(*due - now));
   return std::max(time, milliseconds(0));
+}
+
+void Agent::doLaterSteps() {
+  const auto now = LaterSteps::Clock::now();
+  while (later_.due() && *later_.due() <= now) {
+    try {
+      later_.doOne(now);
+    } catch (const Error& error) {
+      client_.complain(error.description());
+    }
+  }
 }
 
 void Agent::advanceTurns() {

@@ -7,7 +7,9 @@
 #include "ormel-simulator/Agent/AgentSettings.h"
 #include "ormel-simulator/Agent/AgentThreadStore.h"
 #include "ormel-simulator/Agent/AgentTurn.h"
+#include "ormel-simulator/Catalogue/Catalogue.h"
 #include "ormel-simulator/Requests/AgentClient.h"
+#include "ormel-simulator/Requests/LaterSteps.h"
 #include "ormel-simulator/Requests/RequestTable.h"
 #include "ormel-simulator/Scenario/Scenario.h"
 
@@ -28,6 +30,7 @@ class Agent {
   void receive(const Message& message);
   void answer(const Message& request);
   void advanceTurns();
+  void doLaterSteps();
   void endTurn(AgentTurn& turn);
   milliseconds timeToNextStep() const;
 
@@ -49,6 +52,8 @@ class Agent {
   AgentSettings settings_;
   AgentClient client_;
   AgentThreadStore threads_;
+  LaterSteps later_;
+  Catalogue catalogue_;
   RequestTable requests_;
   // After the threads and the client, which they refer to.
   std::vector<std::unique_ptr<AgentTurn>> turns_;

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace ormel::simulator {
 
@@ -16,6 +17,8 @@ struct AgentSettings {
   bool forgets = false;
   /// Methods that the agent does as if it did not know.
   std::set<std::string> unknownMethods;
+  /// Of the configuration, "KEY=VALUE" each.
+  std::vector<std::string> configOverrides;
 };
 
 }  // namespace ormel::simulator
