@@ -74,6 +74,10 @@ void addStateOptions(CLI::App& app, AgentSettings& agent) {
   app.add_option("--state", agent.stateFolder, "Folder in which the agent keeps its threads, instead of the user's own")
       ->envname("ORMEL_SIMULATOR_STATE")
       ->type_name("FOLDER");
+  app.add_option("--files", agent.filesFolder,
+                 "Folder of the files that a client may read and write, instead of one in the folder of the threads")
+      ->envname("ORMEL_SIMULATOR_FILES")
+      ->type_name("FOLDER");
   app.add_flag("--forget", agent.forgets, "Keep no threads when the agent ends, whatever folder is named")
       ->envname("ORMEL_SIMULATOR_FORGET");
   app.add_option("--without", agent.unknownMethods,

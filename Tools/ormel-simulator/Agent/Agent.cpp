@@ -4,12 +4,13 @@
 #include <set>
 #include <system_error>
 #include <utility>
+#include <variant>
 
 #include "OrmelSDK/Base/Error.h"
+#include "OrmelSDK/Base/Visit.h"
 #include "ormel-simulator/Agent/GoalRequests.h"
 #include "ormel-simulator/Agent/InputText.h"
 #include "ormel-simulator/Agent/ListRequests.h"
-#include "ormel-simulator/Agent/StateFolder.h"
 #include "ormel-simulator/Agent/ThreadEditRequests.h"
 #include "ormel-simulator/Agent/ThreadLookup.h"
 #include "ormel-simulator/Agent/ThreadRequests.h"
@@ -47,13 +48,14 @@ bool isExperimental(const std::string& method) {
 
 }  // namespace
 
-Agent::Agent(Wire& wire, Recorder& recorder, const AgentSettings& settings)
+Agent::Agent(Wire& wire, Recorder& recorder, const AgentSettings& settings, const std::filesystem::path& stateFolder)
     : wire_(wire),
       recorder_(recorder),
       settings_(settings),
       client_(wire, recorder),
-      threads_(openStateFolder(settings)),
-      catalogue_(client_, later_, catalogueSettings(settings_, threads_)) {
+      threads_(stateFolder),
+      catalogue_(client_, later_, catalogueSettings(settings_, threads_)),
+      machine_(client_, folderForFiles(settings, stateFolder)) {
   addOwnRequests();
   addThreadRequests(requests_, threads_, client_);
   addThreadEditRequests(requests_, threads_, client_);
@@ -61,6 +63,7 @@ Agent::Agent(Wire& wire, Recorder& recorder, const AgentSettings& settings)
   addListRequests(requests_, threads_, client_);
   addTurnListRequests(requests_, threads_);
   catalogue_.addRequests(requests_);
+  machine_.addRequests(requests_);
   for (const std::string& method : settings_.unknownMethods) requests_.erase(method);
 }
 
@@ -81,12 +84,13 @@ void Agent::addOwnRequests() {
 Exit Agent::run() {
   try {
     while (!exitStatus_) {
-      wire_.pump(timeToNextStep());
+      wire_.pump(timeToNextStep(), machine_.descriptors());
       receiveLines();
       if (wire_.inputEnded()) {
         recorder_.record("endOfInput");
         return Exit{0};
       }
+      machine_.serve();
       advanceTurns();
       doLaterSteps();
     }
@@ -104,6 +108,7 @@ milliseconds Agent::timeToNextStep() const {
     if (const auto due = turn->due()) time = std::min(time, std::chrono::ceil<milliseconds>(*due - now));
   }
   if (const auto due = later_.due()) time = std::min(time, std::chrono::ceil<milliseconds>(*due - now));
+  if (const auto due = machine_.due()) time = std::min(time, std::chrono::ceil<milliseconds>(*due - now));
   return std::max(time, milliseconds(0));
 }
 
@@ -169,8 +174,10 @@ void Agent::answer(const Message& request) {
     if (isExperimental(request.method) && !takesExperiments_) {
       throw Refusal(invalidRequest, request.method + " is for clients with the capability experimentalApi");
     }
-    const JSONValue result = handler->second(request.content.value_or(JSONValue()));
-    client_.reply(request.id, result);
+    const JSONValue params = request.content.value_or(JSONValue());
+    std::visit(Overloaded{[&](const ImmediateHandler& handle) { client_.reply(request.id, handle(params)); },
+                          [&](const DeferredHandler& handle) { handle(params, {client_, request.id}); }},
+               handler->second);
   } catch (const Refusal& refusal) {
     client_.refuse(request.id, refusal.code(), refusal.description());
   } catch (const Error& error) {
