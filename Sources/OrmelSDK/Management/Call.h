@@ -21,7 +21,8 @@
 //   }
 //
 // Its arguments are those of the operation of the same name, which performs it. An object whose operation has another
-// form has a call of its own. The params without required members are `coding::encodeParams(params)`, or absent.
+// form has a call of its own. The params without required members are `coding::encodeParams(params)`, an empty object
+// that is always sent is `callParams({})`, and a call that is sent without params says so: `withoutParams`.
 namespace ormel::detail {
 
 /// A management call as it goes out, and the record that comes back. It does not depend on who performs it.
@@ -35,6 +36,21 @@ struct Call {
 /// A call of which only the success is told. Its reply must be such a record all the same.
 template <typename Record>
 struct DroppedCall : Call<Record> {};
+
+/// A notification, which nobody answers.
+struct NotificationCall {
+  std::string_view method;
+  JSONValue params;
+};
+
+/// In the place of the params of a call that has none.
+inline constexpr std::nullopt_t withoutParams = std::nullopt;
+
+/// A list, map or record among the required members.
+template <typename Value>
+JSONValue argument(const Value& value) {
+  return coding::Codec<Value>::encode(value);
+}
 
 /// Params whose required members go ahead of what the table of the optional ones writes.
 template <typename Params>

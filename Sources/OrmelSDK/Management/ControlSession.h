@@ -44,9 +44,10 @@ class ControlSession final : public CallPerformer, public std::enable_shared_fro
   static Task<EventChannel<OrmelControlNotification>> notifications(Self self);
   static Task<void> close(Self self);
 
+  const Strand& strand() const noexcept { return strand_; }
+
   // For tests; on the session's strand.
 
-  const Strand& strand() const noexcept { return strand_; }
   const std::shared_ptr<AppServerRPCClient>& client() const noexcept { return client_; }
   std::size_t subscribers() const noexcept { return notificationContinuations_.size(); }
 
