@@ -128,7 +128,8 @@ inline JSONValue makeInSession(const CallMaker<OrmelControlSession>& make, const
 }
 
 inline std::string methodOf(const CallRow& row) {
-  return std::string(*JSONValue::decode(row.line).find("method")->stringValue());
+  const JSONValue request = JSONValue::decode(row.line);
+  return std::string(*request.find("method")->stringValue());
 }
 
 /// Makes the row's call on a simulator of its own, and holds the line that this receives, and what comes of its answer,
