@@ -75,7 +75,7 @@ const CallRow appRows[] = {
             }),
     onSession(R"({"id":2,"method":"app/list","params":{}})", twoApps, twoAppsRead,
               [](const OrmelControlSession& session) { return session.listAllApps(); }),
-    onSession(R"({"id":2,"method":"app/list","params":{"threadId":"t1","limit":7,"forceRefetch":true}})", noApps, "[]",
+    onSession(R"({"id":2,"method":"app/list","params":{"limit":7,"threadId":"t1","forceRefetch":true}})", noApps, "[]",
               [](const OrmelControlSession& session) {
                 ListAllAppsParams params;
                 params.threadID = "t1";
@@ -83,7 +83,7 @@ const CallRow appRows[] = {
                 params.forceRefetch = true;
                 return session.listAllApps(params);
               }),
-    onSession(R"({"id":2,"method":"app/list","params":{"threadId":"","limit":0,"forceRefetch":false}})", noApps, "[]",
+    onSession(R"({"id":2,"method":"app/list","params":{"limit":0,"threadId":"","forceRefetch":false}})", noApps, "[]",
               [](const OrmelControlSession& session) {
                 ListAllAppsParams params;
                 params.threadID = "";
@@ -160,8 +160,8 @@ const CallRow appRows[] = {
             }),
     onSession(R"({"id":2,"method":"mcpServerStatus/list","params":{}})", mcpServers, mcpServersRead,
               [](const OrmelControlSession& session) { return session.listAllMcpServerStatus(); }),
-    onSession(R"({"id":2,"method":"mcpServerStatus/list","params":{"threadId":"t1","detail":"toolsAndAuthOnly",)"
-              R"("limit":7}})",
+    onSession(R"({"id":2,"method":"mcpServerStatus/list","params":{"limit":7,"detail":"toolsAndAuthOnly",)"
+              R"("threadId":"t1"}})",
               noApps, "[]",
               [](const OrmelControlSession& session) {
                 ListAllMcpServerStatusParams params;
@@ -170,7 +170,7 @@ const CallRow appRows[] = {
                 params.limit = 7;
                 return session.listAllMcpServerStatus(params);
               }),
-    onSession(R"({"id":2,"method":"mcpServerStatus/list","params":{"threadId":"","detail":"full","limit":0}})", noApps,
+    onSession(R"({"id":2,"method":"mcpServerStatus/list","params":{"limit":0,"detail":"full","threadId":""}})", noApps,
               "[]",
               [](const OrmelControlSession& session) {
                 ListAllMcpServerStatusParams params;
