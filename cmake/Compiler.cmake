@@ -14,6 +14,10 @@ target_compile_options(OrmelCompilerOptions INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # g++ 12 reports moved-from and union members as uninitialised in optimised builds.
   target_compile_options(OrmelCompilerOptions INTERFACE -Wno-maybe-uninitialized)
+  # Its own string's `"text" + std::string` looks to it like a copy of 2^63 bytes, now and then.
+  if(CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(OrmelCompilerOptions INTERFACE -Wno-restrict)
+  endif()
   # Left to itself g++ looks for garbage so often that an eighth of the time goes into it. In kilobytes.
   target_compile_options(OrmelCompilerOptions INTERFACE "SHELL:--param ggc-min-heapsize=1048576")
 elseif(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND NOT CMAKE_CXX_FLAGS MATCHES "-stdlib=libc[+][+]")
