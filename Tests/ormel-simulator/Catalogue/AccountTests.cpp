@@ -23,6 +23,11 @@ Notification told(const JSONValue& message) {
   return decode<Notification>(anyMember(message, "params"));
 }
 
+std::string contentOf(const std::filesystem::path& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
 std::string accountType(CatalogueAgent& agent) {
   const auto account = agent.read<AccountReadResponse>("account/read").account;
   return account ? account->type : "";
@@ -62,7 +67,8 @@ TEST(CatalogueAccount, IsLoggedInToAndOutOf) {
 
 TEST(CatalogueAccount, CanBeAKeyThatIsNotKept) {
   const testing::TemporaryDirectory state;
-  CatalogueAgent agent(state.path().string());
+  CatalogueAgent agent(std::vector<std::string>{"ORMEL_SIMULATOR_STATE=" + state.path().string(),
+                                                "ORMEL_SIMULATOR_RECORD=" + (state / "record")});
   const auto login = agent.read<AccountLoginResponse>("account/login/start", R"({"type":"apiKey","apiKey":"sesame"})");
   EXPECT_EQ(login.type, "apiKey");
   EXPECT_FALSE(login.loginID);
@@ -75,9 +81,9 @@ TEST(CatalogueAccount, CanBeAKeyThatIsNotKept) {
   EXPECT_EQ(status.authMethod, "apiKey");
   EXPECT_FALSE(status.authToken);
   EXPECT_EQ(agent.finish(), 0);
+  EXPECT_THAT(contentOf(state / "record"), HasSubstr("6 bytes"));
   for (const auto& entry : std::filesystem::recursive_directory_iterator(state.path())) {
-    std::ifstream file(entry.path());
-    EXPECT_THAT(std::string(std::istreambuf_iterator<char>(file), {}), Not(HasSubstr("sesame"))) << entry.path();
+    EXPECT_THAT(contentOf(entry.path()), Not(HasSubstr("sesame"))) << entry.path();
   }
 }
 
@@ -162,6 +168,7 @@ TEST(CatalogueAccount, HasResetCreditsThatCountDownOncePerKey) {
   EXPECT_EQ(limits().rateLimitResetCredits->credits->at(1).status, RateLimitResetCreditStatus::redeemed);
   EXPECT_EQ(limits().rateLimits.primary->usedPercent, 0);
   EXPECT_EQ(consume(R"({"idempotencyKey":"b","creditId":"credit-2"})"), "alreadyRedeemed");
+  EXPECT_EQ(consume(R"({"idempotencyKey":"c"})"), "reset");
   EXPECT_EQ(consume(R"({"idempotencyKey":"c"})"), "reset");
   EXPECT_EQ(limits().rateLimitResetCredits->availableCount, 1);
   EXPECT_EQ(consume(R"({"idempotencyKey":"d"})"), "reset");

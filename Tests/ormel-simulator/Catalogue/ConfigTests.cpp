@@ -322,6 +322,7 @@ TEST(CatalogueConfig, SwitchesSkills) {
   EXPECT_TRUE(isSkillEnabled(other, "count-the-birds"));
   other.get("skills/config/write", R"({"enabled":true,"path":"/ormel/skills/water-the-beds/skill.md"})");
   EXPECT_TRUE(isSkillEnabled(agent, "water-the-beds"));
+  EXPECT_EQ(agent.read<ConfigReadResponse>("config/read").config.skills->config.size(), 1U);
 }
 
 TEST(CatalogueConfig, SwitchesExperimentalFeatures) {
