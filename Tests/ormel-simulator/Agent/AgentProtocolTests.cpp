@@ -37,7 +37,7 @@ TEST(AgentProtocol, BeginsWithInitialize) {
 TEST(AgentProtocol, RefusesWhatItDoesNotKnow) {
   RawAgent agent;
   agent.initialize();
-  EXPECT_EQ(agent.refusal("model/teach"), "-32601 Method not found: model/teach");
+  EXPECT_EQ(agent.refusal("model/dream"), "-32601 Method not found: model/dream");
   EXPECT_EQ(agent.refusal("thread/read", ofThread("t")),
             "-32600 thread not found: t; the simulator keeps no threads, and remembers 0 threads of this process");
   EXPECT_THAT(agent.refusal("turn/start"), ::testing::StartsWith("-32600 thread not found: ; "));

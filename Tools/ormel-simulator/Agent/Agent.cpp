@@ -16,6 +16,7 @@
 #include "ormel-simulator/Agent/ThreadRequests.h"
 #include "ormel-simulator/Agent/TurnListRequests.h"
 #include "ormel-simulator/Agent/TurnScripts.h"
+#include "ormel-simulator/Catalogue/JSONEditing.h"
 #include "ormel-simulator/Requests/JSONMembers.h"
 #include "ormel-simulator/Requests/NewID.h"
 #include "ormel-simulator/Requests/Refusal.h"
@@ -40,6 +41,20 @@ CatalogueSettings catalogueSettings(const AgentSettings& settings, AgentThreadSt
           .configOverrides = settings.configOverrides,
           .loginTime = stepsOfLogin * settings.pace,
           .requireThread = [&threads](const std::string& id) { knownThread(threads, id); }};
+}
+
+// A record is kept and sent around, so of a key that a client logs in with it tells only the length.
+std::string recordedLine(const std::string& line) {
+  if (line.find("apiKey") == std::string::npos) return line;
+  try {
+    const JSONValue message = JSONValue::decode(line);
+    const KeyPath path = {"params", "apiKey"};
+    const JSONValue key = valueAt(message, path);
+    const auto text = key.stringValue();
+    return text ? withValueAt(message, path, std::to_string(text->size()) + " bytes").encode() : line;
+  } catch (const Error&) {
+    return line;
+  }
 }
 
 bool isExperimental(const std::string& method) {
@@ -146,7 +161,7 @@ void Agent::endTurn(AgentTurn& turn) {
 
 void Agent::receiveLines() {
   while (auto line = wire_.takeLine()) {
-    recorder_.recordReceived(line->bytes, line->terminated);
+    recorder_.recordReceived(recordedLine(line->bytes), line->terminated);
     receive(readMessage(std::move(line->bytes)));
   }
 }

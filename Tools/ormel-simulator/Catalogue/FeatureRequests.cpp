@@ -47,6 +47,7 @@ JSONValue listFeatures(Catalogue& catalogue, const RequestParams& params) {
   if (const auto thread = params.textIfGiven("threadId")) catalogue.settings().requireThread(*thread);
   const CatalogueView view = catalogue.view();
   std::vector<JSONValue> listed;
+  listed.reserve(std::size(features));
   for (const FeatureRow& feature : features) listed.push_back(featureJSON(view, feature));
   return pageOfListing("experimentalFeature/list", listed, "name", params);
 }

@@ -74,6 +74,7 @@ JSONValue listHooks(Catalogue& catalogue, const RequestParams& params) {
       params.textsIfGiven("cwds").value_or(std::vector{std::filesystem::current_path().string()});
   const JSONValue hooks = allHooks(catalogue.view());
   std::vector<JSONValue> entries;
+  entries.reserve(folders.size());
   for (const std::string& folder : folders) {
     entries.push_back(JSONValue::object(
         {{"cwd", folder}, {"hooks", hooks}, {"warnings", JSONValue::array()}, {"errors", JSONValue::array()}}));

@@ -76,7 +76,7 @@ JSONValue readResource(Catalogue& catalogue, const RequestParams& params) {
 /// The first argument that the tool requires and did not get.
 std::optional<std::string> missingArgument(const JSONValue& tool, const JSONValue& arguments) {
   for (const JSONValue& key : elementsOf(anyMember(anyMember(tool, "inputSchema"), "required"))) {
-    const std::string name(key.stringValue().value_or(""));
+    std::string name(key.stringValue().value_or(""));
     if (anyMember(arguments, name).isNull()) return name;
   }
   return std::nullopt;

@@ -75,7 +75,7 @@ std::vector<McpServer> knownMcpServers(const CatalogueView& view) {
   for (const JSONValue& data : elementsOf(mcpServerDescriptions())) {
     if (isThere(data, active)) servers.push_back(mcpServer(view, data, textMember(data, "name").value_or("")));
   }
-  const JSONValue added = configuredMcpServer();
+  const JSONValue& added = configuredMcpServer();
   for (const std::string& name : keysOf(anyMember(view.config, "mcp_servers"))) {
     if (!holdsServer(servers, name)) servers.push_back(mcpServer(view, added, name));
   }

@@ -77,7 +77,7 @@ JSONValue knownShare(const CatalogueDocument& state, const std::string& id) {
 void requireFreeName(const CatalogueDocument& state, const std::string& id, const std::string& name) {
   for (const std::string& other : keysOf(state.at({"shares"}))) {
     if (other != id && textMember(state.at({"shares", other}), "name") == name) {
-      throw Refusal(invalidRequest, "another plugin is shared by the name " + name + ": " + other);
+      throw Refusal(invalidRequest, std::string("another plugin is shared by the name ").append(name + ": " + other));
     }
   }
 }

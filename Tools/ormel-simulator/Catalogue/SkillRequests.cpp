@@ -57,6 +57,7 @@ JSONValue listSkills(Catalogue& catalogue, const RequestParams& params) {
       params.textsIfGiven("cwds").value_or(std::vector{std::filesystem::current_path().string()});
   const JSONValue skills = JSONValue::array(allSkills(catalogue.view()));
   std::vector<JSONValue> entries;
+  entries.reserve(folders.size());
   for (const std::string& folder : folders) {
     entries.push_back(JSONValue::object({{"cwd", folder}, {"skills", skills}, {"errors", JSONValue::array()}}));
   }

@@ -76,8 +76,10 @@ void closeOthers(const KeeperDescriptors& descriptors) {
   ::dup2(descriptors.error, STDERR_FILENO);
   for (int signal = 1; signal < NSIG; ++signal) onSignal(signal, SIG_DFL);
   std::vector<char*> arguments;
+  arguments.reserve(launch.arguments.size() + 1);
   for (const std::string& argument : launch.arguments) arguments.push_back(const_cast<char*>(argument.c_str()));
   std::vector<char*> variables;
+  variables.reserve(launch.environment.size() + 1);
   for (const std::string& variable : launch.environment) variables.push_back(const_cast<char*>(variable.c_str()));
   arguments.push_back(nullptr);
   variables.push_back(nullptr);
