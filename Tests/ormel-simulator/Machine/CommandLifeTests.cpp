@@ -131,7 +131,7 @@ TEST(MachineCommands, LeaveNoDescriptorAndNoZombieInTheSimulator) {
   MachineAgent agent;
   const pid_t simulator = agent->child().processID();
   const auto runSome = [&] {
-    for (int round = 0; round < 20; ++round) {
+    for (int round = 0; round < 5; ++round) {
       agent.run({"echo", "a"}, paramsOf({{"processId", "p"}}));
       agent.runScript("exit 1", paramsOf({{"tty", true}}));
       agent.runScript("sleep 1000 & exit 1", paramsOf({{"timeoutMs", 10'000}}));

@@ -159,10 +159,9 @@ TEST(MachineCommands, SurviveNobodyReadingTheirInput) {
 TEST(MachineCommands, RefuseInputThatPilesUp) {
   MachineAgent agent;
   const int id = agent.execute({"sleep", "1000"}, named("sleeper"));
-  const JSONValue eightMegabytes = base64Of(std::string(8 * megabyte, 'x'));
-  agent->result("command/exec/write", named("sleeper").set("deltaBase64", eightMegabytes));
-  agent->result("command/exec/write", named("sleeper").set("deltaBase64", eightMegabytes));
-  EXPECT_EQ(agent->refusal("command/exec/write", named("sleeper").set("deltaBase64", eightMegabytes)),
+  const JSONValue almostAll = base64Of(std::string(900'000, 'x'));
+  agent->result("command/exec/write", named("sleeper").set("deltaBase64", almostAll));
+  EXPECT_EQ(agent->refusal("command/exec/write", named("sleeper").set("deltaBase64", almostAll)),
             "-32600 the command does not read what was written before");
   agent->result("command/exec/terminate", named("sleeper"));
   agent.awaitEnd(id);

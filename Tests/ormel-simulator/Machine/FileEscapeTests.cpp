@@ -133,7 +133,7 @@ TEST(MachineFileRoot, FollowsNoLinkThatTakesAFoldersPlaceMeanwhile) {
   int ownReads = 0;
   int refusedLinks = 0;
   // Until it has seen both, and then some.
-  for (int attempt = 0; attempt < 20'000 && (attempt < 500 || ownReads == 0 || refusedLinks == 0); ++attempt) {
+  for (int attempt = 0; attempt < 20'000 && (attempt < 100 || ownReads == 0 || refusedLinks == 0); ++attempt) {
     const JSONValue answer = agent->awaitAnswer(agent->ask("fs/readFile", paramsOf({{"path", "place/deep/secret"}})));
     const std::string text = answer.encode();
     ASSERT_THAT(text, ::testing::Not(HasSubstr(base64Of("secret"))));
