@@ -11,6 +11,7 @@
 #include "ormel-simulator/Agent/GoalRequests.h"
 #include "ormel-simulator/Agent/InputText.h"
 #include "ormel-simulator/Agent/ListRequests.h"
+#include "ormel-simulator/Agent/StateFolder.h"
 #include "ormel-simulator/Agent/ThreadEditRequests.h"
 #include "ormel-simulator/Agent/ThreadLookup.h"
 #include "ormel-simulator/Agent/ThreadRequests.h"
@@ -63,14 +64,14 @@ bool isExperimental(const std::string& method) {
 
 }  // namespace
 
-Agent::Agent(Wire& wire, Recorder& recorder, const AgentSettings& settings, const std::filesystem::path& stateFolder)
+Agent::Agent(Wire& wire, Recorder& recorder, const AgentSettings& settings)
     : wire_(wire),
       recorder_(recorder),
       settings_(settings),
       client_(wire, recorder),
-      threads_(stateFolder),
+      threads_(openStateFolder(settings)),
       catalogue_(client_, later_, catalogueSettings(settings_, threads_)),
-      machine_(client_, folderForFiles(settings, stateFolder)) {
+      machine_(client_, folderForFiles(settings, threads_.folder())) {
   addOwnRequests();
   addThreadRequests(requests_, threads_, client_);
   addThreadEditRequests(requests_, threads_, client_);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -8,7 +7,6 @@
 #include "ormel-simulator/Agent/AgentSettings.h"
 #include "ormel-simulator/Agent/AgentThreadStore.h"
 #include "ormel-simulator/Agent/AgentTurn.h"
-#include "ormel-simulator/Agent/StateFolder.h"
 #include "ormel-simulator/Catalogue/Catalogue.h"
 #include "ormel-simulator/Machine/Machine.h"
 #include "ormel-simulator/Requests/AgentClient.h"
@@ -21,17 +19,13 @@ namespace ormel::simulator {
 /// The built-in agent: it holds a whole conversation by the words that it finds in the user's input.
 class Agent {
  public:
-  /// Fails with `Error` if the folder of its state cannot be used.
-  Agent(Wire& wire, Recorder& recorder, const AgentSettings& settings)
-      : Agent(wire, recorder, settings, openStateFolder(settings)) {}
+  Agent(Wire& wire, Recorder& recorder, const AgentSettings& settings);
 
   /// Serves the client until it closes the input, and tells how the process is to end. Single-threaded: it reads
   /// whenever no step of a turn is due.
   Exit run();
 
  private:
-  Agent(Wire& wire, Recorder& recorder, const AgentSettings& settings, const std::filesystem::path& stateFolder);
-
   void addOwnRequests();
   void receiveLines();
   void receive(const Message& message);

@@ -1,5 +1,6 @@
 #include "ormel-simulator/Machine/Base64.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -11,6 +12,17 @@ constexpr std::string_view base64Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijk
 constexpr unsigned bitsOfDigit = 6;
 constexpr unsigned bitsOfByte = 8;
 constexpr std::size_t digitsOfGroup = 4;
+constexpr std::uint8_t noDigit = 64;
+
+/// What each byte stands for as a digit.
+constexpr std::array<std::uint8_t, 256> digitValues = [] {
+  std::array<std::uint8_t, 256> values{};
+  values.fill(noDigit);
+  for (std::size_t digit = 0; digit < base64Digits.size(); ++digit) {
+    values[static_cast<unsigned char>(base64Digits[digit])] = static_cast<std::uint8_t>(digit);
+  }
+  return values;
+}();
 
 }  // namespace
 
@@ -39,9 +51,9 @@ std::optional<std::string> bytesOfBase64(std::string_view text) {
   std::uint32_t pending = 0;
   unsigned pendingBits = 0;
   for (const char character : text) {
-    const std::size_t digit = base64Digits.find(character);
-    if (digit == std::string_view::npos) return std::nullopt;
-    pending = pending << bitsOfDigit | static_cast<std::uint32_t>(digit);
+    const std::uint8_t digit = digitValues[static_cast<unsigned char>(character)];
+    if (digit == noDigit) return std::nullopt;
+    pending = pending << bitsOfDigit | digit;
     pendingBits += bitsOfDigit;
     if (pendingBits < bitsOfByte) continue;
     pendingBits -= bitsOfByte;

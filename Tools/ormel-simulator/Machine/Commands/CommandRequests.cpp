@@ -18,7 +18,7 @@ namespace {
 
 /// As the program `timeout` has it.
 constexpr int timeoutExitCode = 124;
-constexpr std::size_t greatestUnreadInput = std::size_t{16} << 20;
+constexpr std::size_t greatestUnreadInput = std::size_t{1} << 20;
 constexpr std::int64_t longestTimeLimit = 1'000'000'000;
 
 unsigned short terminalLength(const RequestParams& size, const char* key) {
@@ -113,7 +113,8 @@ JSONValue CommandRequests::write(const RequestParams& params) {
   if (!bytes) throw Refusal(invalidParams, "deltaBase64 must be a text in Base64");
   const bool closes = params.flag("closeStdin");
   if (!bytes->empty() && !command.acceptsInput()) throw Refusal(invalidRequest, "the command's input is closed");
-  if (command.unreadInput() + bytes->size() > greatestUnreadInput) {
+  const std::size_t unread = command.unreadInput();
+  if (unread > 0 && unread + bytes->size() > greatestUnreadInput) {
     throw Refusal(invalidRequest, "the command does not read what was written before");
   }
   command.write(*bytes);
