@@ -208,7 +208,14 @@ void checkReference(const Catalog& catalog, const Definition& from, const std::s
   require(catalog.contains(name), from.name + " refers to " + name + ", which is not defined");
 }
 
-}  // namespace
+void checkReferences(const Catalog& catalog) {
+  for (const auto& [name, definition] : catalog) {
+    for (const auto& field : definition.fields) {
+      if (!plainTypes.contains(field.type.name)) checkReference(catalog, definition, field.type.name);
+    }
+    for (const auto& variantCase : definition.cases) checkReference(catalog, definition, variantCase.fields);
+  }
+}
 
 void readDefinitions(const std::filesystem::path& file, Catalog& catalog) {
   std::ifstream stream(file);
@@ -237,6 +244,8 @@ void readDefinitions(const std::filesystem::path& file, Catalog& catalog) {
   }
 }
 
+}  // namespace
+
 Catalog readCatalog(const std::filesystem::path& folder) {
   Catalog catalog;
   for (const auto& file : std::filesystem::directory_iterator(folder)) {
@@ -244,15 +253,6 @@ Catalog readCatalog(const std::filesystem::path& folder) {
   }
   checkReferences(catalog);
   return catalog;
-}
-
-void checkReferences(const Catalog& catalog) {
-  for (const auto& [name, definition] : catalog) {
-    for (const auto& field : definition.fields) {
-      if (!plainTypes.contains(field.type.name)) checkReference(catalog, definition, field.type.name);
-    }
-    for (const auto& variantCase : definition.cases) checkReference(catalog, definition, variantCase.fields);
-  }
 }
 
 }  // namespace ormel::tests

@@ -111,13 +111,8 @@ struct Definition {
 
 using Catalog = std::map<std::string, Definition, std::less<>>;
 
-/// Adds the definitions of a file. Fails with `std::runtime_error` that names the line.
-void readDefinitions(const std::filesystem::path& file, Catalog& catalog);
-
-/// All definitions of the files in a folder, whose references have been checked.
+/// All definitions of the files in a folder. Fails with `std::runtime_error` that names the line, or the definition if
+/// it refers to another one that does not exist.
 Catalog readCatalog(const std::filesystem::path& folder);
-
-/// Fails with `std::runtime_error` if a definition refers to another one that does not exist.
-void checkReferences(const Catalog& catalog);
 
 }  // namespace ormel::tests

@@ -1,13 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <set>
 #include <string>
 
 #include "Expectations/Checks.h"
 #include "Expectations/Mutants.h"
-#include "Expectations/WireModel.h"
 
 namespace {
 
@@ -71,8 +69,8 @@ TEST_P(Expectations, ChangedInAnyPlaceAreNotMet) {
 
 INSTANTIATE_TEST_SUITE_P(Of, Expectations,
                          testing::Values("Input", "Items", "Handlers", "Records", "Events", "AccountRecords",
-                                         "CatalogueRecords", "ConfigRecords", "ModelRecords", "PluginRecords",
-                                         "ThreadLists"),
+                                         "CallWords", "CatalogueRecords", "ConfigRecords", "ModelRecords",
+                                         "PluginRecords", "ThreadLists"),
                          [](const auto& family) { return family.param; });
 
 TEST(ExpectationFiles, DefineEveryRegisteredTypeAndNoOther) {
@@ -82,19 +80,6 @@ TEST(ExpectationFiles, DefineEveryRegisteredTypeAndNoOther) {
   }
   for (const auto& [name, type] : tests::registry().all()) registered.insert(name);
   EXPECT_EQ(defined, registered);
-}
-
-TEST(ExpectationFiles, ThatWaitForTheirRecordsAreWellFormed) {
-  tests::Catalog all = catalog();
-  for (const auto& file : std::filesystem::directory_iterator(ORMEL_EXPECTATIONS_FOLDER "/Coming")) {
-    tests::readDefinitions(file.path(), all);
-  }
-  tests::checkReferences(all);
-  const tests::WireModel model(all);
-  for (const auto& [name, definition] : all) {
-    const tests::ExpectedType type{tests::ExpectedType::Shape::single, name};
-    EXPECT_FALSE(model.written(type, model.sample(type, {})).isNull()) << name;
-  }
 }
 
 }  // namespace

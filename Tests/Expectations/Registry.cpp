@@ -16,6 +16,7 @@ const Registry& registry() {
     registerRecords(filled);
     registerEvents(filled);
     registerAccountRecords(filled);
+    registerCallWords(filled);
     registerCatalogueRecords(filled);
     registerConfigRecords(filled);
     registerModelRecords(filled);

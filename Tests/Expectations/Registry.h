@@ -202,6 +202,7 @@ void registerHandlers(Registry& registry);
 void registerRecords(Registry& registry);
 void registerEvents(Registry& registry);
 void registerAccountRecords(Registry& registry);
+void registerCallWords(Registry& registry);
 void registerCatalogueRecords(Registry& registry);
 void registerConfigRecords(Registry& registry);
 void registerModelRecords(Registry& registry);
