@@ -387,7 +387,6 @@ TEST(ConfigCalls, GoOutExactly) { expectCalls(configRows); }
 
 TEST(ConfigCalls, FailByTheirRecordAndByTheServersError) { expectFailures(configRows, configRecords); }
 
-// A server that would refuse an answerable message says nothing to a notification.
 TEST(ConfigCalls, NotifyOfExtraRootsOfSkillsWithoutAwaitingAReply) {
   const std::vector<std::vector<std::string>> allRoots = {{}, {"/a", "/b \"c\""}};
   const char* lines[] = {R"({"method":"skills/extraRoots/set","params":{"extraRoots":[]}})",
@@ -402,6 +401,12 @@ TEST(ConfigCalls, NotifyOfExtraRootsOfSkillsWithoutAwaitingAReply) {
     EXPECT_EQ(received.back(), lines[row]);
     for (const std::string& text : scenario.failures()) ADD_FAILURE() << text;
   }
+}
+
+TEST(ConfigCalls, TellAFailedNotificationAsItIs) {
+  const SimulatorScenario scenario("client asks initialize\nserver exits 0\n");
+  EXPECT_EQ(failureOf([&] { ormelPlaying(scenario).setSkillExtraRoots({"/a"}).get(); }),
+            "stream error: Ormel app-server terminated unexpectedly");
 }
 
 }  // namespace
