@@ -1,11 +1,13 @@
 // Writes the table of the management calls from their declarations, or checks with --check that it is current.
 
 import { existsSync, readFileSync, writeFileSync } from 'node:fs';
-import { Declarations, recordHeaders } from './management-declarations.mjs';
+import { Calls, signature } from './calls.mjs';
+import { insist } from './cpp.mjs';
+import { management, recordHeaders } from './files.mjs';
+import { readOperations } from './operations.mjs';
 
 const page = 'docs/management/calls.md';
 const root = '../..';
-const management = 'Sources/OrmelSDK/Management';
 const tests = 'Tests/OrmelSDK/Management/Conversations';
 
 const families = {
@@ -22,8 +24,11 @@ const families = {
 const facade = { className: 'Ormel', others: ['performRPC', 'performNotification'] };
 const session = { className: 'OrmelControlSession', others: ['notifications', 'close'] };
 
+const mostLinesOfDifference = 20;
+
 const code = (text) => `\`${text}\``;
 const link = (text, target) => `[${text}](${root}/${target})`;
+const classLink = (name) => link(code(name), `Sources/OrmelSDK/${name}.h`);
 
 // The types tell overloads apart.
 function nameOf(operation, siblings) {
@@ -49,7 +54,7 @@ function paramsText(params) {
 function resultText({ call, result, walks }, headers) {
   if (call.kind === 'NotificationCall') return 'nothing; it is a notification';
   const name = walks ? /^std::vector<(\w+)>$/.exec(result)[1] : result === 'void' ? call.result : result;
-  if (!headers[name]) throw new Error(`no header of records defines ${name}`);
+  insist(headers[name], `no header of records defines ${name}`);
   const record = link(code(name), `Sources/${headers[name]}`);
   if (walks) return `list of ${record}`;
   return call.kind === 'DroppedCall' ? `nothing (${record}, dropped)` : record;
@@ -64,9 +69,9 @@ function rowsOf(operations, headers) {
   const rows = new Map();
   for (const operation of operations) {
     const cells = [methodText(operation), paramsText(operation.params), resultText(operation, headers)];
-    const key = [operation.call.family, operation.call.name, operation.call.parameters.map((one) => one.type), operation.walks, ...cells].join('|');
+    const key = [signature(operation.call), operation.walks, ...cells].join('|');
     const row = rows.get(key) ?? { family: operation.family, cells };
-    if (row[operation.className]) throw new Error(`two operations of ${operation.className} are one row: ${operation.name}`);
+    insist(!row[operation.className], `two operations of ${operation.className} are one row: ${operation.name}`);
     row[operation.className] = nameOf(operation, operations.filter((one) => one.className === operation.className));
     row.method ??= operation.methods[0];
     row.name ??= operation.name;
@@ -82,28 +87,30 @@ function rowsOf(operations, headers) {
 // A test finds its call by the name of the operation, and by the method.
 function checkTests(family, operations) {
   const file = `${tests}/${family}CallTests.cpp`;
-  if (!existsSync(file)) throw new Error(`there is no ${file}`);
+  insist(existsSync(file), `there is no ${file}`);
   const text = readFileSync(file, 'utf8');
   for (const { name, methods } of operations.filter((one) => one.family === family)) {
-    if (!text.includes(`.${name}(`)) throw new Error(`${file} does not call ${name}`);
-    for (const method of methods) {
-      if (!text.includes(method)) throw new Error(`${file} does not name ${method}`);
-    }
+    insist(text.includes(`.${name}(`), `${file} does not call ${name}`);
+    for (const method of methods) insist(text.includes(`"${method}"`), `${file} does not name ${method}`);
   }
   return file;
 }
 
-function write() {
-  const declarations = new Declarations();
-  const operations = [facade, session].flatMap(({ className, others }) => declarations.operations(className, others));
-  const unused = declarations.unusedCalls();
-  if (unused.length > 0) throw new Error(`no operation performs ${unused.join(', ')}`);
-  const headers = recordHeaders();
-  const rows = rowsOf(operations, headers);
-  const told = rows.reduce((count, row) => count + (row.Ormel ? 1 : 0) + (row.OrmelControlSession ? 1 : 0), 0);
-  if (told !== operations.length) throw new Error(`${operations.length} operations are declared, but ${told} are in the table`);
+function readAll() {
+  const calls = new Calls();
+  const operations = [facade, session].flatMap(({ className, others }) => readOperations(calls, className, others));
+  const unused = calls.unused();
+  insist(unused.length === 0, `no operation performs ${unused.join(', ')}`);
   const strangers = operations.filter((one) => !families[one.family]).map((one) => `${one.name} (${one.family})`);
-  if (strangers.length > 0) throw new Error(`no heading for the family of ${strangers.join(', ')}`);
+  insist(strangers.length === 0, `no heading for the family of ${strangers.join(', ')}`);
+  return operations;
+}
+
+function write() {
+  const operations = readAll();
+  const rows = rowsOf(operations, recordHeaders());
+  const told = rows.reduce((count, row) => count + (row.Ormel ? 1 : 0) + (row.OrmelControlSession ? 1 : 0), 0);
+  insist(told === operations.length, `${operations.length} operations are declared, but ${told} are in the table`);
 
   const methods = new Set(operations.flatMap((one) => one.methods));
   const count = (className) => operations.filter((one) => one.className === className).length;
@@ -112,11 +119,12 @@ function write() {
     '',
     '<!-- Written by scripts/management-table from the declarations; change those, and run it. -->',
     '',
-    `${count('Ormel')} operations of [\`Ormel\`](${root}/Sources/OrmelSDK/Ormel.h) and ${count('OrmelControlSession')} of`,
-    `[\`OrmelControlSession\`](${root}/Sources/OrmelSDK/OrmelControlSession.h), by ${methods.size} methods.`,
+    `${count('Ormel')} operations of ${classLink('Ormel')} and`,
+    `${count('OrmelControlSession')} of ${classLink('OrmelControlSession')}, by ${methods.size} methods.`,
     'An operation that takes other params, or gives another result, than its namesake has a row of its own.',
     '',
-    'Params go by the name of their key, with `ID` for `Id` and `URL` for `Url`, unless an argument is named. How they are sent:',
+    'Params go by the name of their key, with `ID` for `Id` and `URL` for `Url`, unless an argument is named.',
+    'How they are sent:',
     '',
     '| mark | |',
     '|---|---|',
@@ -137,7 +145,8 @@ function write() {
       `## ${title}`,
       '',
       `[About them](${about}); params in ${link(code(`${family}Params.h`), file('Params.h'))}, calls in`,
-      `${link(code(`${family}Calls.cpp`), file('Calls.cpp'))}, the lines of each call in ${link(code(`${family}CallTests.cpp`), test)}.`,
+      `${link(code(`${family}Calls.cpp`), file('Calls.cpp'))}, the lines of each call in`,
+      `${link(code(`${family}CallTests.cpp`), test)}.`,
       '',
       '| `Ormel` | `OrmelControlSession` | method | params | result |',
       '|---|---|---|---|---|',
@@ -165,7 +174,8 @@ try {
   const wanted = write();
   const kept = existsSync(page) ? readFileSync(page, 'utf8') : '';
   if (process.argv[2] === '--check') {
-    if (kept !== wanted) fail([`${page} is stale; run scripts/management-table.`, ...difference(kept, wanted).slice(0, 20)]);
+    const lines = difference(kept, wanted).slice(0, mostLinesOfDifference);
+    if (kept !== wanted) fail([`${page} is stale; run scripts/management-table.`, ...lines]);
     console.log(`The table of management calls is current: ${wanted.match(/^\| [`–]/gm).length} rows.`);
   } else {
     writeFileSync(page, wanted);

@@ -2,6 +2,10 @@
 
 import { readFileSync } from 'node:fs';
 
+export function insist(holds, fault) {
+  if (!holds) throw new Error(fault);
+}
+
 const openers = '([{<';
 const closers = ')]}>';
 
@@ -42,7 +46,7 @@ export function splitList(text) {
       begin = at + 1;
     }
   }
-  if (depth !== 0) throw new Error(`brackets do not match: ${text}`);
+  insist(depth === 0, `brackets do not match: ${text}`);
   const last = text.slice(begin).trim();
   return last || parts.length > 0 ? [...parts, last] : [];
 }
@@ -51,7 +55,7 @@ export function splitList(text) {
 function readParameter(text) {
   const [declaration, ...value] = text.split(/\s=\s/);
   const match = /^(?:const )?(.+?)(?: ?&)? (\w+)$/.exec(declaration.trim());
-  if (!match) throw new Error(`cannot read the parameter "${text}"`);
+  insist(match, `cannot read the parameter "${text}"`);
   return { type: match[1], name: match[2], hasDefault: value.length > 0 };
 }
 
@@ -71,12 +75,12 @@ export function readFunctions(text, templates) {
     const isVariable = /^ \w+;/.test(text.slice(at));
     if (isVariable) continue;
     const name = /^ (?:(\w+)::)?(\w+) ?\(/.exec(text.slice(at));
-    if (!name) throw new Error(`cannot read "${text.slice(match.index, match.index + 120).trim()}"`);
+    insist(name, `cannot read "${text.slice(match.index, match.index + 120).trim()}"`);
     const open = at + name[0].length - 1;
     const close = closing(text, open);
     const parameters = splitList(text.slice(open + 1, close - 1)).map(readParameter);
     const tail = /^ ?(?:const )?(?:noexcept )?(;|\{)/.exec(text.slice(close).replace(/^ ?const;/, ' ;'));
-    if (!tail) throw new Error(`cannot read what follows ${name[2]}: "${text.slice(close, close + 60)}"`);
+    insist(tail, `cannot read what follows ${name[2]}: "${text.slice(close, close + 60)}"`);
     const brace = tail[1] === '{' ? text.indexOf('{', close) : -1;
     const body = brace < 0 ? undefined : text.slice(brace + 1, closing(text, brace) - 1).trim();
     functions.push({ kind: match[1], result, owner: name[1], name: name[2], parameters, body });
@@ -98,7 +102,7 @@ export function outsideBrackets(text) {
 // What stands between the braces of a class or struct.
 export function readBody(text, head) {
   const at = text.indexOf(head);
-  if (at < 0) throw new Error(`there is no "${head}"`);
+  insist(at >= 0, `there is no "${head}"`);
   const open = text.indexOf('{', at);
   return text.slice(open + 1, closing(text, open) - 1);
 }
