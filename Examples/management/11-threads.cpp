@@ -43,7 +43,8 @@ int main(int argumentCount, char** arguments) try {
   ormel::ListThreadTurnsParams page;
   page.limit = 10;
   for (const ormel::ThreadTurn& turn : ormel.listThreadTurns(fork.thread.id, page).get().data) {
-    std::cout << "A turn of the fork: " << turn.items.size() << " items, " << turn.status << '\n';
+    const bool isCompleted = turn.status == ormel::ThreadTurnStatus::completed;
+    std::cout << "A turn of the fork: " << turn.items.size() << " items" << (isCompleted ? ", completed\n" : "\n");
   }
   ormel.deleteThread(fork.thread.id).get();
 } catch (const ormel::Error& error) {

@@ -39,6 +39,7 @@ int main(int argumentCount, char** arguments) try {
   const ormel::Thread thread = ormel.startThread();
   thread.run("Which moon is it?").get();
 
+  // The simulator has this MCP server; for another one, take what was listed.
   ormel::CallMcpServerToolParams params;
   params.arguments = ormel::JSONValue::object({{"day", "tomorrow"}});
   const ormel::McpServerToolCallResponse result =
