@@ -1,11 +1,7 @@
-// Lists models, changes the configuration unless somebody else has changed it meanwhile, and switches a skill off and
-// on. Usage: 14-configuration [SERVER]
+// Lists models, changes the configuration unless it has changed meanwhile, and switches a skill off and on.
+// Usage: 14-configuration [SERVER]
 
-#include <OrmelSDK/AppServerRun/Framing/AppServerRPCError.h>
-#include <OrmelSDK/Ormel.h>
-#include <OrmelSDK/Records/ConfigRecords.h>
-#include <OrmelSDK/Records/ModelRecords.h>
-#include <OrmelSDK/Records/SkillRecords.h>
+#include <OrmelSDK/OrmelSDK.h>
 
 #include <iostream>
 

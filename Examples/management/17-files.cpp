@@ -1,9 +1,7 @@
 // Writes, lists, examines, reads and removes a file on the server's machine.
 // Usage: 17-files [SERVER [FOLDER]]
 
-#include <OrmelSDK/AppServerRun/Framing/AppServerRPCError.h>
-#include <OrmelSDK/Ormel.h>
-#include <OrmelSDK/Records/FileRecords.h>
+#include <OrmelSDK/OrmelSDK.h>
 
 #include <iostream>
 
