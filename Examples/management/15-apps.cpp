@@ -44,7 +44,10 @@ int main(int argumentCount, char** arguments) try {
   params.arguments = ormel::JSONValue::object({{"day", "tomorrow"}});
   const ormel::McpServerToolCallResponse result =
       ormel.callMcpServerTool(thread.id().value(), "almanac", "look_up", params).get();
-  for (const ormel::JSONValue& block : result.content) std::cout << block.encode() << '\n';
+  for (const ormel::JSONValue& block : result.content) {
+    const ormel::JSONValue* text = block.find("text");
+    if (text) std::cout << text->stringValue().value_or("") << '\n';
+  }
 } catch (const ormel::Error& error) {
   std::cerr << error.what() << '\n';
   return 1;

@@ -38,7 +38,7 @@ TEST(ManagementExamples, ListAppsAndCallAToolOfAnMcpServer) {
   EXPECT_EQ(outputOf("15-apps"),
             "Almanac\nHarbour Log, not connected\nSeed Exchange, not connected\nLetterbox\nWeathercock\n"
             "almanac: 2 tools\nletterbox: 1 tools\norchard: 0 tools\nrusty-pump: 0 tools\n"
-            "{\"text\":\"Pretended to call look_up with {\\\"day\\\":\\\"tomorrow\\\"}\",\"type\":\"text\"}\n");
+            "Pretended to call look_up with {\"day\":\"tomorrow\"}\n");
 }
 
 TEST(ManagementExamples, RunCommandsWithTheirLimits) {
