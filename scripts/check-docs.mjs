@@ -24,14 +24,35 @@ function missingFiles(text) {
   });
 }
 
+// A program is copied whole, but for the comment at its head, behind the marker <!-- program: FILE -->.
+function staleProgram(page, file, copy) {
+  if (!existsSync(file)) return `${page}: shows ${file}, which is not there`;
+  const program = readFileSync(file, 'utf8').replace(/^(\/\/.*\n)+\n/, '');
+  return copy === program ? undefined : `${page}: does not show ${file} as it is`;
+}
+
+function staleCopies(page, text) {
+  const marked = [...text.matchAll(/<!-- program: (\S+) -->(?:\n+```cpp\n([^]*?)^```$)?/gm)];
+  return marked.map(([, file, copy]) => staleProgram(page, file, copy)).filter(Boolean);
+}
+
+// Each program of the folder is shown on a page.
+function unshownPrograms(folder, texts) {
+  const programs = files.filter((file) => file.startsWith(folder) && file.endsWith('.cpp'));
+  return programs.filter((file) => !texts.some((text) => text.includes(`<!-- program: ${file} -->`)));
+}
+
 const pages = files.filter((file) => file.endsWith('.md'));
 const faults = pages.flatMap((page) => {
   const text = readFileSync(page, 'utf8');
   return [
     ...brokenLinks(page, text).map((target) => `${page}: links to ${target}, which is not there`),
     ...missingFiles(text).map((name) => `${page}: names ${name}, which is not there`),
+    ...staleCopies(page, text),
   ];
 });
+const texts = pages.map((page) => readFileSync(page, 'utf8'));
+faults.push(...unshownPrograms('Examples/management/', texts).map((file) => `${file}: no page shows it`));
 
 if (faults.length > 0) {
   console.error(faults.join('\n'));

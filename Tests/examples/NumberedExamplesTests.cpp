@@ -1,9 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Support/ChildProgram.h"
-#include "Support/SimulatorScenario.h"
-#include "Support/TemporaryDirectory.h"
+#include "examples/ExampleOutput.h"
 
 namespace ormel {
 namespace {
@@ -11,22 +9,7 @@ namespace {
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
-
-/// What the example prints, talking with the simulator's agent.
-std::string outputOf(const std::string& example, const std::string& server = testing::SimulatorScenario::executable()) {
-  const testing::TemporaryDirectory state;
-  testing::ChildOptions options;
-  options.arguments = {server};
-  options.environment = {"ORMEL_SIMULATOR_PACE_MS=1", "ORMEL_SIMULATOR_STATE=" + state.path().string()};
-  testing::ChildProgram child(ORMEL_EXAMPLES_FOLDER "/" + example, options);
-  child.closeInput();
-  std::string output = child.readRestOfOutput();
-  const std::string errors = child.readErrors();
-  const auto status = child.wait().status;
-  EXPECT_EQ(errors, "");
-  EXPECT_EQ(status, 0) << output;
-  return output;
-}
+using testing::outputOf;
 
 TEST(NumberedExamples, TakeAFirstTurnAndRememberIt) {
   EXPECT_THAT(outputOf("01-first-turn"),
