@@ -58,6 +58,20 @@ class NotificationQueue {
     return failure_;
   }
 
+  /// Tells that no more notifications come.
+  void end() {
+    {
+      const std::lock_guard lock(mutex_);
+      hasEnded_ = true;
+    }
+    wakePipe_.wake();
+  }
+
+  bool hasEnded() {
+    const std::lock_guard lock(mutex_);
+    return hasEnded_;
+  }
+
   const chat::WakePipe& wakePipe() const noexcept { return wakePipe_; }
 
  private:
@@ -66,6 +80,7 @@ class NotificationQueue {
   std::deque<OrmelControlNotification> notifications_;
   std::size_t lost_ = 0;
   std::exception_ptr failure_;
+  bool hasEnded_ = false;
 };
 
 }  // namespace ormel::control

@@ -3,9 +3,13 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
+#include <exception>
 #include <memory>
 #include <utility>
 
@@ -33,15 +37,18 @@ std::string shortValue(const JSONValue& value) {
 
 Task<void> relay(EventChannel<OrmelControlNotification> notifications, std::shared_ptr<NotificationQueue> queue) {
   while (auto notification = co_await notifications.next()) queue->put(*std::move(notification));
+  queue->end();
 }
 
 /// Asks for something that changes nothing, so that there is a server.
-Task<void> call(OrmelControlSession session, std::shared_ptr<NotificationQueue> queue) {
+Task<void> call(OrmelControlSession session, std::shared_ptr<NotificationQueue> queue,
+                std::shared_ptr<std::atomic<bool>> isUnderWay) {
   try {
-    co_await session.readAccount();
+    [[maybe_unused]] const AccountReadResponse account = co_await session.readAccount();
   } catch (...) {
     queue->fail(std::current_exception());
   }
+  isUnderWay->store(false);
 }
 
 class Watch {
@@ -50,16 +57,19 @@ class Watch {
     relay(session_.notifications().get(), queue_).detach();
   }
 
-  ~Watch() { session_.close().get(); }
+  ~Watch() { closeOnce(); }
 
   int run() {
     try {
       for (;;) {
         if (const int signal = signalThatCame()) return 128 + signal;
-        keepServer();
+        const auto failure = queue_->failure();
+        if (failure) closeOnce();
+        if (!failure) keepServer();
+        const bool isLast = queue_->hasEnded();
         fill();
         // What the server said before it failed comes first.
-        if (const auto failure = queue_->failure(); failure && pending_.empty()) std::rethrow_exception(failure);
+        if (failure && isLast && pending_.empty()) std::rethrow_exception(failure);
         if (!waitForNews()) return 0;
         if (isWritable_) pending_.erase(0, output_.writeSome(pending_));
       }
@@ -74,7 +84,11 @@ class Watch {
   void keepServer() {
     if (Clock::now() < nextCall_) return;
     nextCall_ = Clock::now() + betweenCalls;
-    call(session_, queue_).detach();
+    if (!isCallUnderWay_->exchange(true)) call(session_, queue_, isCallUnderWay_).detach();
+  }
+
+  void closeOnce() {
+    if (!std::exchange(isClosed_, true)) session_.close().get();
   }
 
   /// Takes the next line when the one before has been written.
@@ -105,6 +119,8 @@ class Watch {
   OrmelControlSession session_;
   bool json_;
   std::shared_ptr<NotificationQueue> queue_ = std::make_shared<NotificationQueue>();
+  std::shared_ptr<std::atomic<bool>> isCallUnderWay_ = std::make_shared<std::atomic<bool>>(false);
+  bool isClosed_ = false;
   chat::Signals signals_{queue_->wakePipe()};
   Output output_{STDOUT_FILENO};
   Output errors_{STDERR_FILENO};

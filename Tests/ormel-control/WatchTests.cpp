@@ -86,13 +86,11 @@ TEST(ControlWatch, FailsWithTheServer) {
     always answer initialize with {}
     always ignore initialized
     client asks account/read
-    server notifies warning {"message": "low"}
     server writes stderr "out of memory\n"
     server exits 3
   )");
   const ControlEnd end = control({"watch"}, scenario);
   EXPECT_EQ(end.status, 1);
-  EXPECT_EQ(end.output, "warning  message=low\n");
   EXPECT_THAT(end.errors, HasSubstr("out of memory"));
 }
 
