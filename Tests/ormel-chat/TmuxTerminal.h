@@ -26,6 +26,8 @@ class TmuxTerminal {
   std::string text() const { return run("capture-pane -p -J -S -"); }
   /// The same with the codes of its colours.
   std::string colouredText() const { return run("capture-pane -p -e -J -S -"); }
+  /// The same with a line for each line of the screen.
+  std::string unjoinedText() const { return run("capture-pane -p -S -"); }
 
   /// Whether the text comes to the screen in time.
   bool shows(std::string_view text) const;

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "OrmelSDK/JSON/JSONValue.h"
+#include "Output.h"
+#include "Table.h"
+
+namespace ormel::control {
+
+/// What came of a command, for people and for programs.
+struct Report {
+  Report() {}
+
+  /// For `--json`.
+  JSONValue document = JSONValue::object();
+  std::vector<Table> tables;
+  /// Ahead of the tables. A terminal gets it without control characters, anything else as it is.
+  std::string text;
+  /// The same for standard error.
+  std::string errorText;
+  /// What the user should know beside the tables; goes to standard error.
+  std::vector<std::string> remarks;
+  /// What the program exits with.
+  int status = 0;
+};
+
+/// The records of the server as one JSON array.
+template <typename Record>
+JSONValue documentOf(const std::vector<Record>& records) {
+  std::vector<JSONValue> elements;
+  for (const Record& record : records) elements.push_back(encode(record));
+  return JSONValue::array(elements);
+}
+
+/// A report of one sentence.
+Report told(const std::string& sentence);
+
+/// Prints the report to the terminal, file or pipe. Fails as `Output::write`.
+void print(const Report& report, bool json, const Output& output, const Output& errors);
+
+}  // namespace ormel::control

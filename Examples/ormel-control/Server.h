@@ -1,0 +1,22 @@
+#pragma once
+
+#include <functional>
+#include <utility>
+
+#include "OrmelSDK/Ormel.h"
+#include "Report.h"
+
+namespace ormel::control {
+
+/// The ways to the server: calls that each have a process of their own, and a session that keeps one.
+struct Server {
+  explicit Server(Ormel library) : ormel(std::move(library)), session(ormel.makeControlSession()) {}
+
+  Ormel ormel;
+  OrmelControlSession session;
+};
+
+/// What a command asks the server, and what it makes of the reply.
+using Action = std::function<Task<Report>(Server server)>;
+
+}  // namespace ormel::control
