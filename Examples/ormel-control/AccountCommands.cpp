@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "OrmelSDK/OrmelSDK.h"
 #include "OrmelSDK/Records/AccountRecords.h"
 #include "Values.h"
 
@@ -95,12 +96,18 @@ Task<Report> readAccount(Server server) {
   document.set("account", encode(account));
   if (!account.account) {
     report.remarks.emplace_back("Nobody is signed in.");
-  } else {
+    report.document = document.build();
+    co_return report;
+  }
+  report.tables.push_back(factsAbout(*account.account));
+  try {
     const AccountRateLimitsResponse limits = co_await server.session.readAccountRateLimits();
     document.set("rateLimits", encode(limits));
-    report.tables.push_back(factsAbout(*account.account));
     report.tables.push_back(limitsOf(limits));
     report.tables.push_back(creditsOf(limits));
+  } catch (const AppServerRPCError& error) {
+    // Not every account has any.
+    report.remarks.emplace_back(error.what());
   }
   report.document = document.build();
   co_return report;

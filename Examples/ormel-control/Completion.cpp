@@ -164,19 +164,17 @@ std::string fishScript(const Places& places) {
       "      set skipped ''\n"
       "      continue\n"
       "    end\n"
-      "    switch $word\n"
-      "      case " +
+      "    if contains -- $word " +
       valueOptions(places, " ") +
       "\n"
-      "        set skipped 1\n"
-      "      case '-*'\n"
-      "      case '*'\n"
-      "        contains -- \"$place $word\"";
+      "      set skipped 1\n"
+      "    else if contains -- \"$place $word\"";
   for (const Place& place : places.all) {
     if (!place.path.empty()) text += " " + quoted(place.path);
   }
   text +=
-      "; and set place \"$place $word\"\n"
+      "\n"
+      "      set place \"$place $word\"\n"
       "    end\n"
       "  end\n"
       "  echo \"$place\"\n"

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "OrmelSDK/JSON/JSONValue.h"
+#include "Support/Eventually.h"
 #include "ormel-control/ControlProgram.h"
 
 namespace ormel::control {
@@ -17,8 +18,15 @@ std::size_t linesIn(const std::string& text) {
   return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
+/// Has the agent sign in somebody, which takes it a moment.
+void signIn(const Agent& agent) {
+  EXPECT_EQ(agent.control({"call", "account/login/start", R"({"type": "parlane"})"}).status, 0);
+  EXPECT_TRUE(testing::eventually([&] { return agent.control({"account"}).errors.empty(); }));
+}
+
 TEST(ControlListings, HaveALineForEachRecord) {
   const Agent agent;
+  signIn(agent);
   const struct {
     std::vector<std::string> arguments;
     const char* header;
@@ -145,6 +153,7 @@ TEST(ControlListings, MakeTextsOfTheServerHarmless) {
 
 TEST(ControlListings, AreOneJSONDocument) {
   const Agent agent;
+  signIn(agent);
   const struct {
     const char* command;
     bool isArray;
@@ -162,6 +171,19 @@ TEST(ControlListings, AreOneJSONDocument) {
   EXPECT_EQ(*models.arrayValue()->front().find("id"), JSONValue("simulated"));
   const JSONValue account = JSONValue::decode(agent.control({"account", "--json"}).output);
   EXPECT_EQ(*account.find("rateLimits")->find("rateLimits")->find("primary")->find("usedPercent"), JSONValue(62));
+}
+
+TEST(ControlAccount, MayHaveNoLimitsOrBeNobody) {
+  const Agent agent;
+  const ControlEnd nobody = agent.control({"account"});
+  EXPECT_EQ(nobody.status, 0);
+  EXPECT_EQ(nobody.output, "");
+  EXPECT_EQ(nobody.errors, "Nobody is signed in.\n");
+  agent.control({"call", "account/login/start", R"({"type": "apiKey", "apiKey": "k"})"});
+  const ControlEnd byKey = agent.control({"account"});
+  EXPECT_EQ(byKey.status, 0);
+  EXPECT_EQ(byKey.output, "FIELD\tVALUE\ntype\tapiKey\n");
+  EXPECT_THAT(byKey.errors, HasSubstr("needs a Parlane account; an API key is logged in"));
 }
 
 }  // namespace
