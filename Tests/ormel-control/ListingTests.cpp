@@ -73,7 +73,9 @@ TEST(ControlListings, HaveALineForEachRecord) {
     EXPECT_THAT(end.output, StartsWith(row.header)) << name;
     EXPECT_THAT(end.output, HasSubstr(row.line)) << name;
     EXPECT_GE(linesIn(end.output), 2U) << name;
-    if (row.lines > 0) EXPECT_EQ(linesIn(end.output), row.lines) << name << end.output;
+    if (row.lines > 0) {
+      EXPECT_EQ(linesIn(end.output), row.lines) << name << end.output;
+    }
   }
 }
 
@@ -164,7 +166,8 @@ TEST(ControlListings, AreOneJSONDocument) {
     const ControlEnd end = agent.control({row.command, "--json"});
     EXPECT_EQ(end.status, 0) << row.command;
     EXPECT_EQ(linesIn(end.output), 1U) << row.command;
-    EXPECT_EQ(JSONValue::decode(end.output).arrayValue() != nullptr, row.isArray) << row.command;
+    const JSONValue document = JSONValue::decode(end.output);
+    EXPECT_EQ(document.arrayValue() != nullptr, row.isArray) << row.command;
   }
   const JSONValue models = JSONValue::decode(agent.control({"--json", "models"}).output);
   EXPECT_EQ(models.arrayValue()->size(), 5U);
