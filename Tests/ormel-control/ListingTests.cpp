@@ -125,8 +125,8 @@ TEST(ControlListings, GoOverAllPages) {
       {"threads", "thread/list", R"({"id": "t1", "preview": "one"})", R"({"id": "t2", "name": "Two"})", {"t1", "Two"}},
       {"features",
        "experimentalFeature/list",
-       R"({"name": "f1", "stage": "beta", "enabled": true})",
-       R"({"name": "f2", "stage": "beta", "enabled": false})",
+       R"({"name": "f1", "stage": "beta", "enabled": true, "defaultEnabled": false})",
+       R"({"name": "f2", "stage": "beta", "enabled": false, "defaultEnabled": true})",
        {"f1\tbeta\tyes", "f2\tbeta\tno"}},
   };
   for (const auto& row : rows) {
