@@ -28,10 +28,10 @@ using ::testing::StartsWith;
 
 using Words = std::vector<std::string>;
 
-constexpr const char* handshake = "always answer initialize with {}\nalways ignore initialized\n";
-
 /// A server that shakes hands and then plays the rest.
-SimulatorScenario playing(const std::string& rest) { return SimulatorScenario(handshake + rest); }
+SimulatorScenario playing(const std::string& rest) {
+  return SimulatorScenario("always answer initialize with {}\nalways ignore initialized\n" + rest);
+}
 
 template <typename Element>
 Words idsOf(const std::vector<Element>& elements) {
@@ -46,16 +46,16 @@ Words idsOf(const std::vector<Element>& elements) {
   return ids;
 }
 
-std::string element(const std::string& id) {
+std::string elementOf(const std::string& id) {
   return R"({"id":")" + id + R"(","name":")" + id +
          R"(","model":"m","displayName":"d","description":"d","hidden":false,"supportedReasoningEfforts":[],)"
          R"("defaultReasoningEffort":"low","inputModalities":[],"supportsPersonality":false,"isDefault":false,)"
          R"("tools":{},"resources":[],"resourceTemplates":[],"authStatus":"oAuth"})";
 }
 
-std::string page(const Words& ids, const std::optional<std::string>& nextCursor = std::nullopt) {
+std::string pageOf(const Words& ids, const std::optional<std::string>& nextCursor = std::nullopt) {
   std::string data;
-  for (const std::string& id : ids) data += (data.empty() ? "" : ",") + element(id);
+  for (const std::string& id : ids) data += (data.empty() ? "" : ",") + elementOf(id);
   return "{\"data\":[" + data + "]" + (nextCursor ? ",\"nextCursor\":\"" + *nextCursor + "\"" : "") + "}";
 }
 
@@ -159,7 +159,7 @@ JSONValue withCursor(const JSONValue& params, const std::string& cursor) {
 TEST(Paging, SendsTheSameParamsWithEachPageAndTheCursorFromTheSecondOn) {
   for (const WalkRow& row : walks) {
     SCOPED_TRACE(row.method + std::string(" ") + row.params);
-    const auto scenario = playing(answers(row.method, {page({"a"}, "c"), page({"b"}, "d"), page({"c"})}));
+    const auto scenario = playing(answers(row.method, {pageOf({"a"}, "c"), pageOf({"b"}, "d"), pageOf({"c"})}));
     const auto session = ormelPlaying(scenario).makeControlSession();
     EXPECT_THAT(row.walk(session), ElementsAre("a", "b", "c"));
     session.close().get();
@@ -173,7 +173,7 @@ TEST(Paging, SendsTheSameParamsWithEachPageAndTheCursorFromTheSecondOn) {
 TEST(Paging, AsksOnceForAListOfOnePage) {
   for (const WalkRow& row : walks) {
     SCOPED_TRACE(row.method + std::string(" ") + row.params);
-    const auto scenario = playing(answers(row.method, {page({"a", "b"})}));
+    const auto scenario = playing(answers(row.method, {pageOf({"a", "b"})}));
     const auto session = ormelPlaying(scenario).makeControlSession();
     EXPECT_THAT(row.walk(session), ElementsAre("a", "b"));
     session.close().get();
@@ -183,11 +183,11 @@ TEST(Paging, AsksOnceForAListOfOnePage) {
 
 // Unlike one page of models, of which a call without choices is sent without params.
 TEST(Paging, AlwaysSaysWhetherHiddenModelsAreListed) {
-  const auto scenario = playing(answers("model/list", {page({}), page({})}));
+  const auto scenario = playing(answers("model/list", {pageOf({}), pageOf({})}));
   const Ormel ormel = ormelPlaying(scenario);
   EXPECT_THAT(ormel.listModels().get().data, IsEmpty());
   EXPECT_EQ(linesOf(scenario).back(), R"({"id":2,"method":"model/list"})");
-  const auto again = playing(answers("model/list", {page({})}));
+  const auto again = playing(answers("model/list", {pageOf({})}));
   const auto session = ormelPlaying(again).makeControlSession();
   EXPECT_THAT(session.listAllModels().get(), IsEmpty());
   EXPECT_EQ(linesOf(again).back(), R"({"id":2,"method":"model/list","params":{"includeHidden":false}})");
@@ -195,23 +195,24 @@ TEST(Paging, AlwaysSaysWhetherHiddenModelsAreListed) {
 }
 
 TEST(Paging, IsOverOnlyWithAPageWithoutANextCursor) {
-  EXPECT_THAT(appsOf(playing(answers("app/list", {page({})}))), IsEmpty());
+  EXPECT_THAT(appsOf(playing(answers("app/list", {pageOf({})}))), IsEmpty());
   EXPECT_THAT(appsOf(playing(answers("app/list", {R"({"data":[],"nextCursor":null})"}))), IsEmpty());
-  EXPECT_THAT(appsOf(playing(answers("app/list", {page({}, "c"), page({"a"})}))), ElementsAre("a"));
-  EXPECT_THAT(appsOf(playing(answers("app/list", {page({"a"}, "c"), page({}, "d"), page({"b"})}))),
+  EXPECT_THAT(appsOf(playing(answers("app/list", {pageOf({}, "c"), pageOf({"a"})}))), ElementsAre("a"));
+  EXPECT_THAT(appsOf(playing(answers("app/list", {pageOf({"a"}, "c"), pageOf({}, "d"), pageOf({"b"})}))),
               ElementsAre("a", "b"));
-  const auto emptyCursor = playing(answers("app/list", {page({"a"}, ""), page({"b"})}));
+  const auto emptyCursor = playing(answers("app/list", {pageOf({"a"}, ""), pageOf({"b"})}));
   EXPECT_THAT(appsOf(emptyCursor), ElementsAre("a", "b"));
   EXPECT_EQ(linesOf(emptyCursor).back(), R"({"id":3,"method":"app/list","params":{"cursor":""}})");
 }
 
 TEST(Paging, KeepsWhatComesTwiceAndTheOrderInWhichItComes) {
-  EXPECT_THAT(appsOf(playing(answers("app/list", {page({"c", "a", "c"}, "1"), page({"a", "b"}, "2"), page({"c"})}))),
-              ElementsAre("c", "a", "c", "a", "b", "c"));
+  EXPECT_THAT(
+      appsOf(playing(answers("app/list", {pageOf({"c", "a", "c"}, "1"), pageOf({"a", "b"}, "2"), pageOf({"c"})}))),
+      ElementsAre("c", "a", "c", "a", "b", "c"));
 }
 
 TEST(Paging, TakesAPageThatIsLongerThanItAskedFor) {
-  const auto scenario = playing(answers("app/list", {page({"a", "b", "c"})}));
+  const auto scenario = playing(answers("app/list", {pageOf({"a", "b", "c"})}));
   const auto session = ormelPlaying(scenario).makeControlSession();
   ListAllAppsParams params;
   params.limit = 1;
@@ -221,7 +222,7 @@ TEST(Paging, TakesAPageThatIsLongerThanItAskedFor) {
 
 TEST(Paging, GathersManyPages) {
   const auto scenario = playing("repeat 500 times as i\nclient asks app/list\nserver answers " +
-                                page({"a${i}"}, "c${i}") + "\nend\n" + answers("app/list", {page({"last"})}));
+                                pageOf({"a${i}"}, "c${i}") + "\nend\n" + answers("app/list", {pageOf({"last"})}));
   const Words ids = appsOf(scenario);
   ASSERT_THAT(ids, SizeIs(501));
   EXPECT_EQ(ids[499], "a500");
@@ -230,13 +231,13 @@ TEST(Paging, GathersManyPages) {
 }
 
 /// The end of a walk whose second page goes wrong.
-struct FailureRow {
+struct BrokenPageRow {
   const char* secondPage;
   const char* failure;
 };
 
 TEST(Paging, TellsNothingButTheFailureOfAPageAndGivesItsServerUp) {
-  const FailureRow rows[] = {
+  const BrokenPageRow brokenPages[] = {
       {"server answers with error {\"code\":-5,\"message\":\"stale cursor\"}",
        "other error: App-server error -5: stale cursor"},
       {"server answers {\"data\":[{\"id\":1}]}",
@@ -247,10 +248,11 @@ TEST(Paging, TellsNothingButTheFailureOfAPageAndGivesItsServerUp) {
       {"server writes stderr \"out of memory\\n\"\nserver exits 3", "stream error: out of memory"},
       {"server writes raw \"[]\\n\"", "stream error: Unexpected non-object JSON from app-server"},
   };
-  for (const FailureRow& row : rows) {
+  for (const BrokenPageRow& row : brokenPages) {
     SCOPED_TRACE(row.secondPage);
-    const auto scenario = playing("in run 1\n" + answers("app/list", {page({"a"}, "c")}) + "client asks app/list\n" +
-                                  row.secondPage + "\nend\nin run 2\n" + answers("app/list", {page({"b"})}) + "end\n");
+    const auto scenario =
+        playing("in run 1\n" + answers("app/list", {pageOf({"a"}, "c")}) + "client asks app/list\n" + row.secondPage +
+                "\nend\nin run 2\n" + answers("app/list", {pageOf({"b"})}) + "end\n");
     const auto session = ormelPlaying(scenario).makeControlSession();
     EXPECT_THAT(failureOf([&] { appsOf(session); }), StartsWith(row.failure));
     EXPECT_TRUE(eventually([] { return !ProcessResources::now().hasChildren; }));
@@ -262,9 +264,9 @@ TEST(Paging, TellsNothingButTheFailureOfAPageAndGivesItsServerUp) {
 }
 
 TEST(Paging, EndsWithTheRequestThatIsUnderWayWhenItIsCancelled) {
-  const auto scenario = playing("in run 1\n" + answers("app/list", {page({"a"}, "c")}) +
+  const auto scenario = playing("in run 1\n" + answers("app/list", {pageOf({"a"}, "c")}) +
                                 "client asks app/list\nclient closes input\nend\nin run 2\n" +
-                                answers("app/list", {page({"b"})}) + "end\n");
+                                answers("app/list", {pageOf({"b"})}) + "end\n");
   const auto session = ormelPlaying(scenario).makeControlSession();
   std::stop_source stop;
   const auto walk = startOn(productionScheduler(), session.listAllApps(), stop.get_token());
@@ -278,7 +280,7 @@ TEST(Paging, EndsWithTheRequestThatIsUnderWayWhenItIsCancelled) {
 }
 
 TEST(Paging, GoesOnWithAServerThatRepeatsACursorUntilItIsCancelled) {
-  const auto scenario = playing("always answer app/list with " + page({"a"}, "same") + "\n");
+  const auto scenario = playing("always answer app/list with " + pageOf({"a"}, "same") + "\n");
   const auto session = ormelPlaying(scenario).makeControlSession();
   std::stop_source stop;
   const auto walk = startOn(productionScheduler(), session.listAllApps(), stop.get_token());
@@ -295,7 +297,7 @@ TEST(Paging, GoesOnWithAServerThatRepeatsACursorUntilItIsCancelled) {
 
 TEST(Paging, EndsWithTheSessionThatIsClosed) {
   const auto scenario =
-      playing(answers("app/list", {page({"a"}, "c")}) + "client asks app/list\nclient closes input\n");
+      playing(answers("app/list", {pageOf({"a"}, "c")}) + "client asks app/list\nclient closes input\n");
   const auto session = ormelPlaying(scenario).makeControlSession();
   const auto walk = startOn(productionScheduler(), session.listAllApps());
   ASSERT_TRUE(eventually([&] { return linesOf(scenario).size() == 2; }));
@@ -305,7 +307,7 @@ TEST(Paging, EndsWithTheSessionThatIsClosed) {
 }
 
 TEST(Paging, GoesOnWithoutTheSessionThatStartedIt) {
-  const auto scenario = playing(answers("app/list", {page({"a"}, "c"), page({"b"})}));
+  const auto scenario = playing(answers("app/list", {pageOf({"a"}, "c"), pageOf({"b"})}));
   auto walk = ormelPlaying(scenario).makeControlSession().listAllApps();
   EXPECT_THAT(idsOf(walk.get()), ElementsAre("a", "b"));
   EXPECT_TRUE(eventually([] { return !ProcessResources::now().hasChildren; }));
@@ -318,9 +320,9 @@ TEST(Paging, LetsWalksAndOtherCallsRunAtTheSameTime) {
       rules += R"(always answer app/list {"threadId":")" + thread + R"(","cursor":")" + cursor + "\"} with " + result;
       rules += "\n";
     };
-    rule("$absent", page({thread + "-a"}, thread + "-1"));
-    rule(thread + "-1", page({thread + "-b"}, thread + "-2"));
-    rule(thread + "-2", page({thread + "-c"}));
+    rule("$absent", pageOf({thread + "-a"}, thread + "-1"));
+    rule(thread + "-1", pageOf({thread + "-b"}, thread + "-2"));
+    rule(thread + "-2", pageOf({thread + "-c"}));
   }
   const auto scenario = playing(rules);
   const auto session = ormelPlaying(scenario).makeControlSession();
@@ -353,13 +355,13 @@ TEST(Paging, GoesOnWithTheNextServerWhenAnotherCallHasCostItTheOneBefore) {
       in one write
         server answers other with error {"code": -5, "message": "no"}
         server answers walk with )" +
-                                page({"a"}, "c") + R"(
+                                pageOf({"a"}, "c") + R"(
       end
       client closes input
     end
     in run 2
       client asks app/list {"cursor": "c"}
-      server answers )" + page({"b"}) +
+      server answers )" + pageOf({"b"}) +
                                 R"(
     end
   )");

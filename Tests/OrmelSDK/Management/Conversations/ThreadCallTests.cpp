@@ -27,6 +27,31 @@ constexpr const char* aGoal = R"({"goal":{"threadId":"t1","objective":"o","statu
                               R"("timeUsedSeconds":0,"createdAt":1,"updatedAt":2}})";
 constexpr const char* aReview = R"({"turn":{"id":"u1","status":"completed"},"reviewThreadId":"t1"})";
 
+const ReplyRecords threadRecords = {
+    {"thread/list", "ThreadListResponse"},
+    {"thread/loaded/list", "ThreadListResponse"},
+    {"thread/read", "ThreadReadResponse"},
+    {"thread/fork", "ThreadForkResponse"},
+    {"thread/archive", "EmptyRPCResponse"},
+    {"thread/delete", "EmptyRPCResponse"},
+    {"thread/unarchive", "ThreadReadResponse"},
+    {"thread/unsubscribe", "ThreadUnsubscribeResponse"},
+    {"thread/name/set", "EmptyRPCResponse"},
+    {"thread/compact/start", "EmptyRPCResponse"},
+    {"thread/shellCommand", "EmptyRPCResponse"},
+    {"thread/approveGuardianDeniedAction", "EmptyRPCResponse"},
+    {"thread/metadata/update", "ThreadReadResponse"},
+    {"thread/settings/update", "ThreadSettingsUpdateResponse"},
+    {"thread/inject_items", "ConfigWriteAck"},
+    {"thread/turns/list", "ThreadTurnsListResponse"},
+    {"thread/items/list", "ThreadTurnItemsListResponse"},
+    {"thread/goal/set", "ThreadGoalSetResponse"},
+    {"thread/goal/get", "ThreadGoalGetResponse"},
+    {"thread/goal/clear", "ThreadGoalClearResponse"},
+    {"review/start", "ReviewStartResponse"},
+    {"getConversationSummary", "ConversationSummaryResponse"},
+};
+
 const CallRow rows[] = {
     {R"({"id":2,"method":"thread/list","params":{}})", aPage, [](const Ormel& ormel) { ormel.listThreads().get(); }},
     {R"({"id":2,"method":"thread/list","params":{"cursor":"c","limit":7,"sortKey":"recency_at","sortDirection":"asc",)"
@@ -311,7 +336,9 @@ const CallRow rows[] = {
      }},
 };
 
-TEST(ThreadCalls, GoOutExactly) { expectLines(rows); }
+TEST(ThreadCalls, GoOutExactly) { expectCalls(rows); }
+
+TEST(ThreadCalls, FailByTheirRecordAndByTheServersError) { expectFailures(rows, threadRecords); }
 
 TEST(ThreadCalls, WhoseReplyIsDroppedStillNeedAnObject) {
   for (const char* reply : {"[]", "1", "\"\""}) {
