@@ -45,7 +45,7 @@ void count(benchmark::State& state, std::size_t size) {
 void decodeBySimdjsonParseAndWalk(benchmark::State& state) {
   const simdjson::padded_string text(sample(state.range(0)));
   simdjson::dom::parser parser;
-  for (auto _ : state) benchmark::DoNotOptimize(walk(parser.parse(text).value_unsafe()));
+  for (auto _ : state) benchmark::DoNotOptimize(ormel::benchmarks::walk(parser.parse(text).value_unsafe()));
   count(state, text.size());
 }
 BENCHMARK(decodeBySimdjsonParseAndWalk)->Apply(samples);

@@ -32,7 +32,7 @@ void fold(ThreadEvent& event, Turn& turn) {
 }  // namespace
 
 Conversation::Conversation(AppServerTurnRunConfiguration configuration, std::optional<std::string> threadID,
-                           RunServices services)
+                           ServerServices services)
     : configuration_(std::move(configuration)), services_(services), threadID_(std::move(threadID)) {}
 
 Conversation::~Conversation() {

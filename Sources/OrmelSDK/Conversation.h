@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "OrmelSDK/AppServerRun/Connection/ServerServices.h"
 #include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun.h"
 #include "OrmelSDK/Options/AbortSignal.h"
 #include "OrmelSDK/Thread.h"
@@ -26,7 +27,7 @@ class Conversation final {
   using Self = std::shared_ptr<Conversation>;
 
   explicit Conversation(AppServerTurnRunConfiguration configuration, std::optional<std::string> threadID = std::nullopt,
-                        RunServices services = RunServices());
+                        ServerServices services = ServerServices());
   Conversation(const Conversation&) = delete;
   Conversation& operator=(const Conversation&) = delete;
   ~Conversation();
@@ -83,7 +84,7 @@ class Conversation final {
   void finishActiveOperation(const ConnectedOperation& connected, const std::optional<std::string>& restoringThreadID);
 
   const AppServerTurnRunConfiguration configuration_;
-  const RunServices services_;
+  const ServerServices services_;
 
   mutable std::mutex lock_;
   std::optional<std::string> threadID_;

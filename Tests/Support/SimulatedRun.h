@@ -221,7 +221,7 @@ class SimulatedRun {
     configuration.threadOptions = options.thread;
     return configuration;
   }
-  detail::RunServices services() { return {scheduler, server, blockingWork_}; }
+  detail::ServerServices services() { return {scheduler, server, blockingWork_}; }
 
  private:
   void respond(InMemoryProcess& process, const JSONValue& message) {

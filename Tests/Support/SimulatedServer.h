@@ -90,7 +90,7 @@ class SimulatedServer {
 
   // What the client's side does.
 
-  detail::RPCClientServices services() { return {scheduler, server, blockingWork_}; }
+  detail::ServerServices services() { return {scheduler, server, blockingWork_}; }
   Client newClient() {
     return detail::AppServerRPCClient::create(configuration, services(), Strand(scheduler, "client"));
   }

@@ -168,8 +168,8 @@ class TurnRunHarness {
     return "failed";
   }
 
-  static detail::RunServices services(const Settings& settings) {
-    detail::RunServices services;
+  static detail::ServerServices services(const Settings& settings) {
+    detail::ServerServices services;
     services.scheduler = settings.scheduler;
     return services;
   }

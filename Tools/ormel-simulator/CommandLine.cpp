@@ -74,6 +74,10 @@ void addStateOptions(CLI::App& app, AgentSettings& agent) {
   app.add_option("--state", agent.stateFolder, "Folder in which the agent keeps its threads, instead of the user's own")
       ->envname("ORMEL_SIMULATOR_STATE")
       ->type_name("FOLDER");
+  app.add_option("--files", agent.filesFolder,
+                 "Folder of the files that a client may read and write, instead of one in the folder of the threads")
+      ->envname("ORMEL_SIMULATOR_FILES")
+      ->type_name("FOLDER");
   app.add_flag("--forget", agent.forgets, "Keep no threads when the agent ends, whatever folder is named")
       ->envname("ORMEL_SIMULATOR_FORGET");
   app.add_option("--without", agent.unknownMethods,
@@ -81,6 +85,15 @@ void addStateOptions(CLI::App& app, AgentSettings& agent) {
       ->envname("ORMEL_SIMULATOR_WITHOUT")
       ->delimiter(',')
       ->type_name("METHOD,...");
+}
+
+/// The values of all "--config".
+std::vector<std::string> configOverrides(const std::vector<std::string>& serverArguments) {
+  std::vector<std::string> overrides;
+  for (std::size_t index = 1; index < serverArguments.size(); ++index) {
+    if (serverArguments[index - 1] == "--config") overrides.push_back(serverArguments[index]);
+  }
+  return overrides;
 }
 
 const char* serverArgumentsFault(const std::vector<std::string>& arguments) {
@@ -107,6 +120,7 @@ CommandLine readCommandLine(const std::vector<std::string>& arguments) {
   // The server's own arguments are the client's words, kept byte for byte: no option parser gets to see them.
   const auto server = std::find(arguments.begin(), arguments.end(), "app-server");
   result.serverArguments.assign(server, arguments.end());
+  result.agent.configOverrides = configOverrides(result.serverArguments);
   std::vector<std::string> own(std::make_reverse_iterator(server), arguments.rend());
 
   CLI::App app(description, "ormel-simulator");

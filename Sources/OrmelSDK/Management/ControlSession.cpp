@@ -7,7 +7,7 @@
 
 namespace ormel::detail {
 
-ControlSession::ControlSession(AppServerRPCClientConfiguration configuration, RPCClientServices services)
+ControlSession::ControlSession(AppServerRPCClientConfiguration configuration, ServerServices services)
     : configuration_(std::move(configuration)), services_(services), strand_(*services.scheduler, "control session") {}
 
 ControlSession::~ControlSession() { finishSubscribers(); }

@@ -6,6 +6,7 @@
 #include <stop_token>
 #include <string>
 
+#include "OrmelSDK/AppServerRun/Connection/ServerServices.h"
 #include "OrmelSDK/AppServerRun/RPCClient/AppServerRPCClient.h"
 #include "OrmelSDK/Base/UUID.h"
 #include "OrmelSDK/Concurrency/EventChannel.h"
@@ -29,8 +30,7 @@ namespace ormel::detail {
 /// session its client goes, unless a call still uses it, and its subscribers' channels end.
 class ControlSession final : public CallPerformer, public std::enable_shared_from_this<ControlSession> {
  public:
-  explicit ControlSession(AppServerRPCClientConfiguration configuration,
-                          RPCClientServices services = RPCClientServices());
+  explicit ControlSession(AppServerRPCClientConfiguration configuration, ServerServices services = ServerServices());
   ControlSession(const ControlSession&) = delete;
   ControlSession& operator=(const ControlSession&) = delete;
   ~ControlSession() override;
@@ -66,7 +66,7 @@ class ControlSession final : public CallPerformer, public std::enable_shared_fro
   void finishSubscribers();
 
   const AppServerRPCClientConfiguration configuration_;
-  const RPCClientServices services_;
+  const ServerServices services_;
   const Strand strand_;
 
   Client client_;

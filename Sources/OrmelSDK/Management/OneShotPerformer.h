@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "OrmelSDK/AppServerRun/Connection/ServerServices.h"
 #include "OrmelSDK/AppServerRun/RPCClient/AppServerRPCClient.h"
 #include "OrmelSDK/Management/CallPerformer.h"
 
@@ -18,8 +19,7 @@ namespace ormel::detail {
 /// kind of error, whose text names the method. All other errors come as they are.
 class OneShotPerformer final : public CallPerformer {
  public:
-  explicit OneShotPerformer(AppServerRPCClientConfiguration configuration,
-                            RPCClientServices services = RPCClientServices())
+  explicit OneShotPerformer(AppServerRPCClientConfiguration configuration, ServerServices services = ServerServices())
       : configuration_(std::move(configuration)), services_(services) {}
 
   const AppServerRPCClientConfiguration& configuration() const noexcept { return configuration_; }
@@ -38,7 +38,7 @@ class OneShotPerformer final : public CallPerformer {
   std::shared_ptr<AppServerRPCClient> newClient() const;
 
   const AppServerRPCClientConfiguration configuration_;
-  const RPCClientServices services_;
+  const ServerServices services_;
 };
 
 }  // namespace ormel::detail

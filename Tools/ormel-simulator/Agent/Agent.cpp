@@ -4,12 +4,13 @@
 #include <set>
 #include <system_error>
 #include <utility>
+#include <variant>
 
 #include "OrmelSDK/Base/Error.h"
+#include "OrmelSDK/Base/Visit.h"
 #include "ormel-simulator/Agent/GoalRequests.h"
 #include "ormel-simulator/Agent/InputText.h"
 #include "ormel-simulator/Agent/ListRequests.h"
-#include "ormel-simulator/Agent/StateFolder.h"
 #include "ormel-simulator/Agent/ThreadEditRequests.h"
 #include "ormel-simulator/Agent/ThreadLookup.h"
 #include "ormel-simulator/Agent/ThreadRequests.h"
@@ -31,24 +32,38 @@ JSONObjectBuilder userMessage(const std::string& id, const JSONValue& params) {
   return item.set("content", anyMember(params, "input").detached());
 }
 
+// So many steps of a turn does it take the pretended user to log in.
+constexpr int stepsOfLogin = 20;
+
+CatalogueSettings catalogueSettings(const AgentSettings& settings, AgentThreadStore& threads) {
+  return {.folder = threads.folder(),
+          .configOverrides = settings.configOverrides,
+          .loginTime = stepsOfLogin * settings.pace,
+          .requireThread = [&threads](const std::string& id) { knownThread(threads, id); }};
+}
+
 bool isExperimental(const std::string& method) {
   return method == "thread/items/list" || method == "thread/turns/items/list";
 }
 
 }  // namespace
 
-Agent::Agent(Wire& wire, Recorder& recorder, const AgentSettings& settings)
+Agent::Agent(Wire& wire, Recorder& recorder, const AgentSettings& settings, const std::filesystem::path& stateFolder)
     : wire_(wire),
       recorder_(recorder),
       settings_(settings),
       client_(wire, recorder),
-      threads_(openStateFolder(settings)) {
+      threads_(stateFolder),
+      catalogue_(client_, later_, catalogueSettings(settings_, threads_)),
+      machine_(client_, folderForFiles(settings, stateFolder)) {
   addOwnRequests();
   addThreadRequests(requests_, threads_, client_);
   addThreadEditRequests(requests_, threads_, client_);
   addGoalRequests(requests_, threads_);
   addListRequests(requests_, threads_, client_);
   addTurnListRequests(requests_, threads_);
+  catalogue_.addRequests(requests_);
+  machine_.addRequests(requests_);
   for (const std::string& method : settings_.unknownMethods) requests_.erase(method);
 }
 
@@ -69,13 +84,15 @@ void Agent::addOwnRequests() {
 Exit Agent::run() {
   try {
     while (!exitStatus_) {
-      wire_.pump(timeToNextStep());
+      wire_.pump(timeToNextStep(), machine_.descriptors());
       receiveLines();
       if (wire_.inputEnded()) {
         recorder_.record("endOfInput");
         return Exit{0};
       }
+      machine_.serve();
       advanceTurns();
+      doLaterSteps();
     }
   } catch (const std::system_error&) {
     // Nobody reads any more, which is an end like that of the input.
@@ -90,7 +107,20 @@ milliseconds Agent::timeToNextStep() const {
   for (const auto& turn : turns_) {
     if (const auto due = turn->due()) time = std::min(time, std::chrono::ceil<milliseconds>(*due - now));
   }
+  if (const auto due = later_.due()) time = std::min(time, std::chrono::ceil<milliseconds>(*due - now));
+  if (const auto due = machine_.due()) time = std::min(time, std::chrono::ceil<milliseconds>(*due - now));
   return std::max(time, milliseconds(0));
+}
+
+void Agent::doLaterSteps() {
+  const auto now = LaterSteps::Clock::now();
+  while (later_.due() && *later_.due() <= now) {
+    try {
+      later_.doOne(now);
+    } catch (const Error& error) {
+      client_.complain(error.description());
+    }
+  }
 }
 
 void Agent::advanceTurns() {
@@ -144,8 +174,10 @@ void Agent::answer(const Message& request) {
     if (isExperimental(request.method) && !takesExperiments_) {
       throw Refusal(invalidRequest, request.method + " is for clients with the capability experimentalApi");
     }
-    const JSONValue result = handler->second(request.content.value_or(JSONValue()));
-    client_.reply(request.id, result);
+    const JSONValue params = request.content.value_or(JSONValue());
+    std::visit(Overloaded{[&](const ImmediateHandler& handle) { client_.reply(request.id, handle(params)); },
+                          [&](const DeferredHandler& handle) { handle(params, {client_, request.id}); }},
+               handler->second);
   } catch (const Refusal& refusal) {
     client_.refuse(request.id, refusal.code(), refusal.description());
   } catch (const Error& error) {

@@ -57,4 +57,9 @@ std::filesystem::path openStateFolder(const AgentSettings& settings) {
   return std::filesystem::absolute(settings.stateFolder);
 }
 
+std::filesystem::path folderForFiles(const AgentSettings& settings, const std::filesystem::path& stateFolder) {
+  if (!settings.filesFolder.empty()) return std::filesystem::absolute(settings.filesFolder);
+  return stateFolder.empty() ? stateFolder : stateFolder / "files";
+}
+
 }  // namespace ormel::simulator

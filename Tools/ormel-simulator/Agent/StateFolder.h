@@ -13,4 +13,8 @@ namespace ormel::simulator {
 /// with `Error`.
 std::filesystem::path openStateFolder(const AgentSettings& settings);
 
+/// The folder for the files of clients: the one that was named, or else one in the folder for the threads; empty if
+/// there is neither.
+std::filesystem::path folderForFiles(const AgentSettings& settings, const std::filesystem::path& stateFolder);
+
 }  // namespace ormel::simulator

@@ -8,6 +8,7 @@
 #include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace ormel::simulator {
 
@@ -35,12 +36,15 @@ void writeAll(int file, std::string_view bytes) {
 
 }  // namespace
 
-void Wire::pump(milliseconds longest) {
-  if (inputEnded_) {
-    std::this_thread::sleep_for(longest);
-    return;
-  }
-  if (pollOne(descriptor(Stream::input), POLLIN, longest) == 0) return;
+void Wire::pump(milliseconds longest, std::span<const pollfd> others) {
+  // The system passes a negative descriptor over, and the wait for nothing is a pause.
+  std::vector<pollfd> entries = {{inputEnded_ ? -1 : descriptor(Stream::input), POLLIN, 0}};
+  entries.insert(entries.end(), others.begin(), others.end());
+  const int ready = ::poll(entries.data(), static_cast<nfds_t>(entries.size()), static_cast<int>(longest.count()));
+  if (ready > 0 && entries.front().revents != 0) readInput();
+}
+
+void Wire::readInput() {
   std::array<char, 65536> chunk;
   const ssize_t count = ::read(descriptor(Stream::input), chunk.data(), chunk.size());
   if (count > 0) {

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <poll.h>
+
 #include <array>
 #include <chrono>
 #include <cstddef>
 #include <deque>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -21,8 +24,9 @@ struct ReceivedLine {
 /// The three standard streams. Failures of writing are `std::system_error`.
 class Wire {
  public:
-  /// Waits at most `longest` for input, and reads what is there.
-  void pump(milliseconds longest);
+  /// Waits at most `longest` for input, and reads what is there. Does not wait on where one of the other descriptors is
+  /// ready for what it is listed with.
+  void pump(milliseconds longest, std::span<const pollfd> others = {});
 
   /// The next line that has been read.
   std::optional<ReceivedLine> takeLine();
@@ -45,6 +49,7 @@ class Wire {
   void close(Stream stream);
 
  private:
+  void readInput();
   void splitLines(std::string_view bytes);
   void endInput();
 

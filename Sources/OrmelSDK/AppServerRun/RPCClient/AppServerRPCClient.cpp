@@ -10,7 +10,6 @@
 #include "OrmelSDK/Base/ThreadRunError.h"
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
 #include "OrmelSDK/Concurrency/Sleep.h"
-#include "OrmelSDK/Platform/SystemProcessLauncher.h"
 
 namespace ormel::detail {
 
@@ -42,16 +41,13 @@ Task<void> pollPause(Scheduler& scheduler) {
 
 }  // namespace
 
-RPCClientServices::RPCClientServices()
-    : RPCClientServices(productionScheduler(), SystemProcessLauncher::shared(), BlockingWork::onThreads()) {}
-
 std::shared_ptr<AppServerRPCClient> AppServerRPCClient::create(AppServerRPCClientConfiguration configuration,
-                                                               RPCClientServices services, Strand strand) {
+                                                               ServerServices services, Strand strand) {
   return std::shared_ptr<AppServerRPCClient>(
       new AppServerRPCClient(std::move(configuration), services, std::move(strand)));
 }
 
-AppServerRPCClient::AppServerRPCClient(AppServerRPCClientConfiguration configuration, RPCClientServices services,
+AppServerRPCClient::AppServerRPCClient(AppServerRPCClientConfiguration configuration, ServerServices services,
                                        Strand strand)
     : configuration_(std::move(configuration)), services_(services), strand_(std::move(strand)) {
   std::tie(notificationContinuation_, notificationStream_) =

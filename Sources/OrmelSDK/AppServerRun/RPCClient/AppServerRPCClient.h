@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "OrmelSDK/AppServerRun/Connection/ServerConnection.h"
+#include "OrmelSDK/AppServerRun/Connection/ServerServices.h"
 #include "OrmelSDK/AppServerRun/Framing/AppServerLockedData.h"
 #include "OrmelSDK/AppServerRun/Framing/AppServerRequestID.h"
 #include "OrmelSDK/AppServerRun/Payloads/AppServerInitializeCapabilities.h"
@@ -21,8 +22,6 @@
 #include "OrmelSDK/Concurrency/Task.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 #include "OrmelSDK/Options/OrmelOptions.h"
-#include "OrmelSDK/Platform/BlockingWork.h"
-#include "OrmelSDK/Platform/ProcessLauncher.h"
 
 namespace ormel::detail {
 
@@ -35,18 +34,6 @@ struct AppServerRPCClientConfiguration {
   std::vector<std::string> ormelPathDirectories;
   OrmelOptions ormelOptions;
   AppServerInitializeCapabilities initializeCapabilities = AppServerInitializeCapabilities::forManagement();
-};
-
-/// The world that a client lives in. All of it must outlive the client.
-struct RPCClientServices {
-  /// Threads, clock and processes of this machine.
-  RPCClientServices();
-  RPCClientServices(Scheduler& schedulerOfClient, ProcessLauncher& launcherOfClient, BlockingWork& blockingWorkOfClient)
-      : scheduler(&schedulerOfClient), launcher(&launcherOfClient), blockingWork(&blockingWorkOfClient) {}
-
-  Scheduler* scheduler;
-  ProcessLauncher* launcher;
-  BlockingWork* blockingWork;
 };
 
 /// The plain connection to the server, for everything that is not a turn: requests and their answers, notifications
@@ -77,7 +64,7 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
  public:
   /// The strand may be that of the client's only user, whose calls then need no change of strands.
   static std::shared_ptr<AppServerRPCClient> create(AppServerRPCClientConfiguration configuration,
-                                                    RPCClientServices services, Strand strand);
+                                                    ServerServices services, Strand strand);
 
   AppServerRPCClient(const AppServerRPCClient&) = delete;
   AppServerRPCClient& operator=(const AppServerRPCClient&) = delete;
@@ -123,7 +110,7 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
     std::vector<OneShotResolver<void>> waiters;
   };
 
-  AppServerRPCClient(AppServerRPCClientConfiguration configuration, RPCClientServices services, Strand strand);
+  AppServerRPCClient(AppServerRPCClientConfiguration configuration, ServerServices services, Strand strand);
 
   void launch(const LaunchSettings& settings);
 
@@ -149,7 +136,7 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
   void shutdownProcess();
 
   const AppServerRPCClientConfiguration configuration_;
-  const RPCClientServices services_;
+  const ServerServices services_;
   const Strand strand_;
 
   std::unique_ptr<ServerConnection> process_;

@@ -5,13 +5,13 @@
 namespace ormel::detail {
 
 std::shared_ptr<AppServerTurnRun> AppServerTurnRun::create(AppServerTurnRunConfiguration configuration,
-                                                           RunServices services) {
+                                                           ServerServices services) {
   const auto run = std::shared_ptr<AppServerTurnRun>(new AppServerTurnRun(std::move(configuration), services));
   run->life_.begin(run);
   return run;
 }
 
-AppServerTurnRun::AppServerTurnRun(AppServerTurnRunConfiguration configuration, RunServices services)
+AppServerTurnRun::AppServerTurnRun(AppServerTurnRunConfiguration configuration, ServerServices services)
     : configuration_(std::move(configuration)),
       services_(services),
       life_(*services.scheduler),

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "OrmelSDK/AppServerRun/Connection/ServerServices.h"
 #include "OrmelSDK/AppServerRun/TurnRun/AppServerMessage.h"
 #include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun+ServerRequests.h"
 #include "OrmelSDK/AppServerRun/TurnRun/CoordinatorScope.h"
@@ -62,7 +63,7 @@ struct StartedOperation {
 class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurnRun> {
  public:
   static std::shared_ptr<AppServerTurnRun> create(AppServerTurnRunConfiguration configuration,
-                                                  RunServices services = RunServices());
+                                                  ServerServices services = ServerServices());
 
   AppServerTurnRun(const AppServerTurnRun&) = delete;
   AppServerTurnRun& operator=(const AppServerTurnRun&) = delete;
@@ -111,7 +112,7 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
  private:
   using Self = std::shared_ptr<AppServerTurnRun>;
 
-  AppServerTurnRun(AppServerTurnRunConfiguration configuration, RunServices services);
+  AppServerTurnRun(AppServerTurnRunConfiguration configuration, ServerServices services);
 
   static Task<std::uint64_t> reserveOn(Self self);
   static Task<void> releaseOn(Self self);
@@ -158,7 +159,7 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
                             std::optional<std::uint64_t> expectedOperationGeneration);
 
   const AppServerTurnRunConfiguration configuration_;
-  const RunServices services_;
+  const ServerServices services_;
   RunLife life_;
 
   // The state of the run.

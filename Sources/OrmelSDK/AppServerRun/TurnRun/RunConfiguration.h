@@ -4,11 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "OrmelSDK/Concurrency/Scheduler.h"
 #include "OrmelSDK/Options/OrmelOptions.h"
 #include "OrmelSDK/Options/ThreadOptions.h"
-#include "OrmelSDK/Platform/BlockingWork.h"
-#include "OrmelSDK/Platform/ProcessLauncher.h"
 
 namespace ormel::detail {
 
@@ -32,18 +29,6 @@ struct AppServerTurnRunConfiguration {
   OrmelOptions ormelOptions;
   ThreadOptions threadOptions;
   RunDurations durations;
-};
-
-/// The world that a run lives in. All of it must outlive the run and everything that the run has started.
-struct RunServices {
-  /// Threads, clock and processes of this machine.
-  RunServices();
-  RunServices(Scheduler& schedulerOfRun, ProcessLauncher& launcherOfRun, BlockingWork& blockingWorkOfRun)
-      : scheduler(&schedulerOfRun), launcher(&launcherOfRun), blockingWork(&blockingWorkOfRun) {}
-
-  Scheduler* scheduler;
-  ProcessLauncher* launcher;
-  BlockingWork* blockingWork;
 };
 
 }  // namespace ormel::detail

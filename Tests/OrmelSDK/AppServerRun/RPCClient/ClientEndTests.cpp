@@ -14,6 +14,13 @@ using namespace ormel::testing;
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 
+Task<void> beginAnew(std::shared_ptr<detail::AppServerRPCClient> client) {
+  co_await client->strand().enter();
+  co_await client->terminate();
+  co_await client->startProcess();
+  co_await client->initializeIfNeeded();
+}
+
 TEST(AppServerRPCClientEnd, FailsWhatIsInFlight) {
   withServers([](SimulatedServer& server) {
     const auto client = server.readyClient();
@@ -63,6 +70,29 @@ TEST(AppServerRPCClientEnd, DoesNotWaitForWordsOnAPipeThatSomebodyElseHolds) {
     EXPECT_EQ(server.told(answer), unexpectedEnd);
     EXPECT_FALSE(client->hasProcess());
     EXPECT_EQ(server.server.running(), 0U);
+  });
+}
+
+TEST(AppServerRPCClientEnd, OfAConnectionThatWasClosedMeanwhileCostsTheNextOneNothing) {
+  constexpr std::uint64_t orders = 300;
+  underSeeds(orders, [](SimulatedScheduler& scheduler) {
+    SimulatedServer server(scheduler);
+    server.onStart = [](InMemoryProcess& process) { process.slowErrorOutput(5ms); };
+    const auto client = server.readyClient();
+    const auto first = server.start(client->sendRequest("a/b"));
+    server.process().writeError("last words");
+    server.process().closeOutput();
+    // The last words, which the end of the output waits for, come in the moment in which the client begins anew.
+    std::shared_ptr<Outcome<void>> beginning;
+    const Timer timer =
+        scheduler.postAfter(5ms, [&] { beginning = startOn(scheduler, beginAnew(client)); }, "application");
+    server.pass(5ms);
+    EXPECT_EQ(server.told(beginning), "no failure");
+    EXPECT_NE(server.told(first), "waiting");
+    const auto second = server.start(client->sendRequest("a/b"));
+    server.pass(1s);
+    EXPECT_EQ(server.told(second), "waiting");
+    server.end(client->terminate());
   });
 }
 

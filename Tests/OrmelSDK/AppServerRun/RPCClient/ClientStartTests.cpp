@@ -16,6 +16,13 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
 
+Task<void> beginWhenTheProcessIsGone(std::shared_ptr<detail::AppServerRPCClient> client) {
+  co_await client->strand().enter();
+  while (client->hasProcess()) co_await client->strand().yield();
+  co_await client->startProcess();
+  co_await client->initializeIfNeeded();
+}
+
 TEST(AppServerRPCClientStart, StartsTheServerThroughTheSystemsStarter) {
   withServers([](SimulatedServer& server) {
     server.configuration.ormelPathDirectories = {"/opt/bin"};
@@ -209,6 +216,32 @@ TEST(AppServerRPCClientHandshake, OfAProcessThatIsGoneDoesNotCountForTheNext) {
     server.end(client->initializeIfNeeded());
     EXPECT_TRUE(client->didInitializeProcess());
     EXPECT_THAT(server.process().methodsRead(), ElementsAre("initialize", "initialized"));
+  });
+}
+
+TEST(AppServerRPCClientHandshake, ThatEndsLateLeavesTheHandshakeOfTheNextProcessAlone) {
+  constexpr std::uint64_t orders = 100;
+  underSeeds(orders, [](SimulatedScheduler& scheduler) {
+    SimulatedServer server(scheduler);
+    server.reply("initialize", [&](InMemoryProcess& process, const JSONValue&) {
+      // The answer has been taken when the next line costs the process, but its waiter has not run yet.
+      process.write(R"({"id":1,"result":{}})"
+                    "\nnonsense\n");
+      server.keep("initialize");
+    });
+    const auto client = server.newClient();
+    server.end(client->startProcess());
+    const auto first = startOn(scheduler, client->initializeIfNeeded());
+    const auto next = startOn(scheduler, beginWhenTheProcessIsGone(client));
+    server.settle();
+    // It depends on whether both lines come in one read.
+    EXPECT_THAT(server.told(first), ::testing::AnyOf(stdinIsUnavailable, "no failure"));
+    const auto third = server.start(client->initializeIfNeeded());
+    EXPECT_THAT(server.process().methodsRead(), ElementsAre("initialize"));
+    server.write("{\"id\":2,\"result\":{}}\n");
+    EXPECT_EQ(server.told(next), "no failure");
+    EXPECT_EQ(server.told(third), "no failure");
+    server.end(client->terminate());
   });
 }
 

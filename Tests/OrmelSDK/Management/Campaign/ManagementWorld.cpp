@@ -44,7 +44,7 @@ ManagementWorld::ManagementWorld(std::uint64_t seed) : scheduler(seed), server_(
     };
   }
   faultPercent_ = choose(3) * 15;
-  const detail::RPCClientServices services(scheduler, server_, blockingWork_);
+  const detail::ServerServices services(scheduler, server_, blockingWork_);
   session_ = std::make_shared<detail::ControlSession>(std::move(configuration), services);
   scheduler.setStepHook([this] { look(); });
 }
@@ -255,6 +255,7 @@ void ManagementWorld::look() {
   lookAtProcesses();
   lookAtSubscribers();
   lookAtCalls();
+  lookAtRequests();
   clientBefore_ = session_ ? session_->client() : nullptr;
 }
 
@@ -324,6 +325,13 @@ void ManagementWorld::lookAtCalls() {
   }
 }
 
+void ManagementWorld::lookAtRequests() {
+  const auto client = session_ ? session_->client() : nullptr;
+  if (!client) return;
+  const std::size_t handshakes = client->didInitializeProcess() ? 0 : 1;
+  require(client->requestsInFlight() <= callsUnderWay() + handshakes, "a call that has ended leaves no request");
+}
+
 void ManagementWorld::judge(Call& call, std::size_t number) {
   JSONValue value;
   const std::string failure = failureOf([&] { value = call.outcome->take(); });
@@ -367,8 +375,6 @@ bool ManagementWorld::hasAnythingHappened() const {
 }
 
 void ManagementWorld::lookAtQuietSession() {
-  const auto client = session_->client();
-  if (client) require(client->requestsInFlight() <= callsUnderWay(), "a call that has ended leaves no request");
   const auto live = static_cast<std::size_t>(
       std::ranges::count_if(subscribers_, [](const auto& subscriber) { return !subscriber->hasEnded; }));
   require(session_->subscribers() == live, "a subscription that has ended leaves nothing");

@@ -101,6 +101,7 @@ class ManagementWorld {
   void lookAtProcesses();
   void lookAtSubscribers();
   void lookAtCalls();
+  void lookAtRequests();
   void judge(Call& call, std::size_t number);
   void allowEndOfAll();
   /// Whether something is under way that may cost any process: an end of the session, or the end of a call that was

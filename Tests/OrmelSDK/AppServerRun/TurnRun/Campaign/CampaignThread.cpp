@@ -17,8 +17,9 @@ constexpr std::uint64_t stepsOfInterest = 120;
 }  // namespace
 
 CampaignThread::CampaignThread(CampaignWorld& world, std::optional<std::string> threadID) : world_(world) {
-  auto conversation = std::make_shared<detail::Conversation>(
-      world.configuration, std::move(threadID), detail::RunServices(world.scheduler, world.server, world.blockingWork));
+  auto conversation =
+      std::make_shared<detail::Conversation>(world.configuration, std::move(threadID),
+                                             detail::ServerServices(world.scheduler, world.server, world.blockingWork));
   conversation_ = conversation;
   lastID_ = conversation->id();
   world.observeBy(this);

@@ -56,7 +56,7 @@ void CampaignWorld::dawdle() {
 }
 
 void CampaignWorld::open() {
-  run_ = Run::create(configuration, detail::RunServices(scheduler, server, blockingWork));
+  run_ = Run::create(configuration, detail::ServerServices(scheduler, server, blockingWork));
   open(run_);
 }
 
