@@ -72,6 +72,7 @@ class FileSearch {
     const auto end = found_.begin() + static_cast<std::ptrdiff_t>(count);
     std::partial_sort(found_.begin(), end, found_.end());
     std::vector<JSONValue> files;
+    files.reserve(count);
     for (std::size_t index = 0; index < count; ++index) files.push_back(found_[index].json());
     return JSONValue::object({{"files", JSONValue::array(files)}});
   }
