@@ -61,6 +61,15 @@ void closeOthers(const KeeperDescriptors& descriptors) {
   if (nothing > STDERR_FILENO) ::close(nothing);
 }
 
+/// As the system takes texts; they stay those of the list.
+std::vector<char*> endedByNull(const std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
+  for (const std::string& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
 /// Becomes the command, or writes a report of why it cannot to `failure`.
 [[noreturn]] void becomeCommand(const CommandLaunch& launch, const KeeperDescriptors& descriptors, pid_t keeper,
                                 int failure) {
@@ -75,14 +84,8 @@ void closeOthers(const KeeperDescriptors& descriptors) {
   ::dup2(descriptors.output, STDOUT_FILENO);
   ::dup2(descriptors.error, STDERR_FILENO);
   for (int signal = 1; signal < NSIG; ++signal) onSignal(signal, SIG_DFL);
-  std::vector<char*> arguments;
-  arguments.reserve(launch.arguments.size() + 1);
-  for (const std::string& argument : launch.arguments) arguments.push_back(const_cast<char*>(argument.c_str()));
-  std::vector<char*> variables;
-  variables.reserve(launch.environment.size() + 1);
-  for (const std::string& variable : launch.environment) variables.push_back(const_cast<char*>(variable.c_str()));
-  arguments.push_back(nullptr);
-  variables.push_back(nullptr);
+  const std::vector<char*> arguments = endedByNull(launch.arguments);
+  std::vector<char*> variables = endedByNull(launch.environment);
   KeeperReport report = {KeeperReport::Event::noFolder, 0};
   if (launch.folder.empty() || ::chdir(launch.folder.c_str()) == 0) {
     report.event = KeeperReport::Event::noProgram;
