@@ -31,13 +31,13 @@ const roomOf = (place) => rooms.find((room) => lies(place, room.name));
 const arrows = new Map(rooms.map((room) => [room, new Map()]));
 
 function checkInclude(file, room, included) {
+  if (room.not?.some((forbidden) => lies(included, forbidden)))
+    faults.push(`${file}: includes ${included}, which ${room.name} may not use`);
   const other = roomOf(included);
   if (!other || other === room) return;
   if (other.floor > room.floor) faults.push(`${file}: includes ${included}, which is a floor above`);
   if (room.only && !room.only.some((allowed) => lies(included, allowed)))
     faults.push(`${file}: includes ${included}, but ${room.name} may use only ${room.only.join(', ')}`);
-  if (room.not?.some((forbidden) => lies(included, forbidden)))
-    faults.push(`${file}: includes ${included}, which ${room.name} may not use`);
   if (!arrows.get(room).has(other)) arrows.get(room).set(other, file);
 }
 
@@ -63,6 +63,10 @@ for (const file of files) {
   const room = roomOf(placeOf(file));
   if (!room) faults.push(`${file}: cmake/floors.txt names no room for it`);
   else for (const included of includesOf(file)) checkInclude(file, room, included);
+}
+for (const room of rooms) {
+  if (!files.some((file) => roomOf(placeOf(file)) === room))
+    faults.push(`cmake/floors.txt: no source lies in the room ${room.name}`);
 }
 const done = new Set();
 rooms.some((room) => findCircle(room, [], done));
