@@ -18,6 +18,7 @@ std::string versionOf(const McpServerStatusSummary& server) {
 
 std::string toolsOf(const McpServerStatusSummary& server) {
   std::vector<std::string> names;
+  names.reserve(server.tools.size());
   for (const auto& [name, definition] : server.tools) names.push_back(name);
   return joined(names);
 }

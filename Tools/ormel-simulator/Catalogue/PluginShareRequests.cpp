@@ -12,6 +12,10 @@ namespace ormel::simulator {
 
 namespace {
 
+Refusal nameIsTaken(const std::string& name, const std::string& plugin) {
+  return Refusal(invalidRequest, "another plugin is shared by the name " + name + ": " + plugin);
+}
+
 std::string shareURL(const std::string& id) { return "https://parlane.example/plugins/" + id; }
 
 std::string nameOfPath(const std::string& path) {
@@ -77,7 +81,7 @@ JSONValue knownShare(const CatalogueDocument& state, const std::string& id) {
 void requireFreeName(const CatalogueDocument& state, const std::string& id, const std::string& name) {
   for (const std::string& other : keysOf(state.at({"shares"}))) {
     if (other != id && textMember(state.at({"shares", other}), "name") == name) {
-      throw Refusal(invalidRequest, std::string("another plugin is shared by the name ").append(name + ": " + other));
+      throw nameIsTaken(name, other);
     }
   }
 }
