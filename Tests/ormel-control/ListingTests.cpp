@@ -73,7 +73,9 @@ TEST(ControlListings, HaveALineForEachRecord) {
     EXPECT_THAT(end.output, StartsWith(row.header)) << name;
     EXPECT_THAT(end.output, HasSubstr(row.line)) << name;
     EXPECT_GE(linesIn(end.output), 2U) << name;
-    if (row.lines > 0) EXPECT_EQ(linesIn(end.output), row.lines) << name << end.output;
+    if (row.lines > 0) {
+      EXPECT_EQ(linesIn(end.output), row.lines) << name << end.output;
+    }
   }
 }
 
@@ -123,8 +125,8 @@ TEST(ControlListings, GoOverAllPages) {
       {"threads", "thread/list", R"({"id": "t1", "preview": "one"})", R"({"id": "t2", "name": "Two"})", {"t1", "Two"}},
       {"features",
        "experimentalFeature/list",
-       R"({"name": "f1", "stage": "beta", "enabled": true})",
-       R"({"name": "f2", "stage": "beta", "enabled": false})",
+       R"({"name": "f1", "stage": "beta", "enabled": true, "defaultEnabled": false})",
+       R"({"name": "f2", "stage": "beta", "enabled": false, "defaultEnabled": false})",
        {"f1\tbeta\tyes", "f2\tbeta\tno"}},
   };
   for (const auto& row : rows) {
@@ -164,7 +166,7 @@ TEST(ControlListings, AreOneJSONDocument) {
     const ControlEnd end = agent.control({row.command, "--json"});
     EXPECT_EQ(end.status, 0) << row.command;
     EXPECT_EQ(linesIn(end.output), 1U) << row.command;
-    EXPECT_EQ(JSONValue::decode(end.output).arrayValue() != nullptr, row.isArray) << row.command;
+    EXPECT_EQ(JSONValue::decode(end.output).kind() == JSONValue::Kind::array, row.isArray) << row.command;
   }
   const JSONValue models = JSONValue::decode(agent.control({"--json", "models"}).output);
   EXPECT_EQ(models.arrayValue()->size(), 5U);

@@ -40,10 +40,11 @@ TEST(ControlInATerminal, HasTablesThatFit) {
     // A line that does not fit would be joined from two, so that the table had fewer lines on the screen than here.
     EXPECT_EQ(terminal.text(), terminal.unjoinedText()) << width;
     EXPECT_THAT(terminal.text(), HasSubstr("…")) << width;
-    EXPECT_THAT(terminal.text(), HasSubstr("THREAD")) << width;
     EXPECT_THAT(terminal.text(), HasSubstr("t3")) << width;
-    if (width >= 80) EXPECT_THAT(terminal.text(), HasSubstr("0199a213-81c0-7800-8aa1-bbab2a035a53")) << width;
-    if (width >= 80) EXPECT_THAT(terminal.text(), HasSubstr("\\u001b[2")) << width;
+    if (width >= 80) {
+      EXPECT_THAT(terminal.text(), HasSubstr("0199a213-81c0-7800-8aa1-bbab2a035a53")) << width;
+      EXPECT_THAT(terminal.text(), HasSubstr("\\u001b[2")) << width;
+    }
   }
 }
 
