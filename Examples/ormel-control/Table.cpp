@@ -38,13 +38,14 @@ Widths naturalWidths(const std::vector<Row>& rows) {
 
 std::size_t sumOf(const Widths& widths) { return std::accumulate(widths.begin(), widths.end(), std::size_t{0}); }
 
-/// Takes from the widest of the columns that may be cut, until the sum fits or all of them are down to `least`.
+/// Takes from the widest of the columns that may be cut, the last of them first, until the sum fits or all are down to
+/// `least`.
 template <typename MayBeCut>
 void cutWidest(Widths& widths, std::size_t sum, std::size_t least, MayBeCut mayBeCut) {
   while (sumOf(widths) > sum) {
     std::size_t widest = widths.size();
     for (std::size_t index = 0; index < widths.size(); ++index) {
-      const bool isWider = widest == widths.size() || widths[index] > widths[widest];
+      const bool isWider = widest == widths.size() || widths[index] >= widths[widest];
       if (mayBeCut(index) && widths[index] > least && isWider) widest = index;
     }
     if (widest == widths.size()) return;

@@ -30,10 +30,10 @@ TEST(ControlTable, CutsWhatIsWidestAndIDsLast) {
             "9           日本語\n"
             "            x\\ny    z\n");
   EXPECT_EQ(fitted(sample(), 23),
-            "ID      NAME    NOTE\n"
-            "01234…  short   a long…\n"
-            "9       日本語\n"
-            "        x\\ny    z\n");
+            "ID       NAME    NOTE\n"
+            "012345…  short   a lon…\n"
+            "9        日本語\n"
+            "         x\\ny    z\n");
 }
 
 TEST(ControlTable, IsNoWiderThanTheTerminal) {
