@@ -111,7 +111,7 @@ class BareChild {
 
   void write(std::string_view bytes) { program_.write(bytes); }
 
-  /// What one read gives; empty at the end.
+  /// The bytes of one read; empty at the end.
   std::string_view read() {
     const ssize_t got = ::read(program_.outputDescriptor(), block_.data(), block_.size());
     return std::string_view(block_).substr(0, got > 0 ? static_cast<std::size_t>(got) : 0);

@@ -11,7 +11,7 @@ namespace ormel::chat {
 
 namespace {
 
-/// Who decides: the user, or nobody.
+/// Decides approvals: asks the user, or approves everything.
 class Judge {
  public:
   Judge(std::shared_ptr<Inbox> inbox, bool approvesEverything)

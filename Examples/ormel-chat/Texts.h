@@ -15,7 +15,7 @@ std::string shortened(std::string_view text);
 
 std::string durationText(std::int64_t milliseconds);
 
-/// What a tool gave, as text; parts that are no text by their address or type.
+/// The output of a tool as text; parts that are not text are shown by their address or type.
 std::string toolText(const std::vector<JSONValue>& content);
 std::string toolText(const std::vector<DynamicToolCallOutputContentItem>& content);
 

@@ -9,7 +9,7 @@
 
 namespace ormel::control {
 
-/// What came of a command, for people and for programs.
+/// The outcome of a command, for people and for programs.
 struct Report {
   Report() {}
 
@@ -20,9 +20,9 @@ struct Report {
   std::string text;
   /// The same for standard error.
   std::string errorText;
-  /// What the user should know beside the tables; goes to standard error.
+  /// Remarks for the user beside the tables; printed to standard error.
   std::vector<std::string> remarks;
-  /// What the program exits with.
+  /// The exit status of the program.
   int status = 0;
 };
 

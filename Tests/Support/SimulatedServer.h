@@ -56,7 +56,7 @@ class SimulatedServer {
     EXPECT_TRUE(scheduler.pending().ends_with("ready:; timers:; waiting:")) << scheduler.pending();
   }
 
-  // What the server does.
+  // The server's actions.
 
   void reply(const std::string& method, Reply with) { replies_[method] = std::move(with); }
   void answer(const std::string& method, std::string_view result) {
@@ -88,7 +88,7 @@ class SimulatedServer {
     settle();
   }
 
-  // What the client's side does.
+  // The actions of the client's side.
 
   detail::ServerServices services() { return {scheduler, server, blockingWork_}; }
   Client newClient() {

@@ -53,13 +53,13 @@ server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status":
 ///     auto turn = server.startTurn();
 ///     EXPECT_THAT(told(turn.events), ElementsAre("thread.started", "turn.started", "turn.completed", "end"));
 ///
-/// What waits gives up after a generous time. At its end it releases the run and fails the test if the client went
-/// against the scenario.
+/// Each wait gives up after a generous time. At its end the harness releases the run and fails the test if the client
+/// went against the scenario.
 class TurnRunHarness {
  public:
   using Run = detail::AppServerTurnRun;
 
-  /// What a test may set before the run is made.
+  /// The settings that a test may change before the run is made.
   struct Settings {
     Settings() {}
 
@@ -105,7 +105,7 @@ class TurnRunHarness {
     return outcome->take();
   }
 
-  /// What the run looks like at this moment, seen from its strand.
+  /// The look of the run at this moment, seen from its strand.
   template <class Seen>
   Seen seen(std::function<Seen(const Run&)> look) const {
     return ended(looked<Seen>(run_, std::move(look)));

@@ -34,7 +34,7 @@ struct ReviewCommit {
   friend bool operator==(const ReviewCommit&, const ReviewCommit&) = default;
 };
 
-/// Whatever the instructions name.
+/// Anything that the instructions name.
 struct ReviewCustom {
   std::string instructions;
   friend bool operator==(const ReviewCustom&, const ReviewCustom&) = default;

@@ -14,7 +14,7 @@ namespace ormel {
 enum class AccountLoginAppBrand { ormel, parlane };
 std::ostream& operator<<(std::ostream& stream, const AccountLoginAppBrand& value);
 
-/// What the owner of a workspace is asked to add.
+/// The thing that the owner of a workspace is asked to add.
 enum class AccountAddCreditsNudgeType { credits, usageLimit };
 std::ostream& operator<<(std::ostream& stream, const AccountAddCreditsNudgeType& value);
 
@@ -54,7 +54,7 @@ struct ConsumeAccountRateLimitResetCreditInSessionParams {
   std::optional<std::string> creditID;
 };
 
-/// Says what `getAuthStatus` tells. What is absent is sent as null.
+/// Says what `getAuthStatus` tells. An absent field is sent as null.
 struct GetAuthStatusParams {
   GetAuthStatusParams() {}
   /// Whether the token itself comes with the status.
@@ -69,7 +69,7 @@ struct CreateDeviceKeyParams {
   std::optional<DeviceKeyProtectionPolicy> protectionPolicy;
 };
 
-/// What goes with the feedback of `uploadFeedback`.
+/// The details of the feedback of `uploadFeedback`.
 struct UploadFeedbackParams {
   UploadFeedbackParams() {}
   /// In the user's own words.
@@ -82,7 +82,7 @@ struct UploadFeedbackParams {
   std::optional<std::map<std::string, std::string>> tags;
 };
 
-/// What goes with the feedback of a control session's `uploadFeedback`.
+/// The details of the feedback of a control session's `uploadFeedback`.
 struct UploadFeedbackInSessionParams {
   UploadFeedbackInSessionParams() {}
   /// In the user's own words.

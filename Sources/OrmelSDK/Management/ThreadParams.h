@@ -33,7 +33,7 @@ std::ostream& operator<<(std::ostream& stream, const ThreadSortDirection& value)
 enum class ThreadTurnSortDirection { asc, desc };
 std::ostream& operator<<(std::ostream& stream, const ThreadTurnSortDirection& value);
 
-/// What made a thread.
+/// The origin of a thread.
 enum class ThreadSourceKind {
   cli,
   vscode,
@@ -52,7 +52,7 @@ using ThreadMetadataStringUpdate = Update<std::string>;
 using ThreadGoalTokenBudgetUpdate = Update<std::int64_t>;
 using ServiceTierUpdate = Update<ServiceTier>;
 
-/// What to change of the state of the repository that a thread is noted with.
+/// The changes to the repository state that a thread is noted with.
 struct ThreadMetadataGitInfoUpdate {
   ThreadMetadataGitInfoUpdate() {}
   ThreadMetadataStringUpdate branch;
@@ -124,13 +124,13 @@ struct ForkThreadInSessionParams {
   std::optional<bool> ephemeral;
 };
 
-/// What `updateThreadMetadata` changes.
+/// The changes that `updateThreadMetadata` makes.
 struct UpdateThreadMetadataParams {
   UpdateThreadMetadataParams() {}
   std::optional<ThreadMetadataGitInfoUpdate> gitInfo;
 };
 
-/// What `updateThreadSettings` changes.
+/// The changes that `updateThreadSettings` makes.
 struct UpdateThreadSettingsParams {
   UpdateThreadSettingsParams() {}
   std::optional<std::string> workingDirectory;
@@ -166,7 +166,7 @@ struct ListThreadTurnItemsParams {
   std::optional<ThreadTurnSortDirection> sortDirection;
 };
 
-/// What `setThreadGoal` sets.
+/// The goal that `setThreadGoal` sets.
 struct SetThreadGoalParams {
   SetThreadGoalParams() {}
   std::optional<std::string> objective;

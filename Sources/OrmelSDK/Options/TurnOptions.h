@@ -14,7 +14,8 @@
 
 namespace ormel {
 
-/// What an application states for one turn, ahead of the thread's options. Whatever is absent changes nothing.
+/// The options that an application states for one turn; they take precedence over the options of the thread. An absent
+/// option changes nothing.
 ///
 /// *Thread safety*: a plain value, whose copies share the signal.
 class TurnOptions {

@@ -17,7 +17,7 @@
 // a JSON form, except `DynamicCodingKey`. The acknowledgement of a write is in EmptyResponses.h.
 namespace ormel {
 
-/// What a written value does to the one that is there: takes its place, or is merged into it.
+/// The effect of a written value on the present one: it takes its place, or is merged into it.
 enum class ConfigMergeStrategy { replace, upsert };
 std::ostream& operator<<(std::ostream& stream, const ConfigMergeStrategy& value);
 
@@ -43,7 +43,7 @@ struct PluginEnabledConfig {
 /// The settings of an app.
 struct AppConfigSnapshot {
   bool enabled = false;
-  /// Who decides about approvals that the app needs.
+  /// The reviewer of approvals that the app needs.
   std::optional<ApprovalsReviewer> approvalsReviewer;
   friend bool operator==(const AppConfigSnapshot&, const AppConfigSnapshot&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const AppConfigSnapshot& value);
@@ -102,7 +102,7 @@ struct ConfigEdit {
   friend std::ostream& operator<<(std::ostream& stream, const ConfigEdit& value);
 };
 
-/// What became of several changes that were written together.
+/// The outcome of several changes that were written together.
 struct ConfigBatchWriteResponse {
   /// In the server's own word.
   std::optional<std::string> status;
@@ -110,20 +110,20 @@ struct ConfigBatchWriteResponse {
   std::optional<std::string> version;
   /// The file that was written.
   std::optional<std::string> filePath;
-  /// What the server says about values that another layer overrides, as it came.
+  /// The server's remarks on values that another layer overrides, as they came.
   std::optional<JSONValue> overriddenMetadata;
   friend bool operator==(const ConfigBatchWriteResponse&, const ConfigBatchWriteResponse&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const ConfigBatchWriteResponse& value);
 };
 
-/// What is required of the agent's use of the computer.
+/// The requirements for the agent's use of the computer.
 struct ComputerUseRequirements {
   std::optional<bool> allowLockedComputerUse;
   friend bool operator==(const ComputerUseRequirements&, const ComputerUseRequirements&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const ComputerUseRequirements& value);
 };
 
-/// What is required of network access.
+/// The requirements for network access.
 struct NetworkRequirements {
   std::optional<bool> enabled;
   std::optional<std::int64_t> httpPort;
@@ -144,7 +144,7 @@ struct NetworkRequirements {
   friend std::ostream& operator<<(std::ostream& stream, const NetworkRequirements& value);
 };
 
-/// What the configuration has to comply with. An absent field requires nothing.
+/// The requirements that the configuration has to meet. An absent field requires nothing.
 struct ConfigRequirements {
   std::optional<std::vector<ApprovalMode>> allowedApprovalPolicies;
   std::optional<std::vector<ApprovalsReviewer>> allowedApprovalsReviewers;

@@ -18,7 +18,7 @@ struct FsReadFileResponse {
   friend std::ostream& operator<<(std::ostream& stream, const FsReadFileResponse& value);
 };
 
-/// What stands at a path.
+/// The file, directory or link at a path.
 struct FsGetMetadataResponse {
   /// Whether it is a directory. Also read from `isDirectory`.
   bool isKestriony = false;

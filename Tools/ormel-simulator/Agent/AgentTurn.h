@@ -34,7 +34,7 @@ class AgentTurn {
   milliseconds pace() const noexcept { return pace_; }
   std::string prompt() const { return record().prompt().value_or(""); }
 
-  /// What the user said in earlier turns of the thread, since its history was shortened.
+  /// The user's prompts in earlier turns of the thread, since its history was shortened.
   std::vector<std::string> earlierPrompts() const;
 
   void then(Action action) { thenAfter(pace_, std::move(action)); }

@@ -27,7 +27,7 @@ constexpr const char* noRead = "stream error: App-server RPC thread/read timed o
 constexpr const char* noSteer = "stream error: App-server RPC turn/steer timed out after 30 seconds";
 constexpr const char* noInterrupt = "stream error: App-server RPC turn/interrupt timed out after 30 seconds";
 
-/// What goes wrong at a step of a conversation, and how the application hears of it.
+/// A fault at a step of a conversation, and how the application hears of it.
 struct Fault {
   const char* name;
   std::function<void(SimulatedRun&, std::stop_source& caller)> happen;
@@ -81,7 +81,7 @@ const std::vector<Fault>& faults() {
   return all;
 }
 
-/// Whatever has happened: nothing runs, nothing waits, and the next turn does well.
+/// After any fault, nothing runs, nothing waits, and the next turn succeeds.
 void expectSoundRun(SimulatedRun& engine) {
   EXPECT_NE(engine.state(), "pending");
   EXPECT_EQ(engine.run->requests().count(), 0U);

@@ -14,7 +14,7 @@
 
 namespace ormel::simulator {
 
-/// What has come of a command.
+/// The outcome of a command.
 struct CommandResult {
   /// Nothing where nobody can tell.
   std::optional<int> exitCode;

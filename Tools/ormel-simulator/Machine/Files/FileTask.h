@@ -4,7 +4,7 @@
 
 namespace ormel::simulator {
 
-/// What is to be done with a path, in the words of its refusal: "cannot read a/b: No such file or directory".
+/// A task to be done with a path, in the words of its refusal: "cannot read a/b: No such file or directory".
 class FileTask {
  public:
   FileTask(std::string verb, std::string path) : verb_(std::move(verb)), path_(std::move(path)) {}

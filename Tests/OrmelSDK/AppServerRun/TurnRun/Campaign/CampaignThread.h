@@ -19,7 +19,7 @@ namespace ormel::testing {
 /// How an application keeps a thread busy.
 enum class ThreadCallKind { run, turn, review, compaction, side };
 
-/// What an application saw of such a call.
+/// The application's view of such a call.
 struct ThreadCallRecord {
   ThreadCallKind kind = ThreadCallKind::run;
   AbortController controller;
@@ -54,7 +54,7 @@ class CampaignThread final : public CampaignObserver {
   CampaignThread(const CampaignThread&) = delete;
   CampaignThread& operator=(const CampaignThread&) = delete;
 
-  // What the application does; nothing once it has let go of the thread.
+  // The application's actions; they do nothing once it has let go of the thread.
   ThreadCallRecord& call(ThreadCallKind kind, std::optional<std::uint64_t> readsAtMost = std::nullopt);
   CallRecord& steer();
   CallRecord& interrupt();
