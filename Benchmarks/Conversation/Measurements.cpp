@@ -60,7 +60,7 @@ std::string prompt(std::string_view workload, std::uint64_t amount) {
 }
 
 /// Plays a turn and hands each event to `look`, on a thread of the library.
-template <class Look>
+template <typename Look>
 Task<void> play(Thread thread, std::string workload, Look& look) {
   StreamedTurn turn = co_await thread.runStreamed(std::move(workload));
   while (auto event = co_await turn.events.next()) look(*event);

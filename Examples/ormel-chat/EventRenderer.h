@@ -33,7 +33,7 @@ class EventRenderer {
   void showEvent(const ConfigWarningEvent& event);
   void showEvent(const ModelReroutedEvent& event);
   /// Events that a person need not see.
-  template <class Event>
+  template <typename Event>
   void showEvent(const Event&) {}
 
   void note(std::string_view text, Style style);

@@ -102,18 +102,18 @@ class SimulatedServer {
     return client;
   }
 
-  template <class T>
+  template <typename T>
   std::shared_ptr<Outcome<T>> start(Task<T> task, std::stop_token token = {}) {
     auto outcome = startOn(scheduler, std::move(task), std::move(token));
     settle();
     return outcome;
   }
   /// Runs the task to its end without moving time on.
-  template <class T>
+  template <typename T>
   T end(Task<T> task) {
     return taken(start(std::move(task)));
   }
-  template <class T>
+  template <typename T>
   static T taken(const std::shared_ptr<Outcome<T>>& outcome) {
     if (!outcome->isSet()) throw std::runtime_error("the task has not ended");
     return outcome->take();

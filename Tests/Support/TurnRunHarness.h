@@ -88,25 +88,25 @@ class TurnRunHarness {
   void dropRun() { run_.reset(); }
 
   /// Runs the task to its end. Throws what it fails with.
-  template <class T>
+  template <typename T>
   static T ended(Task<T> task) {
     return Production().run(std::move(task));
   }
 
   /// Starts the task, whose end `taken` gives.
-  template <class T>
+  template <typename T>
   static std::shared_ptr<Outcome<T>> started(Task<T> task, std::stop_token token = {}) {
     return startOn(productionScheduler(), std::move(task), std::move(token));
   }
 
-  template <class T>
+  template <typename T>
   static T taken(const std::shared_ptr<Outcome<T>>& outcome) {
     outcome->waitUntilSet();
     return outcome->take();
   }
 
   /// The look of the run at this moment, seen from its strand.
-  template <class Seen>
+  template <typename Seen>
   Seen seen(std::function<Seen(const Run&)> look) const {
     return ended(looked<Seen>(run_, std::move(look)));
   }
@@ -150,7 +150,7 @@ class TurnRunHarness {
 
   EventChannel<ThreadEvent> eventsOf(OperationRequest request) { return ended(run_->start(std::move(request))).events; }
 
-  template <class Seen>
+  template <typename Seen>
   static Task<Seen> looked(std::shared_ptr<Run> run, std::function<Seen(const Run&)> look) {
     co_await run->strand().enter();
     co_return look(*run);
