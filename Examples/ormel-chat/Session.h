@@ -109,7 +109,7 @@ class Session {
   bool hasFailed_ = false;
   /// The status of the last operation.
   int status_ = 0;
-  /// Since the last line of the user.
+  /// The interrupts since the last line of the user.
   int interrupts_ = 0;
   bool hasPrompted_ = false;
   std::optional<int> exitStatus_;

@@ -22,7 +22,7 @@ std::string toolText(const std::vector<DynamicToolCallOutputContentItem>& conten
 /// The text under the key, or the fallback.
 std::string textViewMember(const JSONValue& object, std::string_view key, std::string_view fallback = "");
 
-/// Without white space at both ends.
+/// The text without white space at both ends.
 std::string_view trimmed(std::string_view text);
 
 }  // namespace ormel::chat

@@ -13,7 +13,7 @@ namespace ormel::control {
 struct Report {
   Report() {}
 
-  /// For `--json`.
+  /// The output for `--json`.
   JSONValue document = JSONValue::object();
   std::vector<Table> tables;
   /// Ahead of the tables. A terminal gets it without control characters, anything else as it is.

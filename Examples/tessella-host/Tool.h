@@ -11,7 +11,7 @@ namespace tessella {
 
 /// The client of a tool: one session per connection.
 struct Session {
-  /// For the log.
+  /// The name in the log.
   std::string name;
   std::string workspacePath;
   /// Asks a running tool to give up, because the host is ending.

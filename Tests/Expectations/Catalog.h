@@ -39,7 +39,7 @@ struct ExpectedField {
   };
 
   std::string name;
-  /// In the order in which they are tried.
+  /// The keys in the order in which they are tried.
   std::vector<std::string> keys;
   std::string writtenKey;
   ExpectedType type;

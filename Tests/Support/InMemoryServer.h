@@ -31,9 +31,9 @@ struct InMemoryServerScript {
   std::function<void(InMemoryProcess&)> onInputEnd;
   /// The signal to terminate; ordinarily the server ends by it.
   std::function<void(InMemoryProcess&)> onTerminate;
-  /// Within the call that writes a line, on the client's strand.
+  /// Called within the call that writes a line, on the client's strand.
   std::function<void(InMemoryProcess&, const std::string& line)> onClientWrite;
-  /// Within the call that sends a message.
+  /// Called within the call that sends a message.
   std::function<void(InMemoryProcess&, const JSONValue& message)> onSend;
 };
 
@@ -131,7 +131,7 @@ class InMemoryServer final : public detail::ProcessLauncher {
  public:
   explicit InMemoryServer(SimulatedScheduler& scheduler, InMemoryServerScript script = InMemoryServerScript());
 
-  /// For the processes started from now on.
+  /// Sets the script of the processes that start from now on.
   void setScript(InMemoryServerScript script);
 
   /// So many of the next launches fail: the program cannot be found.

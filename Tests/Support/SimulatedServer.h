@@ -145,7 +145,7 @@ class SimulatedServer {
   InMemoryServer server;
   detail::AppServerRPCClientConfiguration configuration;
   std::function<void(InMemoryProcess&)> onStart;
-  /// In place of an exit with status 0.
+  /// Runs in place of an exit with status 0.
   std::function<void(InMemoryProcess&)> onInputEnd;
 
  private:

@@ -66,9 +66,9 @@ class TurnRunHarness {
     ThreadOptions threadOptions;
     OrmelOptions ormelOptions;
     detail::RunDurations durations;
-    /// In place of the simulator.
+    /// The server that takes the simulator's place.
     std::optional<std::string> executable;
-    /// In place of the library's scheduler. It outlives the harness.
+    /// The scheduler that takes the place of the library's. It outlives the harness.
     Scheduler* scheduler = &productionScheduler();
   };
 

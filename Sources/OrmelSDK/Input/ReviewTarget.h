@@ -13,9 +13,9 @@ namespace ormel {
 
 /// Where a review takes place. Its JSON form is a bare string.
 enum class ReviewDelivery {
-  /// In the thread that is reviewed.
+  /// The review takes place in the thread that is reviewed.
   inline_,
-  /// In a thread of its own.
+  /// The review takes place in a thread of its own.
   detached,
 };
 std::ostream& operator<<(std::ostream& stream, const ReviewDelivery& value);

@@ -10,7 +10,7 @@
 // it is empty; one that is absent is left to the server.
 namespace ormel {
 
-/// Under whose name the page of a sign-in appears.
+/// The brand under which the page of a sign-in appears.
 enum class AccountLoginAppBrand { ormel, parlane };
 std::ostream& operator<<(std::ostream& stream, const AccountLoginAppBrand& value);
 
@@ -72,7 +72,7 @@ struct CreateDeviceKeyParams {
 /// The details of the feedback of `uploadFeedback`.
 struct UploadFeedbackParams {
   UploadFeedbackParams() {}
-  /// In the user's own words.
+  /// The reason in the user's own words.
   std::optional<std::string> reason;
   /// The thread that the feedback is about.
   std::optional<std::string> threadID;
@@ -85,7 +85,7 @@ struct UploadFeedbackParams {
 /// The details of the feedback of a control session's `uploadFeedback`.
 struct UploadFeedbackInSessionParams {
   UploadFeedbackInSessionParams() {}
-  /// In the user's own words.
+  /// The reason in the user's own words.
   std::optional<std::string> reason;
   /// The thread that the feedback is about.
   std::optional<std::string> threadID;

@@ -92,7 +92,7 @@ struct StartMcpServerOAuthLoginParams {
 /// The data that `callMcpServerTool` hands to the tool.
 struct CallMcpServerToolParams {
   CallMcpServerToolParams() {}
-  /// As the tool's schema wants them.
+  /// The arguments, in the form that the tool's schema demands.
   std::optional<JSONValue> arguments;
   /// Metadata that goes along with the call beside its arguments.
   std::optional<JSONValue> meta;

@@ -40,11 +40,11 @@ struct OrmelCapabilityManifestEntry {
   /// The name on the wire.
   std::string method;
   OrmelCapabilityStability stability = OrmelCapabilityStability::stable;
-  /// In this library.
+  /// The status in this library.
   OrmelCapabilityStatus sdkStatus = OrmelCapabilityStatus::notIntegrated;
-  /// In the host application.
+  /// The status in the host application.
   OrmelCapabilityStatus kestrionStatus = OrmelCapabilityStatus::notIntegrated;
-  /// In the host's user interface.
+  /// The status in the host's user interface.
   OrmelCapabilityStatus uiStatus = OrmelCapabilityStatus::notIntegrated;
   OrmelCapabilityTestStatus testStatus = OrmelCapabilityTestStatus::notTested;
   friend bool operator==(const OrmelCapabilityManifestEntry&, const OrmelCapabilityManifestEntry&) = default;

@@ -21,15 +21,15 @@ namespace ormel {
 enum class ThreadGoalStatus;
 enum class ThreadTurnItemsView;
 
-/// By what a list of threads is sorted.
+/// The key by which a list of threads is sorted.
 enum class ThreadSortKey { createdAt, updatedAt, recencyAt };
 std::ostream& operator<<(std::ostream& stream, const ThreadSortKey& value);
 
-/// In which order a list of threads goes.
+/// The order of a list of threads.
 enum class ThreadSortDirection { asc, desc };
 std::ostream& operator<<(std::ostream& stream, const ThreadSortDirection& value);
 
-/// In which order a list of turns, or of a turn's items, goes.
+/// The order of a list of turns, or of a turn's items.
 enum class ThreadTurnSortDirection { asc, desc };
 std::ostream& operator<<(std::ostream& stream, const ThreadTurnSortDirection& value);
 
@@ -136,7 +136,7 @@ struct UpdateThreadSettingsParams {
   std::optional<std::string> workingDirectory;
   std::optional<ApprovalMode> approvalPolicy;
   std::optional<ApprovalsReviewer> approvalsReviewer;
-  /// In the server's own words.
+  /// The policy in the server's own words.
   std::optional<JSONValue> sandboxPolicy;
   /// The id of a permission profile.
   std::optional<std::string> permissions;
@@ -171,7 +171,7 @@ struct SetThreadGoalParams {
   SetThreadGoalParams() {}
   std::optional<std::string> objective;
   std::optional<ThreadGoalStatus> status;
-  /// In tokens; cleared, the goal may use any number of them.
+  /// The budget in tokens; cleared, the goal may use any number of them.
   ThreadGoalTokenBudgetUpdate tokenBudget;
 };
 

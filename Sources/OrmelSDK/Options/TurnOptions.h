@@ -57,10 +57,10 @@ class TurnOptions {
 
   std::optional<ServiceTier> serviceTier;
 
-  /// For this turn; without it, the thread's stays.
+  /// The summary of this turn's reasoning; without it, the thread's setting stays.
   std::optional<ModelReasoningSummary> modelReasoningSummary;
 
-  /// For this turn; without it, the thread's stays.
+  /// The personality for this turn; without it, the thread's stays.
   std::optional<Personality> personality;
 
   std::optional<CollaborationMode> collaborationMode;

@@ -206,7 +206,7 @@ struct AccountRateLimitResetCreditConsumeResponse {
 struct AccountTokenUsageSummary {
   std::optional<std::int64_t> lifetimeTokens;
   std::optional<std::int64_t> peakDailyTokens;
-  /// In seconds.
+  /// The duration of the longest turn, in seconds.
   std::optional<std::int64_t> longestRunningTurnSeconds;
   std::optional<std::int64_t> currentStreakDays;
   std::optional<std::int64_t> longestStreakDays;
@@ -314,7 +314,7 @@ struct FeedbackUploadResponse {
 
 /// How the server signs its requests. Printing shows everything but the token.
 struct AuthStatusResponse {
-  /// In the server's own word.
+  /// The method in the server's own word.
   std::optional<std::string> authMethod;
   /// A secret; the library keeps no copy of it. Present only if it was asked for.
   std::optional<std::string> authToken;

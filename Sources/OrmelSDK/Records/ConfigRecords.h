@@ -51,7 +51,7 @@ struct AppConfigSnapshot {
 
 /// The settings of apps, by app. In JSON it is one object with the apps' ids and "_default" as keys.
 struct AppsConfigSnapshot {
-  /// For apps that have no settings of their own; in JSON under "_default", which is therefore no key of `apps`.
+  /// The settings for apps that have none of their own; in JSON under "_default", which is therefore no key of `apps`.
   std::optional<AppConfigSnapshot> default_;
   std::map<std::string, AppConfigSnapshot> apps;
   friend bool operator==(const AppsConfigSnapshot&, const AppsConfigSnapshot&) = default;
@@ -76,7 +76,7 @@ struct SkillsConfigSnapshot {
 
 /// The parts of the configuration in force that this library reads; others are ignored.
 struct EffectiveOrmelConfig {
-  /// By plugin.
+  /// The settings of plugins, by plugin.
   std::optional<std::map<std::string, PluginEnabledConfig>> plugins;
   std::optional<AppsConfigSnapshot> apps;
   std::optional<SkillsConfigSnapshot> skills;
@@ -104,7 +104,7 @@ struct ConfigEdit {
 
 /// The outcome of several changes that were written together.
 struct ConfigBatchWriteResponse {
-  /// In the server's own word.
+  /// The status in the server's own word.
   std::optional<std::string> status;
   /// The version of the configuration that was written, to expect at the next write.
   std::optional<std::string> version;
@@ -131,12 +131,12 @@ struct NetworkRequirements {
   std::optional<bool> allowUpstreamProxy;
   std::optional<bool> dangerouslyAllowNonLoopbackProxy;
   std::optional<bool> dangerouslyAllowAllUnixSockets;
-  /// By domain.
+  /// Permissions by domain.
   std::optional<std::map<std::string, NetworkDomainPermission>> domains;
   std::optional<bool> managedAllowedDomainsOnly;
   std::optional<std::vector<std::string>> allowedDomains;
   std::optional<std::vector<std::string>> deniedDomains;
-  /// By path.
+  /// Permissions by path.
   std::optional<std::map<std::string, NetworkUnixSocketPermission>> unixSockets;
   std::optional<std::vector<std::string>> allowUnixSockets;
   std::optional<bool> allowLocalBinding;

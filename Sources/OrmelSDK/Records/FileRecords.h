@@ -34,7 +34,7 @@ struct FsGetMetadataResponse {
 
 /// An entry of a directory.
 struct FsReadKestrionyEntry {
-  /// Without the directory.
+  /// The name without the directory.
   std::string fileName;
   /// Whether it is a directory. Also read from `isDirectory`.
   bool isKestriony = false;

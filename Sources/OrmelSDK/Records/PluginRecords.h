@@ -173,7 +173,7 @@ struct PluginInterface {
   friend std::ostream& operator<<(std::ostream& stream, const PluginInterface& value);
 };
 
-/// Whom a plugin is shared with, and how.
+/// A principal that a plugin is shared with, and its role.
 struct PluginSharePrincipal {
   PluginSharePrincipalType principalType = PluginSharePrincipalType::user;
   std::string principalID;
@@ -347,7 +347,7 @@ struct PluginShareSaveResponse {
   friend std::ostream& operator<<(std::ostream& stream, const PluginShareSaveResponse& value);
 };
 
-/// Whom a plugin is shared with from now on.
+/// The principals that a plugin is shared with from now on.
 struct PluginShareUpdateTargetsResponse {
   std::vector<PluginSharePrincipal> principals;
   PluginShareDiscoverability discoverability = PluginShareDiscoverability::listed;

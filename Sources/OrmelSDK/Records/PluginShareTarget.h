@@ -17,7 +17,7 @@ std::ostream& operator<<(std::ostream& stream, const PluginSharePrincipalType& v
 enum class PluginShareTargetRole { reader, editor };
 std::ostream& operator<<(std::ostream& stream, const PluginShareTargetRole& value);
 
-/// Whom a plugin is to be shared with, and how.
+/// A principal that a plugin is to be shared with, and its role.
 struct PluginShareTarget {
   PluginSharePrincipalType principalType = PluginSharePrincipalType::user;
   std::string principalID;

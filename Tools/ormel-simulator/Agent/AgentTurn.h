@@ -110,7 +110,7 @@ class AgentTurn {
 
   AgentClient& client_;
   AgentThread& thread_;
-  /// Among the turns of the thread, from 1.
+  /// The turn's number among the turns of the thread, from 1.
   std::size_t number_;
   std::string id_;
   milliseconds pace_;

@@ -31,14 +31,14 @@ constexpr const char* noInterrupt = "stream error: App-server RPC turn/interrupt
 struct Fault {
   const char* name;
   std::function<void(SimulatedRun&, std::stop_source& caller)> happen;
-  /// From a start operation. Null: that the request of the step timed out.
+  /// The failure of a start operation. Null: the request of the step timed out.
   const char* heardFromStart;
-  /// From the events of a running turn.
+  /// The failure in the events of a running turn.
   const char* heardFromTurn;
-  /// From a steer that waits for its answer, and from the events of its turn.
+  /// The failures of a steer that waits for its answer, and in the events of its turn.
   const char* heardFromSteer;
   const char* heardFromSteeredTurn;
-  /// From the events of a turn whose interrupt waits for its answer.
+  /// The failure in the events of a turn whose interrupt waits for its answer.
   const char* heardFromInterruptedTurn;
 };
 

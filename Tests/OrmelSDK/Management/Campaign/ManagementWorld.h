@@ -110,7 +110,7 @@ class ManagementWorld {
   /// A call that fails by one process of a client costs the client, also when that has started the next process by
   /// then.
   bool mayEnd(const Process& process) const;
-  /// For a call that never came to a process.
+  /// Whether anything has happened that may fail a call which never came to a process.
   bool hasAnythingHappened() const;
   void lookAtQuietSession();
 

@@ -14,7 +14,7 @@ class FileTask {
 
   /// Both fail with `Refusal`.
   [[noreturn]] void fail(const std::string& reason) const;
-  /// By the system's error number.
+  /// Fails with the text of the system's error number.
   [[noreturn]] void failBy(int error) const;
 
  private:

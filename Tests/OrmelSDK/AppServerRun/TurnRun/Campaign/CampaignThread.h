@@ -76,7 +76,8 @@ class CampaignThread final : public CampaignObserver {
   bool isBusy() const;
 
   void requireErrors(const ThreadCallRecord& record, const std::vector<std::string_view>& allowed) const;
-  /// That the call ended as if nothing disturbed it; only a compaction can learn of its end before it has started.
+  /// Requires that the call ended as if nothing disturbed it; only a compaction can learn of its end before it has
+  /// started.
   void requirePlainEnd(const ThreadCallRecord& record) const;
 
   const std::vector<std::unique_ptr<ThreadCallRecord>>& calls() const noexcept { return calls_; }
@@ -99,7 +100,7 @@ class CampaignThread final : public CampaignObserver {
   std::vector<std::unique_ptr<ThreadCallRecord>> calls_;
   std::vector<std::unique_ptr<CallRecord>> joins_;
   std::size_t underWay_ = 0;
-  /// Before the present step.
+  /// Whether a call was under way before the present step.
   bool wasUnderWay_ = false;
   /// An operation may be under way whose call is over.
   bool mayRunUnseen_ = false;

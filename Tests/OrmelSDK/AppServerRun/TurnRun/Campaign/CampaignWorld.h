@@ -59,7 +59,7 @@ class CampaignObserver {
   virtual ~CampaignObserver() = default;
 
   virtual void serverSent(const InMemoryProcess&, const JSONValue&) {}
-  /// Within the call that writes.
+  /// Called within the call that writes.
   virtual void runWrote(const detail::AppServerTurnRun&, const InMemoryProcess&, const JSONValue&) {}
   /// After each step; null once the run is gone.
   virtual void stepped(const detail::AppServerTurnRun* run) = 0;
