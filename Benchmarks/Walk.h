@@ -14,8 +14,8 @@ inline std::size_t touch(std::string_view text) {
   return text.size() + static_cast<unsigned char>(text.front()) + static_cast<unsigned char>(text.back());
 }
 
-/// What reading a value costs without keeping anything: every member is met, every leaf is read, and of every key and
-/// text both ends are looked at.
+/// The cost of reading a value without keeping anything: the walk meets every member, reads every leaf, and looks at
+/// both ends of every key and text.
 inline std::size_t walk(const JSONValue& value) {
   std::size_t sum = 1;
   if (const auto* object = value.objectValue()) {
@@ -42,8 +42,8 @@ inline void collectTexts(const JSONValue& value, std::vector<std::string>& texts
   }
 }
 
-/// What anyone must pay who owns the texts of a value: a walk that makes a string of each text, though not of keys,
-/// into a list that has room for them.
+/// The least cost of owning the texts of a value: a walk that makes a string of each text, though not of keys, into a
+/// list that has room for them.
 inline std::size_t copyTexts(const JSONValue& value, std::vector<std::string>& texts) {
   texts.clear();
   collectTexts(value, texts);

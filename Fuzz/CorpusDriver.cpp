@@ -1,5 +1,5 @@
-// Runs one fuzzer without clang's fuzzing engine: on each file of its corpus, and on random variations of these. What
-// it finds can be replayed by the seed that it prints. Usage: fuzz-replay FUZZER CORPUS VARIATIONS [SEED]
+// Runs one fuzzer without clang's fuzzing engine: on each file of its corpus, and on random variations of these.
+// Findings can be replayed by the seed that it prints. Usage: fuzz-replay FUZZER CORPUS VARIATIONS [SEED]
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-# What the library itself is linked with; also read by the installed package.
+# The libraries that the library itself is linked with; also read by the installed package.
 
 find_package(Threads REQUIRED)
 find_package(simdjson REQUIRED)

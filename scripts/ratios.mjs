@@ -18,7 +18,9 @@ for (const entry of run.benchmarks) {
   highestRate.set(name, Math.max(entry.items_per_second ?? 0, highestRate.get(name) ?? 0));
 }
 
-/** What is promised: [subject, measured, yardstick, highest allowed ratio of their times or nothing, how much more is done]. */
+/**
+ * The promises: [subject, measured, yardstick, highest allowed ratio of their times or nothing, how much more is done].
+ */
 const promises = [];
 const sample = (name, index) => `${name}/line=0,objects=1,string=2:${index}`;
 for (const [index, what] of ["a 253-byte line", "1 MB of nested objects", "a 1 MB text"].entries()) {

@@ -18,7 +18,7 @@ struct Comparison {
 /// Round trips of one request and its result through both programs.
 Comparison measureRoundTrips(std::string_view request, std::string_view result, int batches, int exchangesPerBatch);
 
-/// From just before a program is started to its connection being accepted.
+/// The time from just before a program is started to its connection being accepted.
 Comparison measureStarts(int starts);
 
 /// Largest resident size of a bridge that has passed one reply of `size` bytes on, in bytes. The reply is `head`,

@@ -11,7 +11,7 @@ std::string singleText(std::size_t size);
 /// One JSON text of at least `size` bytes: an array of objects with short texts, as the content of a page is.
 std::string pageContent(std::size_t size);
 
-/// What stands before a reply's result and behind it.
+/// The text of a reply ahead of its result and behind it.
 std::string replyHead(long id);
 inline constexpr char replyTail = '}';
 

@@ -60,7 +60,7 @@ std::string prompt(std::string_view workload, std::uint64_t amount) {
 }
 
 /// Plays a turn and hands each event to `look`, on a thread of the library.
-template <class Look>
+template <typename Look>
 Task<void> play(Thread thread, std::string workload, Look& look) {
   StreamedTurn turn = co_await thread.runStreamed(std::move(workload));
   while (auto event = co_await turn.events.next()) look(*event);
@@ -111,7 +111,7 @@ class BareChild {
 
   void write(std::string_view bytes) { program_.write(bytes); }
 
-  /// What one read gives; empty at the end.
+  /// The bytes of one read; empty at the end.
   std::string_view read() {
     const ssize_t got = ::read(program_.outputDescriptor(), block_.data(), block_.size());
     return std::string_view(block_).substr(0, got > 0 ? static_cast<std::size_t>(got) : 0);

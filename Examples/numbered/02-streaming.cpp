@@ -20,7 +20,7 @@ class Printer {
 
   void operator()(const ormel::TurnFailedEvent& event) { std::cout << "failed: " << event.error.message << '\n'; }
 
-  template <class Event>
+  template <typename Event>
   void operator()(const Event&) {}
 
  private:

@@ -12,7 +12,7 @@ using ormel::JSONValue;
 
 JSONValue numberSchema() { return JSONValue::object({{"type", "number"}}); }
 
-// What it throws is told to the agent, and the turn goes on.
+// The agent is told of an exception that it throws, and the turn goes on.
 ormel::DynamicToolResult add(const ormel::DynamicToolCallContext& call) {
   const JSONValue* left = call.arguments.find("left");
   const JSONValue* right = call.arguments.find("right");

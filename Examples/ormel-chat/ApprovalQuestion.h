@@ -10,7 +10,7 @@ namespace ormel::chat {
 
 enum class Verdict { no, yes, always };
 
-/// What is to be approved.
+/// The action to be approved.
 class ApprovalSubject {
  public:
   ApprovalSubject(std::string subjectTitle, bool always) : title(std::move(subjectTitle)), mayBeAlways(always) {}

@@ -11,7 +11,7 @@ namespace ormel::chat {
 
 namespace {
 
-/// Who decides: the user, or nobody.
+/// Decides approvals: asks the user, or approves everything.
 class Judge {
  public:
   Judge(std::shared_ptr<Inbox> inbox, bool approvesEverything)
@@ -95,7 +95,7 @@ ApprovalSubject subjectOf(const PermissionsApprovalRequest& request) {
   return subject;
 }
 
-template <class Request>
+template <typename Request>
 Task<OrmelApprovalDecision> decide(std::shared_ptr<const Judge> judge, Request request) {
   ApprovalSubject subject = subjectOf(request);
   const Verdict verdict = co_await judge->judge(std::move(subject));

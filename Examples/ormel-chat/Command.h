@@ -5,7 +5,7 @@
 
 namespace ormel::chat {
 
-/// What a line of the user asks for.
+/// The command that a line of the user gives.
 struct Command {
   enum class Kind {
     nothing,
@@ -25,7 +25,7 @@ struct Command {
   };
 
   Kind kind = Kind::nothing;
-  /// What follows the command's name, or the whole line.
+  /// The rest of the line behind the command's name, or the whole line.
   std::string text;
 };
 
@@ -34,7 +34,7 @@ bool isAboutThreads(Command::Kind kind);
 
 Command readCommand(std::string_view line);
 
-/// What /help tells.
+/// The text that /help prints.
 std::string_view helpText();
 
 }  // namespace ormel::chat

@@ -17,8 +17,8 @@ class Console {
   bool isTerminal() const noexcept { return isTerminal_; }
   bool isAtLineStart() const noexcept { return lineFeeds_ > 0; }
 
-  /// Adds text, which may be part of a line. What comes from the server may hold control characters; a terminal does
-  /// not get them.
+  /// Adds text, which may be part of a line. Text from the server may hold control characters; a terminal does not get
+  /// them.
   void write(std::string_view text, Style style = Style::plain);
 
   /// Ends the line that has been begun, if any.

@@ -13,7 +13,7 @@ class EventRenderer {
 
   void show(const ThreadEvent& event);
 
-  /// What is written next, by others too, begins on a new line.
+  /// The next output, also that of others, begins on a new line.
   void pause() { items_.closeBlock(); }
 
  private:
@@ -32,8 +32,8 @@ class EventRenderer {
   void showEvent(const DeprecationNoticeEvent& event);
   void showEvent(const ConfigWarningEvent& event);
   void showEvent(const ModelReroutedEvent& event);
-  /// What a person need not see.
-  template <class Event>
+  /// Events that a person need not see.
+  template <typename Event>
   void showEvent(const Event&) {}
 
   void note(std::string_view text, Style style);

@@ -48,7 +48,8 @@ struct ThreadChosen {
 using Message = std::variant<OperationAccepted, ThreadEvent, OperationEnded, QuestionAsked, QuestionWithdrawn, Notice,
                              ThreadChosen>;
 
-/// What the library's threads have to tell the main thread, in order. They keep it alive, so that late news find it.
+/// The messages of the library's threads to the main thread, in order. The threads keep it alive, so that late messages
+/// find it.
 class Inbox {
  public:
   /// From any thread; never waits.

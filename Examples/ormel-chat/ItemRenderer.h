@@ -21,7 +21,7 @@ class ItemRenderer {
 
   void show(const ThreadItem& item, ItemStage stage);
 
-  /// Whatever comes next begins a block of its own.
+  /// The next output begins a block of its own.
   void closeBlock();
 
  private:

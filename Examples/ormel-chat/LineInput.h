@@ -21,8 +21,8 @@ class LineInput {
   /// Whether all lines were taken and no more will come.
   bool isAtEnd() const noexcept { return ended_ && lines_.empty(); }
 
-  /// The descriptor to poll, or -1 when there is nothing to read: a negative one is passed over by `poll`. What a
-  /// script has written beforehand is left where it is until the lines before are dealt with.
+  /// The descriptor to poll, or -1 when there is nothing to read: `poll` ignores a negative one. Lines that a script
+  /// has written beforehand stay in the pipe until the lines before them are dealt with.
   int descriptor() const noexcept { return ended_ || (!isTerminal_ && hasLine()) ? -1 : 0; }
 
   /// Reads what is there; called when the descriptor is ready.

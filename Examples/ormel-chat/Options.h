@@ -5,7 +5,7 @@
 
 namespace ormel::chat {
 
-/// What the command line says.
+/// The choices of the command line.
 struct Options {
   /// With a prompt, the program answers it and ends; without one it is a conversation.
   std::optional<std::string> prompt;

@@ -102,7 +102,7 @@ void Session::wait(bool isAboutToAsk) {
 
 bool Session::wantsInput() const {
   if (input_.isTerminal() || !questions_.isEmpty()) return true;
-  // What stands behind a single prompt in a pipe is for others, until there is a question.
+  // The input behind a single prompt in a pipe is for others, until there is a question.
   return !options_.prompt;
 }
 
@@ -123,7 +123,7 @@ void Session::takeLine() {
   const Command command = readCommand(line);
   const bool isCommand = command.kind == Command::Kind::quit || command.kind == Command::Kind::help ||
                          command.kind == Command::Kind::steer;
-  // What was typed before the question was to be seen is no answer to it.
+  // A line that was typed before the question could be seen is no answer to it.
   if (questions_.hasAsked() && !isCommand) {
     // A terminal shows what is typed by itself.
     if (!input_.isTerminal() && !questions_.isSecret()) notes().write(line);
@@ -330,7 +330,7 @@ void Session::addQuestion(std::shared_ptr<Question> question) {
 
 void Session::withdrawQuestion(const std::shared_ptr<Question>& question) {
   leaveLine();
-  // Who has interrupted the turn knows why.
+  // A user who has interrupted the turn knows why.
   if (questions_.withdraw(question) && interrupts_ == 0) tell("The server needs no answer to this any more.");
 }
 

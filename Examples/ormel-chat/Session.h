@@ -92,7 +92,7 @@ class Session {
   const Signals signals_{inbox_->wakePipe()};
   LineInput input_;
   Console output_;
-  /// What is not part of the answer goes where the answer is seen by a person, else to standard error.
+  /// Notes, which are no part of the answer, go where a person sees the answer, else to standard error.
   std::optional<Console> ownNotes_;
   EventRenderer renderer_;
   QuestionDesk questions_;
@@ -103,13 +103,13 @@ class Session {
   const std::chrono::milliseconds quietBeforeQuestion_;
 
   Phase phase_ = Phase::idle;
-  /// Of the operation that was started last.
+  /// The controller of the operation that was started last.
   std::optional<AbortController> abort_;
-  /// What the events so far say about the outcome of the operation.
+  /// Whether the events so far say that the operation has failed.
   bool hasFailed_ = false;
-  /// Of the last operation.
+  /// The status of the last operation.
   int status_ = 0;
-  /// Since the last line of the user.
+  /// The interrupts since the last line of the user.
   int interrupts_ = 0;
   bool hasPrompted_ = false;
   std::optional<int> exitStatus_;

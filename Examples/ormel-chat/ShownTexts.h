@@ -11,7 +11,7 @@ namespace ormel::chat {
 /// How much of each growing text has been shown, so that every piece is shown once.
 class ShownTexts {
  public:
-  /// What a text has gained since it was last seen; it stays valid as long as `text`.
+  /// The part that a text has gained since it was last seen; it stays valid as long as `text`.
   std::string_view gained(const std::string& name, const SharedText& text);
 
   /// The same for the final state, which may say something else than the pieces did: then all of it is new.

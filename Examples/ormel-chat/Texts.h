@@ -15,14 +15,14 @@ std::string shortened(std::string_view text);
 
 std::string durationText(std::int64_t milliseconds);
 
-/// What a tool gave, as text; parts that are no text by their address or type.
+/// The output of a tool as text; parts that are not text are shown by their address or type.
 std::string toolText(const std::vector<JSONValue>& content);
 std::string toolText(const std::vector<DynamicToolCallOutputContentItem>& content);
 
 /// The text under the key, or the fallback.
 std::string textViewMember(const JSONValue& object, std::string_view key, std::string_view fallback = "");
 
-/// Without white space at both ends.
+/// The text without white space at both ends.
 std::string_view trimmed(std::string_view text);
 
 }  // namespace ormel::chat

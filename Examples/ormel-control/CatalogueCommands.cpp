@@ -31,7 +31,7 @@ std::string notesOn(const OrmelModelDescriptor& model) {
   return joined(notes);
 }
 
-/// What the hook does: the command, or the tool that it calls.
+/// The action of the hook: the command, or the tool that it calls.
 std::string handlerOf(const HookMetadata& hook) {
   if (hook.command) return *hook.command;
   if (hook.tool) return hook.server.value_or("?") + "/" + *hook.tool;

@@ -34,7 +34,7 @@ struct Arguments {
   bool archived = false;
   bool all = false;
   bool installed = false;
-  /// What stands behind "--", for the command that runs it.
+  /// The words behind "--", for the command that runs them.
   std::vector<std::string> program;
 
   /// The one that was told, or the program's own.

@@ -8,7 +8,7 @@
 
 namespace ormel::control {
 
-/// What the command line chooses.
+/// The choices of the command line.
 struct Choice {
   /// One of these three is set: what to ask the server, that its notifications are watched, or a text to print.
   Action action;

@@ -12,7 +12,7 @@ struct Word {
   std::string description;
 };
 
-/// What may follow a command.
+/// The words that may follow a command.
 struct Place {
   /// The command's names down from the program, each with a space ahead: " thread read".
   std::string path;

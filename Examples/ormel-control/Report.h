@@ -9,20 +9,20 @@
 
 namespace ormel::control {
 
-/// What came of a command, for people and for programs.
+/// The outcome of a command, for people and for programs.
 struct Report {
   Report() {}
 
-  /// For `--json`.
+  /// The output for `--json`.
   JSONValue document = JSONValue::object();
   std::vector<Table> tables;
   /// Ahead of the tables. A terminal gets it without control characters, anything else as it is.
   std::string text;
   /// The same for standard error.
   std::string errorText;
-  /// What the user should know beside the tables; goes to standard error.
+  /// Remarks for the user beside the tables; printed to standard error.
   std::vector<std::string> remarks;
-  /// What the program exits with.
+  /// The exit status of the program.
   int status = 0;
 };
 

@@ -16,7 +16,7 @@ struct Server {
   OrmelControlSession session;
 };
 
-/// What a command asks the server, and what it makes of the reply.
+/// The requests of a command to the server, and the report that it makes of the replies.
 using Action = std::function<Task<Report>(Server server)>;
 
 }  // namespace ormel::control

@@ -18,7 +18,7 @@ struct Column {
 struct Table {
   std::vector<Column> columns;
   std::vector<std::vector<std::string>> rows;
-  /// What is said in place of an empty table.
+  /// The text shown in place of an empty table.
   std::string whenEmpty;
 };
 

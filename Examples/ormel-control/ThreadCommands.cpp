@@ -41,7 +41,7 @@ Table factsAbout(const OrmelThreadRecord& thread) {
   return table;
 }
 
-/// What the user said in the turn.
+/// The user's messages in the turn.
 std::string saidIn(const ThreadTurn& turn) {
   std::vector<std::string> texts;
   for (const ThreadItem& item : turn.items) {

@@ -68,7 +68,7 @@ class Watch {
         if (!failure) keepServer();
         const bool isLast = queue_->hasEnded();
         fill();
-        // What the server said before it failed comes first.
+        // Notifications that came before the failure are printed first.
         if (failure && isLast && pending_.empty()) std::rethrow_exception(failure);
         if (!waitForNews()) return 0;
         if (isWritable_) pending_.erase(0, output_.writeSome(pending_));

@@ -41,7 +41,7 @@ std::string EnvelopeHandler::reply(std::string_view body, Session& session) cons
   try {
     envelope = JSONValue::decode(body);
   } catch (const ormel::DecodingError& error) {
-    // Whose answer this is cannot be known. The bridge reports an invalid response and goes on.
+    // The request that this answers cannot be known. The bridge reports an invalid response and goes on.
     return encodeReply(JSONValue(), errorResponse(JSONValue(), errorcode::parseError, error.what()));
   }
 

@@ -6,7 +6,7 @@
 
 namespace tessella {
 
-/// What a reader sees of a page.
+/// The part of a page that a reader sees.
 struct PageText {
   std::string title;
   /// One block a line, white space collapsed.

@@ -9,9 +9,9 @@
 
 namespace tessella {
 
-/// Who is asking: one per connection.
+/// The client of a tool: one session per connection.
 struct Session {
-  /// For the log.
+  /// The name in the log.
   std::string name;
   std::string workspacePath;
   /// Asks a running tool to give up, because the host is ending.
@@ -25,7 +25,7 @@ class ToolFailure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// What the host offers to agents.
+/// A tool that the host offers to agents.
 struct Tool {
   std::string name;
   /// Name, description and schemas, as `tools/list` reports them.

@@ -184,7 +184,7 @@ class Ormel {
 
   Task<AccountTokenUsageResponse> readAccountUsage() const;
 
-  /// What the owner of the workspace tells its members.
+  /// The messages of the workspace's owner to its members.
   Task<WorkspaceMessagesResponse> readWorkspaceMessages() const;
 
   /// Asks the owner of the workspace, by mail, to add something: "credits" or "usage_limit".

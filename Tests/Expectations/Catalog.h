@@ -1,7 +1,7 @@
 #pragma once
 
-// What is expected of the JSON forms: records, words and variants as data, read from the files in `Data`. The files say
-// how; see Data/README.md.
+// The expected JSON forms: records, words and variants as data, read from the files in `Data`. Data/README.md describes
+// their format.
 
 #include <filesystem>
 #include <map>
@@ -39,7 +39,7 @@ struct ExpectedField {
   };
 
   std::string name;
-  /// In the order in which they are tried.
+  /// The keys in the order in which they are tried.
   std::vector<std::string> keys;
   std::string writtenKey;
   ExpectedType type;
@@ -80,7 +80,7 @@ struct ExpectedReading {
   std::string failure;
 };
 
-/// What becomes of a word that no case has.
+/// The treatment of a word that no case has.
 struct ExpectedUnknown {
   enum class Rule { fails, isCase, keepsType, keepsEverything };
 

@@ -10,7 +10,7 @@
 namespace ormel::tests {
 
 struct Mutant {
-  /// What was changed.
+  /// A description of the change.
   std::string what;
   Definition definition;
   /// The position of the field that was changed.

@@ -43,11 +43,11 @@ struct RegisteredType {
   Erased (*decode)(const JSONValue&) = nullptr;
   JSONValue (*encode)(const void*) = nullptr;
   bool (*areEqual)(const void*, const void*) = nullptr;
-  /// Of a record, or of a variant's alternative.
+  /// The fields of a record, or of a variant's alternative.
   FoundFields (*fields)(const void*) = nullptr;
   /// The name of an enumeration's case or of a variant's alternative.
   std::string (*caseName)(const void*) = nullptr;
-  /// Of an enumeration, or the constants of an open vocabulary.
+  /// The cases of an enumeration, or the constants of an open vocabulary.
   std::vector<RegisteredCase> cases;
 };
 

@@ -40,9 +40,9 @@ struct Seed {
 struct Refusal {
   JSONValue input;
   DecodingError::Kind kind = DecodingError::Kind::typeMismatch;
-  /// From the value on; absent where any will do.
+  /// The path from the value on; absent where any will do.
   std::optional<std::vector<std::string>> path = std::vector<std::string>();
-  /// For `keyNotFound`.
+  /// The missing key of a `keyNotFound`.
   std::string key;
   std::optional<std::string> description;
 

@@ -38,7 +38,7 @@ class AskedRun {
     engine.settle();
   }
 
-  /// What the client has written that is no request and no notification of its own: to all processes, in order.
+  /// The client's answers, as opposed to its own requests and notifications: to all processes, in order.
   std::vector<JSONValue> answers() const {
     std::vector<JSONValue> all;
     for (std::size_t index = 0; index < engine.server.started(); ++index) {

@@ -95,7 +95,7 @@ void checkVocabulary(std::initializer_list<std::pair<Vocabulary, std::string_vie
   EXPECT_THROW(decode<Vocabulary>(JSONValue(1)), DecodingError);
 }
 
-/// What a value shows of itself in a log.
+/// The text of a value in a log.
 template <typename Type>
 std::string printed(const Type& value) {
   std::ostringstream stream;

@@ -20,7 +20,7 @@ namespace ormel::testing {
 
 class InMemoryProcess;
 
-/// What a server does. Members run as pieces of the scheduler; an empty one stands for the ordinary behaviour.
+/// The behaviour of a server. Members run as pieces of the scheduler; an empty one stands for the ordinary behaviour.
 struct InMemoryServerScript {
   InMemoryServerScript() = default;
 
@@ -31,20 +31,20 @@ struct InMemoryServerScript {
   std::function<void(InMemoryProcess&)> onInputEnd;
   /// The signal to terminate; ordinarily the server ends by it.
   std::function<void(InMemoryProcess&)> onTerminate;
-  /// Within the call that writes a line, on the client's strand.
+  /// Called within the call that writes a line, on the client's strand.
   std::function<void(InMemoryProcess&, const std::string& line)> onClientWrite;
-  /// Within the call that sends a message.
+  /// Called within the call that sends a message.
   std::function<void(InMemoryProcess&, const JSONValue& message)> onSend;
 };
 
 /// The server's side of one process that was started. Nothing happens within a call: each delivery to the client, and
-/// each line that the server reads, is a piece of the scheduler of its own. What a dead process does is nothing.
+/// each line that the server reads, is a piece of the scheduler of its own. A dead process does nothing.
 class InMemoryProcess final : public std::enable_shared_from_this<InMemoryProcess> {
  public:
   InMemoryProcess(SimulatedScheduler& scheduler, std::shared_ptr<const InMemoryServerScript> script, int identifier,
                   detail::LaunchSettings settings, detail::TerminationHandler onTermination);
 
-  // What the server does.
+  // The server's actions.
 
   void write(std::string_view bytes);
   void send(const JSONValue& message);
@@ -61,7 +61,7 @@ class InMemoryProcess final : public std::enable_shared_from_this<InMemoryProces
   void breakInput() { inputIsBroken_ = true; }
   void exit(int status) { end({detail::TerminationReason::exit, status}); }
   void endBySignal(int number) { end({detail::TerminationReason::uncaughtSignal, number}); }
-  /// Ends, and with `pipesStayOpen` somebody else holds the pipes. What was written before can still be read.
+  /// Ends, and with `pipesStayOpen` somebody else holds the pipes. Output that was written before can still be read.
   void end(detail::Termination termination, bool pipesStayOpen = false);
 
   /// Does something as a piece of its own, or once time has passed, unless the process has ended by then.
@@ -70,7 +70,7 @@ class InMemoryProcess final : public std::enable_shared_from_this<InMemoryProces
   /// For what others do with the pipes of a process that has ended.
   void evenAfterEnd(std::chrono::nanoseconds delay, std::function<void()> work);
 
-  // What can be known.
+  // The state that can be seen.
 
   int identifier() const noexcept { return identifier_; }
   const detail::LaunchSettings& settings() const noexcept { return settings_; }
@@ -131,7 +131,7 @@ class InMemoryServer final : public detail::ProcessLauncher {
  public:
   explicit InMemoryServer(SimulatedScheduler& scheduler, InMemoryServerScript script = InMemoryServerScript());
 
-  /// For the processes started from now on.
+  /// Sets the script of the processes that start from now on.
   void setScript(InMemoryServerScript script);
 
   /// So many of the next launches fail: the program cannot be found.

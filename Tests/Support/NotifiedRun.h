@@ -9,7 +9,7 @@
 
 #include "Support/SimulatedRun.h"
 
-// What the lines of a server bring about in a running turn: "u1" of the thread "t1".
+// The effects of a server's lines in a running turn: "u1" of the thread "t1".
 namespace ormel::testing {
 
 /// A notification as the server writes it: on one line, however `params` is laid out.
@@ -17,7 +17,7 @@ inline std::string line(std::string_view method, std::string_view params) {
   return JSONValue::object({{"method", method}, {"params", JSONValue::decode(params)}}).encode();
 }
 
-/// What a running turn tells of the lines, and in which state they leave it.
+/// The events by which a running turn tells of the lines; `state` is the one in which they leave it.
 inline std::vector<ThreadEvent> eventsOf(const std::vector<std::string>& lines, std::string_view state = "pending") {
   SimulatedScheduler scheduler(1);
   SimulatedRun engine(scheduler);

@@ -4,7 +4,7 @@
 
 namespace ormel::testing {
 
-/// What a process can leave behind of the children that it started.
+/// The resources that a process can leave behind of the children that it started.
 struct ProcessResources {
   std::size_t descriptors = 0;
   std::size_t threads = 0;

@@ -18,7 +18,7 @@ detail::LaunchSettings shell(std::string script);
 /// The settings of the helper program that misbehaves on demand.
 detail::LaunchSettings helper(std::vector<std::string> arguments);
 
-/// A child whose output and end are recorded. What waits fails by giving up after a generous time.
+/// A child whose output and end are recorded. Each wait gives up after a generous time, and fails.
 class RecordedChild {
  public:
   enum class Reading { atOnce, onDemand };

@@ -33,7 +33,7 @@ inline std::string inWords(const std::exception_ptr& failure) {
   }
 }
 
-/// What the action fails with, in words; "no failure" if it does not fail.
+/// The failure of the action, in words; "no failure" if it does not fail.
 template <typename Action>
 std::string failureOf(Action&& action) {
   try {

@@ -47,7 +47,7 @@ class SimulatedRun {
   using Run = detail::AppServerTurnRun;
   using OperationRequest = detail::OperationRequest;
   using Reply = std::function<void(InMemoryProcess&, const JSONValue& request)>;
-  /// What a channel has told so far, in words.
+  /// The events of a channel so far, in words.
   using Heard = std::shared_ptr<std::vector<std::string>>;
 
   struct Options {
@@ -89,7 +89,7 @@ class SimulatedRun {
     EXPECT_TRUE(scheduler.pending().ends_with("ready:; timers:; waiting:")) << scheduler.pending();
   }
 
-  // What the server does.
+  // The server's actions.
 
   void reply(const std::string& method, Reply with) { replies_[method] = std::move(with); }
   void answer(const std::string& method, std::string_view result) {
@@ -128,20 +128,20 @@ class SimulatedRun {
     notify("turn/completed", R"({"threadId":"t1","turn":{"id":"u1","status":")" + std::string(status) + R"("}})");
   }
 
-  // What the application does.
+  // The application's actions.
 
-  template <class T>
+  template <typename T>
   std::shared_ptr<Outcome<T>> start(Task<T> task, std::stop_token token = {}) {
     auto outcome = startOn(scheduler, std::move(task), std::move(token));
     settle();
     return outcome;
   }
   /// Runs the task to its end without moving time on.
-  template <class T>
+  template <typename T>
   T end(Task<T> task) {
     return taken(start(std::move(task)));
   }
-  template <class T>
+  template <typename T>
   static T taken(const std::shared_ptr<Outcome<T>>& outcome) {
     if (!outcome->isSet()) throw std::runtime_error("the task has not ended");
     return outcome->take();
@@ -173,7 +173,7 @@ class SimulatedRun {
   void interrupt(std::optional<std::uint64_t> expected = std::nullopt) { start(run->interruptFromSignal(expected)); }
   void release() { end(run->release()); }
 
-  // What happens, and what can be seen.
+  // Progress, and the state that can be seen.
 
   /// Lets happen all that takes no time.
   void settle() { scheduler.runFor(std::chrono::nanoseconds(0)); }

@@ -56,7 +56,7 @@ class SimulatedServer {
     EXPECT_TRUE(scheduler.pending().ends_with("ready:; timers:; waiting:")) << scheduler.pending();
   }
 
-  // What the server does.
+  // The server's actions.
 
   void reply(const std::string& method, Reply with) { replies_[method] = std::move(with); }
   void answer(const std::string& method, std::string_view result) {
@@ -88,7 +88,7 @@ class SimulatedServer {
     settle();
   }
 
-  // What the client's side does.
+  // The actions of the client's side.
 
   detail::ServerServices services() { return {scheduler, server, blockingWork_}; }
   Client newClient() {
@@ -102,18 +102,18 @@ class SimulatedServer {
     return client;
   }
 
-  template <class T>
+  template <typename T>
   std::shared_ptr<Outcome<T>> start(Task<T> task, std::stop_token token = {}) {
     auto outcome = startOn(scheduler, std::move(task), std::move(token));
     settle();
     return outcome;
   }
   /// Runs the task to its end without moving time on.
-  template <class T>
+  template <typename T>
   T end(Task<T> task) {
     return taken(start(std::move(task)));
   }
-  template <class T>
+  template <typename T>
   static T taken(const std::shared_ptr<Outcome<T>>& outcome) {
     if (!outcome->isSet()) throw std::runtime_error("the task has not ended");
     return outcome->take();
@@ -145,7 +145,7 @@ class SimulatedServer {
   InMemoryServer server;
   detail::AppServerRPCClientConfiguration configuration;
   std::function<void(InMemoryProcess&)> onStart;
-  /// In place of an exit with status 0.
+  /// Runs in place of an exit with status 0.
   std::function<void(InMemoryProcess&)> onInputEnd;
 
  private:

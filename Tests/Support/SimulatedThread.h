@@ -54,7 +54,7 @@ class SimulatedThread : public SimulatedRun {
   bool isGone() const { return conversation_.expired(); }
   std::shared_ptr<Run> runOfThread() const { return conversation_.lock()->reusableRun(); }
 
-  /// Of the last request of the method.
+  /// The param of the last request of the method.
   JSONValue lastParam(std::string_view method, std::string_view key) {
     const JSONValue params = lastParams(method);
     return *params.find(key);

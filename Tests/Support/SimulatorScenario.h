@@ -47,7 +47,7 @@ class SimulatorScenario {
   /// Makes the file that a "wait until file" of the scenario waits for.
   void createFile(std::string_view name) const { std::ofstream(folder_.path() / name) << "\n"; }
 
-  /// What the simulator has recorded so far.
+  /// The simulator's record so far.
   std::vector<JSONValue> record() const {
     std::vector<JSONValue> entries;
     std::ifstream file(recordPath());
@@ -86,7 +86,7 @@ class SimulatorScenario {
   }
   std::size_t processesStarted() const { return record("start").size(); }
 
-  /// What went against the scenario, in the simulator's words; empty when nothing did.
+  /// Deviations from the scenario, in the simulator's words; empty when there were none.
   std::vector<std::string> failures() const { return texts("failure", "text"); }
 
  private:

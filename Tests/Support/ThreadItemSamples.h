@@ -8,7 +8,7 @@ namespace ormel::tests {
 struct ThreadItemSample {
   std::string_view camelCaseType;
   std::string_view snakeCaseType;
-  /// What the item says when it is written; empty if nothing.
+  /// The type that the item is written with; empty if none.
   std::string_view writtenType;
   /// The object without its type.
   std::string_view fields;

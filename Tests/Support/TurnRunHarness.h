@@ -53,22 +53,22 @@ server notifies turn/completed {"threadId": "t1", "turn": {"id": "u1", "status":
 ///     auto turn = server.startTurn();
 ///     EXPECT_THAT(told(turn.events), ElementsAre("thread.started", "turn.started", "turn.completed", "end"));
 ///
-/// What waits gives up after a generous time. At its end it releases the run and fails the test if the client went
-/// against the scenario.
+/// Each wait gives up after a generous time. At its end the harness releases the run and fails the test if the client
+/// went against the scenario.
 class TurnRunHarness {
  public:
   using Run = detail::AppServerTurnRun;
 
-  /// What a test may set before the run is made.
+  /// The settings that a test may change before the run is made.
   struct Settings {
     Settings() {}
 
     ThreadOptions threadOptions;
     OrmelOptions ormelOptions;
     detail::RunDurations durations;
-    /// In place of the simulator.
+    /// The server that takes the simulator's place.
     std::optional<std::string> executable;
-    /// In place of the library's scheduler. It outlives the harness.
+    /// The scheduler that takes the place of the library's. It outlives the harness.
     Scheduler* scheduler = &productionScheduler();
   };
 
@@ -88,25 +88,25 @@ class TurnRunHarness {
   void dropRun() { run_.reset(); }
 
   /// Runs the task to its end. Throws what it fails with.
-  template <class T>
+  template <typename T>
   static T ended(Task<T> task) {
     return Production().run(std::move(task));
   }
 
   /// Starts the task, whose end `taken` gives.
-  template <class T>
+  template <typename T>
   static std::shared_ptr<Outcome<T>> started(Task<T> task, std::stop_token token = {}) {
     return startOn(productionScheduler(), std::move(task), std::move(token));
   }
 
-  template <class T>
+  template <typename T>
   static T taken(const std::shared_ptr<Outcome<T>>& outcome) {
     outcome->waitUntilSet();
     return outcome->take();
   }
 
-  /// What the run looks like at this moment, seen from its strand.
-  template <class Seen>
+  /// The look of the run at this moment, seen from its strand.
+  template <typename Seen>
   Seen seen(std::function<Seen(const Run&)> look) const {
     return ended(looked<Seen>(run_, std::move(look)));
   }
@@ -150,7 +150,7 @@ class TurnRunHarness {
 
   EventChannel<ThreadEvent> eventsOf(OperationRequest request) { return ended(run_->start(std::move(request))).events; }
 
-  template <class Seen>
+  template <typename Seen>
   static Task<Seen> looked(std::shared_ptr<Run> run, std::function<Seen(const Run&)> look) {
     co_await run->strand().enter();
     co_return look(*run);

@@ -13,7 +13,7 @@ namespace ormel::tests {
 struct TableMutant {
   /// The type whose table it is.
   std::string type;
-  /// What is changed.
+  /// A description of the change.
   std::string what;
   /// The field's first key, if the change shows only in a value that can be empty.
   std::string emptyField;

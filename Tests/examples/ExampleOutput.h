@@ -10,7 +10,7 @@
 
 namespace ormel::testing {
 
-/// What the example prints, talking with the simulator's agent.
+/// The output of the example, talking with the simulator's agent.
 inline std::string outputOf(const std::string& example, const std::string& server = SimulatorScenario::executable()) {
   const TemporaryDirectory state;
   ChildOptions options;

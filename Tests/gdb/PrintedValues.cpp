@@ -18,11 +18,11 @@ namespace {
 
 using namespace ormel;
 
-template <class T>
+template <typename T>
 using Coroutine = typename detail::TaskFrame<T>::Handle;
 
 /// Suspends the coroutine that awaits it, and tells which one that is.
-template <class T>
+template <typename T>
 class Pause final : public detail::PlaceAware {
  public:
   explicit Pause(Coroutine<T>& paused) noexcept : paused_(paused) {}
@@ -52,7 +52,7 @@ class Kept final : public detail::Completion {
   void completed() noexcept override {}
 };
 
-template <class Promise>
+template <typename Promise>
 detail::Completion* resumeAndKeep(std::coroutine_handle<Promise> coroutine, Kept& kept) {
   auto* completion = std::exchange(coroutine.promise().completion, &kept);
   coroutine.resume();

@@ -1,4 +1,4 @@
-// What the bridge adds between client and server: nothing.
+// The bridge adds nothing between client and server.
 
 import assert from "node:assert/strict";
 import test from "node:test";

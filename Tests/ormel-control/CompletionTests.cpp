@@ -43,7 +43,7 @@ ControlEnd bash(std::vector<std::string> arguments) {
   return end;
 }
 
-/// What bash offers for the last of the words.
+/// The completions that bash offers for the last of the words.
 std::set<std::string> offered(const CompletionScript& script, const std::string& words) {
   const ControlEnd end =
       bash({"--norc", "-c",

@@ -13,7 +13,7 @@ inline constexpr int failedExpectationStatus = 97;
 inline constexpr int badScenarioStatus = 98;
 inline constexpr int cannotStartStatus = 99;
 
-/// What the command line and the environment ask for.
+/// The choices of the command line and the environment.
 struct CommandLine {
   /// Set when there is nothing more to do, as after "--help".
   std::optional<int> exitStatus;

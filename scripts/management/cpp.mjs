@@ -1,4 +1,4 @@
-// Just as much of C++ as the declarations of management calls are written in. What cannot be read is an error.
+// Reads just as much of C++ as the declarations of management calls need. Anything else is an error.
 
 import { readFileSync } from 'node:fs';
 
@@ -99,7 +99,7 @@ export function outsideBrackets(text) {
   return rest;
 }
 
-// What stands between the braces of a class or struct.
+// The text between the braces of a class or struct.
 export function readBody(text, head) {
   const at = text.indexOf(head);
   insist(at >= 0, `there is no "${head}"`);

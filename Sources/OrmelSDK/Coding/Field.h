@@ -44,7 +44,7 @@ inline constexpr char recordIdentity = 0;
 struct Field {
   static constexpr std::size_t mostKeys = 3;
 
-  /// In the order in which they are tried.
+  /// The keys of the field, in the order in which they are tried.
   std::array<std::string_view, mostKeys> keys;
   std::uint8_t keyCount;
   Presence presence;

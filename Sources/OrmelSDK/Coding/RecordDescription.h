@@ -13,7 +13,7 @@
 
 namespace ormel::coding {
 
-/// For each of a field's keys its position among all keys of the record.
+/// The position of each of a field's keys among all keys of the record.
 using KeyPositions = std::array<std::uint8_t, Field::mostKeys>;
 
 /// A record's table in a form that does not depend on its type, so that one function reads all records.

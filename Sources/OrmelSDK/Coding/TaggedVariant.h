@@ -109,7 +109,7 @@ struct VariantDescription {
   std::string_view name;
   std::span<const VariantCase> cases;
   const WordIndex* words = nullptr;
-  /// For each word the position of its case. If two cases list a word, the first wins.
+  /// The position of each word's case. If two cases list a word, the first wins.
   const std::uint8_t* casesOfWords = nullptr;
   void (*decodeUnknown)(void* variant, std::string_view type, const JSONValue& value, const CodingPath& path) = nullptr;
   void (*decodeUntyped)(void* variant, const JSONValue& value, const CodingPath& path) = nullptr;

@@ -22,7 +22,7 @@ struct WordFingerprint {
 
   friend constexpr bool operator==(const WordFingerprint&, const WordFingerprint&) = default;
 
-  /// At a text in the storage of a JSON value.
+  /// The fingerprint of a text in the storage of a JSON value.
   static WordFingerprint at(const std::byte* stored) noexcept {
     const std::string_view text = detail::storedText(stored);
     const auto size = static_cast<std::uint32_t>(text.size());

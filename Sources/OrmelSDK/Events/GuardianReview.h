@@ -21,7 +21,7 @@ std::ostream& operator<<(std::ostream& stream, const GuardianRiskLevel& value);
 enum class GuardianUserAuthorization { unknown, low, medium, high };
 std::ostream& operator<<(std::ostream& stream, const GuardianUserAuthorization& value);
 
-/// Who decided.
+/// The source of a decision.
 enum class AutoReviewDecisionSource { agent };
 std::ostream& operator<<(std::ostream& stream, const AutoReviewDecisionSource& value);
 

@@ -52,7 +52,7 @@ struct GuardianWarningEvent {
 struct StrictReviewRequiredEvent {
   std::string threadID;
   std::string turnID;
-  /// Since the Unix epoch.
+  /// Milliseconds since the Unix epoch.
   std::int64_t startedAtMilliseconds = 0;
   friend bool operator==(const StrictReviewRequiredEvent&, const StrictReviewRequiredEvent&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const StrictReviewRequiredEvent& value);

@@ -15,7 +15,7 @@ struct ItemStartedEvent {
   ThreadItem item;
   std::optional<std::string> threadID;
   std::optional<std::string> turnID;
-  /// Since the Unix epoch.
+  /// Milliseconds since the Unix epoch.
   std::optional<std::int64_t> startedAtMilliseconds;
   friend bool operator==(const ItemStartedEvent&, const ItemStartedEvent&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const ItemStartedEvent& value);
@@ -33,7 +33,7 @@ struct ItemCompletedEvent {
   ThreadItem item;
   std::optional<std::string> threadID;
   std::optional<std::string> turnID;
-  /// Since the Unix epoch.
+  /// Milliseconds since the Unix epoch.
   std::optional<std::int64_t> completedAtMilliseconds;
   friend bool operator==(const ItemCompletedEvent&, const ItemCompletedEvent&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const ItemCompletedEvent& value);

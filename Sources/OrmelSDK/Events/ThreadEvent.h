@@ -53,7 +53,7 @@ struct ThreadEvent {
   ThreadEvent& operator=(ThreadEvent&& other) noexcept;
   ~ThreadEvent();
 
-  /// From the record of any of the cases.
+  /// Makes an event from the record of any of the cases.
   template <CaseOf<Value> Event>
   ThreadEvent(Event event) : value(std::move(event)) {}
 

@@ -11,7 +11,7 @@ namespace ormel {
 
 /// A turn has begun.
 struct TurnStartedEvent {
-  /// In tokens.
+  /// The size of the model's context window, in tokens.
   std::optional<std::int64_t> modelContextWindow;
   friend bool operator==(const TurnStartedEvent&, const TurnStartedEvent&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const TurnStartedEvent& value);

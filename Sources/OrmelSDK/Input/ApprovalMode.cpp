@@ -53,7 +53,7 @@ std::optional<GranularApprovalMode> granularMode(const JSONValue& value, const C
     const auto found = modes.find("granular");
     if (found != modes.end()) return found->second;
   } catch (const DecodingError&) {
-    // Whatever is wrong in it, it is no policy.
+    // A value with any fault is no policy.
   }
   return std::nullopt;
 }

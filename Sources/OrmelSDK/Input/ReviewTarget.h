@@ -13,9 +13,9 @@ namespace ormel {
 
 /// Where a review takes place. Its JSON form is a bare string.
 enum class ReviewDelivery {
-  /// In the thread that is reviewed.
+  /// The review takes place in the thread that is reviewed.
   inline_,
-  /// In a thread of its own.
+  /// The review takes place in a thread of its own.
   detached,
 };
 std::ostream& operator<<(std::ostream& stream, const ReviewDelivery& value);
@@ -34,7 +34,7 @@ struct ReviewCommit {
   friend bool operator==(const ReviewCommit&, const ReviewCommit&) = default;
 };
 
-/// Whatever the instructions name.
+/// Anything that the instructions name.
 struct ReviewCustom {
   std::string instructions;
   friend bool operator==(const ReviewCustom&, const ReviewCustom&) = default;

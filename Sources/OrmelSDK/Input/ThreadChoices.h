@@ -12,7 +12,7 @@ namespace ormel {
 enum class SandboxMode { readOnly, workspaceWrite, dangerFullAccess };
 std::ostream& operator<<(std::ostream& stream, const SandboxMode& value);
 
-/// Who decides about approvals.
+/// The reviewer that decides about approvals.
 enum class ApprovalsReviewer { user, autoReview, guardianSubagent };
 std::ostream& operator<<(std::ostream& stream, const ApprovalsReviewer& value);
 
@@ -24,7 +24,7 @@ std::ostream& operator<<(std::ostream& stream, const Personality& value);
 enum class ThreadStartSource { startup, clear };
 std::ostream& operator<<(std::ostream& stream, const ThreadStartSource& value);
 
-/// Who a thread was made for.
+/// The party that a thread was made for.
 enum class ThreadSource { user, subagent, memoryConsolidation };
 std::ostream& operator<<(std::ostream& stream, const ThreadSource& value);
 

@@ -53,7 +53,7 @@ struct CollabAgentToolCallItem {
   std::optional<std::string> prompt;
   std::optional<std::string> model;
   std::optional<ModelReasoningEffort> reasoningEffort;
-  /// By the agent's thread.
+  /// The states of the agents, by their threads.
   std::map<std::string, CollabAgentState> agentsStates;
   friend bool operator==(const CollabAgentToolCallItem&, const CollabAgentToolCallItem&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const CollabAgentToolCallItem& value);

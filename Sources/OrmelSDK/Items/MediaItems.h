@@ -30,7 +30,7 @@ struct ImageViewItem {
 /// The agent made an image.
 struct ImageGenerationItem {
   std::string id;
-  /// In the server's own words.
+  /// The status in the server's own words.
   std::string status;
   std::optional<std::string> revisedPrompt;
   std::string result;

@@ -10,11 +10,11 @@
 // it is empty; one that is absent is left to the server.
 namespace ormel {
 
-/// Under whose name the page of a sign-in appears.
+/// The brand under which the page of a sign-in appears.
 enum class AccountLoginAppBrand { ormel, parlane };
 std::ostream& operator<<(std::ostream& stream, const AccountLoginAppBrand& value);
 
-/// What the owner of a workspace is asked to add.
+/// The thing that the owner of a workspace is asked to add.
 enum class AccountAddCreditsNudgeType { credits, usageLimit };
 std::ostream& operator<<(std::ostream& stream, const AccountAddCreditsNudgeType& value);
 
@@ -54,7 +54,7 @@ struct ConsumeAccountRateLimitResetCreditInSessionParams {
   std::optional<std::string> creditID;
 };
 
-/// Says what `getAuthStatus` tells. What is absent is sent as null.
+/// Says what `getAuthStatus` tells. An absent field is sent as null.
 struct GetAuthStatusParams {
   GetAuthStatusParams() {}
   /// Whether the token itself comes with the status.
@@ -69,10 +69,10 @@ struct CreateDeviceKeyParams {
   std::optional<DeviceKeyProtectionPolicy> protectionPolicy;
 };
 
-/// What goes with the feedback of `uploadFeedback`.
+/// The details of the feedback of `uploadFeedback`.
 struct UploadFeedbackParams {
   UploadFeedbackParams() {}
-  /// In the user's own words.
+  /// The reason in the user's own words.
   std::optional<std::string> reason;
   /// The thread that the feedback is about.
   std::optional<std::string> threadID;
@@ -82,10 +82,10 @@ struct UploadFeedbackParams {
   std::optional<std::map<std::string, std::string>> tags;
 };
 
-/// What goes with the feedback of a control session's `uploadFeedback`.
+/// The details of the feedback of a control session's `uploadFeedback`.
 struct UploadFeedbackInSessionParams {
   UploadFeedbackInSessionParams() {}
-  /// In the user's own words.
+  /// The reason in the user's own words.
   std::optional<std::string> reason;
   /// The thread that the feedback is about.
   std::optional<std::string> threadID;

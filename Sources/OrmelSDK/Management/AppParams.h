@@ -83,18 +83,18 @@ struct StartMcpServerOAuthLoginParams {
   StartMcpServerOAuthLoginParams() {}
   /// The thread whose configuration is in force.
   std::optional<std::string> threadID;
-  /// What the sign-in asks for.
+  /// The scopes that the sign-in asks for.
   std::optional<std::vector<std::string>> scopes;
   /// How long the server waits for the user.
   std::optional<std::int64_t> timeoutSeconds;
 };
 
-/// What `callMcpServerTool` hands to the tool.
+/// The data that `callMcpServerTool` hands to the tool.
 struct CallMcpServerToolParams {
   CallMcpServerToolParams() {}
-  /// As the tool's schema wants them.
+  /// The arguments, in the form that the tool's schema demands.
   std::optional<JSONValue> arguments;
-  /// What goes along with the call beside its arguments.
+  /// Metadata that goes along with the call beside its arguments.
   std::optional<JSONValue> meta;
 };
 

@@ -43,7 +43,7 @@ struct NotificationCall {
   JSONValue params;
 };
 
-/// In the place of the params of a call that has none.
+/// Stands in for the params of a call that has none.
 inline constexpr std::nullopt_t withoutParams = std::nullopt;
 
 /// A list, map or record among the required members.

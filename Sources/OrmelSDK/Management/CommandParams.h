@@ -24,7 +24,7 @@ struct ExecuteCommandParams {
   std::optional<bool> streamStdoutStderr;
 };
 
-/// What `writeCommandInput` does to a command's input.
+/// The change that `writeCommandInput` makes to a command's input.
 struct WriteCommandInputParams {
   WriteCommandInputParams() {}
   /// Bytes to append, in Base64.

@@ -118,7 +118,7 @@ struct DetectExternalAgentConfigParams {
 /// Says where the pieces of `importExternalAgentConfig` come from.
 struct ImportExternalAgentConfigParams {
   ImportExternalAgentConfigParams() {}
-  /// In the server's own word.
+  /// The source in the server's own word.
   std::optional<std::string> source;
 };
 

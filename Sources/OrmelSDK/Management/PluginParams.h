@@ -81,7 +81,7 @@ struct ListInstalledPluginsParams {
 /// Names the marketplace of `readPlugin`.
 struct ReadPluginParams {
   ReadPluginParams() {}
-  /// Of a marketplace on this machine.
+  /// The path of a marketplace on this machine.
   std::optional<std::string> marketplacePath;
   std::optional<std::string> remoteMarketplaceName;
 };
@@ -89,7 +89,7 @@ struct ReadPluginParams {
 /// Names the marketplace of `installPlugin`, and says how it is used.
 struct InstallPluginParams {
   InstallPluginParams() {}
-  /// Of a marketplace on this machine.
+  /// The path of a marketplace on this machine.
   std::optional<std::string> marketplacePath;
   std::optional<std::string> remoteMarketplaceName;
   /// Whether the server fetches the marketplace's present state first.

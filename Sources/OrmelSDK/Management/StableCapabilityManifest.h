@@ -11,8 +11,8 @@
 
 #include "OrmelSDK/Coding/RecordCoding.h"
 
-// What this library covers of the server's protocol, for an application or its tests to ask. Every enumeration and
-// record here has a JSON form.
+// The part of the server's protocol that this library covers, for an application or its tests to query. Every
+// enumeration and record here has a JSON form.
 namespace ormel {
 
 /// How the server declares a method.
@@ -35,16 +35,16 @@ std::ostream& operator<<(std::ostream& stream, const OrmelCapabilityStatus& valu
 enum class OrmelCapabilityTestStatus { integrationTested, unitTested, notTested };
 std::ostream& operator<<(std::ostream& stream, const OrmelCapabilityTestStatus& value);
 
-/// What is made of one method or notification of the protocol.
+/// The coverage of one method or notification of the protocol.
 struct OrmelCapabilityManifestEntry {
   /// The name on the wire.
   std::string method;
   OrmelCapabilityStability stability = OrmelCapabilityStability::stable;
-  /// In this library.
+  /// The status in this library.
   OrmelCapabilityStatus sdkStatus = OrmelCapabilityStatus::notIntegrated;
-  /// In the host application.
+  /// The status in the host application.
   OrmelCapabilityStatus kestrionStatus = OrmelCapabilityStatus::notIntegrated;
-  /// In the host's user interface.
+  /// The status in the host's user interface.
   OrmelCapabilityStatus uiStatus = OrmelCapabilityStatus::notIntegrated;
   OrmelCapabilityTestStatus testStatus = OrmelCapabilityTestStatus::notTested;
   friend bool operator==(const OrmelCapabilityManifestEntry&, const OrmelCapabilityManifestEntry&) = default;

@@ -21,19 +21,19 @@ namespace ormel {
 enum class ThreadGoalStatus;
 enum class ThreadTurnItemsView;
 
-/// By what a list of threads is sorted.
+/// The key by which a list of threads is sorted.
 enum class ThreadSortKey { createdAt, updatedAt, recencyAt };
 std::ostream& operator<<(std::ostream& stream, const ThreadSortKey& value);
 
-/// In which order a list of threads goes.
+/// The order of a list of threads.
 enum class ThreadSortDirection { asc, desc };
 std::ostream& operator<<(std::ostream& stream, const ThreadSortDirection& value);
 
-/// In which order a list of turns, or of a turn's items, goes.
+/// The order of a list of turns, or of a turn's items.
 enum class ThreadTurnSortDirection { asc, desc };
 std::ostream& operator<<(std::ostream& stream, const ThreadTurnSortDirection& value);
 
-/// What made a thread.
+/// The origin of a thread.
 enum class ThreadSourceKind {
   cli,
   vscode,
@@ -52,7 +52,7 @@ using ThreadMetadataStringUpdate = Update<std::string>;
 using ThreadGoalTokenBudgetUpdate = Update<std::int64_t>;
 using ServiceTierUpdate = Update<ServiceTier>;
 
-/// What to change of the state of the repository that a thread is noted with.
+/// The changes to the repository state that a thread is noted with.
 struct ThreadMetadataGitInfoUpdate {
   ThreadMetadataGitInfoUpdate() {}
   ThreadMetadataStringUpdate branch;
@@ -124,19 +124,19 @@ struct ForkThreadInSessionParams {
   std::optional<bool> ephemeral;
 };
 
-/// What `updateThreadMetadata` changes.
+/// The changes that `updateThreadMetadata` makes.
 struct UpdateThreadMetadataParams {
   UpdateThreadMetadataParams() {}
   std::optional<ThreadMetadataGitInfoUpdate> gitInfo;
 };
 
-/// What `updateThreadSettings` changes.
+/// The changes that `updateThreadSettings` makes.
 struct UpdateThreadSettingsParams {
   UpdateThreadSettingsParams() {}
   std::optional<std::string> workingDirectory;
   std::optional<ApprovalMode> approvalPolicy;
   std::optional<ApprovalsReviewer> approvalsReviewer;
-  /// In the server's own words.
+  /// The policy in the server's own words.
   std::optional<JSONValue> sandboxPolicy;
   /// The id of a permission profile.
   std::optional<std::string> permissions;
@@ -166,12 +166,12 @@ struct ListThreadTurnItemsParams {
   std::optional<ThreadTurnSortDirection> sortDirection;
 };
 
-/// What `setThreadGoal` sets.
+/// The goal that `setThreadGoal` sets.
 struct SetThreadGoalParams {
   SetThreadGoalParams() {}
   std::optional<std::string> objective;
   std::optional<ThreadGoalStatus> status;
-  /// In tokens; cleared, the goal may use any number of them.
+  /// The budget in tokens; cleared, the goal may use any number of them.
   ThreadGoalTokenBudgetUpdate tokenBudget;
 };
 

@@ -28,7 +28,7 @@ class OrmelSDKUpstreamBaseline {
  public:
   OrmelSDKUpstreamBaseline() = delete;
 
-  /// What the audit covered and left out, in sentences.
+  /// The scope of the audit, with what it left out, in sentences.
   static const std::vector<std::string>& notes();
 };
 

@@ -34,7 +34,7 @@ UUID AbortSignal::register_(Observer observer) const {
 }
 
 void AbortSignal::unregister(const UUID& token) const {
-  // What an observer holds may use the signal when it is destroyed, so that happens outside the lock.
+  // Objects that an observer holds may use the signal when they are destroyed, so that happens outside the lock.
   std::map<UUID, Observer>::node_type removed;
   const std::lock_guard guard(state_->lock);
   removed = state_->observers.extract(token);

@@ -46,7 +46,7 @@ struct OrmelExecutableTrustCommandResult {
 
   /// The exit status, or the number of the signal that ended the command.
   std::int32_t exitCode = 0;
-  /// What the command wrote to its standard output, followed by what it wrote to its standard error.
+  /// The output of the command: its standard output, followed by its standard error.
   std::string output;
 
   friend bool operator==(const OrmelExecutableTrustCommandResult&,

@@ -11,7 +11,7 @@
 
 namespace ormel {
 
-/// What the library needs to know to find, vet and start the server.
+/// The settings by which the library finds, vets and starts the server.
 ///
 /// *Thread safety*: a plain value. The callbacks are called from threads of the library, and may be called from
 /// several at the same time.

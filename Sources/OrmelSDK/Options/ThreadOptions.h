@@ -19,7 +19,7 @@
 
 namespace ormel {
 
-/// What an application states once for a thread. Whatever is absent is left to the server.
+/// The options that an application states once for a thread. An absent option is left to the server.
 ///
 ///     ThreadOptions options;
 ///     options.model = "large";
@@ -37,7 +37,7 @@ class ThreadOptions {
   std::optional<std::string> model;
   std::optional<std::string> modelProvider;
 
-  /// What commands may touch, without further permissions.
+  /// The files that commands may touch without further permissions.
   std::optional<SandboxMode> sandboxMode;
 
   /// Absolute path of the directory in which the agent works.

@@ -14,7 +14,8 @@
 
 namespace ormel {
 
-/// What an application states for one turn, ahead of the thread's options. Whatever is absent changes nothing.
+/// The options that an application states for one turn; they take precedence over the options of the thread. An absent
+/// option changes nothing.
 ///
 /// *Thread safety*: a plain value, whose copies share the signal.
 class TurnOptions {
@@ -56,10 +57,10 @@ class TurnOptions {
 
   std::optional<ServiceTier> serviceTier;
 
-  /// For this turn; without it, the thread's stays.
+  /// The summary of this turn's reasoning; without it, the thread's setting stays.
   std::optional<ModelReasoningSummary> modelReasoningSummary;
 
-  /// For this turn; without it, the thread's stays.
+  /// The personality for this turn; without it, the thread's stays.
   std::optional<Personality> personality;
 
   std::optional<CollaborationMode> collaborationMode;

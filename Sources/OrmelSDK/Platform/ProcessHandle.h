@@ -12,9 +12,9 @@ namespace ormel::detail {
 
 /// How the end of a child is detected.
 enum class EndNotice {
-  /// By a system descriptor that refers to the child where that exists, else by a thread.
+  /// Uses a system descriptor that refers to the child where that exists, else a thread.
   automatic,
-  /// By a thread that waits for this one child.
+  /// Uses a thread that waits for this one child.
   waiterThread,
 };
 

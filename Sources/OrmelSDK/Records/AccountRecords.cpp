@@ -240,7 +240,7 @@ JSONValue encodeMessageType(const WorkspaceMessageType& type) {
   return std::get<std::string>(type.value);
 }
 
-// What is printed ends up in logs.
+// Printed text ends up in logs.
 JSONValue encodeWithoutToken(const AuthStatusResponse& status) {
   AuthStatusResponse shown = status;
   if (shown.authToken && !shown.authToken->empty()) shown.authToken = "<secret>";

@@ -18,7 +18,7 @@
 // Every type here has a JSON form, except where it says otherwise.
 namespace ormel {
 
-/// What a reset credit sets back.
+/// The limits that a reset credit sets back.
 struct RateLimitResetType : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
@@ -42,7 +42,7 @@ inline const RateLimitResetCreditStatus RateLimitResetCreditStatus::available = 
 inline const RateLimitResetCreditStatus RateLimitResetCreditStatus::redeeming = "redeeming";
 inline const RateLimitResetCreditStatus RateLimitResetCreditStatus::redeemed = "redeemed";
 
-/// What a message to a workspace is: a bare string in JSON.
+/// The type of a message to a workspace: a bare string in JSON.
 struct WorkspaceMessageType {
   /// The types that this library knows.
   enum class Known { headline, announcement };
@@ -101,7 +101,7 @@ struct AccountLoginResponse {
   friend std::ostream& operator<<(std::ostream& stream, const AccountLoginResponse& value);
 };
 
-/// What became of a sign-in that was cancelled, in the server's own word.
+/// The outcome of cancelling a sign-in, in the server's own word.
 struct AccountLoginCancelResponse {
   std::string status;
   friend bool operator==(const AccountLoginCancelResponse&, const AccountLoginCancelResponse&) = default;
@@ -194,7 +194,7 @@ struct AccountRateLimitsResponse {
   friend std::ostream& operator<<(std::ostream& stream, const AccountRateLimitsResponse& value);
 };
 
-/// What became of a reset credit that was to be used, in the server's own word.
+/// The outcome of using a reset credit, in the server's own word.
 struct AccountRateLimitResetCreditConsumeResponse {
   std::string outcome;
   friend bool operator==(const AccountRateLimitResetCreditConsumeResponse&,
@@ -206,7 +206,7 @@ struct AccountRateLimitResetCreditConsumeResponse {
 struct AccountTokenUsageSummary {
   std::optional<std::int64_t> lifetimeTokens;
   std::optional<std::int64_t> peakDailyTokens;
-  /// In seconds.
+  /// The duration of the longest turn, in seconds.
   std::optional<std::int64_t> longestRunningTurnSeconds;
   std::optional<std::int64_t> currentStreakDays;
   std::optional<std::int64_t> longestStreakDays;
@@ -254,7 +254,7 @@ struct WorkspaceMessagesResponse {
   friend std::ostream& operator<<(std::ostream& stream, const WorkspaceMessagesResponse& value);
 };
 
-/// What became of the request for more credits, in the server's own word.
+/// The outcome of the request for more credits, in the server's own word.
 struct AddCreditsNudgeEmailResponse {
   std::string status;
   friend bool operator==(const AddCreditsNudgeEmailResponse&, const AddCreditsNudgeEmailResponse&) = default;
@@ -294,8 +294,8 @@ struct OrmelAccountControlNotification {
   std::variant<AccountUpdatedNotification, AccountRateLimitsUpdatedNotification, AccountLoginCompletedNotification>
       value;
 
-  /// What a notification of the server says about the account. Nothing if its method is another, or if its params are
-  /// absent or do not decode: a notification that cannot be read is no failure.
+  /// The account's part in a notification of the server. Nothing if its method is another, or if its params are absent
+  /// or do not decode: a notification that cannot be read is no failure.
   ///
   /// *Thread safety*: may be called from any thread.
   static std::optional<OrmelAccountControlNotification> from(std::string_view method,
@@ -314,7 +314,7 @@ struct FeedbackUploadResponse {
 
 /// How the server signs its requests. Printing shows everything but the token.
 struct AuthStatusResponse {
-  /// In the server's own word.
+  /// The method in the server's own word.
   std::optional<std::string> authMethod;
   /// A secret; the library keeps no copy of it. Present only if it was asked for.
   std::optional<std::string> authToken;

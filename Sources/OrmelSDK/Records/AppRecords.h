@@ -84,7 +84,7 @@ struct AppToolSummary {
   friend std::ostream& operator<<(std::ostream& stream, const AppToolSummary& value);
 };
 
-/// What the catalogue tells about one app that was asked for.
+/// The catalogue's data about one app that was asked for.
 struct ConnectorMetadata {
   std::string id;
   std::string name;

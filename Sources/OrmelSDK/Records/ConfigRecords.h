@@ -17,7 +17,7 @@
 // a JSON form, except `DynamicCodingKey`. The acknowledgement of a write is in EmptyResponses.h.
 namespace ormel {
 
-/// What a written value does to the one that is there: takes its place, or is merged into it.
+/// The effect of a written value on the present one: it takes its place, or is merged into it.
 enum class ConfigMergeStrategy { replace, upsert };
 std::ostream& operator<<(std::ostream& stream, const ConfigMergeStrategy& value);
 
@@ -43,7 +43,7 @@ struct PluginEnabledConfig {
 /// The settings of an app.
 struct AppConfigSnapshot {
   bool enabled = false;
-  /// Who decides about approvals that the app needs.
+  /// The reviewer of approvals that the app needs.
   std::optional<ApprovalsReviewer> approvalsReviewer;
   friend bool operator==(const AppConfigSnapshot&, const AppConfigSnapshot&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const AppConfigSnapshot& value);
@@ -51,7 +51,7 @@ struct AppConfigSnapshot {
 
 /// The settings of apps, by app. In JSON it is one object with the apps' ids and "_default" as keys.
 struct AppsConfigSnapshot {
-  /// For apps that have no settings of their own; in JSON under "_default", which is therefore no key of `apps`.
+  /// The settings for apps that have none of their own; in JSON under "_default", which is therefore no key of `apps`.
   std::optional<AppConfigSnapshot> default_;
   std::map<std::string, AppConfigSnapshot> apps;
   friend bool operator==(const AppsConfigSnapshot&, const AppsConfigSnapshot&) = default;
@@ -76,7 +76,7 @@ struct SkillsConfigSnapshot {
 
 /// The parts of the configuration in force that this library reads; others are ignored.
 struct EffectiveOrmelConfig {
-  /// By plugin.
+  /// The settings of plugins, by plugin.
   std::optional<std::map<std::string, PluginEnabledConfig>> plugins;
   std::optional<AppsConfigSnapshot> apps;
   std::optional<SkillsConfigSnapshot> skills;
@@ -102,28 +102,28 @@ struct ConfigEdit {
   friend std::ostream& operator<<(std::ostream& stream, const ConfigEdit& value);
 };
 
-/// What became of several changes that were written together.
+/// The outcome of several changes that were written together.
 struct ConfigBatchWriteResponse {
-  /// In the server's own word.
+  /// The status in the server's own word.
   std::optional<std::string> status;
   /// The version of the configuration that was written, to expect at the next write.
   std::optional<std::string> version;
   /// The file that was written.
   std::optional<std::string> filePath;
-  /// What the server says about values that another layer overrides, as it came.
+  /// The server's remarks on values that another layer overrides, as they came.
   std::optional<JSONValue> overriddenMetadata;
   friend bool operator==(const ConfigBatchWriteResponse&, const ConfigBatchWriteResponse&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const ConfigBatchWriteResponse& value);
 };
 
-/// What is required of the agent's use of the computer.
+/// The requirements for the agent's use of the computer.
 struct ComputerUseRequirements {
   std::optional<bool> allowLockedComputerUse;
   friend bool operator==(const ComputerUseRequirements&, const ComputerUseRequirements&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const ComputerUseRequirements& value);
 };
 
-/// What is required of network access.
+/// The requirements for network access.
 struct NetworkRequirements {
   std::optional<bool> enabled;
   std::optional<std::int64_t> httpPort;
@@ -131,12 +131,12 @@ struct NetworkRequirements {
   std::optional<bool> allowUpstreamProxy;
   std::optional<bool> dangerouslyAllowNonLoopbackProxy;
   std::optional<bool> dangerouslyAllowAllUnixSockets;
-  /// By domain.
+  /// Permissions by domain.
   std::optional<std::map<std::string, NetworkDomainPermission>> domains;
   std::optional<bool> managedAllowedDomainsOnly;
   std::optional<std::vector<std::string>> allowedDomains;
   std::optional<std::vector<std::string>> deniedDomains;
-  /// By path.
+  /// Permissions by path.
   std::optional<std::map<std::string, NetworkUnixSocketPermission>> unixSockets;
   std::optional<std::vector<std::string>> allowUnixSockets;
   std::optional<bool> allowLocalBinding;
@@ -144,7 +144,7 @@ struct NetworkRequirements {
   friend std::ostream& operator<<(std::ostream& stream, const NetworkRequirements& value);
 };
 
-/// What the configuration has to comply with. An absent field requires nothing.
+/// The requirements that the configuration has to meet. An absent field requires nothing.
 struct ConfigRequirements {
   std::optional<std::vector<ApprovalMode>> allowedApprovalPolicies;
   std::optional<std::vector<ApprovalsReviewer>> allowedApprovalsReviewers;

@@ -50,11 +50,11 @@ struct AttestationGenerateResponse {
   friend std::ostream& operator<<(std::ostream& stream, const AttestationGenerateResponse& value);
 };
 
-/// What a device key signs with.
+/// The algorithm that a device key signs with.
 enum class DeviceKeyAlgorithm { ecdsaP256SHA256 };
 std::ostream& operator<<(std::ostream& stream, const DeviceKeyAlgorithm& value);
 
-/// What keeps a device key from being copied.
+/// The protection that keeps a device key from being copied.
 enum class DeviceKeyProtectionClass { hardwareSecureEnclave, hardwareTPM, osProtectedNonextractable };
 std::ostream& operator<<(std::ostream& stream, const DeviceKeyProtectionClass& value);
 

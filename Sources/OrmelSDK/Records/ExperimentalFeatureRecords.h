@@ -36,7 +36,7 @@ struct ExperimentalFeatureListResponse {
   friend std::ostream& operator<<(std::ostream& stream, const ExperimentalFeatureListResponse& value);
 };
 
-/// What was switched.
+/// The features that were switched.
 struct ExperimentalFeatureEnablementSetResponse {
   /// Whether a feature is on now, by the features' names.
   std::map<std::string, bool> enablement;

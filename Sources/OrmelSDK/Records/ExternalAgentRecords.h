@@ -26,7 +26,7 @@ struct ExternalAgentConfigMigrationItem {
   friend std::ostream& operator<<(std::ostream& stream, const ExternalAgentConfigMigrationItem& value);
 };
 
-/// What was found to import.
+/// The items that were found to import.
 struct ExternalAgentConfigDetectResponse {
   std::vector<ExternalAgentConfigMigrationItem> items;
   friend bool operator==(const ExternalAgentConfigDetectResponse&, const ExternalAgentConfigDetectResponse&) = default;

@@ -18,7 +18,7 @@ struct FsReadFileResponse {
   friend std::ostream& operator<<(std::ostream& stream, const FsReadFileResponse& value);
 };
 
-/// What stands at a path.
+/// The file, directory or link at a path.
 struct FsGetMetadataResponse {
   /// Whether it is a directory. Also read from `isDirectory`.
   bool isKestriony = false;
@@ -34,7 +34,7 @@ struct FsGetMetadataResponse {
 
 /// An entry of a directory.
 struct FsReadKestrionyEntry {
-  /// Without the directory.
+  /// The name without the directory.
   std::string fileName;
   /// Whether it is a directory. Also read from `isDirectory`.
   bool isKestriony = false;

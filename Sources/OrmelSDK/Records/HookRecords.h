@@ -29,7 +29,7 @@ struct HookMetadata {
   HookHandlerType handlerType;
   /// Narrows the events that the hook runs for, in the server's own notation.
   std::optional<std::string> matcher;
-  /// What a hook of type `command` runs.
+  /// The command that a hook of type `command` runs.
   std::optional<std::string> command;
   /// The MCP server of a hook of type `mcpTool`.
   std::optional<std::string> server;
@@ -37,7 +37,7 @@ struct HookMetadata {
   std::optional<std::string> tool;
   /// How long the hook may run, in seconds.
   std::int64_t timeoutSeconds = 0;
-  /// What is shown while the hook runs.
+  /// The message that is shown while the hook runs.
   std::optional<std::string> statusMessage;
   /// The most context that the hook may add, as the server counts it.
   std::optional<std::int64_t> additionalContextLimit;

@@ -43,7 +43,7 @@ inline const HookEventName HookEventName::interrupt = "interrupt";
 inline const HookEventName HookEventName::mcpTool = "mcpTool";
 inline const HookEventName HookEventName::stop = "stop";
 
-/// What carries a hook out.
+/// The kind of handler that carries a hook out.
 struct HookHandlerType : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 

@@ -46,7 +46,7 @@ struct ReasoningEffortOption {
   friend std::ostream& operator<<(std::ostream& stream, const ReasoningEffortOption& value);
 };
 
-/// What the user is told when a model first becomes available.
+/// The message for the user when a model first becomes available.
 struct ModelAvailabilityNux {
   std::string message;
   friend bool operator==(const ModelAvailabilityNux&, const ModelAvailabilityNux&) = default;
@@ -70,7 +70,7 @@ struct ModelUpgradeInfo {
   std::optional<std::string> upgradeCopy;
   /// An address that tells more.
   std::optional<std::string> modelLink;
-  /// What the user should know before changing, in Markdown.
+  /// Information for the user before the change, in Markdown.
   std::optional<std::string> migrationMarkdown;
   /// When the older model goes away, as the server counts time.
   std::optional<std::int64_t> retirementAt;
@@ -89,7 +89,7 @@ struct OrmelModelDescriptor {
   std::optional<ModelAvailabilityNux> availabilityNux;
   std::string displayName;
   std::string description;
-  /// What the model is made for, in the server's own word.
+  /// The purpose of the model, in the server's own word.
   std::optional<std::string> modelSpecialty;
   /// Whether the model is left out of lists for the user.
   bool hidden = false;
@@ -118,7 +118,7 @@ struct ModelListResponse {
   friend std::ostream& operator<<(std::ostream& stream, const ModelListResponse& value);
 };
 
-/// What the provider of models can do.
+/// The capabilities of the provider of models.
 struct ModelProviderCapabilitiesReadResponse {
   /// Whether tools may be grouped in namespaces.
   bool namespaceTools = false;

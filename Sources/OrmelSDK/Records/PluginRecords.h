@@ -36,15 +36,15 @@ std::ostream& operator<<(std::ostream& stream, const PluginAvailability& value);
 enum class PluginListMarketplaceKind { local, vertical, workspaceDirectory, sharedWithMe };
 std::ostream& operator<<(std::ostream& stream, const PluginListMarketplaceKind& value);
 
-/// Who can find a shared plugin.
+/// Says who can find a shared plugin.
 enum class PluginShareDiscoverability { listed, unlisted, private_ };
 std::ostream& operator<<(std::ostream& stream, const PluginShareDiscoverability& value);
 
-/// What the discoverability of a plugin that is shared already can be changed to.
+/// The discoverability that a plugin which is shared already can be changed to.
 enum class PluginShareUpdateDiscoverability { unlisted, private_ };
 std::ostream& operator<<(std::ostream& stream, const PluginShareUpdateDiscoverability& value);
 
-/// What a principal may do with a shared plugin.
+/// The role of a principal for a shared plugin.
 enum class PluginSharePrincipalRole { reader, editor, owner };
 std::ostream& operator<<(std::ostream& stream, const PluginSharePrincipalRole& value);
 
@@ -154,12 +154,12 @@ struct PluginInterface {
   std::optional<std::string> longDescription;
   std::optional<std::string> developerName;
   std::optional<std::string> category;
-  /// What the plugin can do, in its own words.
+  /// The capabilities of the plugin, in its own words.
   std::vector<std::string> capabilities;
   std::optional<std::string> websiteURL;
   std::optional<std::string> privacyPolicyURL;
   std::optional<std::string> termsOfServiceURL;
-  /// What the user might ask to use the plugin.
+  /// Prompts that the user might send to use the plugin.
   std::optional<std::vector<std::string>> defaultPrompt;
   /// As the plugin writes it, such as "#3366FF".
   std::optional<std::string> brandColor;
@@ -173,7 +173,7 @@ struct PluginInterface {
   friend std::ostream& operator<<(std::ostream& stream, const PluginInterface& value);
 };
 
-/// Whom a plugin is shared with, and how.
+/// A principal that a plugin is shared with, and its role.
 struct PluginSharePrincipal {
   PluginSharePrincipalType principalType = PluginSharePrincipalType::user;
   std::string principalID;
@@ -308,7 +308,7 @@ struct PluginSkillReadResponse {
   friend std::ostream& operator<<(std::ostream& stream, const PluginSkillReadResponse& value);
 };
 
-/// What is left to do after an installation.
+/// The steps that are left to do after an installation.
 struct PluginInstallResponse {
   PluginAuthPolicy authPolicy = PluginAuthPolicy::onInstall;
   std::vector<AppSummary> appsNeedingAuth;
@@ -347,7 +347,7 @@ struct PluginShareSaveResponse {
   friend std::ostream& operator<<(std::ostream& stream, const PluginShareSaveResponse& value);
 };
 
-/// Whom a plugin is shared with from now on.
+/// The principals that a plugin is shared with from now on.
 struct PluginShareUpdateTargetsResponse {
   std::vector<PluginSharePrincipal> principals;
   PluginShareDiscoverability discoverability = PluginShareDiscoverability::listed;
@@ -404,7 +404,7 @@ struct MarketplaceUpgradeErrorInfo {
   friend std::ostream& operator<<(std::ostream& stream, const MarketplaceUpgradeErrorInfo& value);
 };
 
-/// What an upgrade of marketplaces did.
+/// The outcome of an upgrade of marketplaces.
 struct MarketplaceUpgradeResponse {
   /// Those that the upgrade was for.
   std::vector<std::string> selectedMarketplaces;

@@ -5,19 +5,19 @@
 
 #include "OrmelSDK/Coding/RecordCoding.h"
 
-// What calls that share a plugin send, apart from the many records that describe plugins. Every type here has a JSON
-// form.
+// The values that calls which share a plugin send, apart from the many records that describe plugins. Every type here
+// has a JSON form.
 namespace ormel {
 
-/// What a plugin is shared with.
+/// The kind of principal that a plugin is shared with.
 enum class PluginSharePrincipalType { user, group, workspace };
 std::ostream& operator<<(std::ostream& stream, const PluginSharePrincipalType& value);
 
-/// What a principal can be allowed to do with a shared plugin. Nobody can be made its owner.
+/// The role that a principal can be given for a shared plugin. Nobody can be made its owner.
 enum class PluginShareTargetRole { reader, editor };
 std::ostream& operator<<(std::ostream& stream, const PluginShareTargetRole& value);
 
-/// Whom a plugin is to be shared with, and how.
+/// A principal that a plugin is to be shared with, and its role.
 struct PluginShareTarget {
   PluginSharePrincipalType principalType = PluginSharePrincipalType::user;
   std::string principalID;

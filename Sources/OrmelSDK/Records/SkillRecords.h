@@ -20,7 +20,7 @@ struct SkillInterface {
   std::optional<std::string> iconLarge;
   /// A colour in the notation of the skill's author.
   std::optional<std::string> brandColor;
-  /// What the user may send to try the skill.
+  /// A prompt that the user may send to try the skill.
   std::optional<std::string> defaultPrompt;
   friend bool operator==(const SkillInterface&, const SkillInterface&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const SkillInterface& value);

@@ -25,7 +25,7 @@ struct ThreadSettings {
   std::string cwd;
   ApprovalMode approvalPolicy;
   ApprovalsReviewer approvalsReviewer = ApprovalsReviewer::user;
-  /// In the server's own words, kept whole.
+  /// The policy in the server's own words, kept whole.
   JSONValue sandboxPolicy;
   std::optional<ActivePermissionProfile> activePermissionProfile;
   std::string model;

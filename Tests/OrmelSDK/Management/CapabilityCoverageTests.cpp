@@ -113,7 +113,8 @@ bool isAnswered(std::string_view method) {
   });
 }
 
-/// What notifications of the manifest need. The id of "serverRequest/resolved" is left out: it shows by its failure.
+/// The params that notifications of the manifest need. The id of "serverRequest/resolved" is left out: it shows by its
+/// failure.
 constexpr std::string_view anyParams =
     R"({"threadId":"t1","turnId":"u1","thread":{"id":"t1"},"name":"n","success":true,"rateLimits":{},)"
     R"("provider":"p","message":"m","summary":"s","startedAtMs":1})";

@@ -18,7 +18,7 @@ OrmelControlNotification notification(const char* method, const char* params) {
   return made;
 }
 
-/// What a notification says of a thread, in words; "nothing" if it says nothing.
+/// The content of a notification about a thread, in words; "nothing" if it has none.
 std::string lifecycle(const OrmelControlNotification& told) {
   const auto view = told.threadLifecycleNotification();
   if (!view) return "nothing";
@@ -43,7 +43,7 @@ TEST(OrmelControlNotification, SaysWhatHappenedToAThread) {
       {"thread/unarchived", R"({"thread":{"id":"t1"}})", "unarchived t1"},
       {"thread/name/updated", R"({"threadId":"t1","name":"n"})", "named t1 n"},
       {"thread/name/updated", R"({"threadId":"t1","name":""})", "named t1 "},
-      // Whatever is missing or of another type makes it say nothing.
+      // A notification with a missing member, or one of another type, says nothing.
       {"thread/archived", nullptr, "nothing"},
       {"thread/archived", "null", "nothing"},
       {"thread/archived", "{}", "nothing"},

@@ -27,7 +27,7 @@ std::string contentsOf(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-template <class Function>
+template <typename Function>
 std::error_code errorOf(const Function& function) {
   try {
     function();

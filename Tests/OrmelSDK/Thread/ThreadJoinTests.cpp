@@ -56,7 +56,7 @@ TEST(ThreadSteer, ThatTheServerRefusesLeavesTheTurnAlone) {
   });
 }
 
-// Whoever notices first, the run or the thread, says the same.
+// The run and the thread give the same refusal, whichever notices first.
 TEST(ThreadSteer, IsRefusedFromTheMomentInWhichTheTurnEnds) {
   for (std::uint64_t seed = 1; seed <= 100; ++seed) {
     SCOPED_TRACE(seed);

@@ -26,7 +26,7 @@ struct ThreadOperation {
   const char* lastRequest;
   /// The thread that its turn belongs to.
   const char* turnThread;
-  /// What a thread without a conversation says to it; null if it is welcome.
+  /// The refusal by a thread without a conversation; null if the operation is welcome.
   const char* refusal;
 };
 

@@ -159,7 +159,7 @@ TEST(Thread, GoesBackToTheConversationThatAReviewWasAskedForIn) {
   EXPECT_GT(accepted, 0);
 }
 
-// What the first turn tells of its thread is forwarded when the second one has its place already.
+// The first turn's news of its thread is forwarded when the second one has its place already.
 TEST(Thread, LearnsNoIDFromATurnThatIsOver) {
   int late = 0;
   for (std::uint64_t seed = 1; seed <= 300; ++seed) {

@@ -79,7 +79,7 @@ export class Host {
     defer(() => this.stop("SIGKILL"));
   }
 
-  /** What a bridge needs in its environment. */
+  /** The environment that a bridge needs. */
   environment(changes = {}) {
     return {
       ...process.env,

@@ -65,7 +65,7 @@ class AgentConversation {
 };
 
 /// The items of one kind, in order.
-template <class Item>
+template <typename Item>
 std::vector<Item> itemsOf(const std::vector<ThreadItem>& items) {
   std::vector<Item> found;
   for (const ThreadItem& item : items) {
@@ -74,13 +74,13 @@ std::vector<Item> itemsOf(const std::vector<ThreadItem>& items) {
   return found;
 }
 
-template <class Item>
+template <typename Item>
 std::vector<Item> itemsOf(const Turn& turn) {
   return itemsOf<Item>(turn.items);
 }
 
 /// The events of one kind, in order.
-template <class Event>
+template <typename Event>
 std::vector<Event> eventsOf(const std::vector<ThreadEvent>& events) {
   std::vector<Event> found;
   for (const ThreadEvent& event : events) {

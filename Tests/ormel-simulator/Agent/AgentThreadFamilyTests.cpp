@@ -40,7 +40,7 @@ class ThreadFamily : public ::testing::Test {
     return ormel.readThread(thread, params).get().thread;
   }
 
-  template <class Call>
+  template <typename Call>
   static std::string refusal(Call call) {
     try {
       call();

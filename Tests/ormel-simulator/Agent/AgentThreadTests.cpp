@@ -19,7 +19,7 @@ std::ptrdiff_t processesOf(const AgentConversation& agent) {
 }
 
 /// Reads up to the first event of the kind.
-template <class Event>
+template <typename Event>
 Event awaitEvent(StreamedTurn& streamed) {
   for (const ThreadEvent& event : streamed.events) {
     if (const auto* found = std::get_if<Event>(&event.value)) return *found;

@@ -18,7 +18,7 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-template <class Notification>
+template <typename Notification>
 Notification told(const JSONValue& message) {
   return decode<Notification>(anyMember(message, "params"));
 }

@@ -29,7 +29,7 @@ class CatalogueAgent : public RawAgent {
     return result(method, paramsFrom(params));
   }
 
-  template <class Record>
+  template <typename Record>
   Record read(const std::string& method, std::string_view params = "{}") {
     return decode<Record>(get(method, params));
   }

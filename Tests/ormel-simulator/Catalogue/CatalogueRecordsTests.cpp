@@ -23,7 +23,7 @@ namespace ormel::simulator {
 namespace {
 
 /// Reads the reply by the record of its method, and gives what the record kept of it.
-template <class Record>
+template <typename Record>
 JSONValue kept(const JSONValue& reply) {
   return encode(decode<Record>(reply));
 }

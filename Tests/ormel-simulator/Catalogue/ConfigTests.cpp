@@ -33,7 +33,7 @@ struct Write {
   const char* keyPath;
   const char* value;
   const char* strategy;
-  /// What is then read under "garden".
+  /// The value that is then read under "garden".
   const char* garden;
 };
 

@@ -27,7 +27,7 @@ constexpr const char* herbarium =
     R"({"pluginName":"herbarium","marketplacePath":"/ormel/marketplaces/garden/marketplace.json"})";
 constexpr const char* tides = R"({"pluginName":"tides","remoteMarketplaceName":"harbour"})";
 
-template <class Response>
+template <typename Response>
 std::map<std::string, PluginSummary> pluginsOf(const Response& response) {
   std::map<std::string, PluginSummary> plugins;
   for (const PluginMarketplaceEntry& marketplace : response.marketplaces) {

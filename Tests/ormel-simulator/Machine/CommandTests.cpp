@@ -23,7 +23,7 @@ JSONObjectBuilder named(const std::string& id) { return paramsOf({{"processId", 
 
 JSONObjectBuilder streamed(const std::string& id) { return named(id).set("streamStdoutStderr", true); }
 
-/// What a stream of the command says from now on, at least as much as told.
+/// The output of a command's stream from now on, at least `size` bytes of it.
 std::string awaitOutput(MachineAgent& agent, const std::string& stream, std::size_t size) {
   std::string said;
   while (said.size() < size) {

@@ -34,7 +34,7 @@ class MachineAgent {
 
   /// The folder of the files as it is outside of the agent.
   std::string files(const std::string& name) const { return folder_ / ("files/" + name); }
-  /// What lies beside it, and is not for the agent.
+  /// The folder beside it, which is not for the agent.
   const testing::TemporaryDirectory& outside() const noexcept { return folder_; }
 
   /// Begins to run a command.

@@ -39,7 +39,7 @@ class Simulation {
     return failures.empty() ? "" : failures.front();
   }
 
-  /// What a failed expectation at that line says.
+  /// The text of a failed expectation at that line.
   std::string failureAt(int line, std::string_view expected, std::string_view received, std::string_view reason) const {
     std::string text = scenario_.path().string();
     if (line > 0) text.append(":").append(std::to_string(line));

@@ -19,7 +19,7 @@ struct AgentSettings {
   bool forgets = false;
   /// Methods that the agent does as if it did not know.
   std::set<std::string> unknownMethods;
-  /// Of the configuration, "KEY=VALUE" each.
+  /// Overrides of the configuration, "KEY=VALUE" each.
   std::vector<std::string> configOverrides;
 };
 

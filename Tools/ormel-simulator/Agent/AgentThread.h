@@ -22,7 +22,7 @@ struct AgentThread {
   std::string id;
   std::optional<std::string> forkedFromID;
   std::optional<std::string> name;
-  /// Who the thread was made for, as the client says.
+  /// The party that the thread was made for, as the client says.
   std::optional<std::string> threadSource;
   bool ephemeral = false;
   bool archived = false;
@@ -36,7 +36,7 @@ struct AgentThread {
   double updatedAt = createdAt;
   std::vector<AgentTurnRecord> turns;
 
-  /// What the user has approved once and for all, as long as this process lives.
+  /// Actions that the user has approved once and for all, as long as this process lives.
   std::set<std::string> sessionApprovals;
   /// The file it is kept in.
   std::optional<std::string> path;

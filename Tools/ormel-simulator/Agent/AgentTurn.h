@@ -34,7 +34,7 @@ class AgentTurn {
   milliseconds pace() const noexcept { return pace_; }
   std::string prompt() const { return record().prompt().value_or(""); }
 
-  /// What the user said in earlier turns of the thread, since its history was shortened.
+  /// The user's prompts in earlier turns of the thread, since its history was shortened.
   std::vector<std::string> earlierPrompts() const;
 
   void then(Action action) { thenAfter(pace_, std::move(action)); }
@@ -110,7 +110,7 @@ class AgentTurn {
 
   AgentClient& client_;
   AgentThread& thread_;
-  /// Among the turns of the thread, from 1.
+  /// The turn's number among the turns of the thread, from 1.
   std::size_t number_;
   std::string id_;
   milliseconds pace_;

@@ -9,7 +9,7 @@ struct CannedResult {
   int exitCode = 0;
 };
 
-/// What the command would give if it were run; nothing is.
+/// The output that the command would give if it were run; nothing is run.
 CannedResult cannedResult(const std::string& command);
 
 }  // namespace ormel::simulator

@@ -4,7 +4,8 @@
 
 namespace ormel::simulator {
 
-/// What follows the words that a script is chosen by, read in two ways; if it is quoted, both are what the quotes hold.
+/// The text behind the words that choose a script, read in two ways; if it is quoted, both hold the text inside the
+/// quotes.
 struct ScriptArgument {
   /// The rest of the line.
   std::string line;

@@ -10,7 +10,7 @@ namespace ormel::simulator {
 /// Which threads a listing is about. An empty set lets all pass.
 class ThreadFilter {
  public:
-  /// From the params of "thread/list".
+  /// Reads the params of "thread/list".
   explicit ThreadFilter(const JSONValue& params);
 
   bool lets(const AgentThread& thread) const;
@@ -22,7 +22,7 @@ class ThreadFilter {
   std::set<std::string> modelProviders_;
   std::set<std::string> sourceKinds_;
   std::set<std::string> directories_;
-  /// In lower case.
+  /// The search term in lower case.
   std::string searchTerm_;
 };
 

@@ -11,11 +11,11 @@
 
 namespace ormel::simulator {
 
-/// What the agent does when the user's input contains certain words.
+/// The agent's behaviour when the user's input contains certain words.
 struct TurnScript {
   /// In lower case, with one space between words.
   std::string_view words;
-  /// What follows the words, for the help; empty if nothing does.
+  /// The argument that follows the words, for the help; empty if there is none.
   std::string_view argument;
   std::string_view effect;
   void (*play)(AgentTurn& turn, const ScriptArgument& argument);

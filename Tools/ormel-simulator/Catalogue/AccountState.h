@@ -8,15 +8,15 @@
 
 namespace ormel::simulator {
 
-/// What can be logged in to: "parlane", an account, or "apiKey", which is not one.
+/// A login: "parlane", which is an account, or "apiKey", which is not.
 struct LoggedIn {
   std::string type;
 
   bool isParlane() const { return type == "parlane"; }
 };
 
-/// Who is logged in. A login that was started is complete once the pretended user has had the time for it, also when
-/// its process has ended.
+/// The present login, if any. A login that was started is complete once the pretended user has had the time for it,
+/// also when its process has ended.
 std::optional<LoggedIn> loggedIn(const CatalogueDocument& state);
 
 inline constexpr const char* parlanePlan = "gardener";

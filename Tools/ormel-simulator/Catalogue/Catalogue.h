@@ -30,12 +30,12 @@ struct CatalogueSettings {
 /// The state at one moment, and the configuration that results from it.
 struct CatalogueView {
   CatalogueDocument state;
-  /// Of all layers.
+  /// The configuration of all layers.
   JSONValue config;
 };
 
-/// What a server knows besides threads: accounts, plugins, configuration, models, apps and the like. Most of it is
-/// made up; what a client changes is kept, and shows wherever it should.
+/// The simulated server's data besides threads: accounts, plugins, configuration, models, apps and the like. Most of it
+/// is made up; changes by a client are kept, and show wherever they should.
 class Catalogue {
  public:
   /// Client and later steps must outlive it.

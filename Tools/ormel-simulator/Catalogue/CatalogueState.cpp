@@ -30,7 +30,7 @@ CatalogueDocument CatalogueState::change(const std::function<void(CatalogueDocum
   if (folder_.empty()) {
     CatalogueDocument changed = remembered_;
     edit(changed);
-    // What was put in is mostly a part of a larger message.
+    // The values that the edit put in are mostly parts of a larger message.
     remembered_ = CatalogueDocument(changed.json().detached());
     return remembered_;
   }

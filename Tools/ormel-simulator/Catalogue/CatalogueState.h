@@ -23,7 +23,7 @@ class CatalogueDocument {
   JSONValue root_;
 };
 
-/// What the catalogue remembers, in a file of the state folder, if there is one, so that it outlives the process.
+/// The catalogue's memory, in a file of the state folder, if there is one, so that it outlives the process.
 ///
 /// Nothing is read before it is asked for. Other processes may use the same folder: what is read is the newest, and a
 /// change is made to the newest under the folder's lock. Fails with `Error` where the file cannot be used.

@@ -88,7 +88,7 @@ void checkVersion(const CatalogueDocument& state, const std::optional<std::strin
                                     ", but its version is " + configVersion(state) + "; read it again");
 }
 
-/// What the command line says instead of a value that was written; null if it says nothing.
+/// The command line's value for a key that was written, with a message; null if it does not override any.
 JSONValue overriddenMetadata(Catalogue& catalogue, const CatalogueDocument& state, std::span<const ConfigEdit> edits) {
   const auto& overrides = catalogue.settings().configOverrides;
   if (overrides.empty()) return {};

@@ -26,7 +26,7 @@ struct KnownPlugin {
 struct KnownMarketplace {
   std::string name;
   std::string kind;
-  /// Of a local one.
+  /// The path of a local marketplace.
   std::optional<std::string> path;
   std::string displayName;
   std::vector<KnownPlugin> plugins;

@@ -40,7 +40,7 @@ JSONValue checkedTargets(const RequestParams& params) {
   return JSONValue::array(targets);
 }
 
-/// Whoever shares owns; the targets follow.
+/// The user who shares is the owner; the targets follow.
 JSONValue principalsJSON(const JSONValue& share) {
   std::vector<JSONValue> principals = {JSONValue::object(
       {{"principalType", "user"}, {"principalId", "user-robin"}, {"role", "owner"}, {"name", "Robin"}})};

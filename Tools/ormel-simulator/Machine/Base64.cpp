@@ -14,7 +14,7 @@ constexpr unsigned bitsOfByte = 8;
 constexpr std::size_t digitsOfGroup = 4;
 constexpr std::uint8_t noDigit = 64;
 
-/// What each byte stands for as a digit.
+/// The digit that each byte stands for.
 constexpr std::array<std::uint8_t, 256> digitValues = [] {
   std::array<std::uint8_t, 256> values{};
   values.fill(noDigit);

@@ -28,7 +28,7 @@ class Machine {
 
   void addRequests(RequestTable& table);
 
-  /// What to wait for, besides the client.
+  /// The descriptors to wait for, besides the client's.
   std::vector<pollfd> descriptors() const;
   /// When something is to be done though nothing has come.
   std::optional<Clock::time_point> due() const { return commands_.due(); }

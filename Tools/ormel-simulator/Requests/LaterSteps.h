@@ -8,7 +8,7 @@
 
 namespace ormel::simulator {
 
-/// What the agent does a while after it has answered a request. Single-threaded.
+/// The agent's steps a while after it has answered a request. Single-threaded.
 class LaterSteps {
  public:
   using Clock = std::chrono::steady_clock;

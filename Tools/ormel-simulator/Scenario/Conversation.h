@@ -15,11 +15,11 @@ namespace ormel::simulator {
 struct Judgement {
   /// Whether the message is the one that the expectation speaks of, as by its method or id.
   bool concerned = false;
-  /// What is different; nothing when the message meets the expectation.
+  /// The difference; nothing when the message meets the expectation.
   std::optional<std::string> difference;
 };
 
-/// What has been captured and asked so far, on both sides.
+/// The captures and requests so far, on both sides.
 class Conversation {
  public:
   /// Compares; enters captures when the message meets the expectation. Fails with `UnsetVariable`.

@@ -20,21 +20,21 @@ using Block = std::vector<Statement>;
 /// One of the three streams, by its descriptor.
 enum class Stream { input = 0, output = 1, error = 2 };
 
-/// What a received value must look like; see Example matching in docs/simulator.md.
+/// The form that a received value must have; see Example matching in docs/simulator.md.
 struct Example {
   JSONValue value;
   /// Whether objects may have no other members than those of the example.
   bool exact = false;
 };
 
-/// What the client is to do next.
+/// The client's expected next step.
 struct Expectation {
   enum class Kind { request, notification, answer, errorAnswer, message, endOfInput };
 
   Kind kind = Kind::request;
-  /// Of a request or notification; "*" stands for any.
+  /// The method of a request or notification; "*" stands for any.
   std::string method;
-  /// Of the params, the result, the error or the whole message; without one, anything matches.
+  /// An example of the params, the result, the error or the whole message; without one, anything matches.
   std::optional<Example> example;
   bool withoutParams = false;
   /// For a request, the name that it gets; for an answer, the name of the server's request.

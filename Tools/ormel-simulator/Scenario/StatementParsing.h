@@ -9,7 +9,7 @@
 
 namespace ormel::simulator {
 
-/// What the readers of single statements share.
+/// The state that the readers of single statements share.
 struct StatementParsing {
   ScenarioCursor& cursor;
   NameLedger& names;

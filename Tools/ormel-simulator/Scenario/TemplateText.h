@@ -6,7 +6,7 @@
 
 namespace ormel::simulator {
 
-/// What a text inside of an example or a payload stands for.
+/// The meaning of a text inside of an example or a payload.
 struct TemplateText {
   enum class Kind {
     /// The text itself, after `${name}` is filled in.

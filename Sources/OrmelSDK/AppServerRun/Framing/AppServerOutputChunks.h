@@ -14,11 +14,11 @@ namespace ormel::detail {
 struct AppServerOutputChunkCallbacks {
   AppServerOutputChunkCallbacks() = default;
 
-  /// Before bytes are taken out of the pipe.
+  /// Called before bytes are taken out of the pipe.
   std::function<void()> onReadStart;
-  /// Before a chunk is yielded.
+  /// Called before a chunk is yielded.
   std::function<void()> onChunkEnqueued;
-  /// Before the channel is finished.
+  /// Called before the channel is finished.
   std::function<void()> onEOF;
 };
 

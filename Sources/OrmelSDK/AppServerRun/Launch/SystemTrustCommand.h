@@ -12,11 +12,11 @@ namespace ormel::detail {
 struct TrustCommandWaits {
   TrustCommandWaits() = default;
 
-  /// For the end of a command that was asked to end.
+  /// The wait for the end of a command that was asked to end.
   std::chrono::milliseconds termination{250};
-  /// For the end of a command that was killed.
+  /// The wait for the end of a command that was killed.
   std::chrono::milliseconds kill{1000};
-  /// For the end of the output of a command that has ended.
+  /// The wait for the end of the output of a command that has ended.
   std::chrono::milliseconds output{1000};
 };
 

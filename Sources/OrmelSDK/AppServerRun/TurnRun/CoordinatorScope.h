@@ -49,7 +49,7 @@ class CoordinatorScope {
   /// From here on no notification may name the turn.
   void setCoordinatorTurn(std::string turnID);
 
-  /// For an operation whose response names no turn: "turn/started" will.
+  /// Lets "turn/started" name the turn of an operation whose response does not.
   void acceptCoordinatorTurnIdentityFromNotification() noexcept {
     acceptsCoordinatorTurnIdentityFromNotification_ = true;
   }

@@ -28,7 +28,7 @@ class RunItems {
   /// Keeps the item under its id; returns whether there was none before.
   bool store(ThreadItem item);
 
-  /// For the copies of a text that grows.
+  /// The copies of texts that grow.
   SharedTextSnapshots& snapshots() noexcept { return snapshots_; }
 
   std::optional<Usage> latestUsage;

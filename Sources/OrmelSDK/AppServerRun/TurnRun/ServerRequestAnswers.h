@@ -23,7 +23,7 @@ Task<JSONValue> answerToFileChangeApproval(decltype(ThreadOptions::fileChangeApp
 Task<JSONValue> answerToPermissionsApproval(decltype(ThreadOptions::permissionsApprovalHandler) handler,
                                             PermissionsApprovalRequest request);
 
-/// Without a request, the cancelling answer.
+/// The answer to an elicitation; without a request, it is the cancelling one.
 Task<JSONValue> answerToElicitation(decltype(ThreadOptions::mcpServerElicitationHandler) handler,
                                     std::optional<McpServerElicitationRequest> request);
 

@@ -305,9 +305,9 @@ TEST(IncrementCounterDeathTest, EndsTheProcessBeforeItWouldOverflow) {
   EXPECT_DEATH(ormel::detail::incrementCounter(counter), "Fatal error: .*counter.*overflowed");
 }
 
-// What can happen, each a letter of a script: a read starts (r), a chunk is enqueued (e) or processed (p), end of
-// file (f), the process exits (x), the oldest (o) or newest (n) timer fires that has not fired yet, be it cancelled
-// or not, cancel (c), and the pipe gets or loses unread bytes (u).
+// The possible steps, each a letter of a script: a read starts (r), a chunk is enqueued (e) or processed (p), end of
+// file (f), the process exits (x), the oldest (o) or newest (n) timer fires that has not fired yet, be it cancelled or
+// not, cancel (c), and the pipe gets or loses unread bytes (u).
 constexpr std::string_view allSteps = "repfxoncu";
 
 // Plays a script and holds the coordinator to its promises after every step.

@@ -15,7 +15,7 @@ using Assessment = OrmelExecutableTrustAssessment;
 
 constexpr const char* path = "/opt/ormel";
 
-/// What was asked, and options that note it.
+/// The calls that were made, and options that note them.
 class ExecutableVetting : public ::testing::Test {
  protected:
   void assessBy(Assessment answer) {

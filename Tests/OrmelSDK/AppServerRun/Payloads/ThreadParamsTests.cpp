@@ -25,7 +25,7 @@ JSONValue resumeParams(const ThreadOptions& options) {
 
 struct ThreadChoice {
   void (*state)(ThreadOptions& options);
-  /// What a start sends beside the least config.
+  /// The members that a start sends beside the least config.
   std::string_view members;
   bool onlyInStart = false;
 };
@@ -140,7 +140,7 @@ ThreadOptions everyChoice() {
   return options;
 }
 
-// What the last statement of every field gives.
+// The members that result from the last choice of every field.
 constexpr std::string_view everyCommonMember = R"({
     "model": "", "modelProvider": "p", "cwd": "/w", "runtimeWorkspaceRoots": [],
     "approvalPolicy": {"granular": {"sandbox_approval": true, "rules": false, "skill_approval": true,

@@ -32,7 +32,7 @@ JSONValue steerParams(const TurnOptions& turn) { return detail::buildTurnSteerPa
 
 struct TurnChoice {
   void (*state)(TurnOptions& options);
-  /// What a turn sends beside the least.
+  /// The members that a turn sends beside the least.
   std::string_view members;
   bool alsoInSteer = false;
 };
@@ -78,7 +78,7 @@ const std::vector<TurnChoice>& turnChoices() {
   return choices;
 }
 
-// What the last statement of every field gives.
+// The options that result from the last choice of every field.
 TurnOptions everyTurnChoice() {
   TurnOptions options;
   for (const auto& choice : turnChoices()) choice.state(options);
@@ -100,7 +100,7 @@ constexpr std::string_view everyTurnMember = R"({
 
 struct Fallback {
   void (*state)(ThreadOptions& options);
-  /// What a turn sends beside the least when it states nothing itself.
+  /// The members that a turn sends beside the least when it states nothing itself.
   std::string_view members;
 };
 

@@ -19,7 +19,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
-/// What a line does to the request with the id 2, which is in flight.
+/// The effect of a line on the request with the id 2, which is in flight.
 struct LineRow {
   const char* line;
   const char* told;
@@ -45,7 +45,7 @@ constexpr LineRow lines[] = {
     {"null", notAnObject},
     {"\"text\"", notAnObject},
     {" {\"id\":2,\"result\":1}\r", "1"},
-    // What is no answer to it leaves it waiting.
+    // A line that does not answer the request leaves it waiting.
     {R"({"id":"2","result":1})", "waiting"},
     {R"({"id":1.5,"result":1})", "waiting"},
     {R"({"id":null,"result":1})", "waiting"},

@@ -25,7 +25,7 @@ struct EarlyOperation {
   std::function<Task<Channel>(SimulatedRun&)> begin;
   const char* lastMethod;
   const char* lastResponse;
-  /// What its events tell before the last response.
+  /// The events ahead of the last response.
   std::vector<std::string> begun;
 };
 
@@ -58,9 +58,9 @@ const std::vector<EarlyOperation>& earlyOperations() {
 struct Ending {
   const char* name;
   std::function<Task<void>(SimulatedRun&)> end;
-  /// What a start hears that still waits for its response.
+  /// The failure of a start that still waits for its response.
   const char* heardByWaiter;
-  /// What the events tell if the response had come.
+  /// The last event if the response had come.
   const char* heardByConsumer;
 };
 

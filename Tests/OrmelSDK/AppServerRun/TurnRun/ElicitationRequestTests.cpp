@@ -28,7 +28,7 @@ ThreadOptions answering(const McpServerElicitationResponse& response) {
   return options;
 }
 
-/// What the handler is asked; nothing if it is not called.
+/// The request that the handler gets; nothing if it is not called.
 std::optional<McpServerElicitationRequest> requestOf(std::string_view params) {
   std::optional<McpServerElicitationRequest> seen;
   ThreadOptions options;

@@ -27,18 +27,18 @@ constexpr const char* noRead = "stream error: App-server RPC thread/read timed o
 constexpr const char* noSteer = "stream error: App-server RPC turn/steer timed out after 30 seconds";
 constexpr const char* noInterrupt = "stream error: App-server RPC turn/interrupt timed out after 30 seconds";
 
-/// What goes wrong at a step of a conversation, and how the application hears of it.
+/// A fault at a step of a conversation, and how the application hears of it.
 struct Fault {
   const char* name;
   std::function<void(SimulatedRun&, std::stop_source& caller)> happen;
-  /// From a start operation. Null: that the request of the step timed out.
+  /// The failure of a start operation. Null: the request of the step timed out.
   const char* heardFromStart;
-  /// From the events of a running turn.
+  /// The failure in the events of a running turn.
   const char* heardFromTurn;
-  /// From a steer that waits for its answer, and from the events of its turn.
+  /// The failures of a steer that waits for its answer, and in the events of its turn.
   const char* heardFromSteer;
   const char* heardFromSteeredTurn;
-  /// From the events of a turn whose interrupt waits for its answer.
+  /// The failure in the events of a turn whose interrupt waits for its answer.
   const char* heardFromInterruptedTurn;
 };
 
@@ -81,7 +81,7 @@ const std::vector<Fault>& faults() {
   return all;
 }
 
-/// Whatever has happened: nothing runs, nothing waits, and the next turn does well.
+/// After any fault, nothing runs, nothing waits, and the next turn succeeds.
 void expectSoundRun(SimulatedRun& engine) {
   EXPECT_NE(engine.state(), "pending");
   EXPECT_EQ(engine.run->requests().count(), 0U);

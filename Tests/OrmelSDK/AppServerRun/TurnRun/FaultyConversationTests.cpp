@@ -27,10 +27,10 @@ constexpr const char* steered = "turn/steer";
 
 /// One line of the server.
 struct Step {
-  /// What the client must have written last: a method, or "" for an answer. Null if it does not matter.
+  /// The client's last line before this one: a method, or "" for an answer. Null if it does not matter.
   const char* needs = nullptr;
   std::function<void(SimulatedRun&)> say;
-  /// What the events tell then.
+  /// The events that follow.
   std::vector<std::string> tells;
   /// The request that times out if what is needed never comes.
   const char* hangs = nullptr;
@@ -121,7 +121,7 @@ struct LineFault {
   /// How the start fails if it is under way, and the turn if it is running. Empty where the conversation goes on.
   std::string heardByStart;
   std::string heardByTurn;
-  /// What becomes of a steer that waits for its answer.
+  /// The outcome of a steer that waits for its answer.
   std::string heardBySteer;
   bool losesWrites = false;
 };
@@ -142,7 +142,7 @@ std::vector<LineFault> lineFaults() {
        endOfOutput, endOfOutput},
       {"the output ends", [](Engine& engine, Caller&) { engine.process().closeOutput(); }, endOfOutput, endOfOutput,
        endOfOutput},
-      // Who has got its turn does not end it with itself.
+      // A caller that has got its turn can be cancelled without ending the turn.
       {"the caller is cancelled", [](Engine&, Caller& caller) { caller.request_stop(); }, "cancelled", "", "cancelled"},
       // A steer outlives a normal end.
       {"the owner goes away", [](Engine& engine, Caller&) { engine.release(); }, "stream error: Stream finished", "end",
@@ -150,7 +150,7 @@ std::vector<LineFault> lineFaults() {
   };
 }
 
-/// What all parties hear of a conversation.
+/// The news that each party of a conversation gets.
 struct Heard {
   std::string start = "no failure";
   std::vector<std::string> events;
@@ -214,7 +214,7 @@ Heard played(SimulatedScheduler& scheduler, const Conversation& conversation, co
   if (events) heard.events = *events;
   if (steering) heard.steer = failureOf([&] { SimulatedRun::taken(steering); });
 
-  // Whatever has happened: nothing runs, nothing waits, and the next turn does well.
+  // After any fault, nothing runs, nothing waits, and the next turn succeeds.
   EXPECT_NE(engine.state(), "pending");
   EXPECT_EQ(engine.run->requests().count(), 0U);
   EXPECT_EQ(engine.run->transport().hasProcess(),

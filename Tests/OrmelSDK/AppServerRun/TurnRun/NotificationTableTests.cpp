@@ -293,7 +293,7 @@ TEST(AppServerTurnRunNotificationTable, TellsOfModeration) {
             (Events{TurnModerationMetadataEvent{"a", "d", JSONValue::decode(R"({"x":[1]})")}}));
 }
 
-/// What a run tells that has a process but knows of no turn, and, after a first turn, of its thread only.
+/// The events of a run that has a process but knows of no turn, and, after a first turn, only of its thread.
 Events eventsWithoutATurn(bool isFirst, const std::vector<std::string>& lines) {
   SimulatedScheduler scheduler(1);
   SimulatedRun engine(scheduler);

@@ -12,7 +12,7 @@
 
 #include "Support/NotifiedRun.h"
 
-// What stands behind a response is handled as if it had come later, however the bytes are cut.
+// Lines behind a response are handled as if they had come later, however the bytes are cut.
 namespace {
 
 using namespace ormel;

@@ -56,7 +56,7 @@ struct SlowApplication {
   std::vector<Question> questions;
 };
 
-/// What makes an answer worthless that is not there yet.
+/// An event that makes a pending answer worthless.
 struct Overtaking {
   const char* name;
   std::function<void(AskedRun&)> happen;

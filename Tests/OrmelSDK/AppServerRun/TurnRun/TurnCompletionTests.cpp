@@ -127,7 +127,7 @@ TEST(AppServerTurnRunCompletion, ForgetsUsageAndPlanWithTheOperation) {
   EXPECT_EQ(all, (Events{ThreadStartedEvent{"t1", {}, {}}, TurnCompletedEvent{}}));
 }
 
-/// What a turn tells that the application has interrupted.
+/// The events of a turn that the application has interrupted.
 std::vector<std::string> wordsOfInterrupted(const std::vector<std::string>& lines) {
   SimulatedScheduler scheduler(1);
   SimulatedRun engine(scheduler);

@@ -40,7 +40,7 @@ JSONValue questionOf(std::string_view text) {
   return *questions.begin();
 }
 
-/// What that question has under the key.
+/// The value that the question has under the key.
 JSONValue memberOf(std::string_view text, std::string_view key) {
   const JSONValue asked = questionOf(text);
   return *asked.find(key);

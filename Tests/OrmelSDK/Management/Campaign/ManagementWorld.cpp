@@ -222,7 +222,7 @@ void ManagementWorld::answer(InMemoryProcess& process, const JSONValue& request)
   const JSONValue* params = request.find("params");
   const JSONValue* number = params->find("n");
   if (!isHealed_ && chance(faultPercent_)) {
-    // Who waits for the answer learns of it when the process has gone.
+    // The caller that waits for the answer learns of it when the process has gone.
     processes_.at(indexOf(process)).mayEnd = true;
     const JSONValue answer = JSONValue::object({{"id", *request.find("id")}, {"result", number ? *number : *params}});
     process.write(answer.encode() + "\nnonsense\n");
@@ -232,7 +232,7 @@ void ManagementWorld::answer(InMemoryProcess& process, const JSONValue& request)
     Call* call = number ? &calls_.at(static_cast<std::size_t>(number->intValue().value())) : nullptr;
     if (call) call->wasRefused = true;
     if (!call || !call->isRequest) processes_.at(indexOf(process)).mayEnd = true;
-    // Who comes next may shake hands anew.
+    // The next caller may shake hands anew.
     if (!call) processes_.at(indexOf(process)).handshakeLines = 0;
     process.refuse(request, "no");
   }

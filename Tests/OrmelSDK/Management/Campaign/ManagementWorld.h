@@ -25,7 +25,7 @@ namespace ormel::testing {
 /// - A call ends once, with its own answer or with something that has happened to it.
 /// - A subscriber hears each notification of the session's client in order and without a gap, and none of a client that
 ///   was given up.
-/// - What has ended leaves nothing behind: no request, no subscription, no wait, no process.
+/// - An end leaves nothing behind: no request, no subscription, no wait, no process.
 ///
 /// A promise that is broken throws `Error`.
 class ManagementWorld {
@@ -66,7 +66,7 @@ class ManagementWorld {
     std::map<std::size_t, std::uint64_t> heard;
     /// Processes that were there before the subscription.
     std::size_t processesBefore = 0;
-    /// What came before the first look may have been told in good time.
+    /// Notifications that came before the first look may have been told in good time.
     bool isWatched = false;
     bool hasEnded = false;
   };
@@ -93,7 +93,7 @@ class ManagementWorld {
   void answer(InMemoryProcess& process, const JSONValue& request);
   void notify(InMemoryProcess& process);
 
-  // What must hold.
+  // The promises that must hold.
   void look();
   /// For what is seen within a call of the client, which would take an error for its own.
   void note(bool holds, const char* promise);
@@ -110,7 +110,7 @@ class ManagementWorld {
   /// A call that fails by one process of a client costs the client, also when that has started the next process by
   /// then.
   bool mayEnd(const Process& process) const;
-  /// For a call that never came to a process.
+  /// Whether anything has happened that may fail a call which never came to a process.
   bool hasAnythingHappened() const;
   void lookAtQuietSession();
 

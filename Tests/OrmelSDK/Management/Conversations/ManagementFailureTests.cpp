@@ -29,7 +29,7 @@ bool nothingIsLeft() {
   return eventually([] { return !ProcessResources::now().hasChildren; });
 }
 
-/// What a call on a server that plays the scenario fails with, one-shot and on a session. No child remains.
+/// The failure of a call on a server that plays the scenario, one-shot and on a session. No child remains.
 struct FailureRow {
   const char* scenario;
   const char* ofCall;

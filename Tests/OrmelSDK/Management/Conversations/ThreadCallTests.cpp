@@ -82,7 +82,7 @@ const CallRow rows[] = {
        params.searchTerm = "s";
        ormel.listThreads(params).get();
      }},
-    // What is given is sent, also when it is empty.
+    // A given option is sent, also when it is empty.
     {R"({"id":2,"method":"thread/list","params":{"cursor":"","limit":0,"sortKey":"created_at","sortDirection":"desc",)"
      R"("modelProviders":[],"sourceKinds":[],"archived":true,"cwd":[],"useStateDbOnly":false,"searchTerm":""}})",
      aPage,

@@ -18,7 +18,7 @@ class BoundedText {
   bool isCut() const noexcept { return dropped_ > 0; }
 
   const std::string& kept() const noexcept { return kept_; }
-  /// What is kept, with a line about what is not.
+  /// The kept part, with a line about the rest.
   std::string text() const;
 
  private:

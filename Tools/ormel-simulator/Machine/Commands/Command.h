@@ -14,7 +14,7 @@
 
 namespace ormel::simulator {
 
-/// What has come of a command.
+/// The outcome of a command.
 struct CommandResult {
   /// Nothing where nobody can tell.
   std::optional<int> exitCode;
@@ -48,9 +48,9 @@ class Command {
   std::size_t unreadInput() const noexcept { return pendingInput_.size(); }
   /// Queues bytes behind those that the command has not read yet.
   void write(std::string_view bytes) { pendingInput_ += bytes; }
-  /// Behind what is queued.
+  /// Closes the input behind the bytes that are queued.
   void closeInput();
-  /// Without effect unless it runs in a terminal.
+  /// Has no effect unless the command runs in a terminal.
   void resize(const TerminalSize& size);
   /// Asks it to end, and after a moment ends it.
   void terminate();

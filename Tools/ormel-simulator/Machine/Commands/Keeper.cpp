@@ -183,7 +183,7 @@ class KeptCommand {
 };
 
 void run(const CommandLaunch& launch, const KeeperDescriptors& descriptors) {
-  // What a terminal sends to the simulator is not for the keeper, which has to outlive it.
+  // A terminal's signals to the simulator are not for the keeper, which has to outlive it.
   ::setpgid(0, 0);
   for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) onSignal(signal, SIG_IGN);
   closeOthers(descriptors);

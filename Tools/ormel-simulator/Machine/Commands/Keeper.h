@@ -15,7 +15,7 @@ struct KeeperDescriptors {
   int error = -1;
 };
 
-/// What the keeper tells the simulator.
+/// The keeper's message to the simulator.
 struct KeeperReport {
   enum class Event : int {
     /// The first report: the command runs.

@@ -20,7 +20,7 @@ namespace {
 constexpr mode_t ownerOnlyMode = 0700;
 constexpr mode_t usualFolderMode = 0777;
 constexpr mode_t usualFileMode = 0666;
-/// What goes through a tree holds one descriptor for each of its floors.
+/// The deepest tree that is walked: a walk holds one descriptor for each level.
 constexpr std::size_t deepest = 200;
 
 detail::FileDescriptor openFolder(int folder, const std::string& name, const FileTask& task) {

@@ -18,7 +18,7 @@ struct Place {
   std::string name;
   /// From the root, without a slash at its ends.
   std::string relativePath;
-  /// Of the real files.
+  /// The path in the real file system.
   std::string absolutePath;
 
   bool isRoot() const noexcept { return relativePath.empty(); }
@@ -26,7 +26,7 @@ struct Place {
   /// Opens what stands there, if it is no link; close-on-exec, and without waiting for the other end of a named pipe.
   detail::FileDescriptor open(int flags, const FileTask& task) const;
 
-  /// What stands there, which may be a link.
+  /// The status of what stands there, which may be a link.
   struct stat look(const FileTask& task) const;
 };
 

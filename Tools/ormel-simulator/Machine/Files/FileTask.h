@@ -4,7 +4,7 @@
 
 namespace ormel::simulator {
 
-/// What is to be done with a path, in the words of its refusal: "cannot read a/b: No such file or directory".
+/// A task to be done with a path, in the words of its refusal: "cannot read a/b: No such file or directory".
 class FileTask {
  public:
   FileTask(std::string verb, std::string path) : verb_(std::move(verb)), path_(std::move(path)) {}
@@ -14,7 +14,7 @@ class FileTask {
 
   /// Both fail with `Refusal`.
   [[noreturn]] void fail(const std::string& reason) const;
-  /// By the system's error number.
+  /// Fails with the text of the system's error number.
   [[noreturn]] void failBy(int error) const;
 
  private:

@@ -16,7 +16,7 @@ namespace ormel::simulator {
 
 namespace {
 
-/// What stands in front of each end mark; of output that was cut off, the last piece is none.
+/// The pieces ahead of each end mark; a last piece without one was cut off and does not count.
 std::deque<std::string> partsOf(const BoundedText& output, char end) {
   std::deque<std::string> parts;
   std::string_view rest = output.kept();

@@ -5,7 +5,7 @@
 
 namespace ormel::simulator {
 
-/// What a working copy has that no branch of a remote has.
+/// Adds the request for the changes of a working copy that no branch of a remote has.
 void addGitDiffRequest(RequestTable& table, RunningCommands& commands);
 
 }  // namespace ormel::simulator

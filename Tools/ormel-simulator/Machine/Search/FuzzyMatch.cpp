@@ -38,7 +38,7 @@ bool isSame(std::string_view left, std::string_view right) {
   return left == right;
 }
 
-/// What a match of each character is worth, whatever comes before it.
+/// The worth of a match of each character, whatever comes before it.
 std::vector<int> worths(const std::vector<std::string_view>& path) {
   std::vector<int> found(path.size());
   std::size_t fileName = 0;

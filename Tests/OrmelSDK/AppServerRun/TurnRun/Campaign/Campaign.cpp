@@ -34,7 +34,7 @@ extern "C" void tellScheduleUnderWay(int signal) {
   ::raise(signal);
 }
 
-/// What ends the process names the schedule too: an abort, and a step that never ends.
+/// Makes an end of the process name the schedule too: an abort, or a step that never ends.
 class ScheduleUnderWay {
  public:
   ScheduleUnderWay(const CampaignScenario& scenario, std::uint64_t seed, std::chrono::seconds patience) {

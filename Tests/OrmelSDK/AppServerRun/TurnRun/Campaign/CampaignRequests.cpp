@@ -43,7 +43,7 @@ CampaignRequests::CampaignRequests(CampaignWorld& world, const RequestPlan& plan
   installHandlers();
 }
 
-// What the server asks.
+// The server's requests.
 
 std::vector<JSONValue> CampaignRequests::linesOf(const std::string& threadID, const std::string& turnID) {
   std::vector<JSONValue> lines;
@@ -122,7 +122,7 @@ JSONValue CampaignRequests::resolve(const std::string& turnID) {
   return JSONValue::object({{"method", "serverRequest/resolved"}, {"params", params}});
 }
 
-// What the application does.
+// The application's handlers.
 
 void CampaignRequests::installHandlers() {
   ThreadOptions& options = world_.configuration.threadOptions;
@@ -195,7 +195,7 @@ void CampaignRequests::submit() {
   submissions_.push_back(&world_.submit(std::move(itemID), {{"q", {"answer"}}}));
 }
 
-// What is promised.
+// The promises.
 
 void CampaignRequests::serverSent(const InMemoryProcess& process, const JSONValue& message) {
   const JSONValue* params = message.find("params");

@@ -20,7 +20,7 @@ namespace ormel::testing {
 struct RequestPlan {
   RequestPlan() {}
 
-  /// Of each turn, at most.
+  /// The most requests in each turn.
   std::size_t asks = 4;
   /// Several requests may have one id.
   bool sharesIDs = false;
@@ -37,9 +37,10 @@ struct RequestPlan {
 /// The requests of a server in one schedule, and the application's handlers. It knows of each request when the run took
 /// it, by the count of the lines that the run has taken, and of each answer which request it is for.
 ///
-/// What it promises after every step: a request is answered at most once; only while the operation goes on that was
-/// current when the run took the request, and in the process that asked; not once the server has moved on or has asked
-/// again under the same id; what is unknown is refused once; and a handler that nobody waits for has been told to stop.
+/// After every step it checks these promises: a request is answered at most once; only while the operation goes on that
+/// was current when the run took the request, and in the process that asked; not once the server has moved on or has
+/// asked again under the same id; what is unknown is refused once; and a handler that nobody waits for has been told to
+/// stop.
 ///
 /// *Object lifetimes*: the world outlives it, and it outlives what the world plays.
 class CampaignRequests final : public CampaignObserver {
@@ -66,7 +67,7 @@ class CampaignRequests final : public CampaignObserver {
   struct Request {
     Kind kind = Kind::handled;
     std::string id;
-    /// What an answer that is more than a refusal has in it.
+    /// The text that an answer which is more than a refusal has in it.
     std::string name;
     std::string itemID;
     int process = 0;

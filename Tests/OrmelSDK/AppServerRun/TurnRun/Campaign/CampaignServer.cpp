@@ -207,7 +207,7 @@ void CampaignServer::interrupt(InMemoryProcess& process, const JSONValue& reques
   reply(process, request, JSONValue::object());
   Conversation& conversation = conversations_[process.identifier()];
   if (!plan.endsInterruptedTurns || !process.isRunning() || scheduler_.choose(4) == 0) return;
-  // What is said besides responses falls away.
+  // Messages other than responses are dropped.
   std::deque<JSONValue> rest;
   for (const JSONValue& line : conversation.course) {
     if (!line.find("method")) rest.push_back(line);

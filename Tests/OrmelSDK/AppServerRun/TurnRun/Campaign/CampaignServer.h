@@ -20,7 +20,7 @@ struct ServerPlan {
     give,
     refuse,
     withhold,
-    /// In the same moment in which the request times out.
+    /// Replies in the same moment in which the request times out.
     giveAtTimeout,
   };
   enum class ProbeReply { inProgress, completed, turnMissing, otherThread, garbage };

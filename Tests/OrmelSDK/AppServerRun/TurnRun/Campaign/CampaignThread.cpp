@@ -29,7 +29,7 @@ CampaignThread::CampaignThread(CampaignWorld& world, std::optional<std::string> 
 
 CampaignThread::~CampaignThread() { world_.observeBy(nullptr); }
 
-// What the application does.
+// The application's actions.
 
 ThreadCallRecord& CampaignThread::call(ThreadCallKind kind, std::optional<std::uint64_t> readsAtMost) {
   auto& record = *calls_.emplace_back(std::make_unique<ThreadCallRecord>());
@@ -155,7 +155,7 @@ bool CampaignThread::isBusy() const {
   return conversation && conversation->currentOperation();
 }
 
-// What is promised at all times.
+// The promises that hold at all times.
 
 void CampaignThread::stepped(const detail::AppServerTurnRun*) {
   const auto conversation = conversation_.lock();
@@ -180,7 +180,7 @@ void CampaignThread::stepped(const detail::AppServerTurnRun*) {
   world_.mix(lastGeneration_.value_or(0));
 }
 
-// What the application sees.
+// The application's view.
 
 void CampaignThread::note(ThreadCallRecord& record, const ThreadEvent& event) {
   world_.mix(event.value.index());

@@ -19,7 +19,7 @@ namespace ormel::testing {
 /// How an application keeps a thread busy.
 enum class ThreadCallKind { run, turn, review, compaction, side };
 
-/// What an application saw of such a call.
+/// The application's view of such a call.
 struct ThreadCallRecord {
   ThreadCallKind kind = ThreadCallKind::run;
   AbortController controller;
@@ -54,7 +54,7 @@ class CampaignThread final : public CampaignObserver {
   CampaignThread(const CampaignThread&) = delete;
   CampaignThread& operator=(const CampaignThread&) = delete;
 
-  // What the application does; nothing once it has let go of the thread.
+  // The application's actions; they do nothing once it has let go of the thread.
   ThreadCallRecord& call(ThreadCallKind kind, std::optional<std::uint64_t> readsAtMost = std::nullopt);
   CallRecord& steer();
   CallRecord& interrupt();
@@ -76,7 +76,8 @@ class CampaignThread final : public CampaignObserver {
   bool isBusy() const;
 
   void requireErrors(const ThreadCallRecord& record, const std::vector<std::string_view>& allowed) const;
-  /// That the call ended as if nothing disturbed it; only a compaction can learn of its end before it has started.
+  /// Requires that the call ended as if nothing disturbed it; only a compaction can learn of its end before it has
+  /// started.
   void requirePlainEnd(const ThreadCallRecord& record) const;
 
   const std::vector<std::unique_ptr<ThreadCallRecord>>& calls() const noexcept { return calls_; }
@@ -99,7 +100,7 @@ class CampaignThread final : public CampaignObserver {
   std::vector<std::unique_ptr<ThreadCallRecord>> calls_;
   std::vector<std::unique_ptr<CallRecord>> joins_;
   std::size_t underWay_ = 0;
-  /// Before the present step.
+  /// Whether a call was under way before the present step.
   bool wasUnderWay_ = false;
   /// An operation may be under way whose call is over.
   bool mayRunUnseen_ = false;

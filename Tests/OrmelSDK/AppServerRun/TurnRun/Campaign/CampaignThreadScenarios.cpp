@@ -15,7 +15,7 @@ namespace {
 using Reply = ServerPlan::Reply;
 using Fault = ServerPlan::Fault;
 
-/// What the operations that need a conversation say to a new thread.
+/// The refusal by which operations that need a conversation meet a new thread begins so.
 constexpr std::string_view notStarted = "Start the ";
 
 constexpr std::array interruptReplies = {Reply::give, Reply::give, Reply::refuse, Reply::withhold,

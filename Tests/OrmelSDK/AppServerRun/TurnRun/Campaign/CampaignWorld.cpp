@@ -75,7 +75,7 @@ void CampaignWorld::open(const std::shared_ptr<Run>& run) {
   scheduler.setStepHook([this] { afterStep(); });
 }
 
-// What clients do.
+// The clients' actions.
 
 void CampaignWorld::launch(Task<void> task, std::stop_token stop) {
   ++tasksBegun_;
@@ -225,7 +225,7 @@ void CampaignWorld::close() {
   checkNothingIsLeft();
 }
 
-// What is promised at all times.
+// The promises that hold at all times.
 
 void CampaignWorld::breaks(std::string_view promise) {
   if (!broken_) broken_ = promise;
@@ -285,7 +285,7 @@ void CampaignWorld::checkRun(const Run& run) {
 
 void CampaignWorld::checkEndOfOperation(const Run& run) const {
   require(run.requests().count() <= steersUnderWay_, "the end of an operation leaves no request but steers");
-  // Who looks on knows better: some may have come after the end.
+  // An observer knows better: some requests may have come after the end.
   require(observer_ || run.serverRequests().count() == 0, "the end of an operation leaves no request of the server");
   // A timer that was cancelled when it was due may still be ready, and does nothing then.
   std::string pending = scheduler.pending();
@@ -295,7 +295,7 @@ void CampaignWorld::checkEndOfOperation(const Run& run) const {
   require(count(pending, "[request time-out") == run.requests().count(), "each request has its one timer");
 }
 
-// What a client sees.
+// The clients' view.
 
 void CampaignWorld::noteStamp(OperationRecord& record, std::string_view id) {
   const auto stamp = stampOf(id);
@@ -332,7 +332,7 @@ void CampaignWorld::note(OperationRecord& record, const ThreadEvent& event) {
   }
 }
 
-// What the run writes, in the call that writes it.
+// The lines of the run, seen in the call that writes them.
 
 void CampaignWorld::noteWrite(InMemoryProcess& process, const std::string& line) {
   mix(line);
@@ -353,7 +353,7 @@ void CampaignWorld::checkHandshake(const InMemoryProcess& process, std::string_v
 void CampaignWorld::checkAddress(const InMemoryProcess& process, const JSONValue& params, std::string_view method) {
   const std::string threadID = textOf(params.find("threadId"));
   if (method == "thread/resume") {
-    // Who looks on has a thread of its own.
+    // An observer has a thread of its own.
     if (!observer_ && threadID != threadOfOld) breaks("the thread that is resumed is the one that was asked for");
     resumedThreadID_ = threadID;
   } else if (method == "review/start" || method == "thread/compact/start" || method == "thread/fork") {
@@ -373,7 +373,7 @@ void CampaignWorld::checkScope(const InMemoryProcess& process, const JSONValue& 
   const auto run = weakRun_.lock();
   if (!run) return breaks("a run that is gone writes nothing");
   if (observer_) observer_->runWrote(*run, process, message);
-  // What is not understood is refused at any time.
+  // A request that is not understood is refused at any time.
   if (message.find("error")) return;
   if (!run->stream().isPending()) breaks("nothing is written for an operation that has ended");
   const auto& turnID = run->scope().coordinatorTurnID();
@@ -383,7 +383,7 @@ void CampaignWorld::checkScope(const InMemoryProcess& process, const JSONValue& 
   }
 }
 
-// What is promised at the end.
+// The promises that hold at the end.
 
 void CampaignWorld::checkOperation(const OperationRecord& record) const {
   require(record.isOver, "each operation ends");

@@ -25,7 +25,7 @@ class BrokenPromise : public Error {
 
 enum class OperationKind { turn, resumedTurn, review, compaction, fork };
 
-/// What a client saw of an operation that it started.
+/// The client's view of an operation that it started.
 struct OperationRecord {
   OperationKind kind = OperationKind::turn;
   std::stop_source stop;
@@ -47,7 +47,7 @@ struct OperationRecord {
   bool endedPlainly() const { return isOver && wasStarted && !error; }
 };
 
-/// What a client saw of a call that joins an operation.
+/// The client's view of a call that joins an operation.
 struct CallRecord {
   bool isOver = false;
   std::optional<std::string> error;
@@ -59,7 +59,7 @@ class CampaignObserver {
   virtual ~CampaignObserver() = default;
 
   virtual void serverSent(const InMemoryProcess&, const JSONValue&) {}
-  /// Within the call that writes.
+  /// Called within the call that writes.
   virtual void runWrote(const detail::AppServerTurnRun&, const InMemoryProcess&, const JSONValue&) {}
   /// After each step; null once the run is gone.
   virtual void stepped(const detail::AppServerTurnRun* run) = 0;
@@ -88,7 +88,7 @@ class CampaignWorld {
   /// Watches a run that somebody else owns; the clients of this world are not for it.
   void open(const std::shared_ptr<detail::AppServerTurnRun>& run);
 
-  // What clients do; each is a task on its own, on no strand.
+  // The clients' actions; each is a task on its own, on no strand.
   OperationRecord& start(OperationKind kind, std::optional<std::uint64_t> preparedGeneration = std::nullopt);
   /// Reserves first, and starts then, with other work in between.
   OperationRecord& reserveAndStart(OperationKind kind);
@@ -104,7 +104,7 @@ class CampaignWorld {
   std::uint64_t pastGeneration() const noexcept { return highWaterMark_; }
   bool coin() { return scheduler.choose(2) == 0; }
 
-  /// What other clients do: tasks on their own, and calls that join an operation.
+  /// The actions of other clients: tasks on their own, and calls that join an operation.
   void launch(Task<void> task, std::stop_token stop);
   CallRecord& begin(Task<void> task, bool isSteer = false);
 
@@ -177,7 +177,7 @@ class CampaignWorld {
   std::uint64_t highWaterMark_ = 0;
   std::uint64_t transportGeneration_ = 0;
   bool wasRunning_ = false;
-  /// What the last "thread/resume" asked for.
+  /// The thread that the last "thread/resume" asked for.
   std::string resumedThreadID_;
   std::optional<std::string> broken_;
   std::uint64_t trace_ = 0xcbf29ce484222325U;

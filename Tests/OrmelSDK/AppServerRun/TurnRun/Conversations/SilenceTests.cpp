@@ -10,7 +10,7 @@
 #include "Support/HeldTimers.h"
 #include "Support/TurnRunHarness.h"
 
-// What a run does about a server that falls silent, over real pipes: with durations that a test can wait for, and with
+// The run's treatment of a server that falls silent, over real pipes: with durations that a test can wait for, and with
 // time-outs of requests that wait for the test.
 namespace {
 
@@ -59,7 +59,7 @@ class RequestsThatTimeOut {
   TurnRunHarness server;
 };
 
-/// What is told of a turn about which the server says nothing until it is probed.
+/// The events of a turn about which the server says nothing until it is probed.
 std::vector<std::string> toldOfProbed(const std::string& rest) {
   TurnRunHarness server(politeServer + turnIsAccepted + rest, probingSoon());
   auto turn = server.startTurn();
