@@ -106,7 +106,7 @@ struct ConnectorMetadata {
 /// The apps that were asked for.
 struct AppsReadResponse {
   std::vector<ConnectorMetadata> apps;
-  /// Those that the server does not know.
+  /// The ids that the server does not know.
   std::vector<std::string> missingAppIDs;
   friend bool operator==(const AppsReadResponse&, const AppsReadResponse&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const AppsReadResponse& value);

@@ -406,7 +406,7 @@ struct MarketplaceUpgradeErrorInfo {
 
 /// The outcome of an upgrade of marketplaces.
 struct MarketplaceUpgradeResponse {
-  /// Those that the upgrade was for.
+  /// The marketplaces that the upgrade was for.
   std::vector<std::string> selectedMarketplaces;
   /// The folders of those that changed.
   std::vector<std::string> upgradedRoots;

@@ -20,7 +20,7 @@ struct McpServer {
   JSONValue statusJSON(bool isFull) const;
 };
 
-/// Those that come with the system or an active plugin, and those that the user's configuration adds.
+/// The servers that come with the system or an active plugin, and those that the user's configuration adds.
 std::vector<McpServer> knownMcpServers(const CatalogueView& view);
 
 /// Fails with `Refusal` if there is none of that name.

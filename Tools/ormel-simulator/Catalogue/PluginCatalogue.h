@@ -34,7 +34,7 @@ struct KnownMarketplace {
   std::optional<std::string> fault;
 };
 
-/// Those that are there from the start, those that were added, and that of the shared plugins, if there are some.
+/// The marketplaces that are there from the start, those that were added, and that of the shared plugins, if any.
 std::vector<KnownMarketplace> knownMarketplaces(const CatalogueView& view);
 
 /// The plugins that are installed and enabled.

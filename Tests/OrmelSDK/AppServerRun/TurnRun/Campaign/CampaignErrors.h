@@ -22,7 +22,7 @@ inline constexpr std::string_view streamFinished = "Stream finished";
 inline constexpr std::string_view alreadyFinished = "Ormel app-server stream already finished";
 inline constexpr std::string_view dropped = "dropped";
 
-/// Those that a server may bring about which keeps to the plan.
+/// The errors that a server may bring about which keeps to the plan.
 std::vector<std::string_view> errorsOf(const ServerPlan& plan);
 
 }  // namespace ormel::testing

@@ -6,7 +6,7 @@
 
 namespace ormel::testing {
 
-/// Those that go by a `Thread`.
+/// The scenarios that go by a `Thread`.
 std::vector<CampaignScenario> campaignThreadScenarios();
 
 }  // namespace ormel::testing
