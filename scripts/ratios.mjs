@@ -65,6 +65,10 @@ for (const [kindOf, name] of [["item", "Item"], ["event", "Event"]]) {
 }
 promiseRecords("a 1 MB reply to thread/read", "threadReadToRecords", "threadReadByMacroRecords", "threadReadByWalking",
   "threadReadByCopyingTexts");
+for (const [method, name] of [["model/list", "modelList"], ["plugin/list", "pluginList"]]) {
+  promises.push([`1 MB of a reply to ${method} to its record, against nlohmann's`, `${name}ToRecords`,
+    `${name}ByMacroRecords`, 0.2]);
+}
 
 console.log("\nRatios of this run (fastest repetitions)\n");
 for (const [subject, measured, yardstick, limit, moreIsDone = 1] of promises) {
