@@ -114,9 +114,11 @@ inline Ormel ormelPlaying(const SimulatorScenario& scenario) {
   return Ormel(options);
 }
 
+/// The part of a scenario that a client's own messages need.
+inline constexpr const char* handshake = "always answer initialize with {}\nalways ignore initialized\n";
+
 inline SimulatorScenario answering(const std::string& method, const std::string& result) {
-  return SimulatorScenario("always answer initialize with {}\nalways ignore initialized\nalways answer " + method +
-                           " with " + result + "\n");
+  return SimulatorScenario(handshake + ("always answer " + method + " with " + result + "\n"));
 }
 
 /// Makes the call on a session of its own.

@@ -393,8 +393,7 @@ TEST(ConfigCalls, NotifyOfExtraRootsOfSkillsWithoutAwaitingAReply) {
                          R"({"method":"skills/extraRoots/set","params":{"extraRoots":["/a","/b \"c\""]}})"};
   for (std::size_t row = 0; row < allRoots.size(); ++row) {
     SCOPED_TRACE(lines[row]);
-    const SimulatorScenario scenario(
-        "always answer initialize with {}\nalways ignore initialized\nalways ignore skills/extraRoots/set\n");
+    const SimulatorScenario scenario(std::string(handshake) + "always ignore skills/extraRoots/set\n");
     ormelPlaying(scenario).setSkillExtraRoots(allRoots[row]).get();
     const auto received = scenario.receivedLines();
     ASSERT_EQ(received.size(), 3U);

@@ -22,7 +22,6 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-constexpr const char* handshake = "always answer initialize with {}\nalways ignore initialized\n";
 constexpr const char* anyThread = "always answer thread/read with {\"thread\":{\"id\":\"t1\"}}\n";
 
 bool nothingIsLeft() {

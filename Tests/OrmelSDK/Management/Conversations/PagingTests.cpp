@@ -28,10 +28,8 @@ using ::testing::StartsWith;
 
 using Words = std::vector<std::string>;
 
-constexpr const char* pagingHandshake = "always answer initialize with {}\nalways ignore initialized\n";
-
 /// A server that shakes hands and then plays the rest.
-SimulatorScenario playing(const std::string& rest) { return SimulatorScenario(pagingHandshake + rest); }
+SimulatorScenario playing(const std::string& rest) { return SimulatorScenario(handshake + rest); }
 
 template <typename Element>
 Words idsOf(const std::vector<Element>& elements) {
@@ -230,13 +228,13 @@ TEST(Paging, GathersManyPages) {
 }
 
 /// The end of a walk whose second page goes wrong.
-struct FailingPage {
+struct FailedWalkRow {
   const char* secondPage;
   const char* failure;
 };
 
 TEST(Paging, TellsNothingButTheFailureOfAPageAndGivesItsServerUp) {
-  const FailingPage rows[] = {
+  const FailedWalkRow rows[] = {
       {"server answers with error {\"code\":-5,\"message\":\"stale cursor\"}",
        "other error: App-server error -5: stale cursor"},
       {"server answers {\"data\":[{\"id\":1}]}",
@@ -247,7 +245,7 @@ TEST(Paging, TellsNothingButTheFailureOfAPageAndGivesItsServerUp) {
       {"server writes stderr \"out of memory\\n\"\nserver exits 3", "stream error: out of memory"},
       {"server writes raw \"[]\\n\"", "stream error: Unexpected non-object JSON from app-server"},
   };
-  for (const FailingPage& row : rows) {
+  for (const FailedWalkRow& row : rows) {
     SCOPED_TRACE(row.secondPage);
     const auto scenario = playing("in run 1\n" + answers("app/list", {page({"a"}, "c")}) + "client asks app/list\n" +
                                   row.secondPage + "\nend\nin run 2\n" + answers("app/list", {page({"b"})}) + "end\n");
