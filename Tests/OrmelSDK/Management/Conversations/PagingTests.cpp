@@ -90,7 +90,8 @@ std::vector<JSONValue> paramsOf(const SimulatorScenario& scenario) {
   std::vector<JSONValue> all;
   for (const std::string& line : linesOf(scenario)) {
     const JSONValue message = JSONValue::decode(line);
-    all.push_back(*message.find("params"));
+    const JSONValue* params = message.find("params");
+    all.push_back(params ? *params : JSONValue("without params"));
   }
   return all;
 }
