@@ -77,6 +77,7 @@ TEST(OneShotCall, FailsWithItsMethodInTheTextOfAStreamError) {
   const FailureRow rows[] = {
       {"dies at start",
        [](SimulatedServer& server) {
+         server.keep("initialize");
          server.onStart = [](InMemoryProcess& process) {
            process.writeError("no licence");
            process.exit(1);

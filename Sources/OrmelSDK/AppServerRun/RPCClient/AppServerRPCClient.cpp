@@ -74,7 +74,8 @@ void AppServerRPCClient::launch(const LaunchSettings& settings) {
   process_ = ServerConnection::launch(*services_.launcher, settings, stderrAccumulator_);
   ServerOutput output = process_->read();
   const std::stop_token closed = output.stopToken();
-  auto reader = readStdoutLoop(weak_from_this(), std::move(output), process_->errorOutput(), *services_.scheduler);
+  auto reader =
+      readStdoutLoop(weak_from_this(), strand_, std::move(output), process_->errorOutput(), *services_.scheduler);
   std::move(reader).onStrand(strand_).withStopToken(closed).detach();
 }
 
@@ -212,10 +213,12 @@ Task<void> AppServerRPCClient::terminate() {
   shutdownProcess();
 }
 
-Task<void> AppServerRPCClient::readStdoutLoop(std::weak_ptr<AppServerRPCClient> owner, ServerOutput output,
-                                              std::shared_ptr<StandardErrorCollector> errorOutput,
+Task<void> AppServerRPCClient::readStdoutLoop(std::weak_ptr<AppServerRPCClient> owner, Strand strand,
+                                              ServerOutput output, std::shared_ptr<StandardErrorCollector> errorOutput,
                                               Scheduler& scheduler) {
   constexpr std::chrono::milliseconds settlingLimit{100};
+  // The process may be gone already. Its starter sends the handshake first, which then fails with the reason.
+  co_await strand.yield();
   bool isOpen = true;
   bool isEndAwaited = false;
   while (isOpen) {

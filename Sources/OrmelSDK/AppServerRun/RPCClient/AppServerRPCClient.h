@@ -126,7 +126,7 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
   void completePendingResponses(const std::string& message);
   void writePayload(const JSONValue& payload);
 
-  static Task<void> readStdoutLoop(std::weak_ptr<AppServerRPCClient> owner, ServerOutput output,
+  static Task<void> readStdoutLoop(std::weak_ptr<AppServerRPCClient> owner, Strand strand, ServerOutput output,
                                    std::shared_ptr<StandardErrorCollector> errorOutput, Scheduler& scheduler);
   void handleIncomingLine(std::string_view paddedLine) noexcept;
   void handleMessage(const JSONValue& message);
