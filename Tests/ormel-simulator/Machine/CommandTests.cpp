@@ -62,6 +62,19 @@ TEST(MachineCommands, EndAsTheProgramDoes) {
   }
 }
 
+TEST(MachineCommands, AreHeardToTheLastWordThoughTheyEndUnheard) {
+  MachineAgent agent;
+  const auto line = [](int id, const std::vector<std::string>& command) {
+    const JSONValue params = JSONValue::object({{"command", textsOf(command)}});
+    return JSONValue::object({{"id", id}, {"method", "command/exec"}, {"params", params}}).encode() + "\n";
+  };
+  // The agent reads all of it at once, and is busy until the first command has ended.
+  std::string lines = line(1, {"printf", "%60000s", ""});
+  for (int id = 2; id < 60; ++id) lines += line(id, {"no-such-program"});
+  agent->child().write(lines);
+  EXPECT_EQ(agent.awaitEnd(1).stdout, std::string(60'000, ' '));
+}
+
 TEST(MachineCommands, RunInTheFolderThatIsAskedForWithoutTheClientsKey) {
   MachineAgent agent({"ORMEL_API_KEY=secret", "SOMETHING=else"});
   const std::string folder = agent.outside().addDirectory("some where");

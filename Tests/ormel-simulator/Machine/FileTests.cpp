@@ -51,7 +51,7 @@ TEST(MachineFiles, AreWrittenAndReadBack) {
   MachineAgent agent;
   std::string everyByte;
   for (int byte = 0; byte < 256; ++byte) everyByte += static_cast<char>(byte);
-  const std::string rows[] = {"", "hello\n", everyByte, std::string(300'000, 'x')};
+  const std::string rows[] = {std::string(300'000, 'x'), "hello\n", everyByte, ""};
   for (const std::string& bytes : rows) {
     EXPECT_EQ(agent->result("fs/writeFile", paramsOf({{"path", "a.bin"}, {"dataBase64", base64Of(bytes)}})),
               JSONValue::object());
