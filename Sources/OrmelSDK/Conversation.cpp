@@ -6,6 +6,7 @@
 
 #include "OrmelSDK/Base/OrmelProcessError.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
+#include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
 
 namespace ormel::detail {
 
@@ -36,7 +37,12 @@ Conversation::Conversation(AppServerTurnRunConfiguration configuration, std::opt
     : configuration_(std::move(configuration)), services_(services), threadID_(std::move(threadID)) {}
 
 Conversation::~Conversation() {
-  if (persistentRun_) persistentRun_->release().onScheduler(*services_.scheduler).detach();
+  if (!persistentRun_) return;
+  try {
+    persistentRun_->release().onScheduler(*services_.scheduler).detach();
+  } catch (const ForkedProcessError&) {
+    // The run and its server belong to the process that was forked.
+  }
 }
 
 std::optional<std::string> Conversation::id() const {

@@ -84,6 +84,7 @@
 #include "OrmelSDK/Options/OrmelConfigValue.h"
 #include "OrmelSDK/Options/OrmelExecutableTrust.h"
 #include "OrmelSDK/Options/OrmelOptions.h"
+#include "OrmelSDK/Options/OrmelProblem.h"
 #include "OrmelSDK/Options/OutputSchemaFile.h"
 #include "OrmelSDK/Options/ThreadOptions.h"
 #include "OrmelSDK/Options/TurnOptions.h"

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <utility>
+
 #include "OrmelSDK/Base/Error.h"
 
 namespace ormel {
@@ -14,6 +17,28 @@ class CancelledError : public Error {
 class AbandonedError : public Error {
  public:
   AbandonedError() : Error("The operation was abandoned before it completed") {}
+};
+
+/// The system had no room for something that the library needs. The operation may be tried again later.
+class ResourceExhaustedError : public Error {
+ public:
+  /// `resource` is the thing that was lacking: "threads", "descriptors" or "memory".
+  ResourceExhaustedError(std::string resource, const std::string& reason)
+      : Error("The system has no room for more " + resource + ": " + reason), resource_(std::move(resource)) {}
+
+  const std::string& resource() const noexcept { return resource_; }
+
+ private:
+  std::string resource_;
+};
+
+/// The library was used in a forked child of a process that had used it: its threads and servers belong to the parent.
+class ForkedProcessError : public Error {
+ public:
+  ForkedProcessError()
+      : Error(
+            "This process was forked from one that had used the library, whose threads stayed there; use the library "
+            "in one of the two only, or have the child call exec") {}
 };
 
 /// A blocking call was made on a thread of the library, where it could deadlock by waiting for itself.

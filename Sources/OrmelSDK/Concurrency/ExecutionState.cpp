@@ -24,6 +24,13 @@ bool isEndOfPiece() noexcept { return stateOfThread.endsWithCoroutine && !stateO
 
 bool onLibraryThread() noexcept { return stateOfThread.scheduler != nullptr || stateOfThread.isPoolThread; }
 
+bool onThreadOfApplication() noexcept {
+  const ExecutionState& state = stateOfThread;
+  return state.scheduler ? state.scheduler->runsApplicationCode() : !state.isPoolThread;
+}
+
+bool mayRunApplicationCode() noexcept { return !stateOfThread.strand && onThreadOfApplication(); }
+
 void requireBlockingAllowed() {
   if (onLibraryThread()) throw WouldDeadlockError();
 }

@@ -19,7 +19,7 @@ struct ExecutionState {
   StrandCore* strand = nullptr;
   /// The scheduler whose piece is running; null if none is.
   Scheduler* scheduler = nullptr;
-  /// Whether the thread belongs to the pool of a scheduler, so that nothing on it may block.
+  /// Whether the thread serves the library's I/O, so that nothing on it may block or call the application.
   bool isPoolThread = false;
   /// The running piece is about to return its thread, so the work it posts may stay on this thread: that is quicker
   /// than waking another one. Until the thread is returned no other thread can take that work.
@@ -53,8 +53,14 @@ bool isLastPieceOfThread() noexcept;
 /// Whether the running piece ends now and leaves the thread free. Call it when a coroutine has just suspended.
 bool isEndOfPiece() noexcept;
 
-/// Whether the calling thread runs pieces of the library, so that it must not block.
+/// Whether the calling thread runs pieces of a scheduler or strand, so that it must not wait for others of them.
 bool onLibraryThread() noexcept;
+
+/// Whether the calling thread is the application's own, or one lent to it.
+bool onThreadOfApplication() noexcept;
+
+/// Whether code of the application may run here: on a thread of the application and on no strand.
+bool mayRunApplicationCode() noexcept;
 
 /// Throws `WouldDeadlockError` on a thread of the library.
 void requireBlockingAllowed();

@@ -4,7 +4,9 @@ namespace ormel::detail {
 
 bool Place::isHere() const noexcept {
   const ExecutionState& state = executionState();
-  return state.strand == strand_ && (strand_ || !scheduler_ || scheduler_ == state.scheduler);
+  if (state.strand != strand_) return false;
+  if (strand_) return true;
+  return scheduler_ ? scheduler_ == state.scheduler : mayRunApplicationCode();
 }
 
 void Place::post(WorkItem& item) const noexcept {
@@ -12,8 +14,9 @@ void Place::post(WorkItem& item) const noexcept {
     strand_->post(item);
     return;
   }
-  Scheduler* const scheduler = scheduler_ ? scheduler_ : executionState().scheduler;
-  (scheduler ? *scheduler : productionScheduler()).post(item);
+  if (scheduler_) return scheduler_->post(item);
+  Scheduler* const here = executionState().scheduler;
+  (here ? here->applicationScheduler() : productionScheduler()).post(item);
 }
 
 void Place::resume(std::coroutine_handle<> coroutine, ResumeItem& item) const noexcept {

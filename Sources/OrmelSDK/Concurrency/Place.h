@@ -18,7 +18,8 @@ class ResumeItem final : public WorkItem {
 };
 
 /// Where a coroutine resumes after a suspension: on the strand it was on, or else as a piece of its scheduler. With
-/// neither, it resumes on the thread that completes the awaited operation, never on a strand.
+/// neither, it is code of the application: it resumes on the thread that completes the awaited operation if that may
+/// run such code, else as a piece of the application's scheduler; never on a strand.
 ///
 /// A place does not keep its strand alive. While a coroutine is suspended, either its strand is running the piece that
 /// the coroutine awaits, or the task or wakeup that left the strand holds a reference to it.

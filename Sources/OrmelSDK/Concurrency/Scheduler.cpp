@@ -88,6 +88,7 @@ bool Timer::cancel() noexcept {
 
 Timer Timer::armed(Scheduler& scheduler, detail::Ref<detail::StrandCore> strand, std::chrono::nanoseconds delay,
                    Work work, const char* name) {
+  scheduler.prepare();
   auto node =
       detail::Ref<detail::TimerNode>::adopt(new detail::TimerNode(scheduler, std::move(strand), std::move(work), name));
   const auto deadline = deadlineAfter(scheduler.now(), delay);

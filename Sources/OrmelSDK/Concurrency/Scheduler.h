@@ -86,7 +86,10 @@ class Scheduler {
   Scheduler& operator=(const Scheduler&) = delete;
 
   /// Runs `work` soon, in no order with other work, never within this call.
-  void post(Work work, const char* name = "work") { post(detail::makeWorkItem(std::move(work), name)); }
+  void post(Work work, const char* name = "work") {
+    prepare();
+    post(detail::makeWorkItem(std::move(work), name));
+  }
 
   /// Runs `work` once `delay` has passed. A delay of zero or less means soon.
   Timer postAfter(std::chrono::nanoseconds delay, Work work, const char* name = "timer");
@@ -101,6 +104,12 @@ class Scheduler {
   /// How many pieces of a strand may run in a row before other work has its turn.
   virtual std::size_t strandBatch() const noexcept = 0;
 
+  /// Makes sure that posted work will run. Fails with `ResourceExhaustedError` and `ForkedProcessError`.
+  virtual void prepare() {}
+  /// The scheduler for code of the application, where this one is for the library's own; else this one.
+  virtual Scheduler& applicationScheduler() noexcept { return *this; }
+  virtual bool runsApplicationCode() const noexcept { return true; }
+
   /// The registry of waits; null if the scheduler keeps none.
   detail::WaitRegistry* waitRegistry() const noexcept { return waitRegistry_; }
 
@@ -111,7 +120,8 @@ class Scheduler {
   detail::WaitRegistry* waitRegistry_;
 };
 
-/// The scheduler of the library's own thread pool.
+/// The scheduler of the library's thread pool for code of the application. Work may block: threads are added while all
+/// are taken, and end when they are idle. The pool starts on first use.
 Scheduler& productionScheduler();
 
 }  // namespace ormel

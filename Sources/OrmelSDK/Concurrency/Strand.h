@@ -66,7 +66,10 @@ class Strand {
   Scheduler& scheduler() const noexcept { return core_->scheduler(); }
 
   /// Queues `work` behind all work queued so far; never runs it within this call.
-  void post(Work work, const char* name = "work") const { core_->post(detail::makeWorkItem(std::move(work), name)); }
+  void post(Work work, const char* name = "work") const {
+    core_->scheduler().prepare();
+    core_->post(detail::makeWorkItem(std::move(work), name));
+  }
 
   /// Runs `work` on this strand once `delay` has passed. A timer that is cancelled on the strand does not run after.
   Timer postAfter(std::chrono::nanoseconds delay, Work work, const char* name = "timer") const {

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <string>
 
 #include "OrmelSDK/Base/FatalError.h"
 
@@ -30,7 +31,9 @@ class BlockingCompletion final : public Completion {
 };
 
 Place placeOfStart(const TaskPromiseBase& promise) noexcept {
-  return promise.startsElsewhere() ? Place(promise.startStrand.get(), promise.startScheduler) : Place::current();
+  if (!promise.startsElsewhere()) return Place::current();
+  StrandCore* const strand = promise.startStrand.get();
+  return Place(strand, strand ? &strand->scheduler() : promise.startScheduler);
 }
 
 }  // namespace
@@ -59,6 +62,34 @@ void runAndBlock(TaskPromiseBase& promise, std::coroutine_handle<> coroutine) {
   BlockingCompletion completion;
   startAlone(promise, coroutine, completion);
   completion.wait();
+}
+
+void prepareStart(const TaskPromiseBase& promise) {
+  Scheduler* const scheduler = placeOfStart(promise).scheduler();
+  (scheduler ? *scheduler : productionScheduler()).prepare();
+}
+
+std::exception_ptr failureToStart(const TaskPromiseBase& promise) noexcept {
+  try {
+    prepareStart(promise);
+    return nullptr;
+  } catch (...) {
+    return std::current_exception();
+  }
+}
+
+void requireCancelled(const std::exception_ptr& error) noexcept {
+  std::string reason = "A detached task failed: ";
+  try {
+    std::rethrow_exception(error);
+  } catch (const CancelledError&) {
+    return;
+  } catch (const std::exception& failure) {
+    reason += failure.what();
+  } catch (...) {
+    reason += "an exception that is no std::exception";
+  }
+  fatalError(reason);
 }
 
 void failForSpentTask() noexcept { fatalError("A task was used that is empty or has been started already"); }

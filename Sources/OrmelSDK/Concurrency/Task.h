@@ -47,7 +47,25 @@ class [[nodiscard]] TaskAwaiter final : public PlaceAware, private Completion {
   bool await_ready() const noexcept { return false; }
 
   template <typename Promise>
-  void await_suspend(std::coroutine_handle<Promise> awaiting) noexcept {
+  auto await_suspend(std::coroutine_handle<Promise> awaiting) noexcept {
+    if constexpr (PromiseOfTask<Promise>) {
+      suspend(awaiting);
+    } else {
+      auto& promise = frame_.promise();
+      if (auto failure = failureToStart(promise)) {
+        promise.result.setError(std::move(failure));
+        return false;
+      }
+      suspend(awaiting);
+      return true;
+    }
+  }
+
+  T await_resume() { return frame_.promise().result.take(); }
+
+ private:
+  template <typename Promise>
+  void suspend(std::coroutine_handle<Promise> awaiting) noexcept {
     awaiting_ = awaiting;
     place_ = Place::current();
     auto& promise = frame_.promise();
@@ -55,10 +73,6 @@ class [[nodiscard]] TaskAwaiter final : public PlaceAware, private Completion {
     if (!PromiseOfTask<Promise> || mayLeave_ || promise.startsElsewhere()) leftStrand_ = place_.strand();
     startAwaited(promise, frame_.handle(), *this);
   }
-
-  T await_resume() { return frame_.promise().result.take(); }
-
- private:
   void completed() noexcept override { place_.resume(awaiting_, startItem); }
 
   TaskFrame<T> frame_;
@@ -71,37 +85,61 @@ class [[nodiscard]] TaskAwaiter final : public PlaceAware, private Completion {
 /// Lets a thread wait for the end of a task.
 void runAndBlock(TaskPromiseBase& promise, std::coroutine_handle<> coroutine);
 
+/// Calls the application's callback where its code may run.
 template <typename T, typename Callback>
-class CallbackCompletion final : public Completion {
+class CallbackCompletion final : public Completion, private WorkItem {
  public:
   CallbackCompletion(TaskFrame<T> frame, Callback callback)
       : frame_(std::move(frame)), callback_(std::move(callback)) {}
 
   void completed() noexcept override {
+    if (onThreadOfApplication()) {
+      call();
+    } else {
+      Place().post(*this);
+    }
+  }
+
+  void begin() noexcept { startAlone(frame_.promise(), frame_.handle(), *this); }
+
+ private:
+  void run() noexcept override { call(); }
+  void discard() noexcept override { delete this; }
+  const char* name() const noexcept override { return "callback"; }
+
+  void call() noexcept {
     auto result = std::move(frame_.promise().result);
     auto callback = std::move(callback_);
     delete this;
     callback(std::move(result));
   }
 
-  void begin() noexcept { startAlone(frame_.promise(), frame_.handle(), *this); }
-
- private:
   TaskFrame<T> frame_;
   Callback callback_;
 };
 
 [[noreturn]] void failForSpentTask() noexcept;
 
-/// Discards the result of a detached task. An exception has no receiver and ends the process.
+/// Ends the process unless a detached task that failed was cancelled: any other failure has no receiver.
+void requireCancelled(const std::exception_ptr& error) noexcept;
+
+/// Ends a task in whose value nobody is interested, where it ended.
 template <typename T>
-void takeUnlessCancelled(TaskResult<T> result) noexcept {
-  try {
-    result.take();
-  } catch (const CancelledError&) {
-    return;
+class DetachedCompletion final : public Completion {
+ public:
+  explicit DetachedCompletion(TaskFrame<T> frame) : frame_(std::move(frame)) {}
+
+  void completed() noexcept override {
+    const auto error = frame_.promise().result.error();
+    delete this;
+    if (error) requireCancelled(error);
   }
-}
+
+  void begin() noexcept { startAlone(frame_.promise(), frame_.handle(), *this); }
+
+ private:
+  TaskFrame<T> frame_;
+};
 
 }  // namespace detail
 
@@ -167,32 +205,40 @@ class [[nodiscard]] Task {
 
   detail::TaskAwaiter<T> operator co_await() && noexcept { return {takeFrame(), mayLeave_}; }
 
-  /// Runs the task and blocks the calling thread until it ends. Throws `WouldDeadlockError`, and leaves the task as it
-  /// is, on a thread of the library.
+  /// Runs the task and blocks the calling thread until it ends. Throws `WouldDeadlockError` on a thread of the library,
+  /// and what `start` throws; the task is then left as it is.
   T get() {
     detail::requireBlockingAllowed();
+    detail::prepareStart(promise());
     const auto frame = takeFrame();
     detail::runAndBlock(frame.promise(), frame.handle());
     return frame.promise().result.take();
   }
 
-  /// Runs the task on its own; `callback` is called once, with its `TaskResult<T>`, where the task ended: possibly
-  /// within this call. The callback must not throw.
+  /// Runs the task on its own; `callback` is called once, with its `TaskResult<T>`: within this call if the task ends
+  /// in it, else on a thread of the library that it may block. The callback must not throw.
+  ///
+  /// Throws `ResourceExhaustedError` if the library's threads cannot be started, and `ForkedProcessError`; the task is
+  /// then left as it is.
   template <typename Callback>
   void start(Callback callback) {
+    detail::prepareStart(promise());
     (new detail::CallbackCompletion<T, Callback>(takeFrame(), std::move(callback)))->begin();
   }
 
   /// The same, with a stop token.
   template <typename Callback>
   void start(Callback callback, std::stop_token token) {
+    detail::prepareStart(promise());
     promise().setStopToken(std::move(token));
     start(std::move(callback));
   }
 
-  /// Runs the task on its own. Its value is dropped, and so is its cancellation; any other exception ends the process.
+  /// Runs the task on its own. Its value is dropped, and so is its cancellation; any other exception ends the process,
+  /// with its text on standard error. Throws as `start` does.
   void detach() {
-    start([](TaskResult<T> result) noexcept { detail::takeUnlessCancelled(std::move(result)); });
+    detail::prepareStart(promise());
+    (new detail::DetachedCompletion<T>(takeFrame()))->begin();
   }
 
   /// For tasks that await something that may resume them on any thread.

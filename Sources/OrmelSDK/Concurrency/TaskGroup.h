@@ -40,8 +40,8 @@ class TaskGroup {
     detail::taskOfGroupBegins(*state_);
     std::move(task)
         .withStopToken(detail::stopTokenOfGroup(*state_))
-        .start([state = state_](TaskResult<void> result) noexcept {
-          detail::takeUnlessCancelled(std::move(result));
+        .start([state = state_](const TaskResult<void>& result) noexcept {
+          if (result.error()) detail::requireCancelled(result.error());
           detail::taskOfGroupEnded(*state);
         });
   }

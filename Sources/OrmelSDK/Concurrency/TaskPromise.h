@@ -1,6 +1,7 @@
 #pragma once
 
 #include <coroutine>
+#include <exception>
 #include <stop_token>
 #include <type_traits>
 #include <utility>
@@ -68,6 +69,11 @@ void startAwaited(TaskPromiseBase& promise, std::coroutine_handle<> coroutine, C
 
 /// Starts a task that has no awaiter: in the place set for it, or else within this call.
 void startAlone(TaskPromiseBase& promise, std::coroutine_handle<> coroutine, Completion& completion) noexcept;
+
+/// Makes sure that a task started by the application can run to its end. Fails as `Scheduler::prepare`.
+void prepareStart(const TaskPromiseBase& promise);
+/// The same; gives the failure.
+std::exception_ptr failureToStart(const TaskPromiseBase& promise) noexcept;
 
 template <typename Promise>
 concept PromiseOfTask = std::is_base_of_v<TaskPromiseBase, Promise>;

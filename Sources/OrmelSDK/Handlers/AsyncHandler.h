@@ -6,10 +6,17 @@
 #include <type_traits>
 #include <utility>
 
+#include "OrmelSDK/Base/Error.h"
 #include "OrmelSDK/Concurrency/Task.h"
 #include "OrmelSDK/Concurrency/TaskResult.h"
 
 namespace ormel {
+
+/// A handler of the application gave no answer.
+class HandlerError : public Error {
+ public:
+  using Error::Error;
+};
 
 template <typename Signature>
 class AsyncHandler;
@@ -29,6 +36,22 @@ struct AwaitedType<Task<T>> {
 template <typename Function, typename... Args>
 using AwaitedResult = typename AwaitedType<std::invoke_result_t<Function&, Args...>>::Type;
 
+/// Whether the callable is a null pointer, or a function object without a target. A closure without captures could be
+/// compared too, by way of the pointer that it converts to.
+template <typename Function>
+bool isEmptyFunction(const Function& function) noexcept {
+  if constexpr (std::is_function_v<Function> || std::is_empty_v<Function>) {
+    return false;
+  } else if constexpr (requires { function == nullptr; }) {
+    return function == nullptr;
+  } else {
+    return false;
+  }
+}
+
+[[noreturn]] void failForEmptyHandler();
+[[noreturn]] void failForEmptyTask();
+
 }  // namespace detail
 
 /// A function given by the application that the library calls later and waits for. It is made from any callable that
@@ -40,8 +63,8 @@ using AwaitedResult = typename AwaitedType<std::invoke_result_t<Function&, Args.
 ///       co_return yes ? OrmelApprovalDecision::accept : OrmelApprovalDecision::decline;
 ///     };
 ///
-/// A callable that returns its result at once must not block for long, since it holds up a thread of the library; one
-/// that waits for a person returns a task.
+/// A callable may block for as long as it takes: the thread that calls it serves nothing else meanwhile. One that waits
+/// for a person is better off returning a task, which holds no thread.
 ///
 /// *Thread safety*: the callable may be called from several threads of the library at the same time.
 ///
@@ -49,7 +72,9 @@ using AwaitedResult = typename AwaitedType<std::invoke_result_t<Function&, Args.
 /// as any copy, and as any task made from one. Arguments live until the callable's task has ended, also where the
 /// callable takes them by reference.
 ///
-/// *Errors*: what the callable or its task throws leaves the handler's task.
+/// *Errors*: what the callable or its task throws leaves the handler's task. A callable that returns an empty task
+/// (moved from, awaited already, or `{}` from a function that is no coroutine) has not answered: `HandlerError`, as for
+/// an empty function object.
 template <typename Result, typename... Args>
 class AsyncHandler<Result(Args...)> {
  public:
@@ -59,7 +84,9 @@ class AsyncHandler<Result(Args...)> {
              (std::is_void_v<Result> ||
               std::is_convertible_v<detail::AwaitedResult<std::decay_t<Function>, Args...>, Result>))
   AsyncHandler(Function&& function)
-      : callable_(std::make_shared<CallableOf<std::decay_t<Function>>>(std::forward<Function>(function))) {}
+      : callable_(detail::isEmptyFunction(function)
+                      ? nullptr
+                      : std::make_shared<CallableOf<std::decay_t<Function>>>(std::forward<Function>(function))) {}
 
   AsyncHandler(const AsyncHandler&) = default;
   AsyncHandler& operator=(const AsyncHandler&) = default;
@@ -72,7 +99,7 @@ class AsyncHandler<Result(Args...)> {
   struct Callable {
     virtual ~Callable() = default;
 
-    /// Gives a task, or sets `result` and gives an empty one.
+    /// Gives a task, or sets `result`. A callable that forgot to answer does neither.
     virtual Task<Result> call(TaskResult<Result>& result, Args&... args) = 0;
   };
 
@@ -101,14 +128,17 @@ class AsyncHandler<Result(Args...)> {
 
   // Keeps the callable and the arguments alive to the end.
   static Task<Result> run(std::shared_ptr<Callable> callable, Args... args) {
+    if (!callable) detail::failForEmptyHandler();
     TaskResult<Result> result;
     Task<Result> task = callable->call(result, args...);
     if (task) co_return co_await std::move(task);
+    if (!result.hasValue()) detail::failForEmptyTask();
     co_return result.take();
   }
 
   template <typename Returned>
   static Task<Result> converted(Task<Returned> task) {
+    if (!task) detail::failForEmptyTask();
     if constexpr (std::is_void_v<Result>) {
       co_await std::move(task);
     } else {

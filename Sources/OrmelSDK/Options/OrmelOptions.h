@@ -8,6 +8,7 @@
 
 #include "OrmelSDK/Options/OrmelConfigValue.h"
 #include "OrmelSDK/Options/OrmelExecutableTrust.h"
+#include "OrmelSDK/Options/OrmelProblem.h"
 
 namespace ormel {
 
@@ -45,6 +46,11 @@ class OrmelOptions {
   std::function<OrmelExecutableTrustCommandResult(const std::string& command,
                                                   const std::vector<std::string>& arguments)>
       trustCommandRunner;
+
+  /// Is told of problems that no call and no event tells of, such as a handler that threw: the library goes on in the
+  /// safest way, and its user only sees a refusal. Called on threads of the library, which it may block; what it throws
+  /// is dropped. Without it nothing is recorded.
+  std::function<void(const OrmelProblem&)> problemHandler;
 
   /// `config` with the features switched on that the library cannot work without.
   std::map<std::string, OrmelConfigValue> configEnablingRequiredSDKFeatures() const;

@@ -25,16 +25,48 @@ class PostedItem {
     if (item_) item_->discard();
   }
 
-  void operator()() {
+  void operator()() { run(*std::exchange(item_, nullptr)); }
+
+ protected:
+  void run(WorkItem& item) noexcept {
     executionState().scheduler = scheduler_;
-    std::exchange(item_, nullptr)->run();
+    item.run();
     executionState().scheduler = nullptr;
   }
+  WorkItem& take() noexcept { return *std::exchange(item_, nullptr); }
 
  private:
   Scheduler* scheduler_;
   WorkItem* item_;
 };
+
+/// The same for an item that is code of the application.
+class PostedApplicationItem : public PostedItem {
+ public:
+  PostedApplicationItem(Scheduler& scheduler, IORuntime& runtime, WorkItem& item) noexcept
+      : PostedItem(scheduler, item), runtime_(&runtime) {}
+
+  void operator()() {
+    WorkItem& item = take();
+    if (!runtime_->lendThread(item)) return;
+    run(item);
+    runtime_->takeThreadBack();
+  }
+
+ private:
+  IORuntime* runtime_;
+};
+
+template <typename Posted>
+void postItem(IORuntime& runtime, Posted posted) {
+  // The threads that would run it are those of another process, and so is the state of the context.
+  if (runtime.isForkedCopy()) return;
+  if (executionState().isLeaving) {
+    asio::defer(runtime.context(), std::move(posted));
+  } else {
+    asio::post(runtime.context(), std::move(posted));
+  }
+}
 
 }  // namespace
 
@@ -43,12 +75,10 @@ std::uint64_t AsioScheduler::now() const noexcept {
   return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(sinceStart).count());
 }
 
-void AsioScheduler::post(WorkItem& item) noexcept {
-  if (executionState().isLeaving) {
-    asio::defer(context_, PostedItem(*this, item));
-  } else {
-    asio::post(context_, PostedItem(*this, item));
-  }
+void AsioScheduler::post(WorkItem& item) noexcept { postItem(runtime_, PostedItem(*this, item)); }
+
+void ApplicationScheduler::post(WorkItem& item) noexcept {
+  postItem(runtime_, PostedApplicationItem(*this, runtime_, item));
 }
 
 void AsioScheduler::arm(TimerItem& item, std::uint64_t deadline) {
@@ -58,6 +88,7 @@ void AsioScheduler::arm(TimerItem& item, std::uint64_t deadline) {
 }
 
 bool AsioScheduler::disarm(TimerItem& item) noexcept {
+  if (runtime_.isForkedCopy()) return false;
   const std::lock_guard lock(mutex_);
   return timers_.remove(item);
 }
@@ -66,9 +97,10 @@ void AsioScheduler::setWakeUp(std::uint64_t deadline) {
   constexpr auto latest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
   wakeUpAt_ = deadline;
   const std::chrono::nanoseconds sinceStart(static_cast<std::int64_t>(std::min(deadline, latest)));
-  wakeUp_.expires_at(std::chrono::steady_clock::time_point(
+  if (!wakeUp_) wakeUp_.emplace(runtime_.context());
+  wakeUp_->expires_at(std::chrono::steady_clock::time_point(
       std::chrono::duration_cast<std::chrono::steady_clock::duration>(sinceStart)));
-  wakeUp_.async_wait([this](std::error_code error) {
+  wakeUp_->async_wait([this](std::error_code error) {
     if (!error) wokenUp();
   });
 }
@@ -83,9 +115,18 @@ void AsioScheduler::wokenUp() {
 
 }  // namespace detail
 
+namespace detail {
+
+// Never destroyed: threads of the pool may use them until the very end of the process.
+Scheduler& ioScheduler() {
+  static auto& scheduler = *new AsioScheduler(IORuntime::shared());
+  return scheduler;
+}
+
+}  // namespace detail
+
 Scheduler& productionScheduler() {
-  // Never destroyed: threads of the pool may use it until the very end of the process.
-  static auto& scheduler = *new detail::AsioScheduler(detail::IORuntime::shared().context());
+  static auto& scheduler = *new detail::ApplicationScheduler(detail::IORuntime::shared(), detail::ioScheduler());
   return scheduler;
 }
 

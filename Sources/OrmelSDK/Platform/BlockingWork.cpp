@@ -1,11 +1,13 @@
 #include "OrmelSDK/Platform/BlockingWork.h"
 
 #include <exception>
+#include <system_error>
 #include <thread>
 #include <utility>
 
 #include "OrmelSDK/Concurrency/OneShot.h"
-#include "OrmelSDK/Platform/AllSignalsBlocked.h"
+#include "OrmelSDK/Platform/IORuntime.h"
+#include "OrmelSDK/Platform/SignalMask.h"
 
 namespace ormel::detail {
 
@@ -14,8 +16,12 @@ namespace {
 class WorkOnThreads final : public BlockingWork {
  public:
   void run(UniqueFunction<void()> work) override {
-    const AllSignalsBlocked blocked;
-    std::thread([piece = std::move(work)]() mutable { piece(); }).detach();
+    const SignalMask ofTheApplication(IORuntime::shared().applicationMask());
+    try {
+      std::thread([piece = std::move(work)]() mutable { piece(); }).detach();
+    } catch (const std::system_error& error) {
+      throw ResourceExhaustedError("threads", error.code().message());
+    }
   }
 };
 
@@ -31,7 +37,7 @@ void runInto(const OneShotResolver<void>& outcome, UniqueFunction<void()>& work)
 }  // namespace
 
 BlockingWork& BlockingWork::onThreads() {
-  static WorkOnThreads threads;
+  static auto& threads = *new WorkOnThreads();
   return threads;
 }
 

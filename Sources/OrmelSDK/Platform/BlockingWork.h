@@ -15,7 +15,7 @@ class BlockingWork {
   /// Runs `work`, which must not throw, soon, and never within this call.
   virtual void run(UniqueFunction<void()> work) = 0;
 
-  /// A new thread for each piece of work, with all signals blocked.
+  /// A new thread for each piece of work, with the application's signal mask. Fails with `ResourceExhaustedError`.
   static BlockingWork& onThreads();
 };
 

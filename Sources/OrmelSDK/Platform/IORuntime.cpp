@@ -1,15 +1,50 @@
 #include "OrmelSDK/Platform/IORuntime.h"
 
+#include <fcntl.h>
+#include <pthread.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <asio/post.hpp>
+#include <chrono>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "OrmelSDK/Base/FatalError.h"
+#include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
 #include "OrmelSDK/Concurrency/ExecutionState.h"
-#include "OrmelSDK/Platform/AllSignalsBlocked.h"
+#include "OrmelSDK/Platform/FileDescriptor.h"
+#include "OrmelSDK/Platform/RunningChildren.h"
+#include "OrmelSDK/Platform/SignalMask.h"
 
 namespace ormel::detail {
 
 namespace {
 
-constexpr int threadCount = 2;
+/// The threads that are kept when all is idle.
+constexpr int usualThreads = 2;
+/// How long a thread beyond these stays idle before it ends.
+constexpr std::chrono::seconds idleTime(5);
+/// How soon code of the application is tried again for which no thread could be had.
+constexpr std::chrono::milliseconds timeToNextTry(20);
+
+/// Opens the descriptors of the standard streams that are closed, so that nothing that is opened meanwhile takes their
+/// places: the application may put files of its own there later, over whatever it finds.
+class StandardStreamsTaken {
+ public:
+  StandardStreamsTaken() noexcept {
+    for (auto& descriptor : taken_) {
+      FileDescriptor opened(::open("/dev/null", O_RDWR | O_CLOEXEC));
+      if (opened.number() > STDERR_FILENO) break;
+      descriptor = std::move(opened);
+    }
+  }
+
+ private:
+  std::array<FileDescriptor, 3> taken_;
+};
 
 }  // namespace
 
@@ -26,27 +61,160 @@ class IORuntime::Ending {
 
 IORuntime& IORuntime::shared() {
   static IORuntime& runtime = *new IORuntime();
-  static const Ending atTheEndOfTheProcess(runtime);
   return runtime;
 }
 
-IORuntime::IORuntime() : process_(::getpid()), work_(context_.get_executor()) {
-  const AllSignalsBlocked blocked;
-  for (int started = 0; started < threadCount; ++started) {
-    threads_.emplace_back([this] {
-      executionState().isPoolThread = true;
-      context_.run();
-    });
+void IORuntime::start() {
+  if (isStarted_.load(std::memory_order_acquire) && !isForkedCopy()) return;
+  // Before the mutex, which another thread may have held when this process was forked.
+  if (isForkedCopy()) throw ForkedProcessError();
+  const std::lock_guard lock(startMutex_);
+  if (!isStarted_.load(std::memory_order_relaxed)) startLocked();
+}
+
+void IORuntime::startLocked() {
+  static const Ending atTheEndOfTheProcess(*this);
+  static const int forkIsNoticed = ::pthread_atfork(nullptr, nullptr, [] { shared().isForkedCopy_ = true; });
+  if (forkIsNoticed != 0) throw ResourceExhaustedError("memory", std::generic_category().message(forkIsNoticed));
+  if (!context_) makeContext();
+  applicationMask_ = currentSignalMask();
+  while (available_ < usualThreads) startThread();
+  fewestAvailable_ = usualThreads;
+  isStarted_.store(true, std::memory_order_release);
+}
+
+void IORuntime::makeContext() {
+  const StandardStreamsTaken taken;
+  try {
+    context_.emplace();
+  } catch (const std::system_error& error) {
+    throw ResourceExhaustedError("descriptors", error.code().message());
+  }
+  work_.emplace(context_->get_executor());
+  anotherTry_.emplace(*context_);
+  idleWatch_.emplace(*context_);
+}
+
+asio::io_context& IORuntime::context() noexcept {
+  if (!isStarted_.load(std::memory_order_acquire)) {
+    try {
+      start();
+    } catch (const Error& error) {
+      fatalError(error.description());
+    }
+  }
+  return *context_;
+}
+
+const sigset_t& IORuntime::applicationMask() {
+  start();
+  return applicationMask_;
+}
+
+void IORuntime::startThread() {
+  const SignalMask blocked(asynchronousSignals());
+  ++available_;
+  try {
+    std::thread([this] { serve(); }).detach();
+  } catch (const std::system_error& error) {
+    --available_;
+    throw ResourceExhaustedError("threads", error.code().message());
   }
 }
 
-void IORuntime::endThreads() {
-  // A forked child process has a copy of this object, but none of its threads.
-  if (::getpid() != process_) return;
-  context_.stop();
-  for (auto& thread : threads_) {
-    if (thread.get_id() != std::this_thread::get_id()) thread.join();
+void IORuntime::serve() noexcept {
+  executionState().isPoolThread = true;
+  try {
+    context_->run();
+  } catch (const Retirement&) {
   }
+  const std::lock_guard lock(endMutex_);
+  --available_;
+  threadLeft_.notify_all();
+}
+
+bool IORuntime::lendThread(WorkItem& item) noexcept {
+  const int left = available_.fetch_sub(1) - 1;
+  if (isEnding_) stayAway();
+  if (left < fewestAvailable_.load(std::memory_order_relaxed)) fewestAvailable_.store(left, std::memory_order_relaxed);
+  if (left == 0) {
+    try {
+      startThread();
+    } catch (...) {
+      ++available_;
+      postAgainLater(item);
+      return false;
+    }
+  }
+  executionState().isPoolThread = false;
+  pthread_sigmask(SIG_SETMASK, &applicationMask_, nullptr);
+  return true;
+}
+
+void IORuntime::takeThreadBack() noexcept {
+  static const sigset_t blocked = asynchronousSignals();
+  pthread_sigmask(SIG_SETMASK, &blocked, nullptr);
+  executionState().isPoolThread = true;
+  if (isEnding_) stayAway();
+  const int nowAvailable = available_.fetch_add(1) + 1;
+  if (hasKeptItems_.load(std::memory_order_acquire)) postKeptItems();
+  if (nowAvailable > usualThreads && !isWatchingForIdle_.load(std::memory_order_relaxed)) watchForIdleThreads();
+}
+
+void IORuntime::stayAway() noexcept {
+  {
+    const std::lock_guard lock(endMutex_);
+    threadLeft_.notify_all();
+  }
+  for (;;) ::pause();
+}
+
+void IORuntime::postAgainLater(WorkItem& item) noexcept {
+  const std::lock_guard lock(keptMutex_);
+  item.next = nullptr;
+  WorkItem** end = &keptItems_;
+  while (*end) end = &(*end)->next;
+  *end = &item;
+  if (hasKeptItems_.exchange(true, std::memory_order_release)) return;
+  anotherTry_->expires_after(timeToNextTry);
+  anotherTry_->async_wait([this](std::error_code cancelled) {
+    if (!cancelled) postKeptItems();
+  });
+}
+
+void IORuntime::postKeptItems() noexcept {
+  WorkItem* item = nullptr;
+  {
+    const std::lock_guard lock(keptMutex_);
+    item = std::exchange(keptItems_, nullptr);
+    hasKeptItems_ = false;
+  }
+  while (item) productionScheduler().post(*std::exchange(item, item->next));
+}
+
+void IORuntime::watchForIdleThreads() {
+  if (isWatchingForIdle_.exchange(true)) return;
+  fewestAvailable_ = available_.load();
+  idleWatch_->expires_after(idleTime);
+  idleWatch_->async_wait([this](std::error_code) { retireIdleThreads(); });
+}
+
+void IORuntime::retireIdleThreads() {
+  const int idle = fewestAvailable_.load() - usualThreads;
+  for (int retired = 0; retired < idle; ++retired) asio::post(*context_, [] { throw Retirement(); });
+  isWatchingForIdle_ = false;
+  if (available_ - std::max(idle, 0) > usualThreads) watchForIdleThreads();
+}
+
+void IORuntime::endThreads() noexcept {
+  // A forked child process has a copy of this object, but none of its threads.
+  if (isForkedCopy() || !context_) return;
+  RunningChildren::shared().terminate();
+  isEnding_ = true;
+  context_->stop();
+  const int own = executionState().isPoolThread ? 1 : 0;
+  std::unique_lock lock(endMutex_);
+  threadLeft_.wait(lock, [&] { return available_ <= own; });
 }
 
 }  // namespace ormel::detail

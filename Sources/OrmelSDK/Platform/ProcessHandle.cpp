@@ -8,9 +8,9 @@
 #include <system_error>
 #include <thread>
 
-#include "OrmelSDK/Platform/AllSignalsBlocked.h"
 #include "OrmelSDK/Platform/Pidfd.h"
 #include "OrmelSDK/Platform/ProcessLaunchError.h"
+#include "OrmelSDK/Platform/SignalMask.h"
 
 namespace ormel::detail {
 
@@ -32,7 +32,7 @@ void waitAndReap(pid_t pid) noexcept {
 /// the other end: a process forked by the application may hold a copy of that.
 FileDescriptor startWaiter(pid_t pid) {
   Pipe pipe = makePipe();
-  const AllSignalsBlocked blocked;
+  const SignalMask blocked(asynchronousSignals());
   std::thread([pid, told = std::move(pipe.writeEnd)] {
     waitWithoutReaping(pid);
     const char byte = 0;
@@ -105,7 +105,7 @@ void ProcessHandle::killAndReap() noexcept {
 }
 
 void ProcessHandle::reapInBackground() noexcept {
-  const AllSignalsBlocked blocked;
+  const SignalMask blocked(asynchronousSignals());
   try {
     std::thread([pid = pid_] { waitAndReap(pid); }).detach();
   } catch (const std::system_error&) {

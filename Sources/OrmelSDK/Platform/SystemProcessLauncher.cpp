@@ -27,6 +27,10 @@ class SystemChildProcess final : public ChildProcess {
   }
 
   ~SystemChildProcess() override {
+    if (IORuntime::shared().isForkedCopy()) {
+      leaveToParent();
+      return;
+    }
     input_->close();
     output_->stop();
     errorOutput_->stop();
@@ -40,14 +44,26 @@ class SystemChildProcess final : public ChildProcess {
   void closeInput() override { input_->closeWhenWritten(); }
   bool acceptsInput() const override { return input_->isOpen(); }
 
-  void terminate() override { watch_->process().signal(SIGTERM); }
-  void kill() override { watch_->process().signal(SIGKILL); }
+  void terminate() override { signal(SIGTERM); }
+  void kill() override { signal(SIGKILL); }
 
   int processIdentifier() const override { return watch_->process().identifier(); }
   bool isRunning() const override { return !termination(); }
   std::optional<Termination> termination() const override { return watch_->process().termination(); }
 
  private:
+  void signal(int number) {
+    if (!IORuntime::shared().isForkedCopy()) watch_->process().signal(number);
+  }
+
+  /// Leaves the child to the process that started it. Closing its descriptors here would unregister them there: a
+  /// forked process shares the system's side of the I/O context.
+  void leaveToParent() noexcept {
+    for (auto* reader : {&output_, &errorOutput_}) new std::shared_ptr<DescriptorReader>(std::move(*reader));
+    new std::shared_ptr<DescriptorWriter>(std::move(input_));
+    new std::shared_ptr<TerminationWatch>(std::move(watch_));
+  }
+
   std::shared_ptr<DescriptorWriter> input_;
   std::shared_ptr<DescriptorReader> output_;
   std::shared_ptr<DescriptorReader> errorOutput_;
@@ -57,12 +73,13 @@ class SystemChildProcess final : public ChildProcess {
 }  // namespace
 
 SystemProcessLauncher& SystemProcessLauncher::shared() {
-  static SystemProcessLauncher launcher;
+  static auto& launcher = *new SystemProcessLauncher();
   return launcher;
 }
 
 std::unique_ptr<ChildProcess> SystemProcessLauncher::launch(const LaunchSettings& settings,
                                                             TerminationHandler onTermination) {
+  IORuntime::shared().start();
   return std::make_unique<SystemChildProcess>(IORuntime::shared().context(), settings, notice_,
                                               std::move(onTermination));
 }

@@ -13,6 +13,7 @@ void TerminationWatch::begin(asio::io_context& context) {
     if (!descriptor.isOpen()) throw ProcessLaunchError("descriptor", errno);
     const std::lock_guard lock(mutex_);
     endDescriptor_.emplace(watchedDescriptor(context, std::move(descriptor)));
+    RunningChildren::shared().add(process_);
     waitLocked();
   } catch (...) {
     process_.killAndReap();
@@ -31,6 +32,7 @@ void TerminationWatch::checkForEnd() {
   {
     const std::lock_guard lock(mutex_);
     if (!termination) return waitLocked();
+    RunningChildren::shared().remove(process_);
     endDescriptor_.reset();
     handler = std::exchange(onTermination_, nullptr);
   }

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "OrmelSDK/Platform/ProcessHandle.h"
+#include "OrmelSDK/Platform/RunningChildren.h"
 #include "OrmelSDK/Platform/Spawn.h"
 
 namespace ormel::detail {
@@ -23,6 +24,9 @@ class TerminationWatch final : public std::enable_shared_from_this<TerminationWa
   TerminationWatch(const LaunchSettings& settings, const StandardStreams& streams, EndNotice notice,
                    TerminationHandler onTermination)
       : process_(spawn(settings, streams), notice), onTermination_(std::move(onTermination)) {}
+  TerminationWatch(const TerminationWatch&) = delete;
+  TerminationWatch& operator=(const TerminationWatch&) = delete;
+  ~TerminationWatch() { RunningChildren::shared().remove(process_); }
 
   /// Begins to wait. Fails with `ProcessLaunchError`; the child is then killed and reaped.
   void begin(asio::io_context& context);

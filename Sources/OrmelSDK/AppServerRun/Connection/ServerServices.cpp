@@ -1,10 +1,11 @@
 #include "OrmelSDK/AppServerRun/Connection/ServerServices.h"
 
+#include "OrmelSDK/Platform/IORuntime.h"
 #include "OrmelSDK/Platform/SystemProcessLauncher.h"
 
 namespace ormel::detail {
 
 ServerServices::ServerServices()
-    : ServerServices(productionScheduler(), SystemProcessLauncher::shared(), BlockingWork::onThreads()) {}
+    : ServerServices(ioScheduler(), SystemProcessLauncher::shared(), BlockingWork::onThreads()) {}
 
 }  // namespace ormel::detail

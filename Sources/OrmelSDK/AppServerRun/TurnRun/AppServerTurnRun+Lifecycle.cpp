@@ -100,9 +100,8 @@ Task<std::string> AppServerTurnRun::startTurn(std::uint64_t operationGeneration,
     threadID = enterThread(operationGeneration, thread);
   }
   if (threadOptions.threadStartedHandler) {
-    // Not on the strand: an application's function may take its time.
     Task<void> handling = (*threadOptions.threadStartedHandler)(threadID);
-    co_await std::move(handling).onScheduler(*services_.scheduler);
+    co_await std::move(handling).onScheduler(services_.scheduler->applicationScheduler());
     stream_.requireCurrent(operationGeneration);
   }
   const JSONValue turn = co_await requestTurn(threadID, request.input, request.turnOptions);

@@ -32,16 +32,16 @@ void NotificationHandlers::guardianWarning() const {
 }
 
 void NotificationHandlers::strictReviewRequired() const {
-  if (auto event = decodeIfPossible<StrictReviewRequiredEvent>(paramsValue_)) emitEvent(*std::move(event));
+  if (auto event = decodedParams<StrictReviewRequiredEvent>()) emitEvent(*std::move(event));
 }
 
 void NotificationHandlers::authRecoveryStarted() const {
-  auto event = decodeIfPossible<AuthRecoveryEvent>(paramsValue_);
+  auto event = decodedParams<AuthRecoveryEvent>();
   if (event) emitEvent(AuthRecoveryStartedEvent{*std::move(event)});
 }
 
 void NotificationHandlers::authRecoveryCompleted() const {
-  auto event = decodeIfPossible<AuthRecoveryEvent>(paramsValue_);
+  auto event = decodedParams<AuthRecoveryEvent>();
   if (event) emitEvent(AuthRecoveryCompletedEvent{*std::move(event)});
 }
 
@@ -69,11 +69,11 @@ void NotificationHandlers::warning() const {
 }
 
 void NotificationHandlers::deprecationNotice() const {
-  if (auto event = decodeIfPossible<DeprecationNoticeEvent>(paramsValue_)) emitEvent(*std::move(event));
+  if (auto event = decodedParams<DeprecationNoticeEvent>()) emitEvent(*std::move(event));
 }
 
 void NotificationHandlers::configWarning() const {
-  if (auto event = decodeIfPossible<ConfigWarningEvent>(paramsValue_)) emitEvent(*std::move(event));
+  if (auto event = decodedParams<ConfigWarningEvent>()) emitEvent(*std::move(event));
 }
 
 }  // namespace ormel::detail

@@ -81,7 +81,7 @@ const NotificationRow<N>* rowOf(std::string_view method) {
 }  // namespace
 
 void handleServerNotification(const NotificationContext& run, const ServerNotificationMessage& notification) {
-  const NotificationHandlers handlers(run, paramsOf(notification.payload));
+  const NotificationHandlers handlers(run, notification.method, paramsOf(notification.payload));
   const auto* row = rowOf<NotificationHandlers>(notification.method);
   if (!row) {
     handlers.emitContextCompactionEventIfNeeded(notification.method);

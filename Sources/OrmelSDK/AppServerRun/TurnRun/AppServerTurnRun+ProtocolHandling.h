@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,6 +12,7 @@
 #include "OrmelSDK/AppServerRun/TurnRun/CoordinatorTurn.h"
 #include "OrmelSDK/AppServerRun/TurnRun/NotificationContext.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunItems.h"
+#include "OrmelSDK/AppServerRun/TurnRun/RunProblems.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunServerRequests.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunStream.h"
 #include "OrmelSDK/Coding/JSONMembers.h"
@@ -25,8 +27,12 @@ void handleServerNotification(const NotificationContext& run, const ServerNotifi
 /// `handleServerNotification`.
 class NotificationHandlers {
  public:
-  NotificationHandlers(const NotificationContext& run, const JSONValue& paramsValue)
-      : run_(run), paramsValue_(paramsValue), params_(*paramsValue.objectValue()), ids_(idsIn(params_)) {}
+  NotificationHandlers(const NotificationContext& run, std::string_view method, const JSONValue& paramsValue)
+      : run_(run),
+        method_(method),
+        paramsValue_(paramsValue),
+        params_(*paramsValue.objectValue()),
+        ids_(idsIn(params_)) {}
 
   bool belongsToCoordinator() const { return run_.turn.notificationBelongsToCoordinator(ids_); }
 
@@ -78,6 +84,16 @@ class NotificationHandlers {
   void emitEvent(Event event) const {
     run_.stream.emitEvent(std::move(event));
   }
+  /// The record that the params are; nothing, which the application is told of, if they do not decode.
+  template <typename Record>
+  std::optional<Record> decodedParams() const {
+    try {
+      return decode<Record>(paramsValue_);
+    } catch (const DecodingError&) {
+      run_.problems.malformedNotification(method_, std::current_exception());
+      return std::nullopt;
+    }
+  }
   /// Keeps the item's new state and tells of it.
   void update(ThreadItem item) const;
   /// Tells of an item whose state was changed where it is kept.
@@ -108,6 +124,7 @@ class NotificationHandlers {
   }
 
   const NotificationContext& run_;
+  const std::string_view method_;
   const JSONValue& paramsValue_;
   const JSONObject& params_;
   const MessageIDs ids_;

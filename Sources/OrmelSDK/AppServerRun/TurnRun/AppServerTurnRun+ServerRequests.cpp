@@ -6,6 +6,7 @@
 #include "OrmelSDK/AppServerRun/TurnRun/RunItems.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunLife.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunLifecycle.h"
+#include "OrmelSDK/AppServerRun/TurnRun/RunProblems.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunStream.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunTransport.h"
 #include "OrmelSDK/Coding/JSONMembers.h"
@@ -60,27 +61,36 @@ void ServerRequestDispatcher::dispatchServerRequest(const ServerRequestMessage& 
   if (!work) return;
   const ServerRequestScope scope{run_.transport.generation(), run_.stream.currentOperationGeneration(), UUID::random()};
   std::stop_token stop = run_.serverRequests.add(id, scope);
-  auto serving = serve(run_.life.run(), *this, id, scope, *std::move(work));
+  auto serving = serve(run_.life.run(), *this, std::string(request.method), id, scope, *std::move(work));
   // Run concurrently with the reader: a handler may block on a human.
-  std::move(serving).onScheduler(run_.life.strand().scheduler()).withStopToken(std::move(stop)).detach();
+  auto& where = run_.life.strand().scheduler().applicationScheduler();
+  std::move(serving).onScheduler(where).withStopToken(std::move(stop)).detach();
 }
 
-Task<void> ServerRequestDispatcher::serve(std::weak_ptr<void> run, ServerRequestDispatcher& self, AppServerRequestID id,
-                                          ServerRequestScope scope, PreparedServerRequestWork work) {
-  JSONValue result;
+Task<void> ServerRequestDispatcher::serve(std::weak_ptr<void> run, ServerRequestDispatcher& self, std::string method,
+                                          AppServerRequestID id, ServerRequestScope scope,
+                                          PreparedServerRequestWork work) {
+  ServerRequestAnswer answer;
   std::exception_ptr failure;
   try {
-    result = co_await std::move(work.response);
+    answer = co_await std::move(work.response);
   } catch (...) {
     failure = std::current_exception();
   }
   const auto held = run.lock();
   if (!held) co_return;
   co_await self.run_.life.strand().enter();
+  const RunProblems& problems = self.run_.problems;
   if (failure) {
-    self.failPendingServerRequest(id, scope, failure);
-  } else {
-    self.completePendingServerRequest(id, scope, result, work.completionContext);
+    // Where the request still waits, its operation fails, which tells of the failure.
+    if (!self.failPendingServerRequest(id, scope, failure)) problems.handlerFailed(method, failure);
+    co_return;
+  }
+  const bool isInTime = self.completePendingServerRequest(id, scope, answer.result, work.completionContext);
+  if (answer.handlerFailure) {
+    problems.handlerFailed(method, answer.handlerFailure);
+  } else if (answer.isByHandler && !isInTime) {
+    problems.answerCameTooLate(method);
   }
 }
 
@@ -92,23 +102,25 @@ bool ServerRequestDispatcher::takePendingServerRequest(const AppServerRequestID&
          run_.stream.currentOperationGeneration() == scope.operationGeneration && run_.stream.isPending();
 }
 
-void ServerRequestDispatcher::completePendingServerRequest(const AppServerRequestID& id,
+bool ServerRequestDispatcher::completePendingServerRequest(const AppServerRequestID& id,
                                                            const ServerRequestScope& scope, const JSONValue& result,
                                                            const ServerRequestCompletionContext& context) {
-  if (!takePendingServerRequest(id, scope)) return;
+  if (!takePendingServerRequest(id, scope)) return false;
   try {
     applyServerRequestResult(id, result, context);
   } catch (...) {
     const auto text = describedFailure(std::current_exception()).message;
     run_.lifecycle.finishCurrent(StreamCompletion::failed({"Failed responding to app-server request: " + text, false}));
   }
+  return true;
 }
 
-void ServerRequestDispatcher::failPendingServerRequest(const AppServerRequestID& id, const ServerRequestScope& scope,
+bool ServerRequestDispatcher::failPendingServerRequest(const AppServerRequestID& id, const ServerRequestScope& scope,
                                                        const std::exception_ptr& error) {
-  if (!takePendingServerRequest(id, scope)) return;
+  if (!takePendingServerRequest(id, scope)) return false;
   const auto text = describedFailure(error).message;
   run_.lifecycle.finishCurrent(StreamCompletion::failed({"Failed handling app-server request: " + text, false}));
+  return true;
 }
 
 void ServerRequestDispatcher::applyServerRequestResult(const AppServerRequestID& id, const JSONValue& result,

@@ -12,6 +12,7 @@
 #include "OrmelSDK/AppServerRun/TurnRun/AppServerMessage.h"
 #include "OrmelSDK/AppServerRun/TurnRun/CoordinatorScope.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunServerRequests.h"
+#include "OrmelSDK/AppServerRun/TurnRun/ServerRequestAnswers.h"
 #include "OrmelSDK/Concurrency/Task.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 #include "OrmelSDK/Options/ThreadOptions.h"
@@ -21,6 +22,7 @@ namespace ormel::detail {
 class RunItems;
 class RunLife;
 class RunLifecycle;
+class RunProblems;
 class RunStream;
 class RunTransport;
 
@@ -36,9 +38,9 @@ struct ServerRequestCompletionContext {
 
 /// A request of the server whose answer is to be worked out.
 struct PreparedServerRequestWork {
-  explicit PreparedServerRequestWork(Task<JSONValue> responseTask) : response(std::move(responseTask)) {}
+  explicit PreparedServerRequestWork(Task<ServerRequestAnswer> responseTask) : response(std::move(responseTask)) {}
 
-  Task<JSONValue> response;
+  Task<ServerRequestAnswer> response;
   ServerRequestCompletionContext completionContext;
 };
 
@@ -52,6 +54,7 @@ struct ServerRequestContext {
   RunItems& items;
   RunServerRequests& serverRequests;
   RunLifecycle& lifecycle;
+  const RunProblems& problems;
 };
 
 /// Answers the requests of the server, by way of the application's handlers.
@@ -70,13 +73,14 @@ class ServerRequestDispatcher {
 
  private:
   /// Works an answer out, and writes it if it is still wanted then. The run is held only for the second.
-  static Task<void> serve(std::weak_ptr<void> run, ServerRequestDispatcher& self, AppServerRequestID id,
-                          ServerRequestScope scope, PreparedServerRequestWork work);
+  static Task<void> serve(std::weak_ptr<void> run, ServerRequestDispatcher& self, std::string method,
+                          AppServerRequestID id, ServerRequestScope scope, PreparedServerRequestWork work);
   /// Takes the request out, unless its answer is not wanted any more.
   bool takePendingServerRequest(const AppServerRequestID& id, const ServerRequestScope& scope);
-  void completePendingServerRequest(const AppServerRequestID& id, const ServerRequestScope& scope,
+  /// Each tells whether the request was still waiting.
+  bool completePendingServerRequest(const AppServerRequestID& id, const ServerRequestScope& scope,
                                     const JSONValue& result, const ServerRequestCompletionContext& context);
-  void failPendingServerRequest(const AppServerRequestID& id, const ServerRequestScope& scope,
+  bool failPendingServerRequest(const AppServerRequestID& id, const ServerRequestScope& scope,
                                 const std::exception_ptr& error);
   void applyServerRequestResult(const AppServerRequestID& id, const JSONValue& result,
                                 const ServerRequestCompletionContext& context);

@@ -22,6 +22,7 @@
 #include "OrmelSDK/AppServerRun/TurnRun/RunItems.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunLife.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunLifecycle.h"
+#include "OrmelSDK/AppServerRun/TurnRun/RunProblems.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunRecovery.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunRequests.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunServerRequests.h"
@@ -169,6 +170,7 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   CoordinatorScope scope_;
   RunItems items_;
   RunServerRequests serverRequests_;
+  const RunProblems problems_;
 
   // The logic that joins several parts of the state. Each sees the parts that it names.
   RunLifecycle lifecycle_;

@@ -5,6 +5,7 @@ namespace ormel::detail {
 class CoordinatorScope;
 class CoordinatorTurn;
 class RunItems;
+class RunProblems;
 class RunServerRequests;
 class RunStream;
 
@@ -15,6 +16,7 @@ struct NotificationContext {
   CoordinatorTurn& turn;
   RunItems& items;
   RunServerRequests& serverRequests;
+  const RunProblems& problems;
 };
 
 }  // namespace ormel::detail

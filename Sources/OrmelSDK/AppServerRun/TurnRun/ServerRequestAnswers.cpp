@@ -24,19 +24,27 @@ JSONValue decisionAnswer(const OrmelApprovalDecision& decision) {
   return JSONValue::object({{"decision", decision.jsonValue}});
 }
 
+std::exception_ptr decisionNotOffered() {
+  return std::make_exception_ptr(HandlerError("The handler gave a decision that was not offered"));
+}
+
 template <typename Request>
-Task<JSONValue> answerToApproval(std::optional<AsyncHandler<OrmelApprovalDecision(Request)>> handler, Request request) {
+Task<ServerRequestAnswer> answerToApproval(std::optional<AsyncHandler<OrmelApprovalDecision(Request)>> handler,
+                                           Request request) {
   const auto available = request.availableDecisions;
   const JSONValue closed = decisionAnswer(failClosedDecision(available));
-  if (!handler) co_return closed;
+  if (!handler) co_return ServerRequestAnswer(closed);
+  std::exception_ptr failure;
   try {
     Task<OrmelApprovalDecision> task = (*handler)(std::move(request));
     const OrmelApprovalDecision decision = co_await std::move(task);
-    if (available.empty() || contains(available, decision)) co_return decisionAnswer(decision);
+    const bool isOffered = available.empty() || contains(available, decision);
+    if (isOffered) co_return ServerRequestAnswer(decisionAnswer(decision), nullptr);
+    failure = decisionNotOffered();
   } catch (...) {
-    co_return closed;
+    failure = std::current_exception();
   }
-  co_return closed;
+  co_return ServerRequestAnswer(closed, failure);
 }
 
 JSONValue permissionsAnswer(const PermissionsApprovalResponse& response) {
@@ -98,56 +106,58 @@ OrmelApprovalDecision failClosedDecision(const std::vector<OrmelApprovalDecision
   return !declineIsOffered && cancelIsOffered ? OrmelApprovalDecision::cancel : OrmelApprovalDecision::decline;
 }
 
-Task<JSONValue> answerToCommandApproval(decltype(ThreadOptions::commandApprovalHandler) handler,
-                                        CommandApprovalRequest request) {
+Task<ServerRequestAnswer> answerToCommandApproval(decltype(ThreadOptions::commandApprovalHandler) handler,
+                                                  CommandApprovalRequest request) {
   return answerToApproval(std::move(handler), std::move(request));
 }
 
-Task<JSONValue> answerToFileChangeApproval(decltype(ThreadOptions::fileChangeApprovalHandler) handler,
-                                           FileChangeApprovalRequest request) {
+Task<ServerRequestAnswer> answerToFileChangeApproval(decltype(ThreadOptions::fileChangeApprovalHandler) handler,
+                                                     FileChangeApprovalRequest request) {
   return answerToApproval(std::move(handler), std::move(request));
 }
 
-Task<JSONValue> answerToPermissionsApproval(decltype(ThreadOptions::permissionsApprovalHandler) handler,
-                                            PermissionsApprovalRequest request) {
+Task<ServerRequestAnswer> answerToPermissionsApproval(decltype(ThreadOptions::permissionsApprovalHandler) handler,
+                                                      PermissionsApprovalRequest request) {
   const JSONValue closed = permissionsAnswer(PermissionsApprovalResponse());
-  if (!handler) co_return closed;
+  if (!handler) co_return ServerRequestAnswer(closed);
   try {
     Task<PermissionsApprovalResponse> task = (*handler)(std::move(request));
     const PermissionsApprovalResponse response = co_await std::move(task);
-    co_return permissionsAnswer(response);
+    co_return ServerRequestAnswer(permissionsAnswer(response), nullptr);
   } catch (...) {
-    co_return closed;
+    co_return ServerRequestAnswer(closed, std::current_exception());
   }
 }
 
-Task<JSONValue> answerToElicitation(decltype(ThreadOptions::mcpServerElicitationHandler) handler,
-                                    std::optional<McpServerElicitationRequest> request) {
+Task<ServerRequestAnswer> answerToElicitation(decltype(ThreadOptions::mcpServerElicitationHandler) handler,
+                                              std::optional<McpServerElicitationRequest> request) {
   const JSONValue closed = elicitationAnswer(McpServerElicitationResponse());
-  if (!handler || !request) co_return closed;
+  if (!handler || !request) co_return ServerRequestAnswer(closed);
   try {
     Task<McpServerElicitationResponse> task = (*handler)(*std::move(request));
     const McpServerElicitationResponse response = co_await std::move(task);
-    co_return elicitationAnswer(response);
+    co_return ServerRequestAnswer(elicitationAnswer(response), nullptr);
   } catch (...) {
-    co_return closed;
+    co_return ServerRequestAnswer(closed, std::current_exception());
   }
 }
 
-Task<JSONValue> answerToDynamicToolCall(decltype(ThreadOptions::dynamicTools) tools, DynamicToolCallContext call) {
+Task<ServerRequestAnswer> answerToDynamicToolCall(decltype(ThreadOptions::dynamicTools) tools,
+                                                  DynamicToolCallContext call) {
   const std::string name = call.tool;
   const DynamicTool* const called = tools ? toolCalledBy(call, *tools) : nullptr;
-  if (!called) co_return failedToolAnswer("Dynamic tool '" + name + "' is not registered.");
+  if (!called) co_return ServerRequestAnswer(failedToolAnswer("Dynamic tool '" + name + "' is not registered."));
   try {
     Task<DynamicToolResult> task = called->execute(std::move(call));
     const DynamicToolResult result = co_await std::move(task);
-    co_return toolAnswer(result);
+    co_return ServerRequestAnswer(toolAnswer(result), nullptr);
   } catch (...) {
-    co_return failedToolAnswer(describedFailure(std::current_exception()).message);
+    const auto failure = std::current_exception();
+    co_return ServerRequestAnswer(failedToolAnswer(describedFailure(failure).message), failure);
   }
 }
 
-Task<JSONValue> answerToAuthTokensRefresh(
+Task<ServerRequestAnswer> answerToAuthTokensRefresh(
     AsyncHandler<ParlaneAuthTokensRefreshResponse(ParlaneAuthTokensRefreshRequest)> handler,
     ParlaneAuthTokensRefreshRequest request) {
   Task<ParlaneAuthTokensRefreshResponse> task = handler(std::move(request));
@@ -156,17 +166,17 @@ Task<JSONValue> answerToAuthTokensRefresh(
   const JSONValue answer = JSONValue::object({{"accessToken", response.accessToken},
                                               {"parlaneAccountId", response.parlaneAccountID},
                                               {"parlanePlanType", planType}});
-  co_return answer;
+  co_return ServerRequestAnswer(answer, nullptr);
 }
 
-Task<JSONValue> answerToAttestation(decltype(ThreadOptions::attestationGenerateHandler) handler) {
-  if (!handler) co_return attestationAnswer("");
+Task<ServerRequestAnswer> answerToAttestation(decltype(ThreadOptions::attestationGenerateHandler) handler) {
+  if (!handler) co_return ServerRequestAnswer(attestationAnswer(""));
   try {
     Task<std::string> task = (*handler)();
     const std::string token = co_await std::move(task);
-    co_return attestationAnswer(token);
+    co_return ServerRequestAnswer(attestationAnswer(token), nullptr);
   } catch (...) {
-    co_return attestationAnswer("");
+    co_return ServerRequestAnswer(attestationAnswer(""), std::current_exception());
   }
 }
 
