@@ -2,10 +2,10 @@
 
 #include <exception>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include "OrmelSDK/Concurrency/OneShot.h"
+#include "OrmelSDK/Platform/DetachedThread.h"
 #include "OrmelSDK/Platform/IORuntime.h"
 #include "OrmelSDK/Platform/SignalMask.h"
 
@@ -16,9 +16,11 @@ namespace {
 class WorkOnThreads final : public BlockingWork {
  public:
   void run(UniqueFunction<void()> work) override {
-    const SignalMask ofTheApplication(IORuntime::shared().applicationMask());
     try {
-      std::thread([piece = std::move(work)]() mutable { piece(); }).detach();
+      startDetachedThread([piece = std::move(work), &mask = IORuntime::shared().applicationMask()]() mutable {
+        const SignalMask ofTheApplication(mask);
+        piece();
+      });
     } catch (const std::system_error& error) {
       throw ResourceExhaustedError("threads", error.code().message());
     }

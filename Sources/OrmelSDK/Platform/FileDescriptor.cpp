@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "OrmelSDK/Platform/FailureInjection.h"
 #include "OrmelSDK/Platform/ProcessLaunchError.h"
 
 namespace ormel::detail {
@@ -46,10 +47,15 @@ void FileDescriptor::close() noexcept {
 }
 
 FileDescriptor FileDescriptor::duplicate(int number) noexcept {
+  if (const int failure = injectedFailure(SystemCall::duplicate)) {
+    errno = failure;
+    return FileDescriptor();
+  }
   return FileDescriptor(::fcntl(number, F_DUPFD_CLOEXEC, firstNonStandard));
 }
 
 Pipe makePipe() {
+  if (const int failure = injectedFailure(SystemCall::makePipe)) throw ProcessLaunchError("pipe", failure);
   int ends[2];
   if (makeRawPipe(ends) != 0) throw ProcessLaunchError("pipe", errno);
   Pipe pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])};

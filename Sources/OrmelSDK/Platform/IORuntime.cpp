@@ -9,12 +9,13 @@
 #include <asio/post.hpp>
 #include <chrono>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include "OrmelSDK/Base/FatalError.h"
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
 #include "OrmelSDK/Concurrency/ExecutionState.h"
+#include "OrmelSDK/Platform/DetachedThread.h"
+#include "OrmelSDK/Platform/FailureInjection.h"
 #include "OrmelSDK/Platform/FileDescriptor.h"
 #include "OrmelSDK/Platform/RunningChildren.h"
 #include "OrmelSDK/Platform/SignalMask.h"
@@ -86,6 +87,9 @@ void IORuntime::startLocked() {
 void IORuntime::makeContext() {
   const StandardStreamsTaken taken;
   try {
+    if (const int failure = injectedFailure(SystemCall::makeContext)) {
+      throw std::system_error(failure, std::generic_category());
+    }
     context_.emplace();
   } catch (const std::system_error& error) {
     throw ResourceExhaustedError("descriptors", error.code().message());
@@ -115,7 +119,7 @@ void IORuntime::startThread() {
   const SignalMask blocked(asynchronousSignals());
   ++available_;
   try {
-    std::thread([this] { serve(); }).detach();
+    startDetachedThread([this] { serve(); });
   } catch (const std::system_error& error) {
     --available_;
     throw ResourceExhaustedError("threads", error.code().message());

@@ -12,6 +12,8 @@
 #include <cstdint>
 #endif
 
+#include "OrmelSDK/Platform/FailureInjection.h"
+
 namespace ormel::detail {
 
 Termination terminationFromWaitStatus(int status) noexcept {
@@ -47,6 +49,7 @@ Termination rememberedTermination(const FileDescriptor& pidfd) noexcept {
 }  // namespace
 
 FileDescriptor openPidfd(pid_t pid) noexcept {
+  if (injectedFailure(SystemCall::openPidfd) != 0) return FileDescriptor();
   return FileDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
 }
 

@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 #include <system_error>
-#include <thread>
 
+#include "OrmelSDK/Platform/DetachedThread.h"
 #include "OrmelSDK/Platform/Pidfd.h"
 #include "OrmelSDK/Platform/ProcessLaunchError.h"
 #include "OrmelSDK/Platform/SignalMask.h"
@@ -33,11 +33,11 @@ void waitAndReap(pid_t pid) noexcept {
 FileDescriptor startWaiter(pid_t pid) {
   Pipe pipe = makePipe();
   const SignalMask blocked(asynchronousSignals());
-  std::thread([pid, told = std::move(pipe.writeEnd)] {
+  startDetachedThread([pid, told = std::move(pipe.writeEnd)] {
     waitWithoutReaping(pid);
     const char byte = 0;
     [[maybe_unused]] const auto written = ::write(told.number(), &byte, 1);
-  }).detach();
+  });
   return std::move(pipe.readEnd);
 }
 
@@ -107,7 +107,7 @@ void ProcessHandle::killAndReap() noexcept {
 void ProcessHandle::reapInBackground() noexcept {
   const SignalMask blocked(asynchronousSignals());
   try {
-    std::thread([pid = pid_] { waitAndReap(pid); }).detach();
+    startDetachedThread([pid = pid_] { waitAndReap(pid); });
   } catch (const std::system_error&) {
     // Without a thread to spare the child stays until this process ends, which is the lesser evil.
   }

@@ -8,6 +8,7 @@
 
 #include <array>
 
+#include "OrmelSDK/Platform/FailureInjection.h"
 #include "OrmelSDK/Platform/FileDescriptor.h"
 #include "OrmelSDK/Platform/ProcessLaunchError.h"
 
@@ -152,6 +153,7 @@ pid_t spawn(const LaunchSettings& settings, const StandardStreams& streams) {
   const Attributes attributes(check);
 
   pid_t pid = 0;
+  check(injectedFailure(SystemCall::spawn));
   check(posix_spawn(&pid, settings.executable.c_str(), actions.get(), attributes.get(), arguments.get(),
                     settings.environment ? environment.get() : inheritedEnvironment()));
   return pid;

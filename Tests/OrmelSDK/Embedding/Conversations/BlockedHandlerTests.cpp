@@ -64,7 +64,7 @@ TEST(BlockedHandlers, HoldUpNoEventAndNoInterruptOfOthersAndTheirThreadsEndAgain
   EXPECT_EQ(thread.run("while they wait").get().items.size(), 0U);
   auto turn = thread.runStreamed("another").get();
   thread.interrupt().get();
-  EXPECT_EQ(testing::told(turn.events()).back(), "end");
+  EXPECT_EQ(testing::told(turn.events).back(), "end");
   held.interrupt().get();
 
   EXPECT_GE(threadCount(), std::size_t{blockedCount});

@@ -47,7 +47,7 @@ class ExitDeathTest : public ::testing::Test {
       const JSONValue entry = JSONValue::decode(line);
       if (*entry.find("event") != JSONValue("start")) continue;
       ++started;
-      const auto server = static_cast<pid_t>(*entry.find("process")->integerValue());
+      const auto server = static_cast<pid_t>(*entry.find("process")->numberValue());
       EXPECT_TRUE(testing::eventually([server] { return ::kill(server, 0) != 0; })) << server;
     }
     EXPECT_EQ(started, count);

@@ -9,6 +9,7 @@
 
 #include "OrmelSDK/Embedding/EmbeddedServer.h"
 #include "OrmelSDK/Platform/IORuntime.h"
+#include "OrmelSDK/Records/ThreadRecords.h"
 
 namespace ormel {
 namespace {
