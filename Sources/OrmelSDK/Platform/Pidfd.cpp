@@ -50,7 +50,10 @@ Termination rememberedTermination(const FileDescriptor& pidfd) noexcept {
 
 FileDescriptor openPidfd(pid_t pid) noexcept {
   if (injectedFailure(SystemCall::openPidfd) != 0) return FileDescriptor();
-  return FileDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+  FileDescriptor opened(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+  // Not in the place of a standard stream that the application has closed.
+  if (opened.isOpen() && opened.number() <= STDERR_FILENO) opened = FileDescriptor::duplicate(opened.number());
+  return opened;
 }
 
 std::optional<Termination> reapPidfd(const FileDescriptor& pidfd) noexcept {

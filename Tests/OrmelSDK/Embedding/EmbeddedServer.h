@@ -20,6 +20,10 @@ inline constexpr const char* embeddedTurnEnds =
 inline constexpr const char* asksForApproval =
     R"(server asks item/commandExecution/requestApproval {"threadId": "t1", "turnId": "u1", "command": "ls"})";
 
+/// A turn in which an approval is asked for, and refused.
+inline const std::string embeddedTurnWithApproval =
+    embeddedTurn + asksForApproval + " expecting {\"decision\": \"decline\"}\n" + embeddedTurnEnds;
+
 inline OrmelOptions optionsFor(const SimulatorScenario& scenario) {
   OrmelOptions options;
   options.ormelPathOverride = SimulatorScenario::executable();

@@ -1,12 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <future>
 #include <latch>
 #include <memory>
 #include <string>
 #include <utility>
 
+#include "OrmelSDK/Concurrency/Sleep.h"
 #include "OrmelSDK/Embedding/EmbeddedServer.h"
 #include "Support/Eventually.h"
 #include "Support/ProcessResources.h"
@@ -81,7 +83,7 @@ TEST(BlockedCallbacks, OfStartHoldUpNoEventOfOthers) {
   auto thread = Ormel(optionsFor(scenario)).startThread();
   thread.run("first").get();
   for (int started = 0; started < count; ++started) {
-    thread.interrupt().start([gate, &blocked](const TaskResult<void>&) {
+    sleepFor(productionScheduler(), std::chrono::milliseconds(1)).start([gate, &blocked](const TaskResult<void>&) {
       blocked.count_down();
       gate->wait();
     });
@@ -99,7 +101,7 @@ TEST(BlockedCoroutines, OfTheApplicationHoldUpNoEventOfOthers) {
   auto thread = Ormel(optionsFor(scenario)).startThread();
   thread.run("first").get();
   const auto blocking = [&]() -> Task<void> {
-    co_await thread.interrupt();
+    co_await sleepFor(productionScheduler(), std::chrono::milliseconds(1));
     blocked.count_down();
     gate->wait();
     ended.count_down();
@@ -112,8 +114,7 @@ TEST(BlockedCoroutines, OfTheApplicationHoldUpNoEventOfOthers) {
 }
 
 TEST(BlockedCallers, AreRefusedToWaitForATaskInAHandler) {
-  const SimulatorScenario scenario(embeddedTurn + std::string(testing::asksForApproval) +
-                                   " expecting {\"decision\": \"decline\"}\n" + embeddedTurnEnds);
+  const SimulatorScenario scenario(testing::embeddedTurnWithApproval);
   std::promise<std::string> refusal;
   ThreadOptions threadOptions;
   threadOptions.commandApprovalHandler = [&refusal](const CommandApprovalRequest&) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "OrmelSDK/Embedding/EmbeddedServer.h"
 #include "OrmelSDK/Platform/FailureInjection.h"
@@ -28,12 +29,12 @@ std::atomic<bool> hasFailed{false};
 std::atomic<SystemCall> failedCall{};
 
 std::atomic<int> began{0};
+std::atomic<int> refused{0};
 
 int failInTurn(SystemCall call) {
   const int left = callsBeforeFailure.fetch_sub(1);
   if (left > 0 || (left < 0 && !isForGood)) return 0;
-  hasFailed = true;
-  failedCall = call;
+  if (!hasFailed.exchange(true)) failedCall = call;
   return call == SystemCall::startThread ? EAGAIN : EMFILE;
 }
 
@@ -51,12 +52,9 @@ class Scarcity {
   ~Scarcity() { failureInjector = nullptr; }
 };
 
-const std::string turnWithApproval = embeddedTurn + std::string(testing::asksForApproval) +
-                                     " expecting {\"decision\": \"decline\"}\n" + embeddedTurnEnds;
-
 /// A start, a turn with a handler and a release; the library's own error if there was one.
 std::optional<std::string> errorOfWholeLife() {
-  const SimulatorScenario scenario(turnWithApproval);
+  const SimulatorScenario scenario(testing::embeddedTurnWithApproval);
   OrmelOptions options = optionsFor(scenario);
   options.executableTrustAssessment = [](const std::string&) { return OrmelExecutableTrustAssessment::trusted(); };
   auto thread = Ormel(options).startThread(testing::whenAskedForApproval([] {}));
@@ -70,8 +68,9 @@ std::optional<std::string> errorOfWholeLife() {
 
 /// Lets each call fail in turn, until a life makes fewer calls than are let through.
 void letEachCallFail(bool forGood) {
+  ASSERT_EQ(errorOfWholeLife(), std::nullopt);
   std::set<SystemCall> failed;
-  std::optional<ProcessResources> before;
+  const auto before = ProcessResources::now();
   for (int callsBefore = 0;; ++callsBefore) {
     SCOPED_TRACE("after " + std::to_string(callsBefore) + " calls");
     ASSERT_LT(callsBefore, 200);
@@ -82,54 +81,64 @@ void letEachCallFail(bool forGood) {
     }
     if (!hasFailed) break;
     failed.insert(failedCall);
-    if (error) EXPECT_NE(*error, "");
+    EXPECT_NE(error, std::optional<std::string>(""));
     EXPECT_EQ(errorOfWholeLife(), std::nullopt) << "after: " << error.value_or("success");
-    if (!before) before = ProcessResources::now();
-    EXPECT_TRUE(testing::eventually([&] { return ProcessResources::now().isNoMoreThan(*before); }));
+    EXPECT_TRUE(testing::eventually([&] { return ProcessResources::now().isNoMoreThan(before); }));
   }
-  const std::set<SystemCall> needed = {SystemCall::startThread, SystemCall::makePipe, SystemCall::duplicate,
-                                       SystemCall::watch,       SystemCall::spawn,    SystemCall::openPidfd};
-  for (const SystemCall call : needed) {
-    EXPECT_EQ(failed.count(call), forGood && call != SystemCall::startThread ? failed.count(call) : 1U)
-        << static_cast<int>(call);
-  }
+  const std::set<SystemCall> all = {SystemCall::startThread, SystemCall::makePipe, SystemCall::duplicate,
+                                    SystemCall::watch,       SystemCall::spawn,    SystemCall::openPidfd};
+  EXPECT_EQ(failed, all);
 }
 
 TEST(Scarcity, OfOneCallIsAnErrorOrASuccessAndTheNextTryWorks) { letEachCallFail(false); }
 TEST(Scarcity, FromOneCallOnIsAnErrorOrASuccessAndTheNextTryWorks) { letEachCallFail(true); }
 
-TEST(Scarcity, OfThreadsAtTheFirstUseIsToldByName) {
+/// The failure of the first use when the call of this number fails, and each one after it.
+std::string failureOfFirstUse(Thread& thread, int callsBefore) {
+  const Scarcity scarcity(callsBefore, true);
+  try {
+    thread.run("go").get();
+  } catch (const ResourceExhaustedError& error) {
+    return error.resource() + ": " + error.description();
+  }
+  return "none";
+}
+
+TEST(Scarcity, AtTheFirstUseIsToldByNameAndTheNextTryWorks) {
   const SimulatorScenario scenario(embeddedTurn + embeddedTurnEnds);
   auto thread = Ormel(optionsFor(scenario)).startThread();
-  for (int started = 0; started < 2; ++started) {
-    const Scarcity scarcity(started == 0 ? 1 : 0, true);
-    try {
-      thread.run("go").get();
-      ADD_FAILURE() << "was started without threads";
-    } catch (const ResourceExhaustedError& error) {
-      EXPECT_EQ(error.resource(), "threads");
-      EXPECT_EQ(error.description(), "The system has no room for more threads: Resource temporarily unavailable");
-    }
-  }
+  const std::string threads = "threads: The system has no room for more threads: Resource temporarily unavailable";
+  EXPECT_EQ(failureOfFirstUse(thread, 0),
+            "descriptors: The system has no room for more descriptors: Too many open files");
+  EXPECT_EQ(failureOfFirstUse(thread, 1), threads);
+  EXPECT_EQ(failureOfFirstUse(thread, 1), threads);
+  EXPECT_EQ(failureOfFirstUse(thread, 0), threads);
   thread.run("go").get();
 }
 
 TEST(Scarcity, OfThreadsForHandlersHasThemTakeTurns) {
   constexpr int asked = 8;
   std::string asking = embeddedTurn;
-  for (int count = 0; count < asked; ++count) asking += std::string(testing::asksForApproval) + "\n";
-  for (int count = 0; count < asked; ++count) asking += "client answers {\"decision\": \"decline\"}\n";
+  std::string answers = "in any order\n";
+  for (int count = 0; count < asked; ++count) {
+    const std::string name = "request" + std::to_string(count);
+    asking += testing::asksForApproval + (" as " + name) + "\n";
+    answers += "client answers " + name + " {\"decision\": \"decline\"}\n";
+  }
+  asking += answers + "end\n";
   const SimulatorScenario scenario(asking + embeddedTurnEnds);
-  std::atomic<bool> isOpen{false};
   began = 0;
-  auto thread = Ormel(optionsFor(scenario)).startThread(testing::whenAskedForApproval([&isOpen] {
-    ++began;
-    EXPECT_TRUE(testing::eventually([&] { return isOpen.load(); }));
+  refused = 0;
+  auto thread = Ormel(optionsFor(scenario)).startThread(testing::whenAskedForApproval([] {
+    // Each one holds its thread until others have had to wait.
+    EXPECT_TRUE(++began == asked || testing::eventually([] { return refused >= 2; }));
   }));
-  failureInjector = [](SystemCall call) { return call == SystemCall::startThread && began > 0 ? EAGAIN : 0; };
+  failureInjector = [](SystemCall call) {
+    const bool isRefused = call == SystemCall::startThread && began > 0;
+    if (isRefused) ++refused;
+    return isRefused ? EAGAIN : 0;
+  };
   auto turn = thread.runStreamed("go").get();
-  EXPECT_TRUE(testing::eventually([&] { return began > 0; }));
-  isOpen = true;
   EXPECT_EQ(testing::told(turn.events).back(), "end");
   failureInjector = nullptr;
   EXPECT_EQ(began, asked);

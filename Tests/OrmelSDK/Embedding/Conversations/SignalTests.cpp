@@ -1,8 +1,12 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <array>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -13,15 +17,25 @@
 namespace ormel {
 namespace {
 
-using testing::embeddedTurn;
-using testing::embeddedTurnEnds;
 using testing::optionsFor;
 using testing::SimulatorScenario;
 using testing::unblockedSignals;
 
-std::string turnWithApproval() {
-  return embeddedTurn + std::string(testing::asksForApproval) + " expecting {\"decision\": \"decline\"}\n" +
-         embeddedTurnEnds;
+/// The line about blocked signals that a program sees that the calling thread starts. No shell: one may clear its mask.
+std::string blockedInAProgram(const std::string& file) {
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, file.c_str(), O_WRONLY | O_CREAT, S_IRUSR | S_IWUSR);
+  std::array<std::string, 3> arguments = {"grep", "SigBlk", "/proc/self/status"};
+  std::array<char*, 4> pointers = {arguments[0].data(), arguments[1].data(), arguments[2].data(), nullptr};
+  pid_t child = 0;
+  const int failure = ::posix_spawnp(&child, "grep", &actions, nullptr, pointers.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (failure != 0 || ::waitpid(child, nullptr, 0) != child) return "not started";
+  std::string line;
+  std::ifstream told(file);
+  std::getline(told, line);
+  return line;
 }
 
 /// Each test is a process of its own, since the library takes the mask of its first use.
@@ -48,7 +62,7 @@ TEST_F(SignalsOfTheApplication, AreThoseOfItsFirstUseInAllItsCode) {
   std::string inProgram;
   OneShot<void> called;
   const auto resolver = std::make_shared<OneShotResolver<void>>(called.resolver());
-  const SimulatorScenario scenario(turnWithApproval());
+  const SimulatorScenario scenario(testing::embeddedTurnWithApproval);
   OrmelOptions options = optionsFor(scenario);
   options.executableTrustAssessment = [&](const std::string&) {
     inAssessment = unblockedSignals();
@@ -56,10 +70,7 @@ TEST_F(SignalsOfTheApplication, AreThoseOfItsFirstUseInAllItsCode) {
   };
   const auto threadOptions = testing::whenAskedForApproval([&] {
     inHandler = unblockedSignals();
-    const std::string told = scenario.path().string() + ".mask";
-    if (std::system(("grep SigBlk /proc/self/status > " + told).c_str()) == 0) {
-      std::getline(std::ifstream(told), inProgram);
-    }
+    inProgram = blockedInAProgram(scenario.path().string() + ".mask");
   });
   auto thread = Ormel(options).startThread(threadOptions);
   const auto running = [&]() -> Task<void> {
@@ -81,17 +92,17 @@ TEST_F(SignalsOfTheApplication, AreThoseOfItsFirstUseInAllItsCode) {
 }
 
 TEST_F(SignalsOfTheApplicationDeathTest, ReachTheCrashHandlerFromAHandler) {
-  constexpr int chosenStatus = 9;
-  const SimulatorScenario scenario(turnWithApproval());
+  constexpr int crashStatus = 9;
+  const SimulatorScenario scenario(testing::embeddedTurnWithApproval);
   EXPECT_EXIT(
       {
         struct sigaction action{};
-        action.sa_handler = [](int) { ::_exit(chosenStatus); };
+        action.sa_handler = [](int) { ::_exit(crashStatus); };
         sigaction(SIGSEGV, &action, nullptr);
         const auto threadOptions = testing::whenAskedForApproval([] { ::raise(SIGSEGV); });
         Ormel(optionsFor(scenario)).startThread(threadOptions).run("go").get();
       },
-      ::testing::ExitedWithCode(chosenStatus), "");
+      ::testing::ExitedWithCode(crashStatus), "");
 }
 
 }  // namespace

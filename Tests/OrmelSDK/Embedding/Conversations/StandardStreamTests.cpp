@@ -14,7 +14,7 @@ using testing::embeddedTurnEnds;
 using testing::optionsFor;
 using testing::SimulatorScenario;
 
-constexpr int good = 11;
+constexpr int bothRan = 11;
 constexpr std::array<int, 3> standardStreams = {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
 
 bool isOpen(int descriptor) { return ::fcntl(descriptor, F_GETFD) >= 0; }
@@ -28,14 +28,14 @@ TEST(StandardStreamsDeathTest, ThatAreClosedStayFreeForTheApplication) {
         auto thread = Ormel(optionsFor(scenario)).startThread();
         thread.run("first").get();
         for (const int stream : standardStreams) {
-          if (isOpen(stream)) ::_exit(stream);
+          if (isOpen(stream)) ::_exit(20 + stream);
         }
         const int file = ::open("/dev/null", O_RDWR);
         for (const int stream : standardStreams) ::dup2(file, stream);
         thread.run("second").get();
-        ::_exit(scenario.failures().empty() ? good : good + 1);
+        ::_exit(scenario.failures().empty() ? bothRan : bothRan + 1);
       },
-      ::testing::ExitedWithCode(good), "");
+      ::testing::ExitedWithCode(bothRan), "");
 }
 
 }  // namespace
