@@ -22,7 +22,7 @@ class TerminationWatch final : public std::enable_shared_from_this<TerminationWa
   /// Starts the child. Fails with `ProcessLaunchError`. To be followed by `begin`.
   TerminationWatch(const LaunchSettings& settings, const StandardStreams& streams, EndNotice notice,
                    TerminationHandler onTermination)
-      : process_(spawn(settings, streams), notice), onTermination_(std::move(onTermination)) {}
+      : process_(spawn(settings, streams, notice)), onTermination_(std::move(onTermination)) {}
 
   /// Begins to wait. Fails with `ProcessLaunchError`; the child is then killed and reaped.
   void begin(asio::io_context& context);
