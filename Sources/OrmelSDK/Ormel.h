@@ -50,6 +50,9 @@ class OneShotPerformer;
 /// and with `ThreadRunError` of the kind `streamError` if the connection breaks or the reply is not what it should be.
 /// Arguments are not examined on this side.
 ///
+/// *Fatal*: a server that sends an id which is a whole number outside the signed 64-bit range ends this process, as
+/// `JSONValue::intValue` does.
+///
 /// *Cancellation*: a call whose stop token is triggered fails with `ThreadRunError` of the kind `streamError`:
 /// "App-server RPC thread/list was cancelled". Its server process is stopped; there is no time-out.
 class Ormel {

@@ -42,6 +42,9 @@ class ControlSession;
 /// `CancelledError`. Every call that fails costs the server process, also one that the server refuses: the other calls
 /// that are under way fail with "App-server RPC client terminated", and the next call starts a new process.
 ///
+/// *Fatal*: a server that sends an id which is a whole number outside the signed 64-bit range ends this process, as
+/// `JSONValue::intValue` does.
+///
 /// *Cancellation*: a call whose stop token is triggered fails, as above. There is no time-out.
 class OrmelControlSession {
  public:

@@ -69,6 +69,10 @@ struct StreamedTurn {
 /// while it starts may also fail with "Prepared app-server operation is no longer current". An operation that fails
 /// ends the server process; the next one starts another.
 ///
+/// *Fatal*: a server that sends an id, of a request or of a response, which is a whole number outside the signed 64-bit
+/// range ends this process, as `JSONValue::intValue` does. An id that has lost its last digits must never match
+/// another.
+///
 /// *Cancellation*: an operation whose call is cancelled by its stop token before the server has accepted it is aborted,
 /// and the call fails with `CancelledError`. Afterwards a cancelled `run` only stops reading, and `interrupt` or the
 /// `AbortSignal` of its options ends the operation.

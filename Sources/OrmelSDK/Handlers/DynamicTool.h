@@ -13,7 +13,8 @@ namespace ormel {
 
 /// The description of a tool for the model. Has no JSON form.
 struct DynamicToolSpec {
-  /// Tools of one namespace are offered as a group. A tool of the empty one is offered like a tool without one.
+  /// Tools of one namespace are offered as a group. A tool of the empty one is offered like a tool without one, and so
+  /// also answers a call that names no namespace, unless a tool of this name without a namespace is there for it.
   std::optional<std::string> namespace_;
   std::string name;
   std::string description;

@@ -4,14 +4,13 @@
 #include <vector>
 
 #include "OrmelSDK/JSON/CodingErrors.h"
-#include "OrmelSDK/JSON/JSONSyntax.h"
 
 namespace ormel::detail {
 
 namespace {
 
-// Makes every integer that may exceed 64 bits a number with an exponent, which simdjson reads as the nearest double.
-std::string withWideIntegersAsDoubles(std::string_view text, const std::vector<std::size_t>& ends) {
+// Makes every integer that 64 bits may not hold a number with an exponent, which simdjson reads as the nearest double.
+std::string withUnfitIntegersAsDoubles(std::string_view text, const std::vector<std::size_t>& ends) {
   constexpr std::string_view exponent = "e0";
   std::string rewritten;
   rewritten.reserve(text.size() + ends.size() * exponent.size() + jsonPadding);
@@ -27,7 +26,7 @@ std::string withWideIntegersAsDoubles(std::string_view text, const std::vector<s
 
 }  // namespace
 
-std::string examineRefusedText(std::string_view text) {
+std::string examinedText(std::string_view text) {
   const JSONExamination examination = examineJSON(text, JSONValue::maximumDecodingDepth);
   if (examination.failure) {
     DecodingContext context("The given data was not valid JSON.");
@@ -35,7 +34,7 @@ std::string examineRefusedText(std::string_view text) {
         std::make_shared<JSONSyntaxError>(examination.failure->reason, examination.failure->byteOffset);
     throw DecodingError::dataCorrupted(std::move(context));
   }
-  return withWideIntegersAsDoubles(text, examination.wideIntegerEnds).append(jsonPadding, ' ');
+  return withUnfitIntegersAsDoubles(text, examination.unfitIntegerEnds).append(jsonPadding, ' ');
 }
 
 void failUnsupportedValue() { throw DecodingError::dataCorrupted(DecodingContext("Unsupported JSON value")); }

@@ -9,12 +9,13 @@
 #include "OrmelSDK/Base/ByteBuffer.h"
 #include "OrmelSDK/JSON/JSONDecoding.h"
 #include "OrmelSDK/JSON/JSONReaderLimits.h"
+#include "OrmelSDK/JSON/JSONSyntax.h"
 
 namespace ormel::detail {
 
-/// For a text that a reader refused: throws the `DecodingError` that says why it is no JSON, or returns the same text,
-/// followed by `jsonPadding` bytes, in a form that the reader can read.
-std::string examineRefusedText(std::string_view text);
+/// For a text that a reader refused or would read inexactly: throws the `DecodingError` that says why it is no JSON, or
+/// returns the same text, followed by `jsonPadding` bytes, in a form that the reader can read.
+std::string examinedText(std::string_view text);
 
 [[noreturn]] void failUnsupportedValue();
 
@@ -56,7 +57,8 @@ class JSONDecoder {
   static JSONValue decodePadded(ByteBuffer text) {
     if (text.size() <= keptReaderLimit) return decodeWith(threadReader(), text.view());
     Reader reader;
-    if (!reader.read(text.view())) return decodeRefused(text.view());
+    // The text will be gone when its numbers are looked at.
+    if (!reader.read(text.view()) || mayHoldMinusZero(text.view())) return decodeExamined(text.view());
     text = ByteBuffer();
     return reader.build();
   }
@@ -69,12 +71,16 @@ class JSONDecoder {
 
   static JSONValue decodeWith(Reader& reader, std::string_view text) {
     if (!reader.read(text)) [[unlikely]]
-      return decodeRefused(text);
-    return reader.build();
+      return decodeExamined(text);
+    JSONValue value = reader.build();
+    // simdjson reads minus zero as an integer, and so loses its sign.
+    if (reader.hasBuiltIntegerZero() && mayHoldMinusZero(text)) [[unlikely]]
+      return decodeExamined(text);
+    return value;
   }
 
-  static JSONValue decodeRefused(std::string_view text) {
-    const std::string readable = examineRefusedText(text);
+  static JSONValue decodeExamined(std::string_view text) {
+    const std::string readable = examinedText(text);
     Reader reader;
     if (!reader.readExamined(std::string_view(readable).substr(0, readable.size() - jsonPadding)))
       failUnsupportedValue();

@@ -46,6 +46,8 @@ class DocumentSize {
         texts += textOf(element).size() + textOverhead;
         return true;
       case dom::element_type::INT64:
+        hasIntegerZero |= element.get_int64().value_unsafe() == 0;
+        return true;
       case dom::element_type::UINT64:
       case dom::element_type::DOUBLE:
       case dom::element_type::BOOL:
@@ -58,6 +60,7 @@ class DocumentSize {
 
   std::size_t nodes = 0;
   std::size_t texts = 0;
+  bool hasIntegerZero = false;
 
  private:
   bool addObject(const dom::object& object, std::size_t depth) {
@@ -177,6 +180,7 @@ bool JSONDocumentReader::read(std::string_view text) {
   if (!size.add(root_)) return false;
   nodesSize_ = size.nodes;
   textsSize_ = size.texts;
+  hasIntegerZero_ = size.hasIntegerZero;
   return true;
 }
 

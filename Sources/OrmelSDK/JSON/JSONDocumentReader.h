@@ -23,6 +23,9 @@ class JSONDocumentReader {
   /// Builds the value of the text that was read last, which itself is needed no more. To be called once.
   JSONValue build();
 
+  /// Whether there is an integer zero in the value that was built last, which may have been minus zero in the text.
+  bool hasBuiltIntegerZero() const noexcept { return hasIntegerZero_; }
+
  private:
   simdjson::error_code parse(std::string_view text);
 
@@ -30,6 +33,7 @@ class JSONDocumentReader {
   simdjson::dom::element root_;
   std::size_t nodesSize_ = 0;
   std::size_t textsSize_ = 0;
+  bool hasIntegerZero_ = false;
 };
 
 }  // namespace ormel::detail

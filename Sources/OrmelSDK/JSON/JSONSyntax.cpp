@@ -1,5 +1,8 @@
 #include "OrmelSDK/JSON/JSONSyntax.h"
 
+#include <algorithm>
+
+#include "OrmelSDK/JSON/JSONDecoding.h"
 #include "OrmelSDK/Text/UTF8.h"
 
 namespace ormel::detail {
@@ -134,7 +137,7 @@ class Examiner {
   }
 
   bool readNumber() {
-    accept('-');
+    const bool negative = accept('-');
     const bool startsWithZero = !atEnd() && here() == '0';
     const std::size_t digits = readDigits();
     if (digits == 0) return fail(atEnd() ? "Unexpected end of text" : "Expected a digit");
@@ -149,7 +152,8 @@ class Examiner {
       if (!accept('+')) accept('-');
       if (readDigits() == 0) return fail(atEnd() ? "Unexpected end of text" : "Expected a digit");
     }
-    if (integer && digits >= wideIntegerDigits) result_.wideIntegerEnds.push_back(at_);
+    const bool fits = digits < wideIntegerDigits && !(negative && startsWithZero);
+    if (integer && !fits) result_.unfitIntegerEnds.push_back(at_);
     return true;
   }
 
@@ -211,10 +215,39 @@ class Examiner {
   JSONExamination result_;
 };
 
+bool endsNumber(char byte) { return !isDigit(byte) && byte != '.' && byte != 'e' && byte != 'E'; }
+
+bool precedesValue(char byte) { return isWhitespace(byte) || byte == ':' || byte == ',' || byte == '['; }
+
+/// Whether minus zero stands at this place, or would if it were not in a string.
+bool isMinusZeroAt(std::string_view text, std::size_t at) {
+  if (!text.substr(at).starts_with("-0") || (at > 0 && !precedesValue(text[at - 1]))) return false;
+  return at + 2 == text.size() || endsNumber(text[at + 2]);
+}
+
 }  // namespace
 
 JSONExamination examineJSON(std::string_view text, std::size_t maximumDepth) {
   return Examiner(text, maximumDepth).run();
+}
+
+bool mayHoldMinusZero(std::string_view text) noexcept {
+  // A block at a time without a branch inside, which the compiler makes a few wide instructions of. Texts are full of
+  // lone dashes, such as those in ids and dates.
+  constexpr std::size_t block = 32;
+  static_assert(block <= jsonPadding);
+  for (std::size_t start = 0; start < text.size(); start += block) {
+    const char* const bytes = text.data() + start;
+    unsigned char found = 0;
+    for (std::size_t at = 0; at < block; ++at) {
+      found |= static_cast<unsigned char>((bytes[at] == '-') & (bytes[at + 1] == '0'));
+    }
+    if (found == 0) continue;
+    for (std::size_t at = start; at < std::min(start + block, text.size()); ++at) {
+      if (isMinusZeroAt(text, at)) return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace ormel::detail

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <utility>
 
 namespace ormel::detail {
 
@@ -64,6 +65,8 @@ class MessageBuilder {
     return JSONAccess::make(root, block_, type == '{' ? JSONValue::Kind::object : JSONValue::Kind::array);
   }
 
+  bool hasIntegerZero() const noexcept { return hasIntegerZero_; }
+
  private:
   struct Frame {
     JSONContainerHeader* header;
@@ -108,6 +111,7 @@ class MessageBuilder {
         return JSONAccess::make(readText(), block_, JSONValue::Kind::string);
       case 'l':
         tape_ += 2;
+        hasIntegerZero_ |= tape_[-1] == 0;
         return JSONValue(static_cast<double>(static_cast<std::int64_t>(tape_[-1])));
       case 'u':
         tape_ += 2;
@@ -143,6 +147,7 @@ class MessageBuilder {
   std::byte* free_;
   const JSONTextPlace& texts_;
   std::size_t depth_ = 0;
+  bool hasIntegerZero_ = false;
   std::array<Frame, generousDepth> stack_;
 };
 
@@ -152,13 +157,14 @@ std::size_t tapeWords(const std::uint64_t* tape) noexcept { return tapeEnd(tape[
 
 std::size_t tapeNodesBound(const std::uint64_t* tape) noexcept { return tapeWords(tape) * sizeof(JSONValue); }
 
-JSONValue buildFromTape(const std::uint64_t* tape, JSONBlockPointer block, const JSONTextPlace& texts) {
-  JSONValue root = MessageBuilder(tape, block.get(), texts).build();
+JSONTapeValue buildFromTape(const std::uint64_t* tape, JSONBlockPointer block, const JSONTextPlace& texts) {
+  MessageBuilder builder(tape, block.get(), texts);
+  JSONValue root = builder.build();
   if (JSONAccess::owner(root)) {
     // NOLINTNEXTLINE(bugprone-unused-return-value): the value owns it now
     (void)block.release();
   }
-  return root;
+  return {std::move(root), builder.hasIntegerZero()};
 }
 
 }  // namespace ormel::detail

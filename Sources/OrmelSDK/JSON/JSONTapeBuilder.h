@@ -19,8 +19,15 @@ std::size_t tapeWords(const std::uint64_t* tape) noexcept;
 /// An upper bound for the size of the containers that a tape describes: no element needs more than 16 bytes a word.
 std::size_t tapeNodesBound(const std::uint64_t* tape) noexcept;
 
+/// A value that was built from a tape.
+struct JSONTapeValue {
+  JSONValue value;
+  /// Whether there is an integer zero in it, which may have been minus zero in the text.
+  bool hasIntegerZero = false;
+};
+
 /// Builds the value of a tape into a block with room for `tapeNodesBound` bytes; the value then owns the block. A value
 /// that needs no block leaves it to be freed.
-JSONValue buildFromTape(const std::uint64_t* tape, JSONBlockPointer block, const JSONTextPlace& texts);
+JSONTapeValue buildFromTape(const std::uint64_t* tape, JSONBlockPointer block, const JSONTextPlace& texts);
 
 }  // namespace ormel::detail

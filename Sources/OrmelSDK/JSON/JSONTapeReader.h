@@ -36,8 +36,13 @@ class JSONTapeReader {
   /// Builds the value of the text that was read last, which itself is needed no more. To be called once.
   JSONValue build() {
     if (textSize_ > keptReaderLimit) parser_ = Parser();
-    return textSize_ >= adoptionThreshold ? buildByAdoption() : buildByCopy();
+    JSONTapeValue built = textSize_ >= adoptionThreshold ? buildByAdoption() : buildByCopy();
+    hasBuiltIntegerZero_ = built.hasIntegerZero;
+    return std::move(built.value);
   }
+
+  /// Whether there is an integer zero in the value that was built last, which may have been minus zero in the text.
+  bool hasBuiltIntegerZero() const noexcept { return hasBuiltIntegerZero_; }
 
  private:
   // From this size on a message takes over the parser's string buffer instead of copying out of it.
@@ -107,19 +112,19 @@ class JSONTapeReader {
     return std::min(textSize_ + 3 * tapeWords(document_.tape.get()), textSize_ * 5 / 3 + 3) + textSlack;
   }
 
-  JSONValue buildByCopy() {
+  JSONTapeValue buildByCopy() {
     const std::size_t nodes = tapeNodesBound(document_.tape.get());
     const std::size_t texts = textsBound();
     JSONBlockPointer block(JSONStorageBlock::allocate(nodes + texts, JSONStorageBlock::Contents::message));
     std::byte* const copy = block->payload() + nodes;
     const auto* source = reinterpret_cast<const std::byte*>(document_.string_buf.get());
-    JSONValue root = buildFromTape(document_.tape.get(), std::move(block), {.stored = copy, .readable = source});
+    JSONTapeValue built = buildFromTape(document_.tape.get(), std::move(block), {.stored = copy, .readable = source});
     // Not before the walk: by now the parser's last stores have left the store buffer and can be loaded in blocks.
-    if (JSONAccess::owner(root)) std::memcpy(copy, source, texts);
-    return root;
+    if (JSONAccess::owner(built.value)) std::memcpy(copy, source, texts);
+    return built;
   }
 
-  JSONValue buildByAdoption() {
+  JSONTapeValue buildByAdoption() {
     const std::size_t nodes = tapeNodesBound(document_.tape.get());
     JSONBlockPointer block(JSONStorageBlock::allocate(nodes, JSONStorageBlock::Contents::message));
     block->size += textSize_;
@@ -134,6 +139,7 @@ class JSONTapeReader {
   std::size_t tapeCapacity_ = 0;
   // The longest text for which the document's string buffer is large enough.
   std::size_t textsCapacity_ = 0;
+  bool hasBuiltIntegerZero_ = false;
 };
 
 }  // namespace ormel::detail

@@ -22,6 +22,9 @@ class OrmelOptions {
 
   /// The server executable to use. A path that names no executable file is passed over, and the usual places are
   /// searched. An executable that is chosen this way is not vetted, unless by `executableTrustAssessment`.
+  ///
+  /// Each start fails with `OrmelProcessError::Kind::spawnFailed` if the path that was found or chosen holds "=",
+  /// begins with "-" or has no "/" in it: "/usr/bin/env", which starts the server, would take it for something else.
   std::optional<std::string> ormelPathOverride;
 
   /// Base URL of the model service; it goes ahead of what `config` says. An empty text is passed on too.

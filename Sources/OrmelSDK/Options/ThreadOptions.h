@@ -74,7 +74,8 @@ class ThreadOptions {
   std::optional<ThreadStartSource> sessionStartSource;
   std::optional<ThreadSource> threadSource;
 
-  /// Directories with further skills, set once for each server process.
+  /// Directories with further skills. The server is told them ahead of every operation, also when its process has
+  /// served one before. Texts of white space are left out; if no other is left, nothing is sent.
   std::optional<std::vector<std::string>> skillExtraRoots;
 
   std::optional<std::vector<std::string>> runtimeWorkspaceRoots;

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <thread>
 #endif
 
 #include "OrmelSDK/Platform/FailureInjection.h"
@@ -19,6 +20,11 @@ namespace ormel::detail {
 Termination terminationFromWaitStatus(int status) noexcept {
   if (WIFEXITED(status)) return {TerminationReason::exit, WEXITSTATUS(status)};
   return {TerminationReason::uncaughtSignal, WTERMSIG(status)};
+}
+
+Termination terminationFromSignalInformation(const siginfo_t& info) noexcept {
+  const auto reason = info.si_code == CLD_EXITED ? TerminationReason::exit : TerminationReason::uncaughtSignal;
+  return {reason, info.si_status};
 }
 
 #if defined(__linux__)
@@ -38,22 +44,37 @@ constexpr unsigned long getInfoRequest = _IOWR(0xFF, 11, PidfdInfo);
 constexpr auto pidfdKind = static_cast<idtype_t>(3);
 
 /// How a child ended that was reaped elsewhere in the process. Newer kernels remember how it ended for as long as the
-/// pidfd is open.
+/// pidfd is open. A child that is just being reaped is no longer to be waited for and not yet remembered, which takes
+/// microseconds.
 Termination rememberedTermination(const FileDescriptor& pidfd) noexcept {
-  PidfdInfo info;
-  info.mask = infoHasWaitStatus;
-  if (::ioctl(pidfd.number(), getInfoRequest, &info) != 0 || (info.mask & infoHasWaitStatus) == 0) return {};
-  return terminationFromWaitStatus(info.waitStatus);
+  for (int attempt = 0; attempt < 1000; ++attempt) {
+    PidfdInfo info;
+    info.mask = infoHasWaitStatus;
+    if (::ioctl(pidfd.number(), getInfoRequest, &info) != 0) break;
+    if ((info.mask & infoHasWaitStatus) != 0) return terminationFromWaitStatus(info.waitStatus);
+    std::this_thread::yield();
+  }
+  return {};
+}
+
+bool isWaitedFor(const FileDescriptor& pidfd) noexcept {
+  siginfo_t info{};
+  const int result = ::waitid(pidfdKind, static_cast<id_t>(pidfd.number()), &info, WEXITED | WNOHANG | WNOWAIT);
+  return result == 0 || errno == ECHILD;
 }
 
 }  // namespace
 
 FileDescriptor openPidfd(pid_t pid) noexcept {
-  if (injectedFailure(SystemCall::openPidfd) != 0) return FileDescriptor();
-  FileDescriptor opened(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
-  // Not in the place of a standard stream that the application has closed.
-  if (opened.isOpen() && opened.number() <= STDERR_FILENO) opened = FileDescriptor::duplicate(opened.number());
-  return opened;
+  FileDescriptor pidfd(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+  keepUsablePidfd(pidfd);
+  return pidfd;
+}
+
+void keepUsablePidfd(FileDescriptor& pidfd) noexcept {
+  if (!pidfd.isOpen()) return;
+  if (injectedFailure(SystemCall::openPidfd) != 0 || !isWaitedFor(pidfd)) return pidfd.close();
+  if (pidfd.number() <= STDERR_FILENO) pidfd = FileDescriptor::duplicate(pidfd.number());
 }
 
 std::optional<Termination> reapPidfd(const FileDescriptor& pidfd) noexcept {
@@ -63,8 +84,13 @@ std::optional<Termination> reapPidfd(const FileDescriptor& pidfd) noexcept {
     if (errno != EINTR) return rememberedTermination(pidfd);
   }
   if (info.si_pid == 0) return std::nullopt;
-  const auto reason = info.si_code == CLD_EXITED ? TerminationReason::exit : TerminationReason::uncaughtSignal;
-  return Termination{reason, info.si_status};
+  return terminationFromSignalInformation(info);
+}
+
+void waitAndReapPidfd(const FileDescriptor& pidfd) noexcept {
+  siginfo_t info{};
+  while (::waitid(pidfdKind, static_cast<id_t>(pidfd.number()), &info, WEXITED) != 0 && errno == EINTR) {
+  }
 }
 
 void signalPidfd(const FileDescriptor& pidfd, int signal) noexcept {
@@ -75,7 +101,11 @@ void signalPidfd(const FileDescriptor& pidfd, int signal) noexcept {
 
 FileDescriptor openPidfd(pid_t) noexcept { return FileDescriptor(); }
 
+void keepUsablePidfd(FileDescriptor&) noexcept {}
+
 std::optional<Termination> reapPidfd(const FileDescriptor&) noexcept { return std::nullopt; }
+
+void waitAndReapPidfd(const FileDescriptor&) noexcept {}
 
 void signalPidfd(const FileDescriptor&, int) noexcept {}
 

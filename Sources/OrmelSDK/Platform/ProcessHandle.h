@@ -7,21 +7,15 @@
 
 #include "OrmelSDK/Platform/FileDescriptor.h"
 #include "OrmelSDK/Platform/ProcessLauncher.h"
+#include "OrmelSDK/Platform/Spawn.h"
 
 namespace ormel::detail {
-
-/// How the end of a child is detected.
-enum class EndNotice {
-  /// Uses a system descriptor that refers to the child where that exists, else a thread.
-  automatic,
-  /// Uses a thread that waits for this one child.
-  waiterThread,
-};
 
 /// One child process of ours: its end, its status, and signals to it.
 ///
 /// The end is detected for this child alone and without SIGCHLD, so it does not matter what the application does with
-/// that signal. An application that reaps every child of the process can take the status, but not the notification.
+/// that signal. An application that reaps every child of the process, or has the system do so by ignoring SIGCHLD,
+/// takes the status only where the system does not tell it to anyone else: the reason of the end is then unknown.
 ///
 /// *Thread safety*: all members may be called from any thread.
 ///
@@ -31,7 +25,7 @@ class ProcessHandle {
  public:
   /// Takes charge of a child that was just started. Fails with `ProcessLaunchError` when its end could not be
   /// noticed; the child is then killed and reaped.
-  ProcessHandle(pid_t pid, EndNotice notice);
+  explicit ProcessHandle(SpawnedChild child);
   ProcessHandle(const ProcessHandle&) = delete;
   ProcessHandle& operator=(const ProcessHandle&) = delete;
 
@@ -57,6 +51,7 @@ class ProcessHandle {
 
  private:
   std::optional<Termination> reapByIdentifier() const noexcept;
+  std::optional<Termination> toldByWaiter() const noexcept;
 
   const pid_t pid_;
   mutable std::mutex mutex_;

@@ -7,9 +7,13 @@
 #include <unistd.h>
 
 #include <array>
+#include <iterator>
+#include <utility>
 
+#include "OrmelSDK/Platform/ClonedChild.h"
 #include "OrmelSDK/Platform/FailureInjection.h"
 #include "OrmelSDK/Platform/FileDescriptor.h"
+#include "OrmelSDK/Platform/Pidfd.h"
 #include "OrmelSDK/Platform/ProcessLaunchError.h"
 
 #if defined(__APPLE__)
@@ -30,7 +34,7 @@ char** inheritedEnvironment() {
 #endif
 }
 
-/// Turns the result of one of the `posix_spawn` functions into a failure.
+/// Turns the result of a step of the start into a failure.
 class Checker {
  public:
   explicit Checker(const std::string& executable) : executable_(executable) {}
@@ -42,30 +46,48 @@ class Checker {
   const std::string& executable_;
 };
 
+/// The descriptors that become standard streams, each above those: one that is a standard stream itself would be
+/// overwritten by an earlier mapping, or keep its close-on-exec flag when mapped onto itself.
+class StreamSources {
+ public:
+  StreamSources(const Checker& check, const StandardStreams& streams)
+      : check_(check), numbers_{above(streams.input, 0), above(streams.output, 1), above(streams.error, 2)} {}
+
+  int operator[](std::size_t stream) const { return numbers_.at(stream); }
+
+ private:
+  int above(int descriptor, std::size_t stream) {
+    if (descriptor == StandardStreams::inherited || descriptor > STDERR_FILENO) return descriptor;
+    auto& copy = copies_.at(stream);
+    copy = FileDescriptor::duplicate(descriptor);
+    if (!copy.isOpen()) check_(errno);
+    return copy.number();
+  }
+
+  const Checker& check_;
+  std::array<FileDescriptor, 3> copies_;
+  std::array<int, 3> numbers_;
+};
+
 /// The descriptor operations that the child performs before it becomes the program.
 class FileActions {
  public:
-  explicit FileActions(const Checker& check) : check_(check) { check_(posix_spawn_file_actions_init(&actions_)); }
+  FileActions(const Checker& check, const ChildPlan& plan) : check_(check) {
+    check_(posix_spawn_file_actions_init(&actions_));
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) map(plan.streams[stream], stream);
+  }
   ~FileActions() { posix_spawn_file_actions_destroy(&actions_); }
   FileActions(const FileActions&) = delete;
   FileActions& operator=(const FileActions&) = delete;
 
-  void map(int descriptor, int standardStream) {
-    if (descriptor == StandardStreams::inherited) return inherit(standardStream);
-    // A descriptor that is itself a standard stream would be overwritten by an earlier mapping, or keep its
-    // close-on-exec flag when mapped onto itself.
-    if (descriptor <= STDERR_FILENO) {
-      auto& copy = copies_.at(static_cast<std::size_t>(standardStream));
-      copy = FileDescriptor::duplicate(descriptor);
-      if (!copy.isOpen()) check_(errno);
-      descriptor = copy.number();
-    }
-    check_(posix_spawn_file_actions_adddup2(&actions_, descriptor, standardStream));
-  }
-
   const posix_spawn_file_actions_t* get() const noexcept { return &actions_; }
 
  private:
+  void map(int descriptor, int standardStream) {
+    if (descriptor == StandardStreams::inherited) return inherit(standardStream);
+    check_(posix_spawn_file_actions_adddup2(&actions_, descriptor, standardStream));
+  }
+
   void inherit([[maybe_unused]] int standardStream) {
 #if defined(__APPLE__)
     if (::fcntl(standardStream, F_GETFD) < 0) return;
@@ -75,7 +97,6 @@ class FileActions {
 
   const Checker& check_;
   posix_spawn_file_actions_t actions_;
-  std::array<FileDescriptor, 3> copies_;
 };
 
 class Attributes {
@@ -135,9 +156,27 @@ std::vector<std::string> environmentEntries(const std::map<std::string, std::str
   return entries;
 }
 
+pid_t spawnWithoutPidfd(const Checker& check, const ChildPlan& plan) {
+  const FileActions actions(check, plan);
+  const Attributes attributes(check);
+  pid_t pid = 0;
+  check(posix_spawn(&pid, plan.executable, actions.get(), attributes.get(), plan.arguments, plan.environment));
+  return pid;
+}
+
+SpawnedChild spawnAsPlanned(const Checker& check, const ChildPlan& plan, EndNotice notice) {
+  SpawnedChild child;
+  if (notice == EndNotice::automatic) {
+    if (auto cloned = cloneChild(plan)) return *std::move(cloned);
+  }
+  child.pid = spawnWithoutPidfd(check, plan);
+  if (notice == EndNotice::automatic) child.pidfd = openPidfd(child.pid);
+  return child;
+}
+
 }  // namespace
 
-pid_t spawn(const LaunchSettings& settings, const StandardStreams& streams) {
+SpawnedChild spawn(const LaunchSettings& settings, const StandardStreams& streams, EndNotice notice) {
   const Checker check(settings.executable);
   CStrings arguments(check);
   arguments.add(settings.executable);
@@ -145,18 +184,15 @@ pid_t spawn(const LaunchSettings& settings, const StandardStreams& streams) {
   const auto variables = settings.environment ? environmentEntries(*settings.environment) : std::vector<std::string>();
   CStrings environment(check);
   environment.add(variables);
+  const StreamSources sources(check, streams);
 
-  FileActions actions(check);
-  actions.map(streams.input, STDIN_FILENO);
-  actions.map(streams.output, STDOUT_FILENO);
-  actions.map(streams.error, STDERR_FILENO);
-  const Attributes attributes(check);
-
-  pid_t pid = 0;
   check(injectedFailure(SystemCall::spawn));
-  check(posix_spawn(&pid, settings.executable.c_str(), actions.get(), attributes.get(), arguments.get(),
-                    settings.environment ? environment.get() : inheritedEnvironment()));
-  return pid;
+  ChildPlan plan;
+  plan.executable = settings.executable.c_str();
+  plan.arguments = arguments.get();
+  plan.environment = settings.environment ? environment.get() : inheritedEnvironment();
+  for (std::size_t stream = 0; stream < std::size(plan.streams); ++stream) plan.streams[stream] = sources[stream];
+  return spawnAsPlanned(check, plan, notice);
 }
 
 }  // namespace ormel::detail

@@ -23,7 +23,7 @@ class TerminationWatch final : public std::enable_shared_from_this<TerminationWa
   /// Starts the child. Fails with `ProcessLaunchError`. To be followed by `begin`.
   TerminationWatch(const LaunchSettings& settings, const StandardStreams& streams, EndNotice notice,
                    TerminationHandler onTermination)
-      : process_(spawn(settings, streams), notice), onTermination_(std::move(onTermination)) {}
+      : process_(spawn(settings, streams, notice)), onTermination_(std::move(onTermination)) {}
   TerminationWatch(const TerminationWatch&) = delete;
   TerminationWatch& operator=(const TerminationWatch&) = delete;
   ~TerminationWatch() { RunningChildren::shared().remove(process_); }

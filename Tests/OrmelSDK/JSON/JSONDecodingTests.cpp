@@ -133,6 +133,59 @@ TEST(JSONDecoding, KeepsTheRestOfALineThatHoldsAWideInteger) {
   EXPECT_EQ(value.find("a")->encode(), "[1000,-0.5,1e+20]");
 }
 
+/// The text of a value that is read in each of the ways that there are, which must agree.
+std::string readAndWritten(const std::string& text) {
+  const std::string written = JSONValue::decode(text).encode();
+  EXPECT_EQ(ormel::detail::decodeThroughDocument(text).encode(), written) << text.substr(0, 100);
+  ormel::detail::ByteBuffer buffer;
+  std::memcpy(buffer.room(text.size() + ormel::detail::jsonPadding), text.data(), text.size());
+  buffer.commit(text.size());
+  EXPECT_EQ(ormel::detail::decodePaddedJSON(std::move(buffer)).encode(), written) << text.substr(0, 100);
+  return written;
+}
+
+TEST(JSONDecoding, KeepsTheSignOfMinusZero) {
+  EXPECT_TRUE(std::signbit(*JSONValue::decode("-0").numberValue()));
+  EXPECT_FALSE(std::signbit(*JSONValue::decode("0").numberValue()));
+  EXPECT_EQ(JSONValue::decode("-0").intValue(), 0);
+  EXPECT_EQ(JSONValue::decode("-0"), JSONValue::decode("0"));
+  const std::pair<std::string, std::string> cases[] = {
+      {"-0", "-0"},
+      {" -0 ", "-0"},
+      {"-0.0", "-0"},
+      {"-0e5", "-0"},
+      {"-0E-400", "-0"},
+      {"[-0]", "[-0]"},
+      {"[0,-0,0]", "[0,-0,0]"},
+      {"[ 0 ,\t-0\n,\r-0]", "[0,-0,-0]"},
+      {R"({"a":-0})", R"({"a":-0})"},
+      {R"({"a":{"b":[1,-0,123456789012345678901234567890]}})", R"({"a":{"b":[1,-0,1.2345678901234568e+29]}})"},
+      {R"([0,"-0"," -0 ",":-0,","\" ,-0",-0.5,-1])", R"([0,"-0"," -0 ",":-0,","\" ,-0",-0.5,-1])"},
+      {R"({"-0":0})", R"({"-0":0})"},
+      {R"(["2026-01-02","a-0",0])", R"(["2026-01-02","a-0",0])"},
+  };
+  for (const auto& [text, written] : cases) EXPECT_EQ(readAndWritten(text), written) << text;
+}
+
+TEST(JSONDecoding, FindsMinusZeroAtEveryPlaceInTextsOfEverySize) {
+  for (std::size_t length = 0; length < 200; ++length) {
+    const std::string ahead = "[\"" + std::string(length, '-') + "\",0,";
+    EXPECT_EQ(readAndWritten(ahead + "-0]"), ahead + "-0]") << length;
+    EXPECT_EQ(readAndWritten(ahead + "-0,\"" + std::string(length, '-') + "\"]").find(",-0,"), length + 5) << length;
+  }
+  for (const std::size_t size : {std::size_t{300} << 10, std::size_t{3} << 20, std::size_t{17} << 20}) {
+    const std::string ahead = "[\"" + std::string(size, 'x') + "\",0,";
+    EXPECT_TRUE(readAndWritten(ahead + "-0]").ends_with("\",0,-0]")) << size;
+    EXPECT_TRUE(readAndWritten(ahead + "\",-0\"]").ends_with("\",0,\",-0\"]")) << size;
+  }
+}
+
+TEST(JSONDecoding, RefusesWhatOnlyLooksLikeMinusZero) {
+  for (const std::string_view text : {"[0,-0-]", "[0,-0x]", "-00", "[-0", "[0,- 0]", "{-0:0}"}) {
+    EXPECT_TRUE(decodingFailure(text)) << text;
+  }
+}
+
 TEST(JSONDecoding, ReadsDoublesExactly) {
   std::mt19937_64 random(20261121);
   for (int round = 0; round < 20000; ++round) {

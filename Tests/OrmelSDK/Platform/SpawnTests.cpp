@@ -35,30 +35,45 @@ std::string readToEnd(const FileDescriptor& descriptor) {
   return text;
 }
 
-/// The standard output of a program whose other streams are inherited.
-std::string outputOf(const LaunchSettings& settings) {
+/// Children are started in one of two ways, and nobody may notice in which.
+constexpr EndNotice bothWays[] = {EndNotice::automatic, EndNotice::waiterThread};
+
+std::string outputOf(const LaunchSettings& settings, EndNotice notice) {
   Pipe output = makePipe();
   StandardStreams streams;
   streams.output = output.writeEnd.number();
-  const pid_t pid = spawn(settings, streams);
+  const SpawnedChild child = spawn(settings, streams, notice);
   output.writeEnd.close();
   auto text = readToEnd(output.readEnd);
-  ::waitpid(pid, nullptr, 0);
+  ::waitpid(child.pid, nullptr, 0);
   return text;
+}
+
+/// The standard output of a program whose other streams are inherited.
+std::string outputOf(const LaunchSettings& settings) {
+  auto text = outputOf(settings, EndNotice::automatic);
+  EXPECT_EQ(outputOf(settings, EndNotice::waiterThread), text);
+  return text;
+}
+
+std::string failureOf(const LaunchSettings& settings, EndNotice notice) {
+  try {
+    const SpawnedChild child = spawn(settings, {}, notice);
+    ::waitpid(child.pid, nullptr, 0);
+    return "started";
+  } catch (const ProcessLaunchError& error) {
+    auto text = error.description();
+    return text.replace(0, settings.executable.size(), "FILE");
+  }
 }
 
 /// The text of the failure to start a program, with its path replaced by "FILE".
 std::string failureOf(const std::filesystem::path& executable) {
   LaunchSettings settings;
   settings.executable = executable;
-  try {
-    const pid_t pid = spawn(settings, {});
-    ::waitpid(pid, nullptr, 0);
-    return "started";
-  } catch (const ProcessLaunchError& error) {
-    auto text = error.description();
-    return text.replace(0, settings.executable.size(), "FILE");
-  }
+  auto text = failureOf(settings, EndNotice::automatic);
+  EXPECT_EQ(failureOf(settings, EndNotice::waiterThread), text);
+  return text;
 }
 
 void writeExecutable(const std::filesystem::path& path, const std::string& text, mode_t mode) {
@@ -97,13 +112,15 @@ TEST(Spawn, GivesAnEmptyEnvironmentWhereThatIsAsked) {
 }
 
 TEST(Spawn, StartsAProcessGroupThatATerminalsInterruptDoesNotReach) {
-  Pipe input = makePipe();
-  StandardStreams streams;
-  streams.input = input.readEnd.number();
-  const pid_t pid = spawn(shell("read line"), streams);
-  EXPECT_EQ(::getpgid(pid), pid);
-  input.writeEnd.close();
-  ::waitpid(pid, nullptr, 0);
+  for (const auto notice : bothWays) {
+    Pipe input = makePipe();
+    StandardStreams streams;
+    streams.input = input.readEnd.number();
+    const SpawnedChild child = spawn(shell("read line"), streams, notice);
+    EXPECT_EQ(::getpgid(child.pid), child.pid);
+    input.writeEnd.close();
+    ::waitpid(child.pid, nullptr, 0);
+  }
 }
 
 TEST(Spawn, TellsWhyAProgramCannotBeStarted) {
@@ -134,18 +151,45 @@ TEST(Spawn, RefusesAScriptWithoutItsInterpreter) {
 TEST(Spawn, RefusesATextWithAZeroByte) {
   auto settings = shell("true");
   settings.arguments.push_back(std::string("a\0b", 3));
-  EXPECT_THROW(spawn(settings, {}), ProcessLaunchError);
+  for (const auto notice : bothWays) EXPECT_THROW(spawn(settings, {}, notice), ProcessLaunchError);
 }
 
 TEST(Spawn, KeepsTheSystemsErrorNumber) {
   LaunchSettings settings;
   settings.executable = "/no/such/file";
-  try {
-    spawn(settings, {});
-    FAIL();
-  } catch (const ProcessLaunchError& error) {
-    EXPECT_EQ(error.errorNumber(), ENOENT);
+  for (const auto notice : bothWays) {
+    try {
+      spawn(settings, {}, notice);
+      FAIL();
+    } catch (const ProcessLaunchError& error) {
+      EXPECT_EQ(error.errorNumber(), ENOENT);
+    }
   }
+}
+
+#if defined(__linux__)
+TEST(Spawn, GivesADescriptorThatIsAsOldAsTheChild) {
+  const SpawnedChild child = spawn(shell("exit 0"), {});
+  EXPECT_TRUE(child.pidfd.isOpen());
+  EXPECT_EQ(::fcntl(child.pidfd.number(), F_GETFD), FD_CLOEXEC);
+  ::waitpid(child.pid, nullptr, 0);
+  const SpawnedChild another = spawn(shell("exit 0"), {}, EndNotice::waiterThread);
+  EXPECT_FALSE(another.pidfd.isOpen());
+  ::waitpid(another.pid, nullptr, 0);
+}
+#endif
+
+TEST(Spawn, LeavesTheSignalsOfThisThreadAsTheyWere) {
+  sigset_t some;
+  sigemptyset(&some);
+  sigaddset(&some, SIGUSR1);
+  sigset_t before;
+  pthread_sigmask(SIG_SETMASK, &some, &before);
+  outputOf(shell("exit 0"));
+  EXPECT_EQ(failureOf("/no/such/file"), "FILE: No such file or directory");
+  sigset_t after;
+  pthread_sigmask(SIG_SETMASK, &before, &after);
+  for (int number = 1; number < NSIG; ++number) EXPECT_EQ(sigismember(&after, number), sigismember(&some, number));
 }
 
 TEST(Spawn, StartsTheChildWithDefaultSignals) {
@@ -196,8 +240,19 @@ TEST_F(SpawnWithClosedStandardStreams, KeepsPipesOffTheirNumbers) {
   EXPECT_EXIT(usesHigherNumbers(), ::testing::ExitedWithCode(0), "");
 }
 
+TEST_F(SpawnWithClosedStandardStreams, KeepsThePidfdOffTheirNumbers) {
+  const auto usesAHigherNumber = [] {
+    closeStandardStreams();
+    const SpawnedChild child = spawn(shell("exit 0"), {});
+    const bool stayedClosed = ::fcntl(0, F_GETFD) < 0 && ::fcntl(1, F_GETFD) < 0 && ::fcntl(2, F_GETFD) < 0;
+    ::waitpid(child.pid, nullptr, 0);
+    ::_exit(stayedClosed ? 0 : 1);
+  };
+  EXPECT_EXIT(usesAHigherNumber(), ::testing::ExitedWithCode(0), "");
+}
+
 TEST_F(SpawnWithClosedStandardStreams, MapsDescriptorsThatAreStandardStreamsThemselves) {
-  const auto mapsCrosswise = [] {
+  const auto mapsCrosswise = [](EndNotice notice) {
     closeStandardStreams();
     Pipe input = makePipe();
     Pipe output = makePipe();
@@ -206,17 +261,17 @@ TEST_F(SpawnWithClosedStandardStreams, MapsDescriptorsThatAreStandardStreamsThem
     ::dup2(input.readEnd.number(), 1);
     ::dup2(output.writeEnd.number(), 2);
     for (int descriptor = 0; descriptor <= 2; ++descriptor) ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
-    const pid_t pid = spawn(shell("cat; echo done >&2"), {1, 0, 2});
+    const SpawnedChild child = spawn(shell("cat; echo done >&2"), {1, 0, 2}, notice);
     output.writeEnd.close();
     ::close(0);
     ::close(2);
     [[maybe_unused]] const auto written = ::write(input.writeEnd.number(), "hello ", 6);
     input.writeEnd.close();
     const auto text = readToEnd(output.readEnd);
-    ::waitpid(pid, nullptr, 0);
+    ::waitpid(child.pid, nullptr, 0);
     ::_exit(text == "hello done\n" ? 0 : 1);
   };
-  EXPECT_EXIT(mapsCrosswise(), ::testing::ExitedWithCode(0), "");
+  for (const auto notice : bothWays) EXPECT_EXIT(mapsCrosswise(notice), ::testing::ExitedWithCode(0), "");
 }
 
 TEST(MakePipe, TellsWhenThereIsNoDescriptorLeft) {

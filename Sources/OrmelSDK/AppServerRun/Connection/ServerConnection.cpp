@@ -30,7 +30,10 @@ std::unique_ptr<ChildProcess> launchedProcess(ProcessLauncher& launcher, const L
 }  // namespace
 
 Task<void> vetServerExecutable(BlockingWork& blockingWork, std::string executablePath, OrmelOptions ormelOptions) {
-  if (!needsVetting(ormelOptions)) co_return;
+  if (!needsVetting(ormelOptions)) {
+    requireExactStart(executablePath);
+    co_return;
+  }
   UniqueFunction<void()> vetting = [path = std::move(executablePath), options = std::move(ormelOptions)] {
     requireTrustedExecutable(path, options);
   };

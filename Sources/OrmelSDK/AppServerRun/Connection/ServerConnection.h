@@ -17,8 +17,9 @@
 
 namespace ormel::detail {
 
-/// Ends when the executable may be started. Fails with `OrmelProcessError` of the kind `untrustedExecutable`. The
-/// assessment, if one is needed, runs as blocking work, so that other work may come first on the caller's strand.
+/// Ends when the executable may be started. Fails with `OrmelProcessError` of the kind `untrustedExecutable`, or
+/// `spawnFailed` for a path that the program starter would take for something else. The assessment, if one is needed,
+/// runs as blocking work, so that other work may come first on the caller's strand.
 Task<void> vetServerExecutable(BlockingWork& blockingWork, std::string executablePath, OrmelOptions ormelOptions);
 
 /// The settings that start the server: the system's program starter is given the executable and its arguments. Fails

@@ -1,6 +1,7 @@
 #include "OrmelSDK/AppServerRun/Launch/ExecutableVetting.h"
 
 #include <exception>
+#include <string_view>
 
 #include "OrmelSDK/AppServerRun/Launch/OrmelExecutableTrustPolicy.h"
 #include "OrmelSDK/Base/OrmelProcessError.h"
@@ -9,20 +10,28 @@ namespace ormel::detail {
 
 namespace {
 
-OrmelExecutableTrustAssessment assessment(const std::string& path, const OrmelOptions& options) {
-  if (options.executableTrustAssessment) return options.executableTrustAssessment(path);
-  if (!needsVetting(options)) return OrmelExecutableTrustAssessment::trusted();
-  return OrmelExecutableTrustPolicy::assessSystemExecutable(path, options.trustCommandRunner);
+using Assessment = OrmelExecutableTrustAssessment;
+
+template <typename Assess>
+void requireTrust(const std::string& path, const Assess& assess) {
+  Assessment answer = Assessment::rejected("the trust check failed.");
+  try {
+    answer = assess();
+  } catch (const std::exception& failure) {
+    answer = Assessment::rejected(failure.what());
+  } catch (...) {
+    // Whatever it was, nobody has vouched for the executable.
+  }
+  if (!answer.isTrusted()) throw OrmelProcessError::untrustedExecutable(path, answer.reason());
 }
 
-OrmelExecutableTrustAssessment assessmentOrRejection(const std::string& path, const OrmelOptions& options) {
-  try {
-    return assessment(path, options);
-  } catch (const std::exception& failure) {
-    return OrmelExecutableTrustAssessment::rejected(failure.what());
-  } catch (...) {
-    return OrmelExecutableTrustAssessment::rejected("the trust check failed.");
-  }
+/// The words for what the program starter would take a path for that it would not start exactly; empty for all others.
+std::string_view misreadingOf(std::string_view path) {
+  if (path.find('\0') != path.npos) return "a path ends at a zero byte";
+  if (path.starts_with('-')) return "a path that begins with \"-\" would be taken for an option";
+  if (path.find('=') != path.npos) return "a path with \"=\" in it would be taken for a variable of the environment";
+  if (path.find('/') == path.npos) return "a name without \"/\" would be looked up in PATH";
+  return {};
 }
 
 }  // namespace
@@ -31,9 +40,20 @@ bool needsVetting(const OrmelOptions& options) noexcept {
   return options.executableTrustAssessment || !options.selectedOrmelPathOverride;
 }
 
+void requireExactStart(const std::string& path) {
+  const std::string_view misreading = misreadingOf(path);
+  if (misreading.empty()) return;
+  throw OrmelProcessError::spawnFailed("The server executable \"" + path +
+                                       "\" cannot be started: " + std::string(misreading));
+}
+
 void requireTrustedExecutable(const std::string& path, const OrmelOptions& options) {
-  const auto answer = assessmentOrRejection(path, options);
-  if (!answer.isTrusted()) throw OrmelProcessError::untrustedExecutable(path, answer.reason());
+  const auto& ownAssessment = options.executableTrustAssessment;
+  if (ownAssessment) requireTrust(path, [&] { return ownAssessment(path); });
+  requireExactStart(path);
+  if (ownAssessment || !needsVetting(options)) return;
+  requireTrust(path,
+               [&] { return OrmelExecutableTrustPolicy::assessSystemExecutable(path, options.trustCommandRunner); });
 }
 
 }  // namespace ormel::detail

@@ -12,7 +12,7 @@ std::string exitDetail(const Termination& termination) {
     case TerminationReason::unknown:
       break;
   }
-  return "status " + status;
+  return "status " + status + " (unknown: reaped by another part of this process)";
 }
 
 }  // namespace ormel::detail

@@ -6,8 +6,9 @@
 
 namespace ormel::detail {
 
-/// How a process ended, in the words of `OrmelProcessError::exited`: "exit status 1", "signal 9", or "status 0" when
-/// nobody knows.
+/// How a process ended, in the words of `OrmelProcessError::exited`: "exit status 1" or "signal 9". If another part of
+/// this process has reaped it and the system tells its status to nobody else, it is "status 0", and the words say that
+/// this is not known.
 std::string exitDetail(const Termination& termination);
 
 }  // namespace ormel::detail

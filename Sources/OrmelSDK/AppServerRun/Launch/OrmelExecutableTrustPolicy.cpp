@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <exception>
+#include <utility>
 
 #include "OrmelSDK/AppServerRun/Launch/SystemTrustCommand.h"
 #include "OrmelSDK/Text/CanonicalText.h"
@@ -81,8 +83,8 @@ OrmelExecutableTrustCommandError OrmelExecutableTrustCommandError::outputReadTim
 OrmelExecutableTrustAssessment OrmelExecutableTrustPolicy::assessSystemExecutable(
     const std::string& path, const OrmelExecutableTrustCommandRunner& commandRunner) {
   if (commandRunner) return assess(path, commandRunner);
-  return assess(path, [](const std::string& command, const std::vector<std::string>& arguments) {
-    return runSystemTrustCommand(command, arguments, systemCommandTimeoutSeconds);
+  return detail::assessByOutcomes(path, [](const std::string& command, const std::vector<std::string>& arguments) {
+    return detail::runTrustCommand(command, arguments, systemCommandTimeoutSeconds, detail::TrustCommandWaits());
   });
 }
 
@@ -99,13 +101,26 @@ OrmelExecutableTrustAssessment OrmelExecutableTrustPolicy::assess(
 
 OrmelExecutableTrustCommandResult OrmelExecutableTrustPolicy::runSystemTrustCommand(
     const std::string& command, const std::vector<std::string>& arguments, double timeoutSeconds) {
-  return detail::runTrustCommand(command, arguments, timeoutSeconds, detail::TrustCommandWaits());
+  auto outcome = detail::runTrustCommand(command, arguments, timeoutSeconds, detail::TrustCommandWaits());
+  return detail::trustCommandResult(command, std::move(outcome));
 }
 
 std::string OrmelExecutableTrustPolicy::gatekeeperVerdict(std::string_view output, std::string_view executablePath) {
   const auto firstLine = output.substr(0, output.find('\n'));
   return detail::lowercased(withoutLeadingPath(firstLine, executablePath) +
                             std::string(output.substr(firstLine.size())));
+}
+
+OrmelExecutableTrustAssessment detail::assessByOutcomes(
+    const std::string& executablePath,
+    const std::function<TrustCommandOutcome(const std::string&, const std::vector<std::string>&)>& run) {
+  return OrmelExecutableTrustPolicy::assess(
+      executablePath, [&run](const std::string& command, const std::vector<std::string>& arguments) {
+        constexpr std::int32_t nobodyLooks = -1;
+        TrustCommandOutcome outcome = run(command, arguments);
+        if (command == gatekeeperTool && !outcome.status) outcome.status = nobodyLooks;
+        return trustCommandResult(command, std::move(outcome));
+      });
 }
 
 }  // namespace ormel

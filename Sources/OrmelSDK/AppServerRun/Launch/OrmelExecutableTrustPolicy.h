@@ -73,6 +73,9 @@ struct OrmelExecutableTrustPolicy {
   ///
   /// Fails with `OrmelExecutableTrustCommandError`, or with another `Error` if the program cannot be started. A
   /// program that runs for too long is ended: first it is asked to, and a quarter of a second later it is killed.
+  ///
+  /// An application that ignores SIGCHLD or reaps every child does not disturb this on macOS and on Linux 6.15 and
+  /// later. On an older Linux it can take the exit status away; then this fails with an `Error` that says so.
   static OrmelExecutableTrustCommandResult runSystemTrustCommand(const std::string& command,
                                                                  const std::vector<std::string>& arguments,
                                                                  double timeoutSeconds);

@@ -52,8 +52,8 @@ class OrmelExecutableTrustOutput {
 /// never be held up by a full pipe, and the readers end with the object.
 class TrustCommandRun {
  public:
-  TrustCommandRun(const std::string& command, const std::vector<std::string>& arguments)
-      : TrustCommandRun(command, arguments, makePipe(), makePipe()) {}
+  TrustCommandRun(const std::string& command, const std::vector<std::string>& arguments, EndNotice notice)
+      : TrustCommandRun(command, arguments, notice, makePipe(), makePipe()) {}
 
   TrustCommandRun(const TrustCommandRun&) = delete;
   TrustCommandRun& operator=(const TrustCommandRun&) = delete;
@@ -77,32 +77,33 @@ class TrustCommandRun {
     waitForEnd(waits.kill);
   }
 
-  OrmelExecutableTrustCommandResult result() const {
+  TrustCommandOutcome outcome() const {
+    TrustCommandOutcome outcome;
     const auto termination = process_.termination().value_or(Termination());
-    // Nobody can vouch for a command whose status was taken away.
-    constexpr std::int32_t unknownStatus = -1;
-    const bool known = termination.reason != TerminationReason::unknown;
-    return {known ? termination.status : unknownStatus,
-            repairedUTF8(std::string(output_.bytes()).append(error_.bytes()))};
+    if (termination.reason != TerminationReason::unknown) outcome.status = termination.status;
+    outcome.output = repairedUTF8(std::string(output_.bytes()).append(error_.bytes()));
+    return outcome;
   }
 
  private:
-  TrustCommandRun(const std::string& command, const std::vector<std::string>& arguments, Pipe output, Pipe error)
-      : process_(start(command, arguments, output, error), EndNotice::automatic),
+  TrustCommandRun(const std::string& command, const std::vector<std::string>& arguments, EndNotice notice, Pipe output,
+                  Pipe error)
+      : process_(start(command, arguments, notice, output, error)),
         output_(std::move(output.readEnd)),
         error_(std::move(error.readEnd)) {}
 
-  static pid_t start(const std::string& command, const std::vector<std::string>& arguments, Pipe& output, Pipe& error) {
+  static SpawnedChild start(const std::string& command, const std::vector<std::string>& arguments, EndNotice notice,
+                            Pipe& output, Pipe& error) {
     LaunchSettings settings;
     settings.executable = command;
     settings.arguments = arguments;
     StandardStreams streams;
     streams.output = output.writeEnd.number();
     streams.error = error.writeEnd.number();
-    const pid_t pid = spawn(settings, streams);
+    SpawnedChild child = spawn(settings, streams, notice);
     output.writeEnd.close();
     error.writeEnd.close();
-    return pid;
+    return child;
   }
 
   /// Serves the command until the condition holds; false if the time is over before.
@@ -140,15 +141,23 @@ milliseconds wholeMilliseconds(double seconds) {
 
 }  // namespace
 
-OrmelExecutableTrustCommandResult runTrustCommand(const std::string& command, const std::vector<std::string>& arguments,
-                                                  double timeoutSeconds, const TrustCommandWaits& waits) {
-  TrustCommandRun run(command, arguments);
+TrustCommandOutcome runTrustCommand(const std::string& command, const std::vector<std::string>& arguments,
+                                    double timeoutSeconds, const TrustCommandWaits& waits, EndNotice notice) {
+  TrustCommandRun run(command, arguments, notice);
   if (!run.waitForEnd(wholeMilliseconds(timeoutSeconds))) {
     run.end(waits);
     throw OrmelExecutableTrustCommandError::timedOut(command, timeoutSeconds);
   }
   if (!run.waitForEndOfOutput(waits.output)) throw OrmelExecutableTrustCommandError::outputReadTimedOut(command);
-  return run.result();
+  return run.outcome();
+}
+
+OrmelExecutableTrustCommandResult trustCommandResult(const std::string& command, TrustCommandOutcome outcome) {
+  if (!outcome.status) {
+    throw Error("Trust validation command " + command +
+                " has ended, but its exit status is unknown: another part of this process has reaped it.");
+  }
+  return {*outcome.status, std::move(outcome.output)};
 }
 
 }  // namespace ormel::detail

@@ -1,10 +1,14 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "OrmelSDK/Options/OrmelExecutableTrust.h"
+#include "OrmelSDK/Platform/Spawn.h"
 
 namespace ormel::detail {
 
@@ -20,8 +24,28 @@ struct TrustCommandWaits {
   std::chrono::milliseconds output{1000};
 };
 
+/// What came of a command of the trust check.
+struct TrustCommandOutcome {
+  /// The exit status, or the number of the signal that ended the command. Absent if another part of this process has
+  /// reaped the command, and the system does not tell the status to anyone else.
+  std::optional<std::int32_t> status;
+  std::string output;
+  friend bool operator==(const TrustCommandOutcome&, const TrustCommandOutcome&) = default;
+};
+
 /// See `OrmelExecutableTrustPolicy::runSystemTrustCommand`.
-OrmelExecutableTrustCommandResult runTrustCommand(const std::string& command, const std::vector<std::string>& arguments,
-                                                  double timeoutSeconds, const TrustCommandWaits& waits);
+TrustCommandOutcome runTrustCommand(const std::string& command, const std::vector<std::string>& arguments,
+                                    double timeoutSeconds, const TrustCommandWaits& waits,
+                                    EndNotice notice = EndNotice::automatic);
+
+/// The outcome as a result. Fails with an `Error` that says why if nobody knows the status.
+OrmelExecutableTrustCommandResult trustCommandResult(const std::string& command, TrustCommandOutcome outcome);
+
+/// `OrmelExecutableTrustPolicy::assess`, from outcomes. An unknown status rejects, but for a tool of which only the
+/// words count.
+OrmelExecutableTrustAssessment assessByOutcomes(
+    const std::string& executablePath,
+    const std::function<TrustCommandOutcome(const std::string& command, const std::vector<std::string>& arguments)>&
+        run);
 
 }  // namespace ormel::detail

@@ -280,6 +280,16 @@ TEST(VetServerExecutable, DoesNotAskWhenTheCallerChoseTheExecutable) {
   Simulated().run(vetServerExecutable(blockingWork, "/opt/ormel", options));
 }
 
+TEST(VetServerExecutable, RefusesAChosenPathThatTheStarterWouldTakeForSomethingElse) {
+  NoBlockingWork blockingWork;
+  OrmelOptions options;
+  options.selectedOrmelPathOverride = true;
+  EXPECT_EQ(
+      failureOf([&] { Simulated().run(vetServerExecutable(blockingWork, "/opt/a=b/ormel", options)); }),
+      "process error: The server executable \"/opt/a=b/ormel\" cannot be started: a path with \"=\" in it would be "
+      "taken for a variable of the environment");
+}
+
 TEST(ServerLaunchSettings, GiveTheExecutableToTheSystemsStarter) {
   OrmelOptions options;
   options.env = std::map<std::string, std::string>{{"PATH", "/bin"}};

@@ -84,5 +84,75 @@ TEST_F(ExecutableVetting, RejectsWhenTheApplicationsAssessmentFails) {
   EXPECT_EQ(rejection(), "the trust check failed.");
 }
 
+/// The text of the failure to start the executable at the path `asked`, or nothing.
+std::string refusalOf(const std::string& asked, const OrmelOptions& options) {
+  try {
+    requireTrustedExecutable(asked, options);
+    return "";
+  } catch (const OrmelProcessError& error) {
+    EXPECT_EQ(error.kind(), OrmelProcessError::Kind::spawnFailed) << error.description();
+    return error.description();
+  }
+}
+
+struct PathCase {
+  std::string path;
+  /// Why it cannot be started; empty if it can.
+  std::string reason;
+};
+
+const std::string forAnOption = "a path that begins with \"-\" would be taken for an option";
+const std::string forAVariable = "a path with \"=\" in it would be taken for a variable of the environment";
+const std::string forAName = "a name without \"/\" would be looked up in PATH";
+
+const PathCase pathCases[] = {
+    {"/opt/ormel", ""},
+    {"./ormel", ""},
+    {"bin/ormel", ""},
+    {"../ormel", ""},
+    {"./-ormel", ""},
+    {"/-i/-", ""},
+    {"/opt/my tools/or\"mel\n", ""},
+    {"/opt/\u00fc\xff", ""},
+    {"/", ""},
+    {"-", forAnOption},
+    {"--", forAnOption},
+    {"-i", forAnOption},
+    {"-S/bin/sh", forAnOption},
+    {"--split-string=/bin/sh -c x", forAnOption},
+    {"-u/ormel", forAnOption},
+    {"=", forAVariable},
+    {"/opt/a=b/ormel", forAVariable},
+    {"/opt/ormel=", forAVariable},
+    {"./ormel=1", forAVariable},
+    {"PATH=/tmp", forAVariable},
+    {"ormel", forAName},
+    {"", forAName},
+    {std::string("/opt/ormel\0x", 12), "a path ends at a zero byte"},
+};
+
+TEST_F(ExecutableVetting, RefusesAPathThatTheStarterWouldTakeForSomethingElse) {
+  for (const bool isChosen : {true, false}) {
+    options.selectedOrmelPathOverride = isChosen;
+    runCommandsWith(0);
+    for (const auto& [asked, reason] : pathCases) {
+      calls.clear();
+      const auto expected =
+          reason.empty() ? "" : "The server executable \"" + asked + "\" cannot be started: " + reason;
+      EXPECT_EQ(refusalOf(asked, options), expected);
+      EXPECT_EQ(calls.empty(), isChosen || !reason.empty()) << "no tool may read " << asked;
+    }
+  }
+}
+
+TEST_F(ExecutableVetting, RefusesSuchAPathAlsoWhenTheApplicationTrustsIt) {
+  assessBy(Assessment::trusted());
+  runCommandsWith(0);
+  EXPECT_NE(refusalOf("ormel", options), "");
+  EXPECT_EQ(calls, (std::vector<std::string>{"assessment of ormel"}));
+  assessBy(Assessment::rejected("not ours"));
+  EXPECT_THROW(requireTrustedExecutable("ormel", options), OrmelProcessError);
+}
+
 }  // namespace
 }  // namespace ormel::detail

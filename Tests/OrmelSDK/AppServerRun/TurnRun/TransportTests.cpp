@@ -327,8 +327,9 @@ struct ExitCase {
 
 TEST(AppServerTurnRunTransport, TellsHowAProcessEndedWhosePipesStayOpen) {
   using enum detail::TerminationReason;
-  const ExitCase cases[] = {
-      {{exit, 3}, "exit status 3"}, {{uncaughtSignal, 9}, "signal 9"}, {{unknown, 0}, "status 0"}};
+  const ExitCase cases[] = {{{exit, 3}, "exit status 3"},
+                            {{uncaughtSignal, 9}, "signal 9"},
+                            {{unknown, 0}, "status 0 (unknown: reaped by another part of this process)"}};
   for (const ExitCase& ended : cases) {
     SCOPED_TRACE(ended.detail);
     inManyOrders([&ended](SimulatedScheduler& scheduler) {

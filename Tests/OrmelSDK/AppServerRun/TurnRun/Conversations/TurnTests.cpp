@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "Support/ForeignReaping.h"
 #include "Support/ProcessResources.h"
 #include "Support/TurnRunHarness.h"
 
@@ -94,6 +95,20 @@ TEST(AppServerTurnRun, TellsHowAServerEndedWhosePipesAnotherProcessHolds) {
     server exits 7)");
   auto turn = server.startTurn();
   const auto expected = OrmelProcessError::exited("exit status 7", "");
+  EXPECT_THAT(told(turn.events), ElementsAre("thread.started t1", std::string("stream error: ") + expected.what()));
+}
+
+TEST(AppServerTurnRun, TellsHowAServerEndedInAnApplicationThatIgnoresItsChildren) {
+  const IgnoredChildren ignored;
+  TurnRunHarness server(politeServer + turnIsAccepted + R"(
+    server forks
+      wait until input closes
+    end
+    server exits 7)");
+  auto turn = server.startTurn();
+  const auto told7 = OrmelProcessError::exited("exit status 7", "");
+  const auto taken = OrmelProcessError::exited("status 0 (unknown: reaped by another part of this process)", "");
+  const auto& expected = endsAreTold() ? told7 : taken;
   EXPECT_THAT(told(turn.events), ElementsAre("thread.started t1", std::string("stream error: ") + expected.what()));
 }
 
