@@ -50,17 +50,17 @@ constexpr const char* aWholeFork =
     R"("approvalPolicy":"never","approvalsReviewer":"auto_review","sandbox":{"type":"readOnly"},)"
     R"("reasoningEffort":"futureEffort"})";
 constexpr const char* aPage = R"({"data":[]})";
-constexpr const char* threads =
+constexpr const char* pageOfThreads =
     R"({"data":[{"id":"t1"},)" ORMEL_WHOLE_THREAD R"(],"nextCursor":"n","backwardsCursor":"b"})";
-constexpr const char* threadsRead =
+constexpr const char* pageOfThreadsRead =
     R"({"data":[)" ORMEL_SMALL_THREAD_READ "," ORMEL_WHOLE_THREAD R"(],"nextCursor":"n","backwardsCursor":"b"})";
-constexpr const char* turns =
+constexpr const char* pageOfTurns =
     R"({"data":[)" ORMEL_SMALL_TURN "," ORMEL_WHOLE_TURN R"(],"nextCursor":"n","backwardsCursor":"b"})";
-constexpr const char* turnsRead =
+constexpr const char* pageOfTurnsRead =
     R"({"data":[)" ORMEL_SMALL_TURN_READ "," ORMEL_WHOLE_TURN R"(],"nextCursor":"n","backwardsCursor":"b"})";
-constexpr const char* items = R"({"data":[{"turnId":"u1","item":{"type":"sleep","id":"i1"}},{"turnId":"u2",)"
-                              R"("item":{"type":"sleep","id":"i2","durationMs":5}}],"nextCursor":"n",)"
-                              R"("backwardsCursor":"b"})";
+constexpr const char* pageOfItems = R"({"data":[{"turnId":"u1","item":{"type":"sleep","id":"i1"}},{"turnId":"u2",)"
+                                    R"("item":{"type":"sleep","id":"i2","durationMs":5}}],"nextCursor":"n",)"
+                                    R"("backwardsCursor":"b"})";
 constexpr const char* aGoal = R"({"goal":{"threadId":"t1","objective":"o","status":"active","tokensUsed":0,)"
                               R"("timeUsedSeconds":0,"createdAt":1,"updatedAt":2}})";
 constexpr const char* aGoalRead = R"({"goal":{"thread_id":"t1","objective":"o","status":"active","tokensUsed":0,)"
@@ -105,7 +105,7 @@ const CallRow threadRows[] = {
         R"("modelProviders":["p","q"],"sourceKinds":["cli","vscode","exec","appServer","subAgent","subAgentReview",)"
         R"("subAgentCompact","subAgentThreadSpawn","subAgentOther","unknown"],"archived":false,"cwd":["/a"],)"
         R"("useStateDbOnly":true,"searchTerm":"s"}})",
-        threads, threadsRead,
+        pageOfThreads, pageOfThreadsRead,
         [](const Ormel& ormel) {
           ListThreadsParams params;
           params.cursor = "c";
@@ -156,7 +156,8 @@ const CallRow threadRows[] = {
             }),
     onOrmel(R"({"id":2,"method":"thread/loaded/list","params":{}})", aPage,
             [](const Ormel& ormel) { return ormel.listLoadedThreads(); }),
-    onOrmel(R"({"id":2,"method":"thread/loaded/list","params":{"cursor":"c","limit":-1}})", threads, threadsRead,
+    onOrmel(R"({"id":2,"method":"thread/loaded/list","params":{"cursor":"c","limit":-1}})", pageOfThreads,
+            pageOfThreadsRead,
             [](const Ormel& ormel) {
               ListLoadedThreadsParams params;
               params.cursor = "c";
@@ -317,7 +318,7 @@ const CallRow threadRows[] = {
     onOrmel(
         R"({"id":2,"method":"thread/turns/list","params":{"threadId":"t1","cursor":"c","limit":5,"sortDirection":"desc",)"
         R"("itemsView":"notLoaded"}})",
-        turns, turnsRead,
+        pageOfTurns, pageOfTurnsRead,
         [](const Ormel& ormel) {
           ListThreadTurnsParams params;
           params.cursor = "c";
@@ -330,7 +331,7 @@ const CallRow threadRows[] = {
             [](const Ormel& ormel) { return ormel.listThreadTurnItems("t1", "u1"); }),
     onOrmel(R"({"id":2,"method":"thread/items/list","params":{"threadId":"t1","turnId":"u1","cursor":"c","limit":5,)"
             R"("sortDirection":"asc"}})",
-            items,
+            pageOfItems,
             [](const Ormel& ormel) {
               ListThreadTurnItemsParams params;
               params.cursor = "c";
