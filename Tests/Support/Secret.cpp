@@ -58,7 +58,7 @@ std::string Secret::text() const {
   return text;
 }
 
-std::size_t Secret::piecesIn(std::string& memory, std::size_t offset) const {
+std::size_t Secret::piecesIn(const std::string& memory, std::size_t offset) const {
   // Shorter than a piece, lest the search finds what it searches for.
   std::array<char, 8> start{};
   for (std::size_t index = 0; index < start.size(); ++index) start[index] = at(offset + index);
@@ -78,18 +78,18 @@ std::size_t Secret::piecesIn(std::string& memory, std::size_t offset) const {
 std::size_t Secret::piecesInMemory() const {
   constexpr std::size_t most = std::size_t{1} << 20;
   const Descriptor memory(::open("/proc/self/mem", O_RDONLY | O_CLOEXEC));
-  std::string read(most, '\0');
+  std::string bytes(most, '\0');
   std::size_t pieces = 0;
   for (const Region& region : writableMemory()) {
-    for (std::uintptr_t at = region.begin; at < region.end; at += most - pieceSize) {
-      read.resize(most);
-      const auto wanted = std::min<std::uintptr_t>(most, region.end - at);
-      const auto count = ::pread(memory.number(), read.data(), wanted, static_cast<off_t>(at));
-      read.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    for (std::uintptr_t place = region.begin; place < region.end; place += most - pieceSize) {
+      bytes.resize(most);
+      const auto wanted = std::min<std::uintptr_t>(most, region.end - place);
+      const auto count = ::pread(memory.number(), bytes.data(), wanted, static_cast<off_t>(place));
+      bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
       for (const std::size_t offset : {std::size_t{0}, length_ / 2, length_ - pieceSize}) {
-        pieces += piecesIn(read, offset);
+        pieces += piecesIn(bytes, offset);
       }
-      wipe(read);
+      wipe(bytes);
     }
   }
   return pieces;

@@ -19,7 +19,7 @@ class Secret {
 
  private:
   char at(std::size_t index) const noexcept;
-  std::size_t piecesIn(std::string& memory, std::size_t offset) const;
+  std::size_t piecesIn(const std::string& memory, std::size_t offset) const;
 
   std::size_t length_;
 };
