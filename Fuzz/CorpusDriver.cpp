@@ -1,5 +1,8 @@
 // Runs one fuzzer without clang's fuzzing engine: on each file of its corpus, and on random variations of these.
-// Findings can be replayed by the seed that it prints. Usage: fuzz-replay FUZZER CORPUS VARIATIONS [SEED]
+// Findings can be replayed by the seed that it prints.
+// Usage: fuzz-replay FUZZER CORPUS VARIATIONS [SEED]
+//        fuzz-replay --for-each-first-line FUZZER CORPUS VARIATIONS [SEED]
+// The second form makes so many variations for each first line that there is, and leaves that line as it is.
 
 #include <algorithm>
 #include <cstddef>
@@ -9,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <random>
 #include <string>
 #include <string_view>
@@ -95,26 +99,57 @@ class Variations {
   std::mt19937_64 random_;
 };
 
+using Inputs = std::vector<std::string>;
+
+void feedVariations(Fuzzer fuzzer, const Inputs& corpus, const std::string& start, long count, Variations& variations) {
+  for (; count > 0; --count) feed(fuzzer, start + variations.next(corpus));
+}
+
+/// Inputs by their first line with its line feed, and without it.
+std::map<std::string, Inputs> byFirstLine(const Inputs& corpus) {
+  std::map<std::string, Inputs> rests;
+  for (const std::string& input : corpus) {
+    const std::size_t rest = input.find('\n') + 1;
+    rests[input.substr(0, rest)].push_back(input.substr(rest));
+  }
+  return rests;
+}
+
+int usage(const char* program) {
+  std::fprintf(stderr, "Usage: %s [--for-each-first-line] FUZZER CORPUS VARIATIONS [SEED]\nThe fuzzers:", program);
+  for (const auto& entry : fuzzers) std::fprintf(stderr, " %s", entry.first.data());
+  std::fprintf(stderr, "\n");
+  return 2;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  const Fuzzer fuzzer = argc >= 4 ? fuzzerNamed(argv[1]) : nullptr;
-  if (!fuzzer) {
-    std::fprintf(stderr, "Usage: %s FUZZER CORPUS VARIATIONS [SEED]\nThe fuzzers:", argv[0]);
-    for (const auto& entry : fuzzers) std::fprintf(stderr, " %s", entry.first.data());
-    std::fprintf(stderr, "\n");
-    return 2;
-  }
-  const auto corpus = readCorpus(argv[2]);
+  Inputs arguments(argv + 1, argv + argc);
+  const bool forEachFirstLine = !arguments.empty() && arguments.front() == "--for-each-first-line";
+  if (forEachFirstLine) arguments.erase(arguments.begin());
+  const Fuzzer fuzzer = arguments.size() >= 3 ? fuzzerNamed(arguments[0]) : nullptr;
+  if (!fuzzer) return usage(argv[0]);
+  const Inputs corpus = readCorpus(arguments[1]);
   if (corpus.empty()) {
-    std::fprintf(stderr, "The corpus %s is empty.\n", argv[2]);
+    std::fprintf(stderr, "The corpus %s is empty.\n", arguments[1].c_str());
     return 2;
   }
   for (const auto& input : corpus) feed(fuzzer, input);
-  const std::uint64_t seed = argc > 4 ? std::strtoull(argv[4], nullptr, 10) : std::random_device()();
+  const long count = std::strtol(arguments[2].c_str(), nullptr, 10);
+  const std::uint64_t seed =
+      arguments.size() > 3 ? std::strtoull(arguments[3].c_str(), nullptr, 10) : std::random_device()();
   std::printf("%zu inputs; variations of seed %llu\n", corpus.size(), static_cast<unsigned long long>(seed));
   std::fflush(stdout);
   Variations variations(seed);
-  for (long left = std::strtol(argv[3], nullptr, 10); left > 0; --left) feed(fuzzer, variations.next(corpus));
+  if (!forEachFirstLine) {
+    feedVariations(fuzzer, corpus, "", count, variations);
+    return 0;
+  }
+  for (const auto& [line, rests] : byFirstLine(corpus)) {
+    std::printf("%ld variations of %s", count, line.empty() ? "inputs of one line\n" : line.c_str());
+    std::fflush(stdout);
+    feedVariations(fuzzer, rests, line, count, variations);
+  }
   return 0;
 }

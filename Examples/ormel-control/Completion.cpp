@@ -141,6 +141,7 @@ std::string bashScript(const Places& places) {
          "complete -F _ormel_control ormel-control\n";
 }
 
+// As a file "_ormel_control" on the path of zsh's functions it is the function itself, once it has defined it.
 std::string zshScript(const Places& places) {
   return "#compdef ormel-control\n"
          "# Completes ormel-control in zsh: source <(ormel-control completion zsh)\n"
@@ -150,21 +151,26 @@ std::string zshScript(const Places& places) {
          search(places, "CURRENT", "${typed[i]}", "2", "_files") +
          "  compadd -- ${=offered}\n"
          "}\n"
-         "compdef _ormel_control ormel-control\n";
+         "if [[ $0 == _ormel_control ]]; then\n"
+         "  _ormel_control \"$@\"\n"
+         "else\n"
+         "  compdef _ormel_control ormel-control\n"
+         "fi\n";
 }
 
-std::string fishScript(const Places& places) {
+/// Prints the command that the words lead to, or "files" where these are to complete the word.
+std::string fishSearch(const Places& places) {
   std::string text =
-      "# Completes ormel-control in fish: ormel-control completion fish | source\n"
       "function __ormel_control_place\n"
       "  set -l place ''\n"
       "  set -l skipped ''\n"
       "  for word in (commandline -opc)[2..-1]\n"
       "    if test -n \"$skipped\"\n"
       "      set skipped ''\n"
-      "      continue\n"
-      "    end\n"
-      "    if contains -- $word " +
+      "    else if test \"$word\" = --\n"
+      "      set skipped 1\n"
+      "      break\n"
+      "    else if contains -- $word " +
       valueOptions(places, " ") +
       "\n"
       "      set skipped 1\n"
@@ -172,22 +178,34 @@ std::string fishScript(const Places& places) {
   for (const Place& place : places.all) {
     if (!place.path.empty()) text += " " + quoted(place.path);
   }
-  text +=
-      "\n"
-      "      set place \"$place $word\"\n"
-      "    end\n"
-      "  end\n"
-      "  echo \"$place\"\n"
-      "end\n"
-      "complete -c ormel-control -f\n";
+  return text +
+         "\n"
+         "      set place \"$place $word\"\n"
+         "    end\n"
+         "  end\n"
+         "  test -n \"$skipped\"; and echo files; or echo \"$place\"\n"
+         "end\n";
+}
+
+std::string fishScript(const Places& places) {
+  const std::string complete = "complete -c ormel-control";
+  std::string text = "# Completes ormel-control in fish: ormel-control completion fish | source\n" +
+                     fishSearch(places) +
+                     "function __ormel_control_is_at\n"
+                     "  test \"$(__ormel_control_place)\" = \"$argv\"\n"
+                     "end\n" +
+                     complete + " -f\n" + complete + " -n '__ormel_control_is_at files' -F\n";
   for (const Place& place : places.all) {
-    const std::string start =
-        "complete -c ormel-control -n 'test \"$(__ormel_control_place)\" = \"" + place.path + "\"'";
-    for (const auto* list : {&place.commands, &place.values, &place.options}) {
-      for (const Word& word : *list)
-        text += start + " -a " + quoted(word.text) + " -d " + quoted(word.description) + "\n";
-    }
-    if (place.takesFiles) text += start + " -F\n";
+    const std::string isHere = "__ormel_control_is_at \"" + place.path + "\"";
+    const auto offer = [&](const std::vector<Word>& words, const std::string& condition) {
+      for (const Word& word : words) {
+        text += complete + " -n '" + condition + "' -a " + quoted(word.text) + " -d " + quoted(word.description) + "\n";
+      }
+    };
+    offer(place.commands, isHere);
+    offer(place.values, isHere);
+    offer(place.options, place.takesFiles ? isHere + "; and string match -q -- \"-*\" (commandline -ct)" : isHere);
+    if (place.takesFiles) text += complete + " -n '" + isHere + "' -F\n";
   }
   return text;
 }

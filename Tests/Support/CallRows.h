@@ -7,7 +7,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <vector>
 
 #include "OrmelSDK/AppServerRun/Framing/AppServerRPCError.h"
@@ -37,22 +36,14 @@ inline JSONValue outcomeOf(Task<void> call) {
   return {};
 }
 
-/// Makes a call on an object. A lambda without captures becomes one; it returns the call, or has made it already.
+/// Makes a call on an object. A lambda without captures that returns the call becomes one.
 template <typename Object>
 class CallMaker {
  public:
   CallMaker(std::nullptr_t = nullptr) {}
 
   template <typename Function>
-  CallMaker(Function)
-      : make_([](const Object& object) {
-          if constexpr (std::is_void_v<decltype(Function()(object))>) {
-            Function()(object);
-            return JSONValue();
-          } else {
-            return outcomeOf(Function()(object));
-          }
-        }) {}
+  CallMaker(Function) : make_([](const Object& object) { return outcomeOf(Function()(object)); }) {}
 
   explicit operator bool() const { return make_ != nullptr; }
   JSONValue operator()(const Object& object) const { return make_(object); }
@@ -68,9 +59,9 @@ struct CallRow {
   const char* result;
   /// Either may be missing, as an object need not have the operation.
   CallMaker<Ormel> ofOrmel;
-  CallMaker<OrmelControlSession> ofSession = nullptr;
-  /// The outcome, as `outcomeOf` tells it; not looked at if it is missing.
-  const char* outcome = nullptr;
+  CallMaker<OrmelControlSession> ofSession;
+  /// The outcome, as `outcomeOf` tells it.
+  const char* outcome;
 };
 
 /// Rows whose outcome is the result as it stands, unless another one is given.
@@ -145,7 +136,7 @@ void expectCall(const CallRow& row, Make make) {
   const auto lines = scenario.receivedLines();
   EXPECT_EQ(lines.empty() ? "" : lines.back(), row.line);
   EXPECT_EQ(lines.size(), 3U);
-  if (row.outcome && failure == "no failure") {
+  if (failure == "no failure") {
     EXPECT_EQ(outcome, JSONValue::decode(row.outcome));
   }
   for (const std::string& text : scenario.failures()) ADD_FAILURE() << text;

@@ -178,6 +178,64 @@ TEST(ControlExec, PassesOnOutputAndStatus) {
   }
 }
 
+/// A command, and the only request that it makes of a server that has been greeted.
+struct RequestRow {
+  std::vector<std::string> arguments;
+  const char* request;
+  const char* reply;
+};
+
+TEST(ControlCommands, AskForWhatTheirArgumentsSay) {
+  const RequestRow rows[] = {
+      {{"models"}, R"(model/list exactly {"includeHidden": false})", R"({"data": []})"},
+      {{"models", "--all"}, R"(model/list exactly {"includeHidden": true})", R"({"data": []})"},
+      {{"threads"}, R"(thread/list exactly {"sortKey": "recency_at", "sortDirection": "desc"})", R"({"data": []})"},
+      {{"threads", "--archived", "--search", "a b"},
+       R"(thread/list exactly {"sortKey": "recency_at", "sortDirection": "desc", "archived": true, "searchTerm": "a b"})",
+       R"({"data": []})"},
+      {{"thread", "read", "t1"},
+       R"(thread/read exactly {"threadId": "t1", "includeTurns": true})",
+       R"({"thread": {"id": "t1"}})"},
+      {{"thread", "fork", "t1"},
+       R"(thread/fork exactly {"threadId": "t1"})",
+       R"({"thread": {"id": "t2"}, "model": "m", "modelProvider": "p", "cwd": "/", "instructionSources": []})"},
+      {{"thread", "archive", "t1"}, R"(thread/archive exactly {"threadId": "t1"})", "{}"},
+      {{"thread", "unarchive", "t1"}, R"(thread/unarchive exactly {"threadId": "t1"})", R"({"thread": {"id": "t1"}})"},
+      {{"thread", "delete", "t1"}, R"(thread/delete exactly {"threadId": "t1"})", "{}"},
+      {{"thread", "rename", "t1", "n"}, R"(thread/name/set exactly {"threadId": "t1", "name": "n"})", "{}"},
+      {{"skills", "--cd", "/usr"}, R"(skills/list exactly {"cwds": ["/usr"]})", R"({"data": []})"},
+      {{"hooks", "--cd", "/usr"}, R"(hooks/list exactly {"cwds": ["/usr"]})", R"({"data": []})"},
+      {{"permissions", "--cd", "/usr"}, R"(permissionProfile/list exactly {"cwd": "/usr"})", R"({"data": []})"},
+      {{"features"}, "experimentalFeature/list exactly {}", R"({"data": []})"},
+      {{"apps"}, "app/list exactly {}", R"({"data": []})"},
+      {{"apps", "--installed"}, "app/installed exactly {}", R"({"apps": []})"},
+      {{"mcp"}, "mcpServerStatus/list exactly {}", R"({"data": []})"},
+      {{"plugins", "--cd", "/usr"}, R"(plugin/list exactly {"cwds": ["/usr"]})", R"({"marketplaces": []})"},
+      {{"plugins", "--installed", "--cd", "/usr"},
+       R"(plugin/installed exactly {"cwds": ["/usr"]})",
+       R"({"marketplaces": [], "marketplaceLoadErrors": []})"},
+      {{"account"}, R"(account/read exactly {"refreshToken": false})", R"({"requiresVelnorAuth": false})"},
+      {{"usage"}, "account/usage/read without params", R"({"summary": {}})"},
+      {{"config", "get", "a", "--cd", "/usr"},
+       R"(config/read exactly {"includeLayers": false, "cwd": "/usr"})",
+       R"({"config": {"a": 1}})"},
+      {{"config", "set", "a.b", "{\"c\": null}"},
+       R"(config/value/write exactly {"keyPath": "a.b", "value": {"c": null}, "mergeStrategy": "replace"})",
+       "{}"},
+      {{"exec", "--cd", "/usr", "--", "ls"},
+       R"(command/exec exactly {"command": ["ls"], "cwd": "/usr"})",
+       R"({"exitCode": 0, "stdout": "", "stderr": ""})"},
+  };
+  for (const RequestRow& row : rows) {
+    const testing::SimulatorScenario scenario(
+        std::string("always answer initialize with {}\nalways ignore initialized\nclient asks ") + row.request +
+        "\nserver answers " + row.reply + "\n");
+    const ControlEnd end = control(row.arguments, scenario);
+    EXPECT_EQ(end.status, 0) << row.request << end.errors;
+    for (const std::string& text : scenario.failures()) ADD_FAILURE() << row.request << ": " << text;
+  }
+}
+
 TEST(ControlCall, MakesAnyCall) {
   const testing::SimulatorScenario scenario(R"(
     always answer initialize with {}

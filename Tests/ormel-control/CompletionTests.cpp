@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <set>
 #include <sstream>
 
@@ -11,8 +10,9 @@ namespace ormel::control {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::IsSupersetOf;
 
-/// The script for a shell, in a file of its own.
+/// The script for a shell, in a folder of its own with a file named "files".
 class CompletionScript {
  public:
   explicit CompletionScript(const std::string& shell) {
@@ -20,10 +20,15 @@ class CompletionScript {
     EXPECT_EQ(end.status, 0);
     EXPECT_EQ(end.errors, "");
     text = end.output;
-    std::ofstream(path()) << text;
+    // By the name under which zsh looks for it.
+    folder_.addFile("_ormel_control", text);
+    folder_.addFile("place/files");
   }
 
-  std::string path() const { return folder_ / "script"; }
+  std::string folder() const { return folder_.path(); }
+  std::string path() const { return folder_ / "_ormel_control"; }
+  /// The directory to be in when files are offered.
+  std::string place() const { return folder_ / "place"; }
 
   std::string text;
 
@@ -31,11 +36,12 @@ class CompletionScript {
   testing::TemporaryDirectory folder_;
 };
 
-ControlEnd bash(std::vector<std::string> arguments) {
+ControlEnd endOf(const std::string& shell, std::vector<std::string> arguments) {
+  const testing::TemporaryDirectory home;
   testing::ChildOptions options;
   options.arguments = std::move(arguments);
-  options.environment = {"PATH=/usr/bin:/bin"};
-  testing::ChildProgram child("/bin/bash", options);
+  options.environment = {"PATH=/usr/bin:/bin", "HOME=" + home.path().string()};
+  testing::ChildProgram child(shell, options);
   ControlEnd end;
   end.output = child.readRestOfOutput();
   end.errors = child.readErrors();
@@ -43,30 +49,84 @@ ControlEnd bash(std::vector<std::string> arguments) {
   return end;
 }
 
-/// The completions that bash offers for the last of the words.
-std::set<std::string> offered(const CompletionScript& script, const std::string& words) {
-  const ControlEnd end =
-      bash({"--norc", "-c",
-            "compopt() { echo files; }\nsource " + script.path() + "\nCOMP_WORDS=(ormel-control " + words +
-                ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_ormel_control\n" + "printf '%s\\n' \"${COMPREPLY[@]}\""});
+/// The first words of the lines that a shell prints.
+std::set<std::string> printedBy(const std::string& shell, std::vector<std::string> arguments) {
+  const ControlEnd end = endOf(shell, std::move(arguments));
   EXPECT_EQ(end.errors, "");
   EXPECT_EQ(end.status, 0);
   std::istringstream lines(end.output);
-  std::set<std::string> words_;
-  for (std::string word; lines >> word;) words_.insert(word);
-  return words_;
+  std::set<std::string> words;
+  for (std::string line; std::getline(lines, line);) {
+    const std::string word = line.substr(0, line.find('\t'));
+    if (!word.empty()) words.insert(word);
+  }
+  return words;
 }
 
-TEST(ControlCompletion, IsAScriptThatBashReads) {
-  const CompletionScript script("bash");
-  const ControlEnd end = bash({"-n", script.path()});
-  EXPECT_EQ(end.status, 0);
-  EXPECT_EQ(end.errors, "");
-  EXPECT_THAT(script.text, HasSubstr("complete -F _ormel_control ormel-control\n"));
+/// A shell, and the completions that it offers for the last of some words.
+struct Shell {
+  const char* name;
+  const char* executable;
+  std::vector<std::string> parseOnly;
+  std::set<std::string> (*offered)(const CompletionScript& script, const std::string& words);
+};
+
+std::set<std::string> offeredByBash(const CompletionScript& script, const std::string& words) {
+  return printedBy(
+      "/bin/bash",
+      {"--norc", "-c",
+       "compopt() { echo files; }\nsource " + script.path() + "\nCOMP_WORDS=(ormel-control " + words +
+           ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_ormel_control\nprintf '%s\\n' \"${COMPREPLY[@]}\""});
+}
+
+// Without a terminal, so that the functions with which zsh takes what is offered are played.
+#ifdef ORMEL_ZSH
+constexpr const char* playedZsh =
+    "_files() { print -r -- files; }\n"
+    "compdef() { print -r -- \"$1 for $2\"; }\n"
+    "compadd() { shift; for word; do [[ $word == ${words[CURRENT]}* ]] && print -r -- $word; done; true; }\n";
+
+std::set<std::string> offeredByZsh(const CompletionScript& script, const std::string& words) {
+  return printedBy(ORMEL_ZSH, {"-f", "-c",
+                               playedZsh + ("source " + script.path()) + " >/dev/null\nwords=(ormel-control " + words +
+                                   ")\nCURRENT=${#words}\n_ormel_control"});
+}
+#endif
+
+#ifdef ORMEL_FISH
+std::set<std::string> offeredByFish(const CompletionScript& script, const std::string& words) {
+  const bool isNew = words.ends_with("''");
+  const std::string line = "ormel-control " + (isNew ? words.substr(0, words.size() - 2) : words);
+  return printedBy(ORMEL_FISH, {"--no-config", "-c",
+                                "cd " + script.place() + "\nsource " + script.path() + "\ncomplete -C '" + line + "'"});
+}
+#endif
+
+/// Those that are installed; bash always is.
+const Shell shells[] = {
+    {"bash", "/bin/bash", {"--norc", "-n"}, offeredByBash},
+#ifdef ORMEL_ZSH
+    {"zsh", ORMEL_ZSH, {"-f", "-n"}, offeredByZsh},
+#endif
+#ifdef ORMEL_FISH
+    {"fish", ORMEL_FISH, {"--no-config", "-n"}, offeredByFish},
+#endif
+};
+
+TEST(ControlCompletion, IsAScriptThatItsShellReads) {
+  for (const Shell& shell : shells) {
+    SCOPED_TRACE(shell.name);
+    const CompletionScript script(shell.name);
+    auto arguments = shell.parseOnly;
+    arguments.push_back(script.path());
+    const ControlEnd end = endOf(shell.executable, arguments);
+    EXPECT_EQ(end.status, 0);
+    EXPECT_EQ(end.errors, "");
+  }
+  EXPECT_THAT(CompletionScript("bash").text, HasSubstr("complete -F _ormel_control ormel-control\n"));
 }
 
 TEST(ControlCompletion, OffersWhatMayComeNext) {
-  const CompletionScript script("bash");
   const struct {
     const char* words;
     std::set<std::string> offered;
@@ -87,9 +147,26 @@ TEST(ControlCompletion, OffersWhatMayComeNext) {
       {"threads --search x --arch", {"--archived"}},
       {"nonsen", {}},
   };
-  for (const auto& row : rows) EXPECT_EQ(offered(script, row.words), row.offered) << row.words;
-  EXPECT_THAT(offered(script, "''"), ::testing::IsSupersetOf({"models", "watch", "exec", "usage", "--json"}));
+  for (const Shell& shell : shells) {
+    SCOPED_TRACE(shell.name);
+    const CompletionScript script(shell.name);
+    for (const auto& row : rows) EXPECT_EQ(shell.offered(script, row.words), row.offered) << row.words;
+    EXPECT_THAT(shell.offered(script, "''"), IsSupersetOf({"models", "watch", "exec", "usage", "--json"}));
+  }
 }
+
+#ifdef ORMEL_ZSH
+TEST(ControlCompletion, IsRegisteredInZshWhenItIsReadAndIsAFunctionOfItsOwnOnTheSearchPath) {
+  const CompletionScript script("zsh");
+  EXPECT_EQ(printedBy(ORMEL_ZSH, {"-f", "-c", playedZsh + ("source " + script.path())}),
+            (std::set<std::string>{"_ormel_control for ormel-control"}));
+  EXPECT_EQ(printedBy(ORMEL_ZSH, {"-f", "-c",
+                                  playedZsh + ("fpath=(" + script.folder()) +
+                                      ")\nautoload -U _ormel_control\nwords=(ormel-control mo)\nCURRENT=2\n"
+                                      "_ormel_control"}),
+            (std::set<std::string>{"models"}));
+}
+#endif
 
 TEST(ControlCompletion, KnowsAllCommandsInEachShell) {
   for (const char* shell : {"bash", "zsh", "fish"}) {

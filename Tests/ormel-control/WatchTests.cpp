@@ -3,6 +3,7 @@
 
 #include "OrmelSDK/JSON/JSONValue.h"
 #include "ormel-control/ControlProgram.h"
+#include "ormel-control/NotificationQueue.h"
 #include "ormel-control/ServerScript.h"
 #include "ormel-control/Watch.h"
 
@@ -108,6 +109,21 @@ TEST(ControlWatch, UsesNoTimeWhileNothingComes) {
   const double seconds = static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
                          static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
   EXPECT_LT(seconds, 0.5);
+}
+
+TEST(ControlWatch, LosesTheOldestNotificationsForAReaderWhoFallsBehind) {
+  constexpr std::size_t lost = 3;
+  NotificationQueue queue;
+  for (std::size_t number = 0; number < NotificationQueue::mostKept + lost; ++number) {
+    queue.put({std::to_string(number), std::nullopt});
+  }
+  EXPECT_EQ(queue.takeLost(), lost);
+  EXPECT_EQ(queue.takeLost(), 0U);
+  std::size_t taken = 0;
+  for (; const auto notification = queue.take(); ++taken) {
+    ASSERT_EQ(notification->method, std::to_string(taken + lost));
+  }
+  EXPECT_EQ(taken, NotificationQueue::mostKept);
 }
 
 TEST(ControlWatch, ShortensParams) {

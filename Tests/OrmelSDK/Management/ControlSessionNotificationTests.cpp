@@ -1,9 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "OrmelSDK/Records/AccountRecords.h"
 #include "Support/SimulatedSession.h"
 
 namespace {
@@ -46,6 +48,30 @@ TEST(ControlSessionNotifications, ReachEverySubscriberAsTheyCame) {
       expected.params = JSONValue::object({{"a", 1}});
       EXPECT_EQ(channel->nextBlocking(), expected);
       EXPECT_EQ(channel->nextBlocking(), std::nullopt);
+    }
+  });
+}
+
+TEST(ControlSessionNotifications, AreHandedOnAlsoWhenNobodyCanReadMoreOutOfThem) {
+  withSessions([](SimulatedServer& server, SimulatedSession& session) {
+    server.answer("a/b", "1");
+    session.ended();
+    auto notifications = session.subscribe();
+    const std::string lines[] = {R"({"method":"account/updated"})",
+                                 R"({"method":"account/updated","params":{"planType":7}})",
+                                 R"({"method":"account/login/completed","params":{}})",
+                                 R"({"method":"thread/unarchived","params":{"threadId":"t1"}})"};
+    for (const std::string& line : lines) server.write(line + "\n");
+    session.close();
+    for (const std::string& line : lines) {
+      const auto notification = notifications.nextBlocking();
+      ASSERT_TRUE(notification) << line;
+      const JSONValue message = JSONValue::decode(line);
+      EXPECT_EQ(notification->method, message.find("method")->stringValue());
+      const JSONValue* params = message.find("params");
+      EXPECT_EQ(notification->params, params ? std::optional(*params) : std::nullopt);
+      EXPECT_FALSE(notification->accountNotification()) << line;
+      EXPECT_FALSE(notification->threadLifecycleNotification()) << line;
     }
   });
 }

@@ -39,6 +39,7 @@ TEST(AppsConfigSnapshot, WritesTheDefaultAheadOfTheAppsInTheOrderOfTheirKeys) {
   const JSONValue written = encode(snapshot);
   for (const auto& [key, value] : *written.objectValue()) keys += std::string(key) + ' ';
   EXPECT_EQ(keys, "_default Z a b ");
+  EXPECT_EQ(encode(decode<AppsConfigSnapshot>(written)).encode(), written.encode());
   tests::expectWritten(snapshot, R"({"_default":{"enabled":false,"approvalsReviewer":"auto_review"},
     "Z":{"enabled":true},"a":{"enabled":false,"approvalsReviewer":"auto_review"},"b":{"enabled":true}})");
 }
