@@ -1,11 +1,14 @@
 #include "Console.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
+
+#include "ForeignText.h"
 
 namespace ormel::chat {
 
@@ -37,18 +40,26 @@ std::string_view codeOf(Style style) {
   return {};
 }
 
-bool isControl(unsigned char byte) { return (byte < 0x20 && byte != '\n' && byte != '\t') || byte == 0x7f; }
-
 }  // namespace
 
-Console::Console(int descriptor)
-    : descriptor_(descriptor), isTerminal_(::isatty(descriptor) == 1), colours_(isTerminal_ && mayColour()) {}
+Console::Console(int descriptor, Readers readers)
+    : descriptor_(descriptor),
+      isTerminal_(::isatty(descriptor) == 1),
+      isForPeople_(isTerminal_ || readers == Readers::people),
+      colours_(isTerminal_ && mayColour()) {}
+
+int Console::columns() const noexcept {
+  constexpr int usualColumns = 80;
+  if (!isTerminal_) return 0;
+  struct winsize size{};
+  return ::ioctl(descriptor_, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usualColumns;
+}
 
 void Console::write(std::string_view text, Style style) {
   if (text.empty()) return;
   const auto code = colours_ ? codeOf(style) : std::string_view();
   pending_.append(code);
-  if (isTerminal_) {
+  if (isForPeople_) {
     append(harmless(text));
   } else {
     append(text);
@@ -65,6 +76,14 @@ void Console::append(std::string_view text) {
 
 void Console::endLine() {
   if (lineFeeds_ == 0) append("\n");
+}
+
+void Console::beginAsking() {
+  endLine();
+  const auto code = colours_ ? codeOf(Style::yellow) : std::string_view();
+  pending_.append(code);
+  append(margin);
+  if (!code.empty()) pending_.append("\x1b[0m");
 }
 
 void Console::line(std::string_view text, Style style) {
@@ -87,23 +106,6 @@ void Console::flush() {
     rest.remove_prefix(static_cast<std::size_t>(count));
   }
   pending_.clear();
-}
-
-std::string harmless(std::string_view text) {
-  std::string kept;
-  kept.reserve(text.size());
-  for (std::size_t index = 0; index < text.size(); ++index) {
-    const auto byte = static_cast<unsigned char>(text[index]);
-    // In UTF-8 the second set of control characters begins with C2, too.
-    const bool isSecondSet =
-        byte == 0xc2 && index + 1 < text.size() && static_cast<unsigned char>(text[index + 1]) < 0xa0;
-    if (isSecondSet) {
-      ++index;
-    } else if (!isControl(byte)) {
-      kept.push_back(text[index]);
-    }
-  }
-  return kept;
 }
 
 }  // namespace ormel::chat

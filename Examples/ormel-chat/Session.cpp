@@ -10,8 +10,10 @@
 
 #include "Approvals.h"
 #include "Elicitations.h"
+#include "ForeignText.h"
 #include "Operation.h"
 #include "OrmelSDK/Base/OrmelProcessError.h"
+#include "Texts.h"
 #include "ThreadCommands.h"
 #include "UserInputQuestion.h"
 
@@ -59,7 +61,7 @@ Session::Session(Options options, const ServerChoice& server)
       ormel_(server.ormel),
       thread_(makeThread(ormel_, options_.resumedThread, threadOptions(options_, inbox_))),
       quietBeforeQuestion_(quietBeforeQuestion()) {
-  if (!output_.isTerminal() || options_.json) ownNotes_.emplace(STDERR_FILENO);
+  if (!output_.isTerminal() || options_.json) ownNotes_.emplace(STDERR_FILENO, Console::Readers::people);
   greet(server);
 }
 
@@ -84,7 +86,7 @@ int Session::run() {
   }
   leaveLine();
   if (const auto id = thread_.id(); id && !options_.prompt && input_.isTerminal()) {
-    tell("To go on with this conversation: ormel-chat --resume " + *id);
+    tell("To go on with this conversation: ormel-chat --resume " + visible(shellWord(*id)));
   }
   output_.flush();
   return *exitStatus_;
@@ -396,6 +398,7 @@ void Session::askForInput() {
   output_.flush();
   if (questions_.isEmpty()) {
     notes().separate();
+    notes().beginAsking();
     notes().write("> ", Style::bold);
   } else {
     questions_.ask(notes());
