@@ -14,6 +14,8 @@ namespace ormel::chat {
 
 namespace {
 
+constexpr std::size_t mostPending = 65536;
+
 bool mayColour() {
   const char* noColour = std::getenv("NO_COLOR");
   const char* terminal = std::getenv("TERM");
@@ -68,6 +70,8 @@ void Console::write(std::string_view text, Style style) {
 }
 
 void Console::append(std::string_view text) {
+  // However much comes at once, little of it is kept here.
+  if (pending_.size() > mostPending) flush();
   pending_.append(text);
   const auto last = text.find_last_not_of('\n');
   const auto trailing = static_cast<int>(text.size() - (last == text.npos ? 0 : last + 1));

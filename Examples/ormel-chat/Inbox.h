@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <exception>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -52,28 +54,25 @@ using Message = std::variant<OperationAccepted, ThreadEvent, OperationEnded, Que
 /// find it.
 class Inbox {
  public:
+  /// `keepsEachUpdate`: whether the main thread is to see every state of an item whose text grows. Otherwise a later
+  /// state takes the place of one that was not taken yet, so that the inbox stays small however fast a text grows.
+  explicit Inbox(bool keepsEachUpdate = false) : keepsEachUpdate_(keepsEachUpdate) {}
+
   /// From any thread; never waits.
-  void post(Message message) {
-    {
-      const std::lock_guard lock(mutex_);
-      messages_.push_back(std::move(message));
-    }
-    wakePipe_.wake();
-  }
+  void post(Message message);
 
   /// All that came since the last call.
-  std::vector<Message> take() {
-    wakePipe_.drain();
-    const std::lock_guard lock(mutex_);
-    return std::exchange(messages_, {});
-  }
+  std::vector<Message> take();
 
   const WakePipe& wakePipe() const noexcept { return wakePipe_; }
 
  private:
+  const bool keepsEachUpdate_;
   WakePipe wakePipe_;
   std::mutex mutex_;
   std::vector<Message> messages_;
+  /// Where in `messages_` the last states of items stand, since the last message of another kind.
+  std::map<std::string, std::size_t> updates_;
 };
 
 }  // namespace ormel::chat

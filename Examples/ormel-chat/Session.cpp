@@ -56,12 +56,14 @@ Thread makeThread(const Ormel& ormel, const std::optional<std::string>& id, Thre
 
 Session::Session(Options options, const ServerChoice& server)
     : options_(std::move(options)),
+      inbox_(std::make_shared<Inbox>(options_.json && options_.jsonUpdates == JSONUpdates::full)),
       output_(STDOUT_FILENO),
-      renderer_(output_, options_.json),
+      renderer_(output_),
       ormel_(server.ormel),
       thread_(makeThread(ormel_, options_.resumedThread, threadOptions(options_, inbox_))),
       quietBeforeQuestion_(quietBeforeQuestion()) {
   if (!output_.isTerminal() || options_.json) ownNotes_.emplace(STDERR_FILENO, Console::Readers::people);
+  if (options_.json) renderer_.showAsJSON(options_.jsonUpdates);
   greet(server);
 }
 
@@ -338,7 +340,7 @@ void Session::withdrawQuestion(const std::shared_ptr<Question>& question) {
 
 void Session::takeNews(OperationEnded& news) {
   leaveLine();
-  renderer_.pause();
+  renderer_.endOperation();
   phase_ = Phase::idle;
   for (const auto& [itemID, question] : std::exchange(userInputQuestions_, {})) questions_.withdraw(question);
   status_ = statusOf(news.failure);

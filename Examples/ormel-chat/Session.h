@@ -88,7 +88,7 @@ class Session {
   void leave(int status) { exitStatus_ = status; }
 
   const Options options_;
-  const std::shared_ptr<Inbox> inbox_ = std::make_shared<Inbox>();
+  const std::shared_ptr<Inbox> inbox_;
   const Signals signals_{inbox_->wakePipe()};
   LineInput input_;
   Console output_;

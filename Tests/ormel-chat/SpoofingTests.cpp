@@ -277,7 +277,7 @@ TEST(ChatSpoofing, CannotBeDoneByChance) {
 
 template <typename Event>
 void showItem(Console& console, ThreadItem item) {
-  EventRenderer renderer(console, false);
+  EventRenderer renderer(console);
   Event event;
   event.item = std::move(item);
   renderer.show(event);
@@ -314,7 +314,7 @@ TEST(ChatSpoofing, CannotBeDoneByWhatTheAgentPrints) {
       showItem<ItemCompletedEvent>(console, error);
       TurnFailedEvent failed;
       failed.error.message = said;
-      EventRenderer(console, false).show(failed);
+      EventRenderer(console).show(failed);
     });
     expectHarmless(output);
     for (const char* bar : {"\xe2\x96\x8c", "\xe2\x96\x8d", "\xe2\x94\x83", "\xe2\x96\x88", "\xf0\x9f\xad\xb0",
