@@ -78,6 +78,10 @@ void Console::append(std::string_view text) {
   lineFeeds_ = std::min(2, last == text.npos ? lineFeeds_ + trailing : trailing);
 }
 
+void Console::erase(int columns) {
+  for (; columns > 0; --columns) append("\b \b");
+}
+
 void Console::endLine() {
   if (lineFeeds_ == 0) append("\n");
 }

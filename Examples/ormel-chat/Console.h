@@ -20,6 +20,7 @@ class Console {
   /// Colours only a terminal that has some, and only if NO_COLOR is not set.
   explicit Console(int descriptor, Readers readers = Readers::programs);
 
+  int descriptor() const noexcept { return descriptor_; }
   bool isTerminal() const noexcept { return isTerminal_; }
   /// How many columns the terminal has now; 0 for what is none.
   int columns() const noexcept;
@@ -27,6 +28,9 @@ class Console {
 
   /// Adds text, which may be part of a line. People get it as `harmless` leaves it.
   void write(std::string_view text, Style style = Style::plain);
+
+  /// Takes so many columns back from the end of the line, if the terminal has not broken it meanwhile.
+  void erase(int columns);
 
   /// Ends the line that has been begun, if any.
   void endLine();

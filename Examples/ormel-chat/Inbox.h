@@ -24,6 +24,12 @@ struct OperationEnded {
   std::exception_ptr failure;
 };
 
+/// What came of adding to the turn; `failure` is null if the server has taken it.
+struct SteerEnded {
+  std::string text;
+  std::exception_ptr failure;
+};
+
 struct QuestionAsked {
   std::shared_ptr<Question> question;
 };
@@ -47,8 +53,8 @@ struct ThreadChosen {
   std::string text;
 };
 
-using Message = std::variant<OperationAccepted, ThreadEvent, OperationEnded, QuestionAsked, QuestionWithdrawn, Notice,
-                             ThreadChosen>;
+using Message = std::variant<OperationAccepted, ThreadEvent, OperationEnded, SteerEnded, QuestionAsked,
+                             QuestionWithdrawn, Notice, ThreadChosen>;
 
 /// The messages of the library's threads to the main thread, in order. The threads keep it alive, so that late messages
 /// find it.

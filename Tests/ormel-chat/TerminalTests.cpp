@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "Support/SimulatorScenario.h"
-#include "ormel-chat/TmuxTerminal.h"
+#include "ormel-chat/ChatTerminal.h"
 
 namespace ormel::chat {
 namespace {
@@ -12,26 +12,6 @@ namespace {
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
-
-std::string chatCommand(const std::string& arguments = "", const std::string& environment = "TERM=screen-256color") {
-  static const testing::TemporaryDirectory state;
-  return "env -u NO_COLOR ORMEL_SIMULATOR_PACE_MS=5 ORMEL_SIMULATOR_STATE=" + state.path().string() + " " +
-         environment + " " ORMEL_CHAT_EXECUTABLE " --server " + testing::SimulatorScenario::executable() + " " +
-         arguments;
-}
-
-/// A conversation in a terminal, which waits for the first line.
-class ChatTerminal : public TmuxTerminal {
- public:
-  explicit ChatTerminal(const std::string& command = chatCommand()) : TmuxTerminal(command) {
-    EXPECT_TRUE(shows("/help tells what you can do.\n\n▌ >")) << text();
-  }
-
-  void enter(const std::string& line) const {
-    type(line);
-    press("Enter");
-  }
-};
 
 TEST(ChatInATerminal, ShowsAnAnswerWhileItStreams) {
   const ChatTerminal terminal;
