@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "OrmelSDK/Concurrency/OneShot.h"
+#include "PromptWriter.h"
 #include "Question.h"
 
 namespace ormel::chat {
@@ -15,12 +16,18 @@ class ApprovalSubject {
  public:
   ApprovalSubject(std::string subjectTitle, bool always) : title(std::move(subjectTitle)), mayBeAlways(always) {}
 
+  /// The program's own words.
   std::string title;
-  std::vector<std::string> details;
+  /// What is to be approved, in the words of who asks.
+  std::vector<Quote> matter;
+  /// Where, why and so on.
+  std::vector<Quote> circumstances;
+  /// The program's own words; may be empty.
+  std::string advice;
   bool mayBeAlways;
 };
 
-/// Yes, no or always; no unless it is said plainly.
+/// Yes, no or always; no unless it is said plainly. Whoever wants to see all of what is long says so first.
 class ApprovalQuestion : public Question {
  public:
   ApprovalQuestion(ApprovalSubject subject, OneShotResolver<Verdict> verdict)
@@ -31,6 +38,7 @@ class ApprovalQuestion : public Question {
 
  private:
   ApprovalSubject subject_;
+  bool showsAll_ = false;
   OneShotResolver<Verdict> verdict_;
 };
 

@@ -5,11 +5,15 @@
 
 #include "ApprovalQuestion.h"
 #include "AskedQuestion.h"
-#include "Texts.h"
+#include "ForeignText.h"
 
 namespace ormel::chat {
 
 namespace {
+
+std::string approvalNote(const ApprovalSubject& subject) {
+  return "Approved: " + subject.title + (subject.matter.empty() ? "" : " " + visible(subject.matter.front().text));
+}
 
 /// Decides approvals: asks the user, or approves everything.
 class Judge {
@@ -19,8 +23,7 @@ class Judge {
 
   Task<Verdict> judge(ApprovalSubject subject) const {
     if (approvesEverything_) {
-      inbox_->post(Notice{"Approved: " + subject.title + (subject.details.empty() ? "" : " " + subject.details.front()),
-                          Style::dim});
+      inbox_->post(Notice{approvalNote(subject), Style::dim});
       co_return Verdict::yes;
     }
     const OneShot<Verdict> verdict("approval");
@@ -52,46 +55,62 @@ OrmelApprovalDecision decisionOf(Verdict verdict, const std::vector<OrmelApprova
   return OrmelApprovalDecision::decline;
 }
 
-void addReason(ApprovalSubject& subject, const std::optional<std::string>& reason) {
-  if (reason) subject.details.push_back("Reason: " + *reason);
+void addIfGiven(std::vector<Quote>& quotes, const char* label, const std::optional<std::string>& text) {
+  if (text) quotes.push_back({label, *text});
 }
 
-void addPermissions(ApprovalSubject& subject, const RequestPermissionProfile& permissions) {
-  const auto add = [&](const char* name, const std::optional<JSONValue>& permission) {
-    if (permission && !permission->isNull()) subject.details.push_back(name + permission->encode());
+void addPermissions(std::vector<Quote>& quotes, const RequestPermissionProfile& permissions) {
+  const auto add = [&](const char* label, const std::optional<JSONValue>& permission) {
+    if (permission && !permission->isNull()) quotes.push_back({label, permission->encode()});
   };
-  add("Network: ", permissions.network);
-  add("Files: ", permissions.fileSystem);
+  add("network", permissions.network);
+  add("files", permissions.fileSystem);
+}
+
+std::string approvalTitle(const CommandApprovalRequest& request) {
+  const bool isInput = request.kind == CommandApprovalKind::writeStdin;
+  const std::string title = isInput ? "The agent wants to write to a running command" : "The agent wants to run";
+  return request.command ? title + ":" : title + " something; the server does not say what.";
 }
 
 ApprovalSubject subjectOf(const CommandApprovalRequest& request) {
-  const bool isInput = request.kind == CommandApprovalKind::writeStdin;
-  ApprovalSubject subject(isInput ? "The agent wants to write to a running command:" : "The agent wants to run:",
+  ApprovalSubject subject(approvalTitle(request),
                           offers(request.availableDecisions, OrmelApprovalDecision::acceptForSession));
-  subject.details.push_back(request.command.value_or("(the server does not say what)"));
-  if (request.workingDirectory) subject.details.push_back("in " + *request.workingDirectory);
-  addReason(subject, request.reason);
-  addPermissions(subject, request.additionalPermissions);
+  if (request.command) subject.matter.push_back({"", *request.command, true});
+  addIfGiven(subject.circumstances, "in", request.workingDirectory);
+  addIfGiven(subject.circumstances, "reason", request.reason);
+  addPermissions(subject.circumstances, request.additionalPermissions);
   return subject;
 }
 
+std::string approvalTitle(const FileChangeApprovalRequest& request) {
+  if (request.changes.empty()) return "The agent wants to change files; the server does not say which.";
+  if (request.changes.size() == 1) return "The agent wants to change a file:";
+  return "The agent wants to change " + std::to_string(request.changes.size()) + " files:";
+}
+
 ApprovalSubject subjectOf(const FileChangeApprovalRequest& request) {
-  ApprovalSubject subject("The agent wants to change files:",
+  ApprovalSubject subject(approvalTitle(request),
                           offers(request.availableDecisions, OrmelApprovalDecision::acceptForSession));
   for (const auto& change : request.changes) {
-    subject.details.push_back(std::string(rawValue(change.kind)) + " " + change.path);
+    subject.matter.push_back({std::string(rawValue(change.kind)), change.path});
   }
-  if (request.changes.empty()) subject.details.push_back("(the server does not say which)");
-  if (request.grantRoot) subject.details.push_back("and to write anywhere in " + *request.grantRoot);
-  addReason(subject, request.reason);
+  if (request.grantRoot) {
+    subject.circumstances.push_back({"all of", *request.grantRoot});
+    subject.advice = "Allowing it lets the agent write anywhere in that folder.";
+  }
+  addIfGiven(subject.circumstances, "reason", request.reason);
   return subject;
 }
 
 ApprovalSubject subjectOf(const PermissionsApprovalRequest& request) {
-  ApprovalSubject subject("The agent asks for permissions:", true);
-  addPermissions(subject, request.permissions);
-  if (subject.details.empty()) subject.details.push_back("(the server does not say which)");
-  addReason(subject, request.reason);
+  std::vector<Quote> permissions;
+  addPermissions(permissions, request.permissions);
+  ApprovalSubject subject(permissions.empty() ? "The agent asks for permissions; the server does not say which."
+                                              : "The agent asks for permissions:",
+                          true);
+  subject.matter = std::move(permissions);
+  addIfGiven(subject.circumstances, "reason", request.reason);
   return subject;
 }
 

@@ -41,7 +41,7 @@ bool isAboutThreads(Command::Kind kind) {
 Command readCommand(std::string_view line) {
   const auto text = trimmed(line);
   if (text.empty()) return {};
-  const auto name = text.substr(0, text.find_first_of(" \t"));
+  const auto name = text.substr(0, text.find_first_of(" \t\n"));
   // A path is no command.
   if (name.front() != '/' || name.find('/', 1) != name.npos) return {Command::Kind::prompt, std::string(text)};
   for (const auto& [known, kind] : commands) {

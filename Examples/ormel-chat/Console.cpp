@@ -1,5 +1,6 @@
 #include "Console.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -7,9 +8,13 @@
 #include <cstdlib>
 #include <system_error>
 
+#include "ForeignText.h"
+
 namespace ormel::chat {
 
 namespace {
+
+constexpr std::size_t mostPending = 65536;
 
 bool mayColour() {
   const char* noColour = std::getenv("NO_COLOR");
@@ -37,18 +42,26 @@ std::string_view codeOf(Style style) {
   return {};
 }
 
-bool isControl(unsigned char byte) { return (byte < 0x20 && byte != '\n' && byte != '\t') || byte == 0x7f; }
-
 }  // namespace
 
-Console::Console(int descriptor)
-    : descriptor_(descriptor), isTerminal_(::isatty(descriptor) == 1), colours_(isTerminal_ && mayColour()) {}
+Console::Console(int descriptor, Readers readers)
+    : descriptor_(descriptor),
+      isTerminal_(::isatty(descriptor) == 1),
+      isForPeople_(isTerminal_ || readers == Readers::people),
+      colours_(isTerminal_ && mayColour()) {}
+
+int Console::columns() const noexcept {
+  constexpr int usualColumns = 80;
+  if (!isTerminal_) return 0;
+  struct winsize size{};
+  return ::ioctl(descriptor_, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usualColumns;
+}
 
 void Console::write(std::string_view text, Style style) {
   if (text.empty()) return;
   const auto code = colours_ ? codeOf(style) : std::string_view();
   pending_.append(code);
-  if (isTerminal_) {
+  if (isForPeople_) {
     append(harmless(text));
   } else {
     append(text);
@@ -57,14 +70,28 @@ void Console::write(std::string_view text, Style style) {
 }
 
 void Console::append(std::string_view text) {
+  // However much comes at once, little of it is kept here.
+  if (pending_.size() > mostPending) flush();
   pending_.append(text);
   const auto last = text.find_last_not_of('\n');
   const auto trailing = static_cast<int>(text.size() - (last == text.npos ? 0 : last + 1));
   lineFeeds_ = std::min(2, last == text.npos ? lineFeeds_ + trailing : trailing);
 }
 
+void Console::erase(int columns) {
+  for (; columns > 0; --columns) append("\b \b");
+}
+
 void Console::endLine() {
   if (lineFeeds_ == 0) append("\n");
+}
+
+void Console::beginAsking() {
+  endLine();
+  const auto code = colours_ ? codeOf(Style::yellow) : std::string_view();
+  pending_.append(code);
+  append(margin);
+  if (!code.empty()) pending_.append("\x1b[0m");
 }
 
 void Console::line(std::string_view text, Style style) {
@@ -87,23 +114,6 @@ void Console::flush() {
     rest.remove_prefix(static_cast<std::size_t>(count));
   }
   pending_.clear();
-}
-
-std::string harmless(std::string_view text) {
-  std::string kept;
-  kept.reserve(text.size());
-  for (std::size_t index = 0; index < text.size(); ++index) {
-    const auto byte = static_cast<unsigned char>(text[index]);
-    // In UTF-8 the second set of control characters begins with C2, too.
-    const bool isSecondSet =
-        byte == 0xc2 && index + 1 < text.size() && static_cast<unsigned char>(text[index + 1]) < 0xa0;
-    if (isSecondSet) {
-      ++index;
-    } else if (!isControl(byte)) {
-      kept.push_back(text[index]);
-    }
-  }
-  return kept;
 }
 
 }  // namespace ormel::chat

@@ -86,14 +86,15 @@ McpServerElicitationResponse responseTo(const JSONValue& formSchema, const std::
   return response;
 }
 
-Task<McpServerElicitationResponse> fillIn(std::shared_ptr<Inbox> inbox, std::string title, JSONValue schema) {
+Task<McpServerElicitationResponse> fillIn(std::shared_ptr<Inbox> inbox, std::vector<Quote> about, JSONValue schema) {
   auto fields = fieldsOf(schema);
   if (fields.empty()) co_return McpServerElicitationResponse();
   const OneShot<McpServerElicitationResponse> response("form");
   auto receiver = [schema, resolver = response.resolver()](const std::optional<FormAnswers>& answers) {
     resolver.resume(responseTo(schema, answers));
   };
-  auto question = std::make_shared<FormQuestion>(std::move(title), std::move(fields), std::move(receiver));
+  auto question = std::make_shared<FormQuestion>("An MCP server asks you to fill in a form:", std::move(about),
+                                                 std::move(fields), std::move(receiver));
   const AskedQuestion asked(inbox, std::move(question));
   McpServerElicitationResponse given = co_await response.wait();
   co_return given;
@@ -112,14 +113,16 @@ Task<McpServerElicitationResponse> openPage(std::shared_ptr<Inbox> inbox, Approv
 Task<McpServerElicitationResponse> elicit(const std::shared_ptr<Inbox>& inbox,
                                           const McpServerElicitationRequest& request) {
   const auto fill = [&](const auto& form) {
-    return fillIn(inbox, request.serverName + ": " + form.message, form.requestedSchema);
+    return fillIn(inbox, {{"server", request.serverName}, {"message", form.message}}, form.requestedSchema);
   };
   return visit(
       request.mode, [&](const McpServerFormElicitation& form) { return fill(form); },
       [&](const McpServerVelnorFormElicitation& form) { return fill(form); },
       [&](const McpServerURLElicitation& page) {
-        ApprovalSubject subject(request.serverName + ": " + page.message, false);
-        subject.details.push_back("Open " + page.url + " yourself, and then agree.");
+        ApprovalSubject subject("An MCP server asks you to open a page:", false);
+        subject.matter = {{"page", page.url}};
+        subject.circumstances = {{"server", request.serverName}, {"message", page.message}};
+        subject.advice = "Open it yourself, and then agree.";
         return openPage(inbox, std::move(subject));
       });
 }

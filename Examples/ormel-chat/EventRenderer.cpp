@@ -19,7 +19,7 @@ std::string tokenText(const Usage& usage) {
 
 void EventRenderer::show(const ThreadEvent& event) {
   if (json_) {
-    console_.line(encode(event).encode());
+    json_->write(event);
     return;
   }
   visit(
@@ -27,6 +27,12 @@ void EventRenderer::show(const ThreadEvent& event) {
       [this](const AuthRecoveryStartedEvent& started) { showEvent(static_cast<const AuthRecoveryEvent&>(started)); },
       [this](const AuthRecoveryCompletedEvent& ended) { showEvent(static_cast<const AuthRecoveryEvent&>(ended)); },
       [this](const auto& any) { showEvent(any); });
+}
+
+void EventRenderer::endOperation() {
+  pause();
+  items_.endOperation();
+  if (json_) json_->endOperation();
 }
 
 void EventRenderer::note(std::string_view text, Style style) {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <optional>
+
 #include "Console.h"
 #include "ItemRenderer.h"
+#include "JSONLines.h"
 #include "OrmelSDK/Events/ThreadEvent.h"
 
 namespace ormel::chat {
@@ -9,12 +12,18 @@ namespace ormel::chat {
 /// Shows the events of an operation to a person, or, as lines of JSON, to a program.
 class EventRenderer {
  public:
-  EventRenderer(Console& console, bool json) : console_(console), items_(console), json_(json) {}
+  explicit EventRenderer(Console& console) : console_(console), items_(console) {}
+
+  /// From now on, for a program.
+  void showAsJSON(JSONUpdates updates) { json_.emplace(console_, updates); }
 
   void show(const ThreadEvent& event);
 
   /// The next output, also that of others, begins on a new line.
   void pause() { items_.closeBlock(); }
+
+  /// No more events of the operation will come.
+  void endOperation();
 
  private:
   void showEvent(const ItemStartedEvent& event) { items_.show(event.item, ItemStage::started); }
@@ -40,7 +49,7 @@ class EventRenderer {
 
   Console& console_;
   ItemRenderer items_;
-  bool json_;
+  std::optional<JSONLines> json_;
 };
 
 }  // namespace ormel::chat

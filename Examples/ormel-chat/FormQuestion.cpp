@@ -7,20 +7,25 @@
 namespace ormel::chat {
 
 void FormQuestion::ask(Console& console) const {
+  constexpr bool showsAll = true;
+  PromptWriter prompt(console, showsAll);
   if (inOwnWords_) {
-    console.write("In your own words: ", Style::bold);
+    prompt.invite("In your own words: ");
     return;
   }
   console.separate();
-  if (current_ == 0 && !title_.empty()) console.line(title_, Style::yellow);
-  console.line(field().prompt, Style::yellow);
+  prompt.say(title_, Style::yellow);
+  if (current_ == 0) prompt.quote(about_);
+  std::vector<Quote> quotes;
+  if (!field().prompt.empty()) quotes.push_back({"", field().prompt});
   int number = 0;
   for (const auto& option : field().options) {
-    std::string line = "  " + std::to_string(++number) + ". " + option.label;
-    if (!option.description.empty()) line += " - " + option.description;
-    console.line(line);
+    const std::string description = option.description.empty() ? "" : " - " + option.description;
+    quotes.push_back({std::to_string(++number) + ".", option.label + description});
   }
-  console.write(field().options.empty() ? "Your answer: " : "Your choice: ", Style::bold);
+  prompt.quote(quotes);
+  prompt.explain();
+  prompt.invite(field().options.empty() ? "Your answer: " : "Your choice: ");
 }
 
 const FormOption* FormQuestion::chosenOption(const std::string& line) const {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "PromptWriter.h"
 #include "Question.h"
 
 namespace ormel::chat {
@@ -20,6 +21,7 @@ struct FormOption {
 /// One thing to fill in.
 struct FormField {
   std::string id;
+  /// In the words of who asks; may be empty.
   std::string prompt;
   std::vector<FormOption> options;
   bool isSecret = false;
@@ -36,8 +38,12 @@ class FormQuestion : public Question {
   /// Gets the answers, or nothing when the input ended before the last field.
   using Receiver = std::function<void(const std::optional<FormAnswers>&)>;
 
-  FormQuestion(std::string title, std::vector<FormField> fields, Receiver receiver)
-      : title_(std::move(title)), fields_(std::move(fields)), receiver_(std::move(receiver)) {}
+  /// `title` is the program's own words; `about` says more, in the words of who asks.
+  FormQuestion(std::string title, std::vector<Quote> about, std::vector<FormField> fields, Receiver receiver)
+      : title_(std::move(title)),
+        about_(std::move(about)),
+        fields_(std::move(fields)),
+        receiver_(std::move(receiver)) {}
 
   void ask(Console& console) const override;
   bool isSecret() const override { return field().isSecret; }
@@ -49,6 +55,7 @@ class FormQuestion : public Question {
   const FormOption* chosenOption(const std::string& line) const;
 
   std::string title_;
+  std::vector<Quote> about_;
   std::vector<FormField> fields_;
   Receiver receiver_;
   std::size_t current_ = 0;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <exception>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -19,6 +21,12 @@ struct OperationAccepted {};
 
 /// The operation is over; `failure` is null when its events ended plainly.
 struct OperationEnded {
+  std::exception_ptr failure;
+};
+
+/// What came of adding to the turn; `failure` is null if the server has taken it.
+struct SteerEnded {
+  std::string text;
   std::exception_ptr failure;
 };
 
@@ -45,35 +53,32 @@ struct ThreadChosen {
   std::string text;
 };
 
-using Message = std::variant<OperationAccepted, ThreadEvent, OperationEnded, QuestionAsked, QuestionWithdrawn, Notice,
-                             ThreadChosen>;
+using Message = std::variant<OperationAccepted, ThreadEvent, OperationEnded, SteerEnded, QuestionAsked,
+                             QuestionWithdrawn, Notice, ThreadChosen>;
 
 /// The messages of the library's threads to the main thread, in order. The threads keep it alive, so that late messages
 /// find it.
 class Inbox {
  public:
+  /// `keepsEachUpdate`: whether the main thread is to see every state of an item whose text grows. Otherwise a later
+  /// state takes the place of one that was not taken yet, so that the inbox stays small however fast a text grows.
+  explicit Inbox(bool keepsEachUpdate = false) : keepsEachUpdate_(keepsEachUpdate) {}
+
   /// From any thread; never waits.
-  void post(Message message) {
-    {
-      const std::lock_guard lock(mutex_);
-      messages_.push_back(std::move(message));
-    }
-    wakePipe_.wake();
-  }
+  void post(Message message);
 
   /// All that came since the last call.
-  std::vector<Message> take() {
-    wakePipe_.drain();
-    const std::lock_guard lock(mutex_);
-    return std::exchange(messages_, {});
-  }
+  std::vector<Message> take();
 
   const WakePipe& wakePipe() const noexcept { return wakePipe_; }
 
  private:
+  const bool keepsEachUpdate_;
   WakePipe wakePipe_;
   std::mutex mutex_;
   std::vector<Message> messages_;
+  /// Where in `messages_` the last states of items stand, since the last message of another kind.
+  std::map<std::string, std::size_t> updates_;
 };
 
 }  // namespace ormel::chat

@@ -59,6 +59,12 @@ void ItemRenderer::closeBlock() {
   openText_.clear();
 }
 
+void ItemRenderer::endOperation() {
+  shown_.clear();
+  shownLists_.clear();
+  shownProgress_.clear();
+}
+
 void ItemRenderer::openBlock(const std::string& id, std::string_view title, Style style) {
   if (openBlock_ == id) return;
   console_.separate();

@@ -24,6 +24,9 @@ class ItemRenderer {
   /// The next output begins a block of its own.
   void closeBlock();
 
+  /// Forgets the items that will not be completed.
+  void endOperation();
+
  private:
   void showItem(const AgentMessageItem& item, ItemStage stage);
   void showItem(const PlanItem& item, ItemStage stage);

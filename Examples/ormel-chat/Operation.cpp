@@ -27,6 +27,16 @@ Task<void> reportFailure(Task<void> call, std::shared_ptr<Inbox> inbox) {
   }
 }
 
+Task<void> reportSteer(Task<void> call, std::string text, std::shared_ptr<Inbox> inbox) {
+  std::exception_ptr failure;
+  try {
+    co_await std::move(call);
+  } catch (...) {
+    failure = std::current_exception();
+  }
+  inbox->post(SteerEnded{std::move(text), failure});
+}
+
 Task<void> reportEnd(Task<void> call, std::shared_ptr<Inbox> inbox) {
   std::exception_ptr failure;
   try {
@@ -45,6 +55,10 @@ void follow(Task<StreamedTurn> operation, std::shared_ptr<Inbox> inbox) {
 
 void follow(Task<void> call, std::shared_ptr<Inbox> inbox) {
   reportFailure(std::move(call), std::move(inbox)).detach();
+}
+
+void followSteer(Task<void> call, std::string text, std::shared_ptr<Inbox> inbox) {
+  reportSteer(std::move(call), std::move(text), std::move(inbox)).detach();
 }
 
 void followToEnd(Task<void> call, std::shared_ptr<Inbox> inbox, std::stop_token stop) {

@@ -1,6 +1,7 @@
 #include "Options.h"
 
 #include <CLI/CLI.hpp>
+#include <string>
 
 namespace ormel::chat {
 
@@ -13,7 +14,16 @@ void declare(CLI::App& program, Options& options) {
   program.add_option("--cd", options.directory, "The directory in which the agent works")
       ->check(CLI::ExistingDirectory);
   program.add_option("--model", options.model, "The model to use");
-  program.add_flag("--json", options.json, "Print each event, or each conversation, as one line of JSON");
+  auto* json = program.add_flag("--json", options.json, "Print each event, or each conversation, as one line of JSON");
+  const auto setUpdates = [&options](const std::string& word) {
+    options.jsonUpdates = word == "full" ? JSONUpdates::full : JSONUpdates::deltas;
+  };
+  program
+      .add_option_function<std::string>(
+          "--json-updates", setUpdates,
+          "How a growing item is printed: \"deltas\", what is new of it; \"full\", all of it each time")
+      ->check(CLI::IsMember({"deltas", "full"}))
+      ->needs(json);
   auto* list = program.add_flag("--list", options.listsThreads, "Print the conversations that the server keeps");
   program.add_flag("--yes", options.approvesEverything, "Approve whatever is asked for; for scripts");
   list->excludes(prompt)->excludes(resume);

@@ -5,6 +5,9 @@
 
 namespace ormel::chat {
 
+/// How an item that grows is printed as JSON: what is new of it, or all of it each time.
+enum class JSONUpdates { deltas, full };
+
 /// The choices of the command line.
 struct Options {
   /// With a prompt, the program answers it and ends; without one it is a conversation.
@@ -14,6 +17,7 @@ struct Options {
   std::optional<std::string> directory;
   std::optional<std::string> model;
   bool json = false;
+  JSONUpdates jsonUpdates = JSONUpdates::deltas;
   /// Prints the conversations that the server keeps, and ends.
   bool listsThreads = false;
   bool approvesEverything = false;

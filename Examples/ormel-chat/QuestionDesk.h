@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 
-#include "LineInput.h"
 #include "Question.h"
 
 namespace ormel::chat {
@@ -29,14 +28,8 @@ class QuestionDesk {
   void answer(const std::optional<std::string>& line, bool canAskAgain);
 
  private:
-  void forgetAsking() {
-    hasAsked_ = false;
-    hiddenTyping_.reset();
-  }
-
   std::deque<std::shared_ptr<Question>> questions_;
   bool hasAsked_ = false;
-  std::optional<HiddenTyping> hiddenTyping_;
 };
 
 }  // namespace ormel::chat

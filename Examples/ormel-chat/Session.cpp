@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include <poll.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -10,8 +11,10 @@
 
 #include "Approvals.h"
 #include "Elicitations.h"
+#include "ForeignText.h"
 #include "Operation.h"
 #include "OrmelSDK/Base/OrmelProcessError.h"
+#include "Texts.h"
 #include "ThreadCommands.h"
 #include "UserInputQuestion.h"
 
@@ -22,6 +25,9 @@ namespace {
 constexpr int interruptedStatus = 130;
 constexpr int failedStatus = 1;
 constexpr int signalStatusBase = 128;
+
+constexpr int columnsOfPrompt = 4;
+constexpr int columnsOfLongestQuestion = 34;
 
 /// A question and what the server said before it come by different ways. It is shown when nothing has come for the
 /// first of these times, or when it has waited for the second.
@@ -54,12 +60,15 @@ Thread makeThread(const Ormel& ormel, const std::optional<std::string>& id, Thre
 
 Session::Session(Options options, const ServerChoice& server)
     : options_(std::move(options)),
+      inbox_(std::make_shared<Inbox>(options_.json && options_.jsonUpdates == JSONUpdates::full)),
       output_(STDOUT_FILENO),
-      renderer_(output_, options_.json),
+      renderer_(output_),
       ormel_(server.ormel),
       thread_(makeThread(ormel_, options_.resumedThread, threadOptions(options_, inbox_))),
       quietBeforeQuestion_(quietBeforeQuestion()) {
-  if (!output_.isTerminal() || options_.json) ownNotes_.emplace(STDERR_FILENO);
+  if (!output_.isTerminal() || options_.json) ownNotes_.emplace(STDERR_FILENO, Console::Readers::people);
+  if (input_.isTerminal() && notes().isTerminal()) input_.editLines(notes().descriptor());
+  if (options_.json) renderer_.showAsJSON(options_.jsonUpdates);
   greet(server);
 }
 
@@ -75,28 +84,34 @@ void Session::greet(const ServerChoice& server) {
 int Session::run() {
   if (options_.prompt) start({Command::Kind::prompt, *options_.prompt});
   while (!exitStatus_) {
-    const bool isQuiet = !takeMessages();
+    // Output would tear the line that is being typed; it can wait as long as that.
+    const bool isTyping = input_.isBeingTyped();
+    if (isTyping) inbox_->wakePipe().drain();
+    const bool isQuiet = !isTyping && !takeMessages();
     takeSignals();
-    if ((isQuiet || isOverdue()) && hasTakenEarlierLines()) askForInput();
+    if (!isTyping && (isQuiet || isOverdue()) && hasTakenEarlierLines()) askForInput();
     while (!exitStatus_ && canTakeLine()) takeLine();
     if (!exitStatus_ && input_.isAtEnd()) takeEndOfInput();
-    if (!exitStatus_) wait(needsToAsk());
+    showTyping();
+    if (!exitStatus_) wait();
   }
   leaveLine();
   if (const auto id = thread_.id(); id && !options_.prompt && input_.isTerminal()) {
-    tell("To go on with this conversation: ormel-chat --resume " + *id);
+    tell("To go on with this conversation: ormel-chat --resume " + visible(shellWord(*id)));
   }
   output_.flush();
+  notes().flush();
   return *exitStatus_;
 }
 
-void Session::wait(bool isAboutToAsk) {
+void Session::wait() {
   output_.flush();
   notes().flush();
   struct pollfd polled[] = {{wantsInput() ? input_.descriptor() : -1, POLLIN, 0},
                             {inbox_->wakePipe().descriptor(), POLLIN, 0}};
-  const int timeout = isAboutToAsk ? static_cast<int>(quietBeforeQuestion_.count()) : -1;
-  if (::poll(polled, 2, timeout) < 0) return;
+  auto timeout = needsToAsk() ? quietBeforeQuestion_ : std::chrono::milliseconds(-1);
+  if (input_.isBeingTyped()) timeout = input_.untilTypingPauses() + std::chrono::milliseconds(1);
+  if (::poll(polled, 2, static_cast<int>(timeout.count())) < 0) return;
   if (polled[0].revents != 0) input_.readAvailable();
 }
 
@@ -117,9 +132,13 @@ bool Session::canTakeLine() const {
 }
 
 void Session::takeLine() {
+  if (input_.isEditing()) {
+    showOnRow(input_.shownLine());
+  } else if (input_.isTerminal()) {
+    notes().noteLineEntered();
+  }
   const std::string line = input_.takeLine();
   interrupts_ = 0;
-  if (input_.isTerminal()) notes().noteLineEntered();
   const Command command = readCommand(line);
   const bool isCommand = command.kind == Command::Kind::quit || command.kind == Command::Kind::help ||
                          command.kind == Command::Kind::steer;
@@ -129,6 +148,7 @@ void Session::takeLine() {
     if (!input_.isTerminal() && !questions_.isSecret()) notes().write(line);
     leaveLine();
     questions_.answer(line, input_.isTerminal());
+    endAsking();
     // The choice of a conversation holds for the line behind it.
     takeMessages();
   } else {
@@ -150,7 +170,8 @@ void Session::takeEndOfInput() {
   if (questions_.hasAsked()) {
     leaveLine();
     questions_.answer(std::nullopt, false);
-  } else if (questions_.isEmpty() && phase_ == Phase::idle) {
+    endAsking();
+  } else if (questions_.isEmpty() && phase_ == Phase::idle && pendingSteers_ == 0) {
     leave(status_);
   }
 }
@@ -158,10 +179,25 @@ void Session::takeEndOfInput() {
 void Session::takeSignals() {
   if (const int signal = signals_.termination(); signal != 0) leave(signalStatusBase + signal);
   for (int count = signals_.takeInterrupts(); count > 0; --count) interrupt();
+  if (signals_.takeSuspension()) suspend();
+}
+
+void Session::suspend() {
+  leaveLine();
+  output_.flush();
+  notes().flush();
+  const bool wasEditing = input_.isEditing();
+  input_.release();
+  ::raise(SIGSTOP);
+  if (wasEditing) input_.editLines(notes().descriptor());
 }
 
 void Session::interrupt() {
-  if (++interrupts_ > 1) {
+  if (input_.hasTyping()) {
+    input_.clearTyping();
+    notes().write("^C");
+    leaveLine();
+  } else if (++interrupts_ > 1) {
     leave(interruptedStatus);
   } else if (phase_ == Phase::idle) {
     tell("Ctrl-C again leaves.");
@@ -219,7 +255,8 @@ void Session::steer(const std::string& text) {
   if (text.empty()) {
     tell("/steer needs a text.", Style::red);
   } else {
-    follow(thread_.steer(text), inbox_);
+    ++pendingSteers_;
+    followSteer(thread_.steer(text), text, inbox_);
   }
 }
 
@@ -323,6 +360,26 @@ void Session::noteQuestions(const ThreadEvent& event) {
   }
 }
 
+void Session::takeNews(SteerEnded& news) {
+  --pendingSteers_;
+  if (!news.failure) return;
+  try {
+    std::rethrow_exception(news.failure);
+  } catch (const std::exception& error) {
+    tell(error.what(), Style::red);
+  }
+  refusedSteers_.push_back(std::move(news.text));
+  if (phase_ == Phase::idle) giveRefusedBack();
+}
+
+void Session::giveRefusedBack() {
+  if (!refusedSteers_.empty()) {
+    tell(input_.isEditing() ? "It did not reach the turn; Enter makes it the next prompt."
+                            : "It did not reach the turn; it is the next prompt.");
+  }
+  for (; !refusedSteers_.empty(); refusedSteers_.pop_back()) input_.putBack(refusedSteers_.back());
+}
+
 void Session::addQuestion(std::shared_ptr<Question> question) {
   if (questions_.isEmpty()) questionsSince_ = std::chrono::steady_clock::now();
   questions_.add(std::move(question));
@@ -331,16 +388,29 @@ void Session::addQuestion(std::shared_ptr<Question> question) {
 void Session::withdrawQuestion(const std::shared_ptr<Question>& question) {
   leaveLine();
   // A user who has interrupted the turn knows why.
-  if (questions_.withdraw(question) && interrupts_ == 0) tell("The server needs no answer to this any more.");
+  if (!questions_.withdraw(question)) return;
+  endAsking();
+  if (interrupts_ == 0) tell("The server needs no answer to this any more.");
+}
+
+void Session::endAsking() {
+  input_.setHidden(false);
+  input_.takeUp();
 }
 
 void Session::takeNews(OperationEnded& news) {
   leaveLine();
-  renderer_.pause();
+  renderer_.endOperation();
   phase_ = Phase::idle;
-  for (const auto& [itemID, question] : std::exchange(userInputQuestions_, {})) questions_.withdraw(question);
+  for (const auto& [itemID, question] : std::exchange(userInputQuestions_, {})) {
+    if (questions_.withdraw(question)) endAsking();
+  }
   status_ = statusOf(news.failure);
-  if (options_.prompt) leave(status_);
+  if (options_.prompt) {
+    leave(status_);
+  } else {
+    giveRefusedBack();
+  }
 }
 
 int Session::statusOf(const std::exception_ptr& failure) {
@@ -396,17 +466,56 @@ void Session::askForInput() {
   output_.flush();
   if (questions_.isEmpty()) {
     notes().separate();
-    notes().write("> ", Style::bold);
+    openRow();
   } else {
+    // Nobody who typed before could see the question.
+    if (!questions_.hasAsked()) input_.setAside();
+    input_.setHidden(questions_.isSecret());
     questions_.ask(notes());
+    isRowOpen_ = true;
+    promptColumns_ = columnsOfLongestQuestion;
   }
   hasPrompted_ = true;
 }
 
+void Session::openRow() {
+  notes().beginAsking();
+  notes().write("> ", Style::bold);
+  isRowOpen_ = true;
+  shownTyping_.clear();
+  promptColumns_ = columnsOfPrompt;
+}
+
+void Session::showTyping() {
+  // Output has come in between; the row comes back with the next key.
+  if (!isRowOpen_ && !input_.isBeingTyped()) return;
+  if (input_.isEditing()) showOnRow(input_.shownTyping());
+}
+
+void Session::showOnRow(const std::string& shown) {
+  if (!isRowOpen_ && shown.empty()) return;
+  const bool isErased =
+      shownTyping_.starts_with(shown) && promptColumns_ + columnsOfShown(shownTyping_) < notes().columns();
+  const bool isContinued = shown.starts_with(shownTyping_);
+  if (!isRowOpen_ || (!isContinued && !isErased)) {
+    renderer_.pause();
+    output_.flush();
+    openRow();
+  }
+  if (shown.starts_with(shownTyping_)) {
+    notes().write(std::string_view(shown).substr(shownTyping_.size()));
+  } else {
+    notes().erase(columnsOfShown(std::string_view(shownTyping_).substr(shown.size())));
+  }
+  shownTyping_ = shown;
+}
+
 void Session::leaveLine() {
-  if (!hasPrompted_) return;
+  if (!hasPrompted_ && !isRowOpen_) return;
   notes().endLine();
   hasPrompted_ = false;
+  isRowOpen_ = false;
+  shownTyping_.clear();
 }
 
 }  // namespace ormel::chat

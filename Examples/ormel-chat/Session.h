@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Command.h"
 #include "Console.h"
@@ -36,7 +37,7 @@ class Session {
   void greet(const ServerChoice& server);
 
   // Input.
-  void wait(bool isAboutToAsk);
+  void wait();
   bool wantsInput() const;
   bool canTakeLine() const;
   void takeLine();
@@ -47,6 +48,7 @@ class Session {
   void performIdle(const Command& command);
   void performDuringOperation(const Command& command);
   void interrupt();
+  void suspend();
 
   // The operation.
   void start(const Command& command);
@@ -65,11 +67,16 @@ class Session {
   void takeNews(OperationAccepted&);
   void takeNews(ThreadEvent& event);
   void takeNews(OperationEnded& news);
+  void takeNews(SteerEnded& news);
   void takeNews(QuestionAsked& news) { addQuestion(std::move(news.question)); }
   void takeNews(QuestionWithdrawn& news) { withdrawQuestion(news.question); }
   void takeNews(ThreadChosen& news);
   void takeNews(Notice& news) { tell(news.text, news.style); }
+  /// For a person to enter them again, or as the next prompts.
+  void giveRefusedBack();
   void addQuestion(std::shared_ptr<Question> question);
+  /// What was typed before the question, and shown, is there again.
+  void endAsking();
   void withdrawQuestion(const std::shared_ptr<Question>& question);
   void noteQuestions(const ThreadEvent& event);
   void noteOutcome(const ThreadEvent& event);
@@ -82,14 +89,18 @@ class Session {
   bool needsToAsk() const;
   bool isOverdue() const;
   void askForInput();
+  void openRow();
+  /// Shows on a terminal what was typed of the next line.
+  void showTyping();
+  void showOnRow(const std::string& shown);
   /// So that what comes from a pipe can be followed, too.
   void showTakenLine(const std::string& line);
   void leaveLine();
   void leave(int status) { exitStatus_ = status; }
 
   const Options options_;
-  const std::shared_ptr<Inbox> inbox_ = std::make_shared<Inbox>();
-  const Signals signals_{inbox_->wakePipe()};
+  const std::shared_ptr<Inbox> inbox_;
+  const Signals signals_{inbox_->wakePipe(), true};
   LineInput input_;
   Console output_;
   /// Notes, which are no part of the answer, go where a person sees the answer, else to standard error.
@@ -111,7 +122,14 @@ class Session {
   int status_ = 0;
   /// The interrupts since the last line of the user.
   int interrupts_ = 0;
+  /// Additions to the turn of which the server has said nothing yet, and those that it has refused.
+  int pendingSteers_ = 0;
+  std::vector<std::string> refusedSteers_;
   bool hasPrompted_ = false;
+  /// Whether the last line of the screen is one to type in; what of that stands there, and how much room is before it.
+  bool isRowOpen_ = false;
+  std::string shownTyping_;
+  int promptColumns_ = 0;
   std::optional<int> exitStatus_;
 };
 

@@ -18,4 +18,9 @@ std::string_view ShownTexts::completed(const std::string& name, const SharedText
   return text.view().starts_with(shown.view()) ? text.view().substr(shown.size()) : text.view();
 }
 
+bool ShownTexts::isContradicted(const std::string& name, const SharedText& text) const {
+  const auto found = shown_.find(name);
+  return found != shown_.end() && !text.view().starts_with(found->second.view());
+}
+
 }  // namespace ormel::chat

@@ -17,6 +17,12 @@ class ShownTexts {
   /// The same for the final state, which may say something else than the pieces did: then all of it is new.
   std::string_view completed(const std::string& name, const SharedText& text);
 
+  /// Whether the text says something else than what was seen of it.
+  bool isContradicted(const std::string& name, const SharedText& text) const;
+
+  /// Forgets all texts.
+  void clear() { shown_.clear(); }
+
  private:
   /// Handles, which cost no copy of the text.
   std::map<std::string, SharedText> shown_;

@@ -56,4 +56,12 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(begin, text.find_last_not_of(whiteSpace) - begin + 1);
 }
 
+std::string shellWord(std::string_view text) {
+  constexpr std::string_view safe = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_./:-";
+  if (!text.empty() && text.front() != '-' && text.find_first_not_of(safe) == text.npos) return std::string(text);
+  std::string word = "'";
+  for (const char byte : text) word += byte == '\'' ? std::string("'\\''") : std::string(1, byte);
+  return word + "'";
+}
+
 }  // namespace ormel::chat

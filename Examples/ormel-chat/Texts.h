@@ -25,4 +25,7 @@ std::string textViewMember(const JSONValue& object, std::string_view key, std::s
 /// The text without white space at both ends.
 std::string_view trimmed(std::string_view text);
 
+/// The text as one word for the shell.
+std::string shellWord(std::string_view text);
+
 }  // namespace ormel::chat

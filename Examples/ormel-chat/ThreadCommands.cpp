@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "ForeignText.h"
 #include "OrmelSDK/Records/ThreadRecords.h"
 #include "ThreadList.h"
 #include "ThreadTitle.h"
@@ -27,13 +28,13 @@ Task<void> offerThreads(Ormel ormel, std::shared_ptr<Inbox> inbox) {
     inbox->post(Notice{noThreads});
     co_return;
   }
-  auto choose = [inbox](const std::string& id) { inbox->post(ThreadChosen{id, "Going on with " + id + "."}); };
+  auto choose = [inbox](const std::string& id) { inbox->post(ThreadChosen{id, "Going on with " + visible(id) + "."}); };
   inbox->post(QuestionAsked{threadQuestion(threads, std::move(choose))});
 }
 
 Task<void> chooseThread(Ormel ormel, std::string id, std::shared_ptr<Inbox> inbox) {
   const ThreadReadResponse response = co_await ormel.readThread(id);
-  inbox->post(ThreadChosen{response.thread.id, "Going on with: " + titleOf(response.thread)});
+  inbox->post(ThreadChosen{response.thread.id, "Going on with: " + visible(titleOf(response.thread))});
 }
 
 Task<void> nameThread(Ormel ormel, std::string id, std::string name, std::shared_ptr<Inbox> inbox) {
@@ -44,8 +45,8 @@ Task<void> nameThread(Ormel ormel, std::string id, std::string name, std::shared
 Task<void> forkThread(Ormel ormel, std::string id, std::shared_ptr<Inbox> inbox) {
   const ThreadForkResponse response = co_await ormel.forkThread(id);
   const std::string& copy = response.thread.id;
-  inbox->post(
-      ThreadChosen{copy, "Going on in the copy " + copy + "; the conversation up to here stays as " + id + "."});
+  inbox->post(ThreadChosen{
+      copy, "Going on in the copy " + visible(copy) + "; the conversation up to here stays as " + visible(id) + "."});
 }
 
 Task<void> archiveThread(Ormel ormel, std::string id, std::shared_ptr<Inbox> inbox) {

@@ -4,11 +4,12 @@
 
 #include <algorithm>
 #include <chrono>
-#include <iostream>
 #include <iterator>
 #include <utility>
 
 #include "Console.h"
+#include "Failure.h"
+#include "ForeignText.h"
 #include "ThreadTitle.h"
 
 namespace ormel::chat {
@@ -42,11 +43,13 @@ Task<std::vector<OrmelThreadRecord>> keptThreads(Ormel ormel) {
   co_return threads;
 }
 
-std::string threadLine(const OrmelThreadRecord& thread) { return thread.id + "  " + titleAndAge(thread); }
+std::string threadLine(const OrmelThreadRecord& thread) {
+  return visible(thread.id) + "  " + visible(titleAndAge(thread));
+}
 
 std::shared_ptr<Question> threadQuestion(const std::vector<OrmelThreadRecord>& threads,
                                          std::function<void(const std::string& id)> chosen) {
-  FormField field{"thread", "Which conversation? An empty line leaves it at this one.", {}};
+  FormField field{"thread", "", {}};
   std::vector<std::string> ids;
   for (const OrmelThreadRecord& thread : threads) {
     field.options.push_back({thread.id, titleAndAge(thread)});
@@ -55,7 +58,8 @@ std::shared_ptr<Question> threadQuestion(const std::vector<OrmelThreadRecord>& t
   field.accepts = [ids = std::move(ids)](const std::string& id) {
     return std::find(ids.begin(), ids.end(), id) != ids.end();
   };
-  return std::make_shared<FormQuestion>("", std::vector<FormField>{std::move(field)},
+  return std::make_shared<FormQuestion>("Which conversation? An empty line leaves it at this one.",
+                                        std::vector<Quote>(), std::vector<FormField>{std::move(field)},
                                         [chosen = std::move(chosen)](const std::optional<FormAnswers>& answers) {
                                           const auto answer =
                                               answers ? answers->find("thread") : FormAnswers::const_iterator();
@@ -73,7 +77,7 @@ int printThreads(const Ormel& ormel, bool json) {
     return 0;
   } catch (const std::exception& error) {
     output.flush();
-    std::cerr << "ormel-chat: " << error.what() << '\n';
+    tellFailure(error);
     return 1;
   }
 }

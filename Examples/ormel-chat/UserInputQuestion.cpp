@@ -64,7 +64,7 @@ std::shared_ptr<Question> userInputQuestion(const McpToolCallItem& item, const T
     send(std::nullopt);
     return nullptr;
   }
-  return std::make_shared<FormQuestion>("", std::move(fields), std::move(send));
+  return std::make_shared<FormQuestion>("The agent asks:", std::vector<Quote>(), std::move(fields), std::move(send));
 }
 
 }  // namespace ormel::chat

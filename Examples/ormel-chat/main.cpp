@@ -1,8 +1,8 @@
 // Talks with an agent in the terminal: an example of an application of the library.
 
 #include <exception>
-#include <iostream>
 
+#include "Failure.h"
 #include "Options.h"
 #include "ServerChoice.h"
 #include "Session.h"
@@ -18,7 +18,7 @@ int main(int argumentCount, char** arguments) {
     }
     return ormel::chat::Session(commandLine.options, server).run();
   } catch (const std::exception& error) {
-    std::cerr << "ormel-chat: " << error.what() << '\n';
+    ormel::chat::tellFailure(error);
     return 1;
   }
 }

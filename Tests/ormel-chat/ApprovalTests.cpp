@@ -13,9 +13,11 @@ constexpr const char* ran = "I ran \"ls\"; its exit code was 0.";
 constexpr const char* declined = "You declined \"ls\", so I did not run it.\n";
 
 TEST(ChatApproval, ShowsWhatIsAskedFor) {
-  EXPECT_THAT(chat({"--cd", "/usr", "run ls -l"}, "n\n").errors,
-              HasSubstr("The agent wants to run:\n  ls -l\n  in /usr\n  Reason: You asked me to run it\n"
-                        "Allow it? y/n/always [n] n\n"));
+  EXPECT_THAT(chat({"--cd", "/usr", "run ls -l"}, "n\n").errors, HasSubstr("▌ The agent wants to run:\n"
+                                                                           "▌          | ls -l\n"
+                                                                           "▌       in | /usr\n"
+                                                                           "▌   reason | You asked me to run it\n"
+                                                                           "▌ Allow it? y/n/always [n] n\n"));
 }
 
 TEST(ChatApproval, RunsTheCommandThatIsAllowed) {
@@ -89,7 +91,7 @@ TEST(ChatApproval, ApprovesEverythingForAScriptThatSaysSo) {
 
 TEST(ChatApproval, AsksBeforeFilesChange) {
   const ChatEnd yes = chat({"edit a.txt"}, "y\n");
-  EXPECT_THAT(yes.errors, HasSubstr("The agent wants to change files:\n  update a.txt\n"));
+  EXPECT_THAT(yes.errors, HasSubstr("▌ The agent wants to change a file:\n▌   update | a.txt\n"));
   EXPECT_THAT(yes.output, HasSubstr("files\n  ~ a.txt\n"));
   EXPECT_THAT(yes.output, HasSubstr("I have edited a.txt"));
   EXPECT_THAT(chat({"edit a.txt"}).output, HasSubstr("files\n  ~ a.txt\n  declined\n"));
@@ -97,9 +99,9 @@ TEST(ChatApproval, AsksBeforeFilesChange) {
 
 TEST(ChatApproval, SaysWhenTheServerDoesNotTellWhatItAsksFor) {
   const std::pair<const char*, const char*> cases[] = {
-      {"item/commandExecution/requestApproval", "The agent wants to run:\n  (the server does not say what)\n"},
-      {"item/fileChange/requestApproval", "The agent wants to change files:\n  (the server does not say which)\n"},
-      {"item/permissions/requestApproval", "The agent asks for permissions:\n  (the server does not say which)\n"},
+      {"item/commandExecution/requestApproval", "▌ The agent wants to run something; the server does not say what.\n"},
+      {"item/fileChange/requestApproval", "▌ The agent wants to change files; the server does not say which.\n"},
+      {"item/permissions/requestApproval", "▌ The agent asks for permissions; the server does not say which.\n"},
   };
   for (const auto& [method, question] : cases) {
     const testing::SimulatorScenario scenario(R"(
@@ -138,9 +140,12 @@ TEST(ChatQuestions, LeavesOutWhatIsNotAnswered) {
 }
 
 TEST(ChatQuestions, ShowsTheChoices) {
-  EXPECT_THAT(
-      chat({"ask"}, "1\n1\n").errors,
-      HasSubstr("Which language shall it be?\n  1. C++ - Fast\n  2. Python - Short\n  3. Other\nYour choice: 1\n"));
+  EXPECT_THAT(chat({"ask"}, "1\n1\n").errors, HasSubstr("▌ The agent asks:\n"
+                                                        "▌          | Which language shall it be?\n"
+                                                        "▌       1. | C++ - Fast\n"
+                                                        "▌       2. | Python - Short\n"
+                                                        "▌       3. | Other\n"
+                                                        "▌ Your choice: 1\n"));
 }
 
 TEST(ChatQuestions, FillsInAFormOfAnMCPServer) {

@@ -20,7 +20,7 @@ TEST(ChatConversation, GoesOnFromLineToLine) {
 TEST(ChatConversation, TakesAnswersFromTheLinesBetween) {
   const ChatEnd end = chat({}, "run ls\ny\nrun pwd\nn\nhello\n");
   EXPECT_EQ(end.status, 0);
-  EXPECT_THAT(end.errors, AllOf(HasSubstr("\n  ls\n"), HasSubstr("Allow it? y/n/always [n] y\n"),
+  EXPECT_THAT(end.errors, AllOf(HasSubstr(" | ls\n"), HasSubstr("Allow it? y/n/always [n] y\n"),
                                 HasSubstr("Allow it? y/n/always [n] n\n")));
   EXPECT_THAT(end.output,
               AllOf(HasSubstr("I ran \"ls\""), HasSubstr("You declined \"pwd\""), HasSubstr("You said: \"hello\"")));

@@ -112,7 +112,7 @@ TEST(ChatOneShot, SaysWhenTheSimulatorStandsIn) {
 }
 
 TEST(ChatOneShot, WorksInTheDirectoryThatIsNamed) {
-  EXPECT_THAT(chat({"--cd", "/usr", "run pwd"}, "n\n").errors, HasSubstr("\n  pwd\n  in /usr\n"));
+  EXPECT_THAT(chat({"--cd", "/usr", "run pwd"}, "n\n").errors, HasSubstr(" | pwd\n▌       in | /usr\n"));
 }
 
 TEST(ChatOneShot, PrintsEachEventAsALineOfJSON) {

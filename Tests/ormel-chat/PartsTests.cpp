@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "ormel-chat/Command.h"
-#include "ormel-chat/Console.h"
 #include "ormel-chat/ShownTexts.h"
 #include "ormel-chat/Texts.h"
 
@@ -28,14 +27,6 @@ TEST(ChatShownTexts, GiveAFinalTextWholeThatSaysSomethingElse) {
   EXPECT_EQ(shown.completed("b", unseen), "never streamed");
 }
 
-TEST(ChatConsole, KeepsWhatATerminalWouldObeyOffIt) {
-  EXPECT_EQ(harmless("a\x1b[2Jb\rc\td\ne\x7f"), "a[2Jbc\td\ne");
-  EXPECT_EQ(harmless("caf\xc3\xa9 \xc2\xa9"), "caf\xc3\xa9 \xc2\xa9");
-  EXPECT_EQ(harmless("a\xc2\x9b"
-                     "2Jb"),
-            "a2Jb");
-}
-
 TEST(ChatTexts, AreShortenedBetweenCharacters) {
   EXPECT_EQ(shortened("short"), "short");
   const std::string umlauts = [] {
@@ -51,6 +42,13 @@ TEST(ChatTexts, TellDurations) {
   EXPECT_EQ(durationText(12), "12 ms");
   EXPECT_EQ(durationText(1000), "1.0 s");
   EXPECT_EQ(durationText(61'990), "61.9 s");
+}
+
+TEST(ChatTexts, AreOneWordForTheShell) {
+  EXPECT_EQ(shellWord("0a-b.c"), "0a-b.c");
+  EXPECT_EQ(shellWord("x; rm -rf 'a'"), R"('x; rm -rf '\''a'\''')");
+  EXPECT_EQ(shellWord("--yes"), "'--yes'");
+  EXPECT_EQ(shellWord(""), "''");
 }
 
 TEST(ChatCommand, IsReadWithItsText) {

@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "Support/SimulatorScenario.h"
-#include "ormel-chat/TmuxTerminal.h"
+#include "ormel-chat/ChatTerminal.h"
 
 namespace ormel::chat {
 namespace {
@@ -13,31 +13,11 @@ using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-std::string chatCommand(const std::string& arguments = "", const std::string& environment = "TERM=screen-256color") {
-  static const testing::TemporaryDirectory state;
-  return "env -u NO_COLOR ORMEL_SIMULATOR_PACE_MS=5 ORMEL_SIMULATOR_STATE=" + state.path().string() + " " +
-         environment + " " ORMEL_CHAT_EXECUTABLE " --server " + testing::SimulatorScenario::executable() + " " +
-         arguments;
-}
-
-/// A conversation in a terminal, which waits for the first line.
-class ChatTerminal : public TmuxTerminal {
- public:
-  explicit ChatTerminal(const std::string& command = chatCommand()) : TmuxTerminal(command) {
-    EXPECT_TRUE(shows("/help tells what you can do.\n\n>")) << text();
-  }
-
-  void enter(const std::string& line) const {
-    type(line);
-    press("Enter");
-  }
-};
-
 TEST(ChatInATerminal, ShowsAnAnswerWhileItStreams) {
   const ChatTerminal terminal;
   terminal.enter("slow");
   // This turn never ends by itself.
-  EXPECT_TRUE(terminal.shows("> slow\n\nThis is thought 1. This is thought 2."));
+  EXPECT_TRUE(terminal.shows("▌ > slow\n\nThis is thought 1. This is thought 2."));
 }
 
 TEST(ChatInATerminal, TakesAnApprovalByKeys) {
@@ -55,7 +35,7 @@ TEST(ChatInATerminal, AsksAgainWhenTheAnswerIsNone) {
   terminal.enter("run ls");
   ASSERT_TRUE(terminal.shows("Allow it? y/n/always [n]"));
   terminal.enter("perhaps");
-  ASSERT_TRUE(terminal.shows("[n] perhaps\n\nThe agent wants to run:"));
+  ASSERT_TRUE(terminal.shows("[n] perhaps\n\n▌ The agent wants to run:"));
   terminal.press("Enter");
   EXPECT_TRUE(terminal.shows("You declined \"ls\", so I did not run it."));
 }
@@ -65,7 +45,7 @@ TEST(ChatInATerminal, InterruptsTheTurnAndLeavesTheSecondTime) {
   terminal.enter("slow");
   ASSERT_TRUE(terminal.shows("thought 3"));
   terminal.press("C-c");
-  ASSERT_TRUE(terminal.shows("Interrupted.\n\n>"));
+  ASSERT_TRUE(terminal.shows("Interrupted.\n\n▌ >"));
   EXPECT_THAT(terminal.text(),
               AllOf(HasSubstr("Interrupting; Ctrl-C again leaves at once.\n"), Not(HasSubstr("ended with"))));
   terminal.press("C-c");
@@ -88,13 +68,13 @@ TEST(ChatInATerminal, WithdrawsAQuestionWhenItIsInterrupted) {
   terminal.enter("run ls");
   ASSERT_TRUE(terminal.shows("Allow it? y/n/always [n]"));
   terminal.press("C-c");
-  EXPECT_TRUE(terminal.shows("Interrupted.\n\n>"));
+  EXPECT_TRUE(terminal.shows("Interrupted.\n\n▌ >"));
 }
 
 TEST(ChatInATerminal, WarnsBeforeItLeavesAtThePrompt) {
   const ChatTerminal terminal;
   terminal.press("C-c");
-  ASSERT_TRUE(terminal.shows("Ctrl-C again leaves.\n\n>"));
+  ASSERT_TRUE(terminal.shows("Ctrl-C again leaves.\n\n▌ >"));
   terminal.press("C-c");
   EXPECT_TRUE(terminal.shows("ended with 130"));
 }
@@ -150,9 +130,9 @@ TEST(ChatInATerminal, HidesASecretWhileItIsTyped) {
   )");
   const ChatTerminal terminal(chatCommand("", "ORMEL_SIMULATOR_SCENARIO=" + scenario.path().string()));
   terminal.enter("go");
-  ASSERT_TRUE(terminal.shows("The password?\nYour answer:"));
+  ASSERT_TRUE(terminal.shows(" | The password?\n▌ Your answer:"));
   terminal.enter("hunter2");
-  ASSERT_TRUE(terminal.shows("And the name?\nYour answer:"));
+  ASSERT_TRUE(terminal.shows(" | And the name?\n▌ Your answer:"));
   terminal.enter("Ada");
   EXPECT_TRUE(terminal.shows("tokens"));
   EXPECT_THAT(terminal.text(), AllOf(Not(HasSubstr("hunter2")), HasSubstr("Your answer: Ada")));

@@ -143,8 +143,9 @@ TEST_F(ChatThreads, AreOfferedWithNumbers) {
   chat({}, "second things\n");
   EXPECT_THAT(
       chat({}, "/resume\n1\n").errors,
-      MatchesRegex("> /resume\n\nWhich conversation[?][^\n]*\n  1\\. [0-9a-f-]+ - second things .just now.\n"
-                   "  2\\. [0-9a-f-]+ - first things .just now.\nYour choice: 1\nGoing on with [0-9a-f-]+\\.\n"));
+      MatchesRegex(
+          "> /resume\n\n▌ Which conversation[?][^\n]*\n▌       1\\. . [0-9a-f-]+ - second things .just now.\n"
+          "▌       2\\. . [0-9a-f-]+ - first things .just now.\n▌ Your choice: 1\nGoing on with [0-9a-f-]+\\.\n"));
 }
 
 TEST_F(ChatThreads, ThatAreUnknownAreNotResumed) {

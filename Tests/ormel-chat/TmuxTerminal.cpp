@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 
+#include <fstream>
 #include <memory>
 #include <stdexcept>
 
@@ -35,6 +36,12 @@ TmuxTerminal::~TmuxTerminal() {
 }
 
 void TmuxTerminal::type(const std::string& text) const { run("send-keys -l " + quoted(text)); }
+
+void TmuxTerminal::paste(const std::string& text) const {
+  std::ofstream(folder_ / "clipboard", std::ios::binary) << text;
+  run("load-buffer " + quoted(folder_ / "clipboard"));
+  run("paste-buffer -p");
+}
 
 void TmuxTerminal::press(const std::string& key) const { run("send-keys " + key); }
 

@@ -18,6 +18,8 @@ class TmuxTerminal {
 
   /// Types a text as it is.
   void type(const std::string& text) const;
+  /// Pastes a text, as from a clipboard: marked as pasted if the program has asked for that.
+  void paste(const std::string& text) const;
   /// Presses a key, such as "Enter" or "C-c".
   void press(const std::string& key) const;
   void resize(int columns, int rows) const;
