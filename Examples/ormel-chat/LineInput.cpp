@@ -34,6 +34,7 @@ std::chrono::milliseconds LineInput::untilTypingPauses() const {
 void LineInput::putBack(const std::string& text) {
   if (isEditing()) {
     (setAside_ ? *setAside_ : typed_).putInFront(text);
+    lastKey_ = {};
   } else {
     lines_.push_front({text, {}});
   }

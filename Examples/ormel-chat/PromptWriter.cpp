@@ -86,7 +86,7 @@ void PromptWriter::addLine(std::string label, std::string_view line, std::vector
       columns = 0;
     }
     columns += piece->columns;
-    escapes_ += piece->isEscape ? 1 : 0;
+    if (piece->isEscape) ++escapes_;
     auto& spans = rows.back().spans;
     if (spans.empty() || spans.back().isEscape != piece->isEscape) spans.push_back({"", piece->isEscape});
     spans.back().text += piece->text;

@@ -104,7 +104,7 @@ TEST(ChatJSONLines, GiveWhatIsNewOfATextOnce) {
     json.write(ItemCompletedEvent{message(text), {}, {}, {}});
   });
   EXPECT_THAT(
-      lines,
+      decoded(lines),
       ElementsAre(
           JSONValue::decode(R"({"item":{"id":"m","text":"","type":"agent_message"},"type":"item.started"})"),
           JSONValue::decode(R"({"delta":"on","item_id":"m","member":"text","type":"item.delta"})"),
