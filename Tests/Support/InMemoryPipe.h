@@ -27,6 +27,7 @@ class InMemoryPipe final : public detail::PipeReader, public std::enable_shared_
   void stop() noexcept override;
   bool hasUnreadBytes() const noexcept override { return isOpen_ && !bytes_.empty(); }
 
+  bool isWriteEndOpen() const noexcept { return isWriteEndOpen_; }
   /// Whether the read end is open.
   bool isOpen() const noexcept { return isOpen_; }
 

@@ -63,8 +63,13 @@ void InMemoryProcess::write(std::string_view bytes) {
 }
 
 void InMemoryProcess::send(const JSONValue& message) {
+  sendUnended(message);
+  write("\n");
+}
+
+void InMemoryProcess::sendUnended(const JSONValue& message) {
   if (isRunning() && script_->onSend) script_->onSend(*this, message);
-  write(message.encode() + "\n");
+  write(message.encode());
 }
 
 void InMemoryProcess::answer(const JSONValue& request, const JSONValue& result) {
@@ -140,6 +145,7 @@ void InMemoryProcess::clientWrites(std::string bytes) {
   if (inputIsClosed_) return;
   if (inputIsBroken_) {
     acceptsInput_ = false;
+    if (script_->onLostWrite) script_->onLostWrite(*this, bytes);
     return;
   }
   partialLine_ += bytes;

@@ -33,6 +33,8 @@ struct InMemoryServerScript {
   std::function<void(InMemoryProcess&)> onTerminate;
   /// Called within the call that writes a line, on the client's strand.
   std::function<void(InMemoryProcess&, const std::string& line)> onClientWrite;
+  /// The same for a line that finds a broken pipe.
+  std::function<void(InMemoryProcess&, const std::string& line)> onLostWrite;
   /// Called within the call that sends a message.
   std::function<void(InMemoryProcess&, const JSONValue& message)> onSend;
 };
@@ -48,6 +50,8 @@ class InMemoryProcess final : public std::enable_shared_from_this<InMemoryProces
 
   void write(std::string_view bytes);
   void send(const JSONValue& message);
+  /// A line that lacks its end, and so must be the last.
+  void sendUnended(const JSONValue& message);
   void answer(const JSONValue& request, const JSONValue& result);
   void refuse(const JSONValue& request, std::string_view message);
   void notify(std::string_view method, const JSONValue& params);
@@ -84,6 +88,8 @@ class InMemoryProcess final : public std::enable_shared_from_this<InMemoryProces
   /// The lines that the client wrote, in the call in which it wrote them, and those that the server has read of them.
   const std::vector<std::string>& linesWritten() const noexcept { return linesWritten_; }
   const std::vector<JSONValue>& messagesRead() const noexcept { return messagesRead_; }
+  /// Whether the client will find the end of its output, once it has read what is there.
+  bool isOutputClosed() const noexcept { return !output_->isWriteEndOpen(); }
   /// The methods of the messages that the server has read; "" for an answer.
   std::vector<std::string> methodsRead() const;
 

@@ -9,7 +9,7 @@ using Errors = std::vector<std::string_view>;
 Errors errorsOf(ServerPlan::Fault fault) {
   switch (fault) {
     case ServerPlan::Fault::malformedLine:
-      return {unreadable, "Unexpected ", "Invalid app-server JSON-RPC ", "bare"};
+      return {unreadable, "Unexpected ", "Invalid app-server JSON-RPC ", "bare", "Unknown app-server error"};
     case ServerPlan::Fault::exitWithinTheLine:
       // A line that was cut off cannot be read.
       return {exited, endOfFile, unreadable};

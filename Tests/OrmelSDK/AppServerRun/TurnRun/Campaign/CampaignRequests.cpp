@@ -21,8 +21,14 @@ std::string_view textIn(const JSONValue& object, std::string_view key) {
   return value ? value->stringValue().value_or("") : std::string_view();
 }
 
-JSONValue requestLine(const std::string& id, std::string_view method, JSONValue params) {
+JSONValue requestLine(const JSONValue& id, std::string_view method, JSONValue params) {
   return JSONValue::object({{"id", id}, {"method", method}, {"params", std::move(params)}});
+}
+
+/// A number and the text that spells it are two ids.
+std::string spelledID(const JSONValue& message) {
+  const JSONValue* id = message.find("id");
+  return id ? id->encode() : "";
 }
 
 OrmelApprovalDecision acceptanceOf(const std::string& name) {
@@ -61,7 +67,7 @@ std::vector<JSONValue> CampaignRequests::linesOf(const std::string& threadID, co
   return lines;
 }
 
-CampaignRequests::Request& CampaignRequests::newRequest(Kind kind, std::string id) {
+CampaignRequests::Request& CampaignRequests::newRequest(Kind kind, JSONValue id) {
   Request& request = requests_.emplace_back();
   request.kind = kind;
   request.id = std::move(id);
@@ -70,8 +76,16 @@ CampaignRequests::Request& CampaignRequests::newRequest(Kind kind, std::string i
   return request;
 }
 
-std::string CampaignRequests::anID(const std::string& turnID) {
-  return turnID + "/" + std::to_string(plan_.sharesIDs ? world_.scheduler.choose(2) : requests_.size());
+JSONValue CampaignRequests::anID(const std::string& turnID) {
+  const std::size_t number = plan_.sharesIDs ? world_.scheduler.choose(2) : requests_.size();
+  switch (world_.scheduler.choose(3)) {
+    case 0:
+      return turnID + "/" + std::to_string(number);
+    case 1:
+      return std::to_string(number);
+    default:
+      return static_cast<double>(number);
+  }
 }
 
 JSONValue CampaignRequests::ask(const std::string& threadID, const std::string& turnID) {
@@ -103,7 +117,10 @@ JSONValue CampaignRequests::ask(const std::string& threadID, const std::string& 
 }
 
 JSONValue CampaignRequests::askTheUser(const std::string& turnID) {
-  Request& request = newRequest(Kind::user, turnID + "/user-" + std::to_string(requests_.size()));
+  const std::size_t number = requests_.size();
+  JSONValue id = turnID + "/user-" + std::to_string(number);
+  if (world_.coin()) id = JSONValue(static_cast<double>(1000 + number));
+  Request& request = newRequest(Kind::user, std::move(id));
   request.itemID = "question-" + std::to_string(world_.scheduler.choose(2)) + "@" + turnID;
   itemIDs_.push_back(request.itemID);
   const JSONValue params = JSONValue::object({{nameKey, request.name}, {"itemId", request.itemID}});
@@ -116,7 +133,7 @@ JSONValue CampaignRequests::askWhatIsUnknown(const std::string& turnID) {
 }
 
 JSONValue CampaignRequests::resolve(const std::string& turnID) {
-  const std::string id = world_.coin() ? anID(turnID) : requests_.back().id;
+  const JSONValue id = world_.coin() ? anID(turnID) : requests_.back().id;
   const Request& request = newRequest(Kind::resolution, id);
   const JSONValue params = JSONValue::object({{nameKey, request.name}, {"requestId", id}});
   return JSONValue::object({{"method", "serverRequest/resolved"}, {"params", params}});
@@ -249,8 +266,9 @@ void CampaignRequests::take(Request& request, std::optional<std::uint64_t> opera
 
 void CampaignRequests::runWrote(const detail::AppServerTurnRun& run, const InMemoryProcess& process,
                                 const JSONValue& message) {
+  if (textIn(message, "method") == "turn/interrupt") forgetTaken(process);
   if (message.find("method")) return;
-  const std::string_view id = textIn(message, "id");
+  const std::string id = spelledID(message);
   if (message.find("error")) {
     checkRefusal(process, id);
   } else if (const JSONValue* result = message.find("result")) {
@@ -260,10 +278,18 @@ void CampaignRequests::runWrote(const detail::AppServerTurnRun& run, const InMem
   }
 }
 
-void CampaignRequests::checkRefusal(const InMemoryProcess& process, std::string_view id) {
+/// An interrupt leaves them without an answer.
+void CampaignRequests::forgetTaken(const InMemoryProcess& process) {
+  for (Request& request : requests_) {
+    const bool isTaken = request.process == process.identifier() && request.takenAs != 0;
+    if (isTaken && request.kind == Kind::handled) request.isOvertaken = true;
+  }
+}
+
+void CampaignRequests::checkRefusal(const InMemoryProcess& process, const std::string& id) {
   // They are refused as they are taken, which is in the order of the lines.
   for (Request* request : lines_[process.identifier()]) {
-    if (!request || request->kind != Kind::unknown || request->id != id || request->isAnswered) continue;
+    if (!request || request->kind != Kind::unknown || request->id.encode() != id || request->isAnswered) continue;
     request->isAnswered = true;
     return;
   }
@@ -271,7 +297,7 @@ void CampaignRequests::checkRefusal(const InMemoryProcess& process, std::string_
 }
 
 void CampaignRequests::checkAnswer(const detail::AppServerTurnRun& run, const InMemoryProcess& process,
-                                   std::string_view id, const JSONValue& result) {
+                                   const std::string& id, const JSONValue& result) {
   Request* request = newestTaken(process.identifier(), id);
   if (!request) return world_.breaks("no process gets an answer to what it did not ask");
   if (request->isAnswered) world_.breaks("a request is answered once");
@@ -287,11 +313,11 @@ void CampaignRequests::checkAnswer(const detail::AppServerTurnRun& run, const In
   if (request->kind == Kind::user) ++submissionsWritten_;
 }
 
-CampaignRequests::Request* CampaignRequests::newestTaken(int process, std::string_view id) {
+CampaignRequests::Request* CampaignRequests::newestTaken(int process, const std::string& id) {
   Request* newest = nullptr;
   for (Request& request : requests_) {
     const bool wantsAnAnswer = request.kind == Kind::handled || request.kind == Kind::user;
-    const bool isOfTheID = request.process == process && request.id == id;
+    const bool isOfTheID = request.process == process && request.id.encode() == id;
     if (!wantsAnAnswer || !isOfTheID || request.takenAs == 0) continue;
     if (!newest || newest->takenAs < request.takenAs) newest = &request;
   }

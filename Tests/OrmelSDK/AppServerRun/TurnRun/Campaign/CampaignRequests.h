@@ -66,7 +66,7 @@ class CampaignRequests final : public CampaignObserver {
 
   struct Request {
     Kind kind = Kind::handled;
-    std::string id;
+    JSONValue id;
     /// The text that an answer which is more than a refusal has in it.
     std::string name;
     std::string itemID;
@@ -89,15 +89,16 @@ class CampaignRequests final : public CampaignObserver {
   JSONValue askTheUser(const std::string& turnID);
   JSONValue askWhatIsUnknown(const std::string& turnID);
   JSONValue resolve(const std::string& turnID);
-  Request& newRequest(Kind kind, std::string id);
-  std::string anID(const std::string& turnID);
+  Request& newRequest(Kind kind, JSONValue id);
+  JSONValue anID(const std::string& turnID);
   void installHandlers();
   Task<void> takeTime();
   void take(Request& request, std::optional<std::uint64_t> operationGeneration);
-  void checkRefusal(const InMemoryProcess& process, std::string_view id);
-  void checkAnswer(const detail::AppServerTurnRun& run, const InMemoryProcess& process, std::string_view id,
+  void forgetTaken(const InMemoryProcess& process);
+  void checkRefusal(const InMemoryProcess& process, const std::string& id);
+  void checkAnswer(const detail::AppServerTurnRun& run, const InMemoryProcess& process, const std::string& id,
                    const JSONValue& result);
-  Request* newestTaken(int process, std::string_view id);
+  Request* newestTaken(int process, const std::string& id);
 
   CampaignWorld& world_;
   const RequestPlan plan_;

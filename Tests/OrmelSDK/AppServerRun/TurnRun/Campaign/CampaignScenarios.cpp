@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignErrors.h"
+#include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignRaceScenarios.h"
 #include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignServerRequestScenarios.h"
 #include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignThreadScenarios.h"
 #include "OrmelSDK/Base/OrmelProcessError.h"
@@ -28,14 +29,28 @@ constexpr std::array<const char*, 8> requestMethods = {
 void requirePlainEnd(const CampaignWorld& world, const OperationRecord& record) {
   if (record.kind == OperationKind::compaction) world.requireErrors(record, {streamFinished});
   world.require(record.kind == OperationKind::compaction || record.endedPlainly(), "nothing keeps a turn from its end");
-  if (record.endedPlainly()) {
-    world.require(record.itemsCompleted == CampaignServer::itemsOfTurn, "all items of a turn come before its end");
+}
+
+}  // namespace
+
+void addTraffic(CampaignWorld& world) {
+  world.plan().tellsOfForeignTurns = world.coin();
+  world.plan().isTalkative = world.coin();
+  world.plan().repeatsResponses = world.coin();
+  constexpr std::array statuses = {"completed", "completed", "completed", "failed", "interrupted", "strange", ""};
+  world.plan().turnStatus = anyOf(world, statuses);
+  if (world.coin()) world.dawdle();
+  if (world.scheduler.choose(6) == 0) {
+    world.configuration.ormelOptions.executableTrustAssessment = [](const std::string&) {
+      return OrmelExecutableTrustAssessment::trusted();
+    };
   }
 }
 
+namespace {
+
 void plain(CampaignWorld& world, OperationKind kind) {
-  world.plan().tellsOfForeignTurns = world.coin();
-  if (world.coin()) world.dawdle();
+  addTraffic(world);
   world.open();
   const auto& record = world.start(kind);
   world.settle();
@@ -45,8 +60,7 @@ void plain(CampaignWorld& world, OperationKind kind) {
 }
 
 void secondOperations(CampaignWorld& world) {
-  world.plan().tellsOfForeignTurns = world.coin();
-  if (world.coin()) world.dawdle();
+  addTraffic(world);
   world.open();
   for (int operation = 0; operation < 3; ++operation) {
     const auto& record = world.start(world.anyKind());
@@ -62,7 +76,7 @@ void steering(CampaignWorld& world) {
   world.plan().replies["turn/steer"] = anyOf(world, replies);
   world.plan().holdsSteersUntilTurnEnds = world.coin();
   world.plan().completesTurns = world.scheduler.choose(4) != 0;
-  if (world.coin()) world.dawdle();
+  addTraffic(world);
   world.open();
   const auto& record = world.start(world.anyKind());
   for (auto steers = 1 + world.scheduler.choose(3); steers > 0; --steers) world.atAnyStep([&] { world.steer(); });
@@ -81,9 +95,8 @@ void abort(CampaignWorld& world) {
   world.plan().replies["turn/interrupt"] = anyOf(world, replies);
   world.plan().endsInterruptedTurns = world.coin();
   world.plan().completesTurns = world.coin();
-  world.plan().tellsOfForeignTurns = world.coin();
   world.plan().ignoresTermination = world.scheduler.choose(4) == 0;
-  if (world.coin()) world.dawdle();
+  addTraffic(world);
   world.open();
   const auto& record = world.start(world.anyKind());
   for (auto aborts = 1 + world.scheduler.choose(2); aborts > 0; --aborts) world.atAnyStep([&] { world.interrupt(); });
@@ -98,8 +111,7 @@ void abort(CampaignWorld& world) {
 
 void silence(CampaignWorld& world) {
   world.plan().replies[anyOf(world, requestMethods)] = world.coin() ? Reply::withhold : Reply::giveAtTimeout;
-  world.plan().tellsOfForeignTurns = world.coin();
-  if (world.coin()) world.dawdle();
+  addTraffic(world);
   world.open();
   const auto& record = world.start(world.anyKind());
   world.settle();
@@ -109,6 +121,7 @@ void silence(CampaignWorld& world) {
 
 void refusals(CampaignWorld& world) {
   world.plan().replies[anyOf(world, requestMethods)] = Reply::refuse;
+  addTraffic(world);
   world.open();
   const auto& record = world.start(world.anyKind());
   world.settle();
@@ -117,7 +130,8 @@ void refusals(CampaignWorld& world) {
 }
 
 void liveness(CampaignWorld& world) {
-  constexpr std::array kinds = {ProbeReply::inProgress,  ProbeReply::inProgress,  ProbeReply::completed,
+  constexpr std::array kinds = {ProbeReply::inProgress,  ProbeReply::inProgress,  ProbeReply::inProgress,
+                                ProbeReply::completed,   ProbeReply::failed,      ProbeReply::interrupted,
                                 ProbeReply::turnMissing, ProbeReply::otherThread, ProbeReply::garbage};
   for (auto probes = world.scheduler.choose(4); probes > 0; --probes) {
     world.plan().probeReplies.push_back(anyOf(world, kinds));
@@ -126,16 +140,16 @@ void liveness(CampaignWorld& world) {
                                   Reply::refuse, Reply::withhold, Reply::giveAtTimeout};
   world.plan().replies["thread/read"] = anyOf(world, replies);
   world.plan().completesTurns = false;
-  if (world.coin()) world.dawdle();
+  addTraffic(world);
   world.open();
   const auto& record = world.start(world.anyKind());
   if (world.coin()) world.atAnyStep([&] { world.interrupt(); });
   world.settle();
-  world.requireErrors(
-      record, {"Unable to reconcile coordinator turn: refused", "Unable to decode coordinator turn reconciliation: ",
-               "Coordinator thread mismatch during liveness reconciliation",
-               "Coordinator turn missing during liveness reconciliation", "App-server RPC thread/read timed out",
-               aborted, noLongerCurrent});
+  world.requireErrors(record, {streamFinished, "Unable to reconcile coordinator turn: refused",
+                               "Unable to decode coordinator turn reconciliation: ",
+                               "Coordinator thread mismatch during liveness reconciliation",
+                               "Coordinator turn missing during liveness reconciliation",
+                               "App-server RPC thread/read timed out", aborted, noLongerCurrent});
   world.close();
 }
 
@@ -143,9 +157,8 @@ void disturbed(CampaignWorld& world, Fault fault) {
   world.plan().fault = fault;
   world.plan().faultAtLine = 1 + world.scheduler.choose(14);
   world.plan().explainsFault = world.coin();
-  world.plan().tellsOfForeignTurns = world.coin();
   world.plan().ignoresTermination = world.scheduler.choose(8) == 0;
-  if (world.coin()) world.dawdle();
+  addTraffic(world);
   world.open();
 }
 
@@ -172,9 +185,10 @@ void endOfOutput(CampaignWorld& world) {
 }
 
 void malformedLine(CampaignWorld& world) {
-  disturbed(world, Fault::malformedLine);
-  thenAnother(world,
-              {unreadable, "Unexpected ", "Invalid app-server JSON-RPC ", "bare", noLongerCurrent, streamFinished});
+  disturbed(world, world.scheduler.choose(3) == 0 ? Fault::faultyNotification : Fault::malformedLine);
+  thenAnother(world, {unreadable, "Unexpected ", "Invalid app-server JSON-RPC ", "bare", "Unknown app-server error",
+                      "turn/started missing ", "turn/completed missing ", "serverRequest/resolved missing ",
+                      "thread/goal/cleared missing ", noLongerCurrent, streamFinished});
 }
 
 void brokenInput(CampaignWorld& world) {
@@ -185,7 +199,9 @@ void brokenInput(CampaignWorld& world) {
 /// All that a server said before it exited counts, however the end of it comes to light.
 void exitAfterTurn(CampaignWorld& world) {
   world.plan().exitsAfterTurn = true;
-  world.plan().tellsOfForeignTurns = world.coin();
+  addTraffic(world);
+  // A client that takes its time may miss what was said of its turn.
+  world.hurry();
   world.open();
   const auto& record = world.start(world.anyKind());
   world.settle();
@@ -197,7 +213,7 @@ void exitAfterTurn(CampaignWorld& world) {
 void release(CampaignWorld& world) {
   world.plan().completesTurns = world.coin();
   world.plan().ignoresTermination = world.scheduler.choose(4) == 0;
-  if (world.coin()) world.dawdle();
+  addTraffic(world);
   world.open();
   const auto& record = world.start(world.anyKind());
   world.atAnyStep([&] {
@@ -213,7 +229,7 @@ void release(CampaignWorld& world) {
 void lostOwner(CampaignWorld& world) {
   world.plan().completesTurns = world.coin();
   world.plan().asksForApproval = world.coin();
-  if (world.coin()) world.dawdle();
+  addTraffic(world);
   world.open();
   const auto& record = world.start(world.anyKind());
   if (world.coin()) world.atAnyStep([&] { world.steer(); });
@@ -224,7 +240,7 @@ void lostOwner(CampaignWorld& world) {
 }
 
 void cancelledCaller(CampaignWorld& world) {
-  if (world.coin()) world.dawdle();
+  addTraffic(world);
   world.open();
   auto& record = world.start(world.anyKind());
   world.atAnyStep([&] { record.stop.request_stop(); });
@@ -237,7 +253,7 @@ void cancelledCaller(CampaignWorld& world) {
 }
 
 void overlap(CampaignWorld& world) {
-  if (world.coin()) world.dawdle();
+  addTraffic(world);
   world.open();
   for (auto starts = 2 + world.scheduler.choose(3); starts > 0; --starts) {
     world.atAnyStep([&] {
@@ -259,6 +275,7 @@ void overlap(CampaignWorld& world) {
 void launching(CampaignWorld& world) {
   const bool isTrusted = world.coin();
   if (world.coin()) {
+    if (!isTrusted) world.beUntrusted();
     world.configuration.ormelOptions.executableTrustAssessment = [isTrusted](const std::string&) {
       return isTrusted ? OrmelExecutableTrustAssessment::trusted()
                        : OrmelExecutableTrustAssessment::rejected("not trusted");
@@ -292,7 +309,7 @@ AsyncHandler<OrmelApprovalDecision(CommandApprovalRequest)> slowHandler(Campaign
 void approvals(CampaignWorld& world) {
   world.plan().asksForApproval = true;
   world.configuration.threadOptions.commandApprovalHandler = slowHandler(world);
-  if (world.coin()) world.dawdle();
+  addTraffic(world);
   world.open();
   if (world.coin()) world.atAnyStep([&] { world.interrupt(); });
   for (int operation = 0; operation < 2; ++operation) {
@@ -313,21 +330,18 @@ void storm(CampaignWorld& world) {
   plan.faultAtLine = 1 + world.scheduler.choose(20);
   plan.explainsFault = world.coin();
   plan.completesTurns = world.scheduler.choose(3) != 0;
-  plan.tellsOfForeignTurns = world.coin();
   plan.asksForApproval = world.coin();
   plan.exitsAfterTurn = world.scheduler.choose(4) == 0;
   plan.endsInterruptedTurns = world.coin();
   plan.holdsSteersUntilTurnEnds = world.coin();
   plan.ignoresTermination = world.scheduler.choose(4) == 0;
-  constexpr std::array statuses = {"completed", "failed", "interrupted", "strange"};
-  plan.turnStatus = anyOf(world, statuses);
   if (world.coin()) {
     constexpr std::array replies = {Reply::refuse, Reply::withhold, Reply::giveAtTimeout};
     plan.replies[anyOf(world, requestMethods)] = anyOf(world, replies);
   }
   world.configuration.threadOptions.commandApprovalHandler = slowHandler(world);
   world.configuration.threadOptions.skillExtraRoots = std::vector<std::string>{"/roots"};
-  if (world.coin()) world.dawdle();
+  addTraffic(world);
   world.open();
   for (auto events = 2 + world.scheduler.choose(5); events > 0; --events) {
     world.atAnyStep([&world] {
@@ -393,6 +407,7 @@ const std::vector<CampaignScenario>& campaignScenarios() {
     };
     const auto& ofRequests = serverRequestScenarios();
     all.insert(all.end(), ofRequests.begin(), ofRequests.end());
+    for (auto& scenario : raceScenarios()) all.push_back(std::move(scenario));
     for (auto& scenario : campaignThreadScenarios()) all.push_back(std::move(scenario));
     return all;
   }();

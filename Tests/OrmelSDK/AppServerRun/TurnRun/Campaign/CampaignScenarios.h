@@ -15,6 +15,9 @@ struct CampaignScenario {
   std::function<void(CampaignWorld&)> play;
 };
 
+/// What may be in the air around any conversation, and changes nothing in how it goes; before `CampaignWorld::open`.
+void addTraffic(CampaignWorld& world);
+
 const std::vector<CampaignScenario>& campaignScenarios();
 
 }  // namespace ormel::testing

@@ -1,10 +1,10 @@
 #include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignServer.h"
 
-#include <array>
 #include <chrono>
 #include <utility>
 
 #include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun.h"
+#include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignLines.h"
 
 namespace ormel::testing {
 
@@ -26,21 +26,8 @@ JSONValue responseTo(const JSONValue& request, const JSONValue& result) {
   return JSONValue::object({{"id", *request.find("id")}, {"result", result}});
 }
 
-JSONValue notification(std::string_view method, const JSONValue& params) {
-  return JSONValue::object({{"method", method}, {"params", params}});
-}
-
 JSONValue turnObject(const std::string& turnID, const std::string& status) {
   return JSONValue::object({{"id", turnID}, {"status", status}, {"items", JSONValue::array()}});
-}
-
-JSONValue turnStarted(const std::string& threadID, const std::string& turnID, int window) {
-  const JSONValue turn = JSONValue::object({{"id", turnID}, {"modelContextWindow", window}});
-  return notification("turn/started", JSONValue::object({{"threadId", threadID}, {"turn", turn}}));
-}
-
-JSONValue turnCompleted(const std::string& threadID, const JSONValue& turn) {
-  return notification("turn/completed", JSONValue::object({{"threadId", threadID}, {"turn", turn}}));
 }
 
 JSONValue failedForeignTurn(const std::string& turnID) {
@@ -61,17 +48,6 @@ JSONValue approvalRequest(const std::string& threadID, const std::string& turnID
   return JSONValue::object(
       {{"id", "ask-" + turnID}, {"method", "item/commandExecution/requestApproval"}, {"params", params}});
 }
-
-constexpr std::array<const char*, 8> malformedLines = {
-    "{not json\n",
-    "[]\n",
-    "{}\n",
-    "\"text\"\n",
-    "{\"method\":\"\"}\n",
-    "{\"type\":\"error\",\"message\":\"bare\"}\n",
-    "{\"id\":1,\"result\":1,\"error\":{}}\n",
-    "{\"id\":null,\"result\":1}\n",
-};
 
 }  // namespace
 
@@ -102,6 +78,7 @@ std::string CampaignServer::stamped(const char* kind, const InMemoryProcess& pro
 void CampaignServer::read(InMemoryProcess& process, const JSONValue& message) {
   const std::string method = copiedText(message, "method");
   if (!message.find("id") || method.empty()) return;
+  if (onRequest) onRequest(method);
   if (method == "initialize") {
     reply(process, message, JSONValue::object({{"userAgent", "campaign"}}));
   } else if (method == "thread/start" || method == "thread/fork") {
@@ -115,7 +92,14 @@ void CampaignServer::read(InMemoryProcess& process, const JSONValue& message) {
   } else if (method == "turn/steer") {
     steer(process, message);
   } else if (method == "thread/read") {
-    reply(process, message, probed(message));
+    const JSONValue answer = probed(message);
+    const bool isFirst = scheduler_.choose(2) == 0;
+    if (isFirst) reply(process, message, answer);
+    if (plan.endsTurnWhenProbed) {
+      Conversation& conversation = conversations_[process.identifier()];
+      say(process, turnCompleted(conversation.threadID, endOfTurn(conversation)));
+    }
+    if (!isFirst) reply(process, message, answer);
   }
 }
 
@@ -150,18 +134,24 @@ void CampaignServer::beginTurn(InMemoryProcess& process, const JSONValue& reques
     course.push_back(itemCompleted(conversation.threadID, conversation.turnID, item));
   }
   if (plan.asksForApproval) course.push_back(approvalRequest(conversation.threadID, conversation.turnID));
-  if (plan.completesTurns) {
-    course.push_back(turnCompleted(conversation.threadID, turnObject(conversation.turnID, plan.turnStatus)));
+  if (plan.completesTurns && turnsCompleted_++ < plan.turnsToComplete) {
+    course.push_back(turnCompleted(conversation.threadID, endOfTurn(conversation)));
   }
   if (plan.asks) {
     for (JSONValue& line : plan.asks(conversation.threadID, conversation.turnID)) insert(course, std::move(line));
   }
+  if (plan.isTalkative) addWords(process, course, isCompaction);
   if (kind == plan.replies.end()) {
+    responses_.push_back(response);
     insert(course, std::move(response));
   } else {
     reply(process, request, *response.find("result"));
   }
+  if (plan.repeatsResponses) addRepetition(course);
   if (plan.tellsOfForeignTurns) addForeignTurns(course, conversation, isCompaction);
+  for (std::size_t start = 0; start < plan.foreignStartsAhead; ++start) {
+    course.push_front(turnStarted("foreign", "foreign-turn", foreignWindow));
+  }
   for (JSONValue& line : course) conversation.course.push_back(std::move(line));
   if (!std::exchange(conversation.isUnderWay, true)) process.later([this, &process] { advance(process); });
 }
@@ -173,6 +163,43 @@ void CampaignServer::addForeignTurns(std::deque<JSONValue>& course, const Conver
   if (isCompaction) return;
   insert(course, turnStarted(of.threadID, "sub-turn", foreignWindow));
   insert(course, turnCompleted(of.threadID, failedForeignTurn("sub-turn")));
+}
+
+void CampaignServer::addWords(const InMemoryProcess& process, std::deque<JSONValue>& course, bool isCompaction) {
+  const Conversation& conversation = conversations_[process.identifier()];
+  const std::string stamp = "@" + std::to_string(process.identifier());
+  const LineIDs ids{conversation.threadID, conversation.turnID, "foreign" + stamp, "foreign-turn" + stamp};
+  for (JSONValue& line : wordsOfTurn(scheduler_, ids)) insert(course, std::move(line));
+  for (JSONValue& line : decoysOfTurn(scheduler_, ids, isCompaction)) insert(course, std::move(line));
+}
+
+/// An answer that was given, or is about to be, comes again: the same one, or a refusal.
+void CampaignServer::addRepetition(std::deque<JSONValue>& course) {
+  if (responses_.empty()) return;
+  const JSONValue& response = responses_[scheduler_.choose(responses_.size())];
+  if (scheduler_.choose(2) == 0) {
+    course.push_back(response);
+  } else {
+    const JSONValue error = JSONValue::object({{"message", "repeated"}});
+    course.push_back(JSONValue::object({{"id", *response.find("id")}, {"error", error}}));
+  }
+}
+
+JSONValue CampaignServer::endOfTurn(const Conversation& of) {
+  JSONObjectBuilder turn;
+  turn.set("id", of.turnID);
+  if (!plan.turnStatus.empty()) turn.set("status", plan.turnStatus);
+  if (plan.isTalkative && scheduler_.choose(2) == 0) {
+    const JSONValue compaction = JSONValue::object({{"type", "contextCompaction"}, {"id", "x-1"}});
+    const JSONValue message = JSONValue::object({{"type", "agentMessage"}, {"id", "x-2"}, {"text", "again"}});
+    turn.set("items", JSONValue::array({compaction, message}));
+  }
+  if (plan.isTalkative && scheduler_.choose(4) == 0) {
+    const JSONValue step = JSONValue::object({{"step", "last"}, {"status", "completed"}});
+    turn.set("plan", JSONValue::array({step}));
+  }
+  if (scheduler_.choose(2) == 0) turn.set("error", JSONValue::object({{"message", "went wrong"}}));
+  return turn.build();
 }
 
 void CampaignServer::insert(std::deque<JSONValue>& course, JSONValue line) {
@@ -236,8 +263,11 @@ JSONValue CampaignServer::probed(const JSONValue& request) {
     if (conversation.threadID == paramIn(request, "threadId")) turnID = conversation.turnID;
   }
   if (kind == ServerPlan::ProbeReply::turnMissing) turnID = "another turn";
-  const bool isOver = kind == ServerPlan::ProbeReply::completed;
-  const JSONValue turn = turnObject(turnID, isOver ? "completed" : "inProgress");
+  const char* status = "inProgress";
+  if (kind == ServerPlan::ProbeReply::completed) status = "completed";
+  if (kind == ServerPlan::ProbeReply::failed) status = "failed";
+  if (kind == ServerPlan::ProbeReply::interrupted) status = "interrupted";
+  const JSONValue turn = turnObject(turnID, status);
   const bool isOther = kind == ServerPlan::ProbeReply::otherThread;
   const JSONValue thread = JSONValue::object(
       {{"id", isOther ? "another thread" : paramIn(request, "threadId")}, {"turns", JSONValue::array({turn})}});
@@ -247,8 +277,14 @@ JSONValue CampaignServer::probed(const JSONValue& request) {
 void CampaignServer::reply(InMemoryProcess& process, const JSONValue& request, const JSONValue& result) {
   const auto planned = plan.replies.find(copiedText(request, "method"));
   const auto kind = planned == plan.replies.end() ? ServerPlan::Reply::give : planned->second;
+  if (plan.fault && plan.faultAtResponseTo == copiedText(request, "method")) {
+    plan.faultAtResponseTo.clear();
+    fail(process, responseTo(request, result));
+    return;
+  }
   if (kind == ServerPlan::Reply::give) {
-    say(process, responseTo(request, result));
+    responses_.push_back(responseTo(request, result));
+    say(process, responses_.back());
   } else if (kind == ServerPlan::Reply::refuse) {
     const JSONValue error = JSONValue::object({{"code", -32000}, {"message", "refused"}});
     say(process, JSONValue::object({{"id", *request.find("id")}, {"error", error}}));
@@ -259,20 +295,48 @@ void CampaignServer::reply(InMemoryProcess& process, const JSONValue& request, c
 }
 
 void CampaignServer::say(InMemoryProcess& process, const JSONValue& message) {
-  if (plan.fault && ++linesSaid_ == plan.faultAtLine) {
+  if (plan.fault && process.isRunning() && ++linesSaid_ == plan.faultAtLine) {
     fail(process, message);
   } else {
     process.send(message);
   }
 }
 
+void CampaignServer::breakLine(InMemoryProcess& process) {
+  const BrokenLine& line = brokenLines()[scheduler_.choose(brokenLines().size())];
+  if (onBrokenLine && process.isRunning()) onBrokenLine(process, line.failure);
+  process.write(line.text);
+}
+
+/// The last line may be whole, but for its end.
+void CampaignServer::cutLine(InMemoryProcess& process, const JSONValue& message) {
+  const std::string line = message.encode();
+  const auto size = scheduler_.choose(4) == 0 ? line.size() : scheduler_.choose(line.size() + 1);
+  if (size == line.size()) {
+    process.sendUnended(message);
+  } else {
+    if (onBrokenLine && process.isRunning() && size > 0) onBrokenLine(process, "App-server decode error at ");
+    process.write(std::string_view(line).substr(0, size));
+  }
+}
+
 void CampaignServer::fail(InMemoryProcess& process, const JSONValue& message) {
-  if (plan.explainsFault) process.writeError(std::string(explanation) + "\n");
+  if (onFault) onFault();
+  if (plan.explainsFault) {
+    process.writeError(std::string(explanation) + "\n");
+    explained_.insert(process.identifier());
+  }
   switch (*plan.fault) {
     case ServerPlan::Fault::malformedLine:
-      process.write(malformedLines[scheduler_.choose(malformedLines.size())]);
+      breakLine(process);
       process.send(message);
       break;
+    case ServerPlan::Fault::faultyNotification: {
+      const auto& lines = faultyNotifications();
+      process.send(JSONValue::decode(lines[scheduler_.choose(lines.size())].text));
+      process.send(message);
+      break;
+    }
     case ServerPlan::Fault::exit:
       process.send(message);
       process.exit(1);
@@ -280,12 +344,10 @@ void CampaignServer::fail(InMemoryProcess& process, const JSONValue& message) {
     case ServerPlan::Fault::exitInstead:
       process.endBySignal(11);
       break;
-    case ServerPlan::Fault::exitWithinTheLine: {
-      const std::string line = message.encode();
-      process.write(std::string_view(line).substr(0, scheduler_.choose(line.size() + 1)));
+    case ServerPlan::Fault::exitWithinTheLine:
+      cutLine(process, message);
       process.exit(2);
       break;
-    }
     case ServerPlan::Fault::exitWithPipesHeld:
       process.send(message);
       process.end({detail::TerminationReason::exit, 3}, true);

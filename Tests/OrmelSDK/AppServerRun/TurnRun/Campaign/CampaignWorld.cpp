@@ -24,10 +24,6 @@ std::string_view stampOf(std::string_view id) {
   return place == std::string_view::npos ? std::string_view() : id.substr(place + 1);
 }
 
-std::string textOf(const JSONValue* value) {
-  return std::string(value ? value->stringValue().value_or("") : std::string_view());
-}
-
 std::size_t count(std::string_view text, std::string_view part) {
   std::size_t found = 0;
   for (auto place = text.find(part); place != std::string_view::npos; place = text.find(part, place + 1)) ++found;
@@ -52,10 +48,24 @@ CampaignWorld::~CampaignWorld() { scheduler.setStepHook(nullptr); }
 
 void CampaignWorld::dawdle() {
   isDawdling_ = true;
-  configuration.threadOptions.threadStartedHandler = [this](const std::string&) { return pause(scheduler); };
+  configuration.threadOptions.threadStartedHandler = [this](const std::string& threadID) {
+    if (oracle_) oracle_->toldThread(threadID);
+    return pause(scheduler);
+  };
+}
+
+void CampaignWorld::hurry() {
+  isDawdling_ = false;
+  configuration.threadOptions.threadStartedHandler.reset();
+}
+
+bool CampaignWorld::mayFailWith(std::string_view text) const {
+  return std::any_of(allowedFailures_.begin(), allowedFailures_.end(),
+                     [text](std::string_view beginning) { return text.starts_with(beginning); });
 }
 
 void CampaignWorld::open() {
+  oracle_.emplace(*this);
   run_ = Run::create(configuration, detail::ServerServices(scheduler, server, blockingWork));
   open(run_);
 }
@@ -63,14 +73,24 @@ void CampaignWorld::open() {
 void CampaignWorld::open(const std::shared_ptr<Run>& run) {
   InMemoryServerScript script = behaviour.script();
   script.onClientWrite = [this](InMemoryProcess& process, const std::string& line) { noteWrite(process, line); };
+  script.onLostWrite = [this](InMemoryProcess&, const std::string& line) {
+    if (oracle_) oracle_->runWrote(JSONValue::decode(line));
+  };
   script.onSend = [this](InMemoryProcess& process, const JSONValue& message) {
+    if (oracle_) oracle_->serverSent(process, message);
     if (observer_) observer_->serverSent(process, message);
+  };
+  behaviour.onBrokenLine = [this](const InMemoryProcess& process, std::string_view failure) {
+    if (oracle_) oracle_->serverBroke(process, failure);
   };
   server.setScript(std::move(script));
   weakRun_ = run;
   if (isDawdling_) {
     run->stdoutChunkProcessingHook = [this](const std::string&) { return pause(scheduler); };
-    run->postRequestAwaitHook = [this](const std::string&, std::uint64_t) { return pause(scheduler); };
+    run->postRequestAwaitHook = [this](const std::string& method, std::uint64_t operationGeneration) {
+      if (oracle_) oracle_->hooked(method, operationGeneration);
+      return pause(scheduler);
+    };
   }
   scheduler.setStepHook([this] { afterStep(); });
 }
@@ -130,11 +150,13 @@ Task<void> CampaignWorld::operate(CampaignWorld& world, OperationRecord& record,
                                   std::optional<std::uint64_t> preparedGeneration, bool reserves) {
   try {
     if (reserves) {
-      const std::uint64_t reserved = co_await run->reserveOperation();
+      auto reserving = reserveOnStrand(world, record, run);
+      const std::uint64_t reserved = co_await std::move(reserving);
       preparedGeneration = reserved;
+      Task<void> waiting = pause(world.scheduler);
+      co_await std::move(waiting);
     }
-    auto starting = run->start(requestOf(record.kind), preparedGeneration);
-    run.reset();
+    auto starting = startOnStrand(world, record, std::move(run), preparedGeneration);
     detail::StartedOperation started = co_await std::move(starting);
     record.wasStarted = true;
     while (const auto event = co_await started.events.next()) world.note(record, *event);
@@ -151,7 +173,62 @@ Task<void> CampaignWorld::operate(CampaignWorld& world, OperationRecord& record,
   }
   record.isOver = true;
   record.wasReleased = world.isReleased_;
+  if (world.oracle_) world.oracle_->ended(record);
   world.mix(record.error ? std::string_view(*record.error) : std::string_view("plain end"));
+}
+
+Task<std::uint64_t> CampaignWorld::reserveOnStrand(CampaignWorld& world, OperationRecord& record, SharedRun run) {
+  co_await run->strand().enter();
+  world.oracle_->reserving(record);
+  auto reserving = run->reserveOperation();
+  const std::uint64_t reserved = co_await std::move(reserving);
+  co_return reserved;
+}
+
+Task<detail::StartedOperation> CampaignWorld::startOnStrand(CampaignWorld& world, OperationRecord& record,
+                                                            SharedRun run,
+                                                            std::optional<std::uint64_t> preparedGeneration) {
+  co_await run->strand().enter();
+  world.oracle_->starting(record, preparedGeneration);
+  auto starting = run->start(requestOf(record.kind), preparedGeneration);
+  run.reset();
+  detail::StartedOperation started = co_await std::move(starting);
+  co_return started;
+}
+
+Task<void> CampaignWorld::steerOnStrand(CampaignWorld& world, CallRecord& record, SharedRun run, std::string text,
+                                        Expected expected) {
+  co_await run->strand().enter();
+  world.oracle_->steering(record, text, expected);
+  auto steering = run->steer(Input(text), TurnOptions(), expected);
+  run.reset();
+  co_await std::move(steering);
+}
+
+Task<void> CampaignWorld::submitOnStrand(CampaignWorld& world, CallRecord& record, SharedRun run, std::string itemID,
+                                         std::map<std::string, std::vector<std::string>> answers, Expected expected) {
+  co_await run->strand().enter();
+  world.oracle_->submitting(record, itemID, expected);
+  auto submitting = run->submitUserInput(std::move(itemID), std::move(answers), expected);
+  run.reset();
+  co_await std::move(submitting);
+}
+
+Task<void> CampaignWorld::interruptOnStrand(CampaignWorld& world, CallRecord& record, SharedRun run,
+                                            Expected expected) {
+  co_await run->strand().enter();
+  world.oracle_->interrupting(record, expected);
+  auto interrupting = run->interruptFromSignal(expected);
+  run.reset();
+  co_await std::move(interrupting);
+}
+
+Task<void> CampaignWorld::releaseOnStrand(CampaignWorld& world, CallRecord& record, SharedRun run) {
+  co_await run->strand().enter();
+  world.oracle_->releasing(record);
+  auto releasing = run->release();
+  run.reset();
+  co_await std::move(releasing);
 }
 
 Task<void> CampaignWorld::call(CampaignWorld& world, CallRecord& record, Task<void> task, bool isSteer) {
@@ -162,35 +239,56 @@ Task<void> CampaignWorld::call(CampaignWorld& world, CallRecord& record, Task<vo
   }
   record.isOver = true;
   if (isSteer) --world.steersUnderWay_;
+  if (world.oracle_) world.oracle_->ended(record);
   world.mix(record.error ? std::string_view(*record.error) : std::string_view("call done"));
 }
 
 CallRecord& CampaignWorld::begin(Task<void> task, bool isSteer) {
-  calls_.push_back(std::make_unique<CallRecord>());
+  return launchCall(newCall(), std::move(task), isSteer);
+}
+
+CallRecord& CampaignWorld::launchCall(CallRecord& record, Task<void> task, bool isSteer) {
   if (isSteer) ++steersUnderWay_;
-  launch(call(*this, *calls_.back(), std::move(task), isSteer), {});
-  return *calls_.back();
+  launch(call(*this, record, std::move(task), isSteer), {});
+  return record;
+}
+
+CampaignWorld::Expected CampaignWorld::anyExpectation() {
+  switch (scheduler.choose(8)) {
+    case 0:
+      return pastGeneration();
+    case 1:
+      return pastGeneration() + 1;
+    default:
+      return std::nullopt;
+  }
 }
 
 CallRecord& CampaignWorld::steer() {
-  if (!run_) return *calls_.emplace_back(std::make_unique<CallRecord>());
-  return begin(run_->steer(Input("faster"), TurnOptions()), true);
+  CallRecord& record = newCall();
+  if (!run_) return record;
+  std::string text = "faster " + std::to_string(++steersMade_);
+  return launchCall(record, steerOnStrand(*this, record, run_, std::move(text), anyExpectation()), true);
 }
 
 CallRecord& CampaignWorld::submit(std::string itemID, std::map<std::string, std::vector<std::string>> answers) {
-  if (!run_) return *calls_.emplace_back(std::make_unique<CallRecord>());
-  return begin(run_->submitUserInput(std::move(itemID), std::move(answers)));
+  CallRecord& record = newCall();
+  if (!run_) return record;
+  return launchCall(record,
+                    submitOnStrand(*this, record, run_, std::move(itemID), std::move(answers), anyExpectation()));
 }
 
 CallRecord& CampaignWorld::interrupt() {
-  if (!run_) return *calls_.emplace_back(std::make_unique<CallRecord>());
-  return begin(run_->interruptFromSignal());
+  CallRecord& record = newCall();
+  if (!run_) return record;
+  return launchCall(record, interruptOnStrand(*this, record, run_, anyExpectation()));
 }
 
 CallRecord& CampaignWorld::release() {
   isReleased_ = true;
-  if (!run_) return *calls_.emplace_back(std::make_unique<CallRecord>());
-  return begin(run_->release());
+  CallRecord& record = newCall();
+  if (!run_) return record;
+  return launchCall(record, oracle_ ? releaseOnStrand(*this, record, run_) : run_->release());
 }
 
 void CampaignWorld::drop() {
@@ -202,6 +300,10 @@ void CampaignWorld::atAnyStep(std::function<void()> action, std::uint64_t within
   actions_.push_back({scheduler.steps() + scheduler.choose(within), std::move(action)});
 }
 
+void CampaignWorld::after(std::chrono::nanoseconds delay, std::function<void()> action) {
+  timers_.push_back(scheduler.postAfter(delay, std::move(action), "client's timer"));
+}
+
 void CampaignWorld::settle() {
   while (true) {
     scheduler.run(stepLimit);
@@ -211,6 +313,8 @@ void CampaignWorld::settle() {
     scheduler.post(std::exchange(next->action, nullptr));
     actions_.erase(next);
   }
+  if (oracle_) oracle_->settled();
+  if (broken_) require(false, *broken_);
 }
 
 void CampaignWorld::close() {
@@ -245,6 +349,8 @@ void CampaignWorld::afterStep() {
   if (broken_) require(false, *broken_);
   mix(scheduler.now());
   const auto run = weakRun_.lock();
+  if (oracle_) oracle_->stepped(run.get());
+  if (broken_) require(false, *broken_);
   if (run) checkRun(*run);
   if (observer_) observer_->stepped(run.get());
   for (auto& planned : actions_) {
@@ -297,39 +403,14 @@ void CampaignWorld::checkEndOfOperation(const Run& run) const {
 
 // The clients' view.
 
-void CampaignWorld::noteStamp(OperationRecord& record, std::string_view id) {
-  const auto stamp = stampOf(id);
-  if (stamp.empty()) {
-    breaks("no event is of a foreign turn");
-  } else if (record.process.empty()) {
-    record.process = stamp;
-  } else if (record.process != stamp) {
-    breaks("all events of an operation come from one process");
-  }
-}
-
 void CampaignWorld::note(OperationRecord& record, const ThreadEvent& event) {
   mix(event.value.index());
   if (record.turnsEnded > 0) breaks("the end of a turn is its last event");
-  if (const auto* thread = std::get_if<ThreadStartedEvent>(&event.value)) {
-    noteStamp(record, thread->threadID);
-  } else if (const auto* turn = std::get_if<TurnStartedEvent>(&event.value)) {
-    ++record.turnsStarted;
-    if (turn->modelContextWindow == CampaignServer::foreignWindow) breaks("no start is of a foreign turn");
-  } else if (const auto* item = std::get_if<ItemCompletedEvent>(&event.value)) {
-    if (std::holds_alternative<McpToolCallItem>(item->item.value)) return;
-    const auto* message = std::get_if<AgentMessageItem>(&item->item.value);
-    if (!message) return breaks("items are those that the server completed");
-    noteStamp(record, message->text);
-    if (!record.turnID.empty() && record.turnID != message->text) breaks("all items of an operation are of one turn");
-    record.turnID = message->text;
-    if (message->id != "item-" + std::to_string(++record.itemsCompleted)) breaks("items come once and in order");
-  } else if (const auto* failed = std::get_if<TurnFailedEvent>(&event.value)) {
-    ++record.turnsEnded;
-    if (failed->error.message == CampaignServer::foreignError) breaks("no end is of a foreign turn");
-  } else if (std::holds_alternative<TurnCompletedEvent>(event.value)) {
-    ++record.turnsEnded;
-  }
+  const bool isEnd =
+      std::holds_alternative<TurnFailedEvent>(event.value) || std::holds_alternative<TurnCompletedEvent>(event.value);
+  if (isEnd) ++record.turnsEnded;
+  std::string words = describe(event);
+  if (!words.empty()) record.events.push_back(std::move(words));
 }
 
 // The lines of the run, seen in the call that writes them.
@@ -337,7 +418,7 @@ void CampaignWorld::note(OperationRecord& record, const ThreadEvent& event) {
 void CampaignWorld::noteWrite(InMemoryProcess& process, const std::string& line) {
   mix(line);
   const JSONValue message = JSONValue::decode(line);
-  const std::string method = textOf(message.find("method"));
+  const std::string method = textOf(message, "method");
   if (!method.empty()) checkHandshake(process, method);
   checkScope(process, message, method);
 }
@@ -351,7 +432,7 @@ void CampaignWorld::checkHandshake(const InMemoryProcess& process, std::string_v
 
 /// By what the server has named and the client has asked for, not by what the run believes.
 void CampaignWorld::checkAddress(const InMemoryProcess& process, const JSONValue& params, std::string_view method) {
-  const std::string threadID = textOf(params.find("threadId"));
+  const std::string threadID = textOf(params, "threadId");
   if (method == "thread/resume") {
     // An observer has a thread of its own.
     if (!observer_ && threadID != threadOfOld) breaks("the thread that is resumed is the one that was asked for");
@@ -363,7 +444,7 @@ void CampaignWorld::checkAddress(const InMemoryProcess& process, const JSONValue
   } else if (method == "turn/steer" || method == "turn/interrupt") {
     const char* key = method == "turn/steer" ? "expectedTurnId" : "turnId";
     const bool isPresent =
-        threadID == behaviour.threadNamedBy(process) && textOf(params.find(key)) == behaviour.turnNamedBy(process);
+        threadID == behaviour.threadNamedBy(process) && textOf(params, key) == behaviour.turnNamedBy(process);
     if (!isPresent) breaks("who joins a turn joins the present one");
   }
 }
@@ -372,13 +453,14 @@ void CampaignWorld::checkScope(const InMemoryProcess& process, const JSONValue& 
   if (&process != &server.lastProcess()) breaks("nothing is written to an older process");
   const auto run = weakRun_.lock();
   if (!run) return breaks("a run that is gone writes nothing");
+  if (oracle_) oracle_->runWrote(message);
   if (observer_) observer_->runWrote(*run, process, message);
   // A request that is not understood is refused at any time.
   if (message.find("error")) return;
   if (!run->stream().isPending()) breaks("nothing is written for an operation that has ended");
   const auto& turnID = run->scope().coordinatorTurnID();
   if (const JSONValue* params = message.find("params")) checkAddress(process, *params, method);
-  if (method.empty() && !observer_ && turnID && textOf(message.find("id")) != "ask-" + *turnID) {
+  if (method.empty() && !observer_ && turnID && textOf(message, "id") != "ask-" + *turnID) {
     breaks("no answer is written for a turn that is over");
   }
 }
@@ -389,11 +471,9 @@ void CampaignWorld::checkOperation(const OperationRecord& record) const {
   require(record.isOver, "each operation ends");
   require(!record.wasCancelled || record.stop.stop_requested(), "only a cancelled caller is cancelled");
   require(!record.wasAbandoned || isDropped_, "the events end before their producer goes");
-  require(record.turnsStarted <= 1, "a turn starts once");
   if (record.error) require(record.turnsEnded == 0, "a failed operation has no ended turn");
   if (record.endedPlainly() && !record.wasReleased) {
     require(record.turnsEnded == 1, "a plain end follows the end of the turn");
-    require(record.turnsStarted == 1, "a turn that ends has started");
   }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun.h"
+#include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignOracle.h"
 #include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignServer.h"
 #include "OrmelSDK/Concurrency/SimulatedScheduler.h"
 #include "Support/InMemoryServer.h"
@@ -37,11 +39,8 @@ struct OperationRecord {
   bool wasAbandoned = false;
   /// The run had been released when it ended.
   bool wasReleased = false;
-  /// The process that all events came from: the end of their stamps.
-  std::string process;
-  std::string turnID;
-  int turnsStarted = 0;
-  int itemsCompleted = 0;
+  /// In words.
+  std::vector<std::string> events;
   int turnsEnded = 0;
 
   bool endedPlainly() const { return isOver && wasStarted && !error; }
@@ -66,7 +65,7 @@ class CampaignObserver {
 };
 
 /// One run, its server and its clients under one seed. After each step it checks what a run promises at all times, and
-/// at the end what it promises to leave behind.
+/// at the end what it promises to leave behind; an oracle says what else must come of the schedule.
 class CampaignWorld {
  public:
   explicit CampaignWorld(std::uint64_t seed);
@@ -83,12 +82,21 @@ class CampaignWorld {
   ServerPlan& plan() noexcept { return behaviour.plan; }
   /// Makes the application's handlers and hooks take some steps; before `open`.
   void dawdle();
+  /// Takes that back.
+  void hurry();
+  /// A failure that begins so may end an operation at any time.
+  void allowFailure(std::string_view beginning) { allowedFailures_.push_back(beginning); }
+  bool mayFailWith(std::string_view text) const;
+  /// The executable is one that its assessment rejects.
+  void beUntrusted() noexcept { isUntrusted_ = true; }
+  bool isUntrusted() const noexcept { return isUntrusted_; }
   /// Makes the run, by the plan and the configuration as they are now.
   void open();
   /// Watches a run that somebody else owns; the clients of this world are not for it.
   void open(const std::shared_ptr<detail::AppServerTurnRun>& run);
 
-  // The clients' actions; each is a task on its own, on no strand.
+  // The clients' actions; each is a task on its own, on no strand. Those that join an operation may be meant for a
+  // certain one.
   OperationRecord& start(OperationKind kind, std::optional<std::uint64_t> preparedGeneration = std::nullopt);
   /// Reserves first, and starts then, with other work in between.
   OperationRecord& reserveAndStart(OperationKind kind);
@@ -110,6 +118,9 @@ class CampaignWorld {
 
   /// Two operations that follow each other are over after about so many steps.
   static constexpr std::uint64_t stepsOfInterest = 70;
+
+  /// Does it when so much time has passed.
+  void after(std::chrono::nanoseconds delay, std::function<void()> action);
 
   /// Does it before a step that is chosen at random, once the work at hand is done at the latest.
   void atAnyStep(std::function<void()> action, std::uint64_t within = stepsOfInterest);
@@ -144,14 +155,30 @@ class CampaignWorld {
 
   using Run = detail::AppServerTurnRun;
 
-  static Task<void> operate(CampaignWorld& world, OperationRecord& record, std::shared_ptr<Run> run,
+  using SharedRun = std::shared_ptr<Run>;
+
+  static Task<void> operate(CampaignWorld& world, OperationRecord& record, SharedRun run,
                             std::optional<std::uint64_t> preparedGeneration, bool reserves);
+  // These enter the strand first, so that the oracle knows when the run gets the call.
+  static Task<std::uint64_t> reserveOnStrand(CampaignWorld& world, OperationRecord& record, SharedRun run);
+  static Task<detail::StartedOperation> startOnStrand(CampaignWorld& world, OperationRecord& record, SharedRun run,
+                                                      std::optional<std::uint64_t> preparedGeneration);
+  using Expected = std::optional<std::uint64_t>;
+  /// The operation that a call is meant for: none in particular, one of the past, or the present or next one.
+  Expected anyExpectation();
+  static Task<void> steerOnStrand(CampaignWorld& world, CallRecord& record, SharedRun run, std::string text,
+                                  Expected expected);
+  static Task<void> submitOnStrand(CampaignWorld& world, CallRecord& record, SharedRun run, std::string itemID,
+                                   std::map<std::string, std::vector<std::string>> answers, Expected expected);
+  static Task<void> interruptOnStrand(CampaignWorld& world, CallRecord& record, SharedRun run, Expected expected);
+  static Task<void> releaseOnStrand(CampaignWorld& world, CallRecord& record, SharedRun run);
   static detail::OperationRequest requestOf(OperationKind kind);
   static Task<void> call(CampaignWorld& world, CallRecord& record, Task<void> task, bool isSteer);
+  CallRecord& newCall() { return *calls_.emplace_back(std::make_unique<CallRecord>()); }
+  CallRecord& launchCall(CallRecord& record, Task<void> task, bool isSteer = false);
   OperationRecord& startOperation(OperationKind kind, std::optional<std::uint64_t> preparedGeneration, bool reserves);
 
   void note(OperationRecord& record, const ThreadEvent& event);
-  void noteStamp(OperationRecord& record, std::string_view id);
   void noteWrite(InMemoryProcess& process, const std::string& line);
   void checkHandshake(const InMemoryProcess& process, std::string_view method);
   void checkAddress(const InMemoryProcess& process, const JSONValue& params, std::string_view method);
@@ -163,17 +190,22 @@ class CampaignWorld {
   void checkNothingIsLeft() const;
 
   CampaignObserver* observer_ = nullptr;
+  std::optional<CampaignOracle> oracle_;
   std::shared_ptr<Run> run_;
   std::weak_ptr<Run> weakRun_;
   std::vector<std::unique_ptr<OperationRecord>> operations_;
   std::vector<std::unique_ptr<CallRecord>> calls_;
   std::vector<PlannedAction> actions_;
+  std::vector<Timer> timers_;
   std::size_t tasksBegun_ = 0;
   std::size_t tasksEnded_ = 0;
   std::size_t steersUnderWay_ = 0;
   bool isReleased_ = false;
   bool isDropped_ = false;
   bool isDawdling_ = false;
+  bool isUntrusted_ = false;
+  std::vector<std::string_view> allowedFailures_;
+  int steersMade_ = 0;
   std::uint64_t highWaterMark_ = 0;
   std::uint64_t transportGeneration_ = 0;
   bool wasRunning_ = false;
