@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/wait.h>
 
 #include <chrono>
 #include <functional>
@@ -156,6 +157,7 @@ TEST(ReapedElsewhere, AFailureToStartIsNoChildOfTheApplications) {
   EXPECT_THROW(spawn(missing, {}), ProcessLaunchError);
   ::signal(SIGCHLD, before);
   EXPECT_EQ(childSignals, 0);
+  EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG | __WALL), -1) << "nor is anything left of it";
 }
 
 #endif
