@@ -49,7 +49,7 @@ std::string describe(const ThreadItem& item) {
       },
       [](const FileChangeItem& change) { return itemInWords("fileChange", change.id, pathsOf(change)); },
       [](const TodoListItem& list) { return itemInWords("todoList", list.id, stepsOf(list)); },
-      [](const ContextCompactionItem& item) { return itemInWords("contextCompaction", item.id, ""); },
+      [](const ContextCompactionItem& compaction) { return itemInWords("contextCompaction", compaction.id, ""); },
       [](const McpToolCallItem& call) {
         if (call.tool == "elicitation/request") return std::string();
         return itemInWords("mcpToolCall", call.id, call.progressMessage.value_or("") + "/" + statusOf(call));
