@@ -18,7 +18,7 @@ class ApprovalSubject {
 
   /// The program's own words.
   std::string title;
-  /// What is to be approved, in the words of who asks.
+  /// The subject of the approval, in the words of who asks.
   std::vector<Quote> matter;
   /// Where, why and so on.
   std::vector<Quote> circumstances;
@@ -27,7 +27,8 @@ class ApprovalSubject {
   bool mayBeAlways;
 };
 
-/// Yes, no or always; no unless it is said plainly. Whoever wants to see all of what is long says so first.
+/// Yes, no or always; no unless it is said plainly. A person who wants to see the whole of something long says so
+/// first.
 class ApprovalQuestion : public Question {
  public:
   ApprovalQuestion(ApprovalSubject subject, OneShotResolver<Verdict> verdict)

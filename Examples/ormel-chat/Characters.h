@@ -12,7 +12,7 @@ struct Character {
   bool isValid = true;
 };
 
-/// Of a text that is not empty.
+/// For a text that is not empty.
 Character firstCharacter(std::string_view text);
 
 /// Whether a reader would not see it for what it is: control characters, those that change the direction of writing,

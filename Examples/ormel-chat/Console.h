@@ -11,7 +11,7 @@ enum class Style { plain, dim, bold, green, yellow, red, cyan };
 /// one that changes its width, shows it rightly.
 class Console {
  public:
-  /// What begins each line that asks. Nothing that is written to a terminal can show it elsewhere.
+  /// The beginning of each line that asks. Nothing that is written to a terminal can show it elsewhere.
   static constexpr std::string_view margin = "\u258c ";
 
   /// Who reads it where it is no terminal: a program that is to get each text as it is, or people all the same.

@@ -21,8 +21,8 @@ struct VisiblePiece {
   bool isEscape = false;
 };
 
-/// Reads a text so that each of its characters is seen. What looks like an escape itself is escaped, so that different
-/// texts never look the same.
+/// Reads a text so that each of its characters is seen. Text that looks like an escape is escaped itself, so that
+/// different texts never look the same.
 class VisibleReader {
  public:
   explicit VisibleReader(std::string_view text) : rest_(text) {}

@@ -24,7 +24,7 @@ struct OperationEnded {
   std::exception_ptr failure;
 };
 
-/// What came of adding to the turn; `failure` is null if the server has taken it.
+/// The outcome of adding to the turn; `failure` is null if the server has taken it.
 struct SteerEnded {
   std::string text;
   std::exception_ptr failure;

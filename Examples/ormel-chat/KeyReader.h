@@ -6,12 +6,12 @@
 
 namespace ormel::chat {
 
-/// What a person does at the keyboard of a terminal that hands on every key.
+/// The doings of a person at the keyboard of a terminal that hands on every key.
 struct Key {
   enum class Kind { text, paste, enter, erase, eraseWord, eraseLine, endOfInput };
 
   Kind kind = Kind::text;
-  /// Of `text` whole characters; of `paste` all that was pasted, with plain line feeds.
+  /// Whole characters for `text`; all that was pasted for `paste`, with plain line feeds.
   std::string text = {};
 
   friend bool operator==(const Key&, const Key&) = default;

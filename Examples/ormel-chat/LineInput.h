@@ -35,7 +35,7 @@ class LineInput {
 
   /// The first line as it stands on the screen.
   std::string shownLine() const { return isHidden_ ? "" : lines_.front().shown; }
-  /// What was typed of the next line, as it stands on the screen.
+  /// The next line as far as it was typed, as it stands on the screen.
   std::string shownTyping() const { return isHidden_ ? "" : typed_.shown(); }
   bool hasTyping() const noexcept { return !typed_.isEmpty(); }
   void clearTyping() { typed_.clear(); }

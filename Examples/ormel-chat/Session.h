@@ -75,7 +75,7 @@ class Session {
   /// For a person to enter them again, or as the next prompts.
   void giveRefusedBack();
   void addQuestion(std::shared_ptr<Question> question);
-  /// What was typed before the question, and shown, is there again.
+  /// The text typed before the question, and shown, is there again.
   void endAsking();
   void withdrawQuestion(const std::shared_ptr<Question>& question);
   void noteQuestions(const ThreadEvent& event);

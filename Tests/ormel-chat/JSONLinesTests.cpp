@@ -29,7 +29,7 @@ std::vector<std::string> jsonLinesOf(const std::string& text) {
   return lines;
 }
 
-/// What is written to a file.
+/// The text written to a file.
 std::vector<std::string> written(const std::function<void(JSONLines&)>& write,
                                  JSONUpdates updates = JSONUpdates::deltas) {
   const std::unique_ptr<FILE, int (*)(FILE*)> file(::tmpfile(), ::fclose);

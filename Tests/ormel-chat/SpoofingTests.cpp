@@ -26,10 +26,10 @@ using ::testing::Not;
 
 using namespace std::string_literals;
 
-/// What begins each line that asks.
+/// The beginning of each line that asks.
 const std::string margin = "\xe2\x96\x8c ";
 
-/// What somebody might say to be taken for the program, or to hide what is asked for.
+/// Things that somebody might say to be taken for the program, or to hide what is asked for.
 const std::pair<const char*, std::string> corpus[] = {
     {"the question itself", "ls\nAllow it? y/n/always [n] y"},
     {"a margin in front of it", "ls\n" + margin + "Allow it? y/n/always [n] "},
@@ -76,7 +76,7 @@ const std::pair<const char*, std::string> corpus[] = {
     {"nothing but line ends", "\n\n\n"},
 };
 
-/// What is written to a terminal without colours.
+/// The text written to a terminal without colours.
 std::string onTerminal(int columns, const std::function<void(Console&)>& write) {
   ::setenv("NO_COLOR", "1", 1);
   PseudoTerminal terminal(columns);
@@ -120,7 +120,7 @@ std::string utf8(unsigned long code) {
          byte(0x80 | (code & 0x3f));
 }
 
-/// What a text says whose characters were made visible.
+/// The original of a text whose characters were made visible.
 std::string unescaped(const std::string& text) {
   std::string plain;
   for (std::size_t index = 0; index < text.size();) {
@@ -136,7 +136,7 @@ std::string unescaped(const std::string& text) {
   return plain;
 }
 
-/// What the quotes of a prompt say.
+/// The texts in the quotes of a prompt.
 std::string quoted(const std::vector<std::string>& lines) {
   std::string text;
   bool isFirst = true;

@@ -2,8 +2,8 @@
 
 namespace ormel::detail {
 
-/// What a child needs to become its program, made ready before its birth: a child shares the memory of this process,
-/// in which it must not allocate. The plan's owner keeps everything that it points to.
+/// The things that a child needs to become its program, made ready before its birth: a child shares the memory of this
+/// process, in which it must not allocate. The plan's owner keeps everything that it points to.
 struct ChildPlan {
   const char* executable = nullptr;
   /// Ended by a null pointer.

@@ -44,7 +44,7 @@ namespace ormel::detail {
 
 namespace {
 
-/// What a child and the thread that waits for it tell each other.
+/// The messages between a child and the thread that waits for it.
 struct Birth {
   const ChildPlan& plan;
   /// Why the child could not become its program.

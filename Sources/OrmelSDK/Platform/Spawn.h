@@ -24,7 +24,7 @@ enum class EndNotice {
   waiterThread,
 };
 
-/// A child that has just been started. Whoever gets it must reap it.
+/// A child that has just been started. Its owner must reap it.
 struct SpawnedChild {
   pid_t pid = 0;
   /// Refers to this child from its birth on, so that its end is known whoever reaps it; see `Pidfd.h`. Not open where

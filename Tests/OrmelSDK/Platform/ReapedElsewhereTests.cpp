@@ -36,7 +36,7 @@ using testing::ReapingThread;
 using testing::RecordedChild;
 using testing::shell;
 
-/// What an application may do to the children of its libraries.
+/// The things that an application may do to the children of its libraries.
 struct Disturbance {
   const char* name;
   std::function<std::shared_ptr<void>()> begin;

@@ -24,7 +24,7 @@ struct TrustCommandWaits {
   std::chrono::milliseconds output{1000};
 };
 
-/// What came of a command of the trust check.
+/// The outcome of a command of the trust check.
 struct TrustCommandOutcome {
   /// The exit status, or the number of the signal that ended the command. Absent if another part of this process has
   /// reaped the command, and the system does not tell the status to anyone else.

@@ -16,7 +16,7 @@ class RunProblems {
  public:
   using Handler = std::function<void(const OrmelProblem&)>;
 
-  /// The handler is called on `scheduler`. What it throws is dropped.
+  /// The handler is called on `scheduler`. An exception of it is dropped.
   RunProblems(const Handler& handler, Scheduler& scheduler) : handler_(handler), scheduler_(scheduler) {}
 
   /// A handler failed; that it was cancelled, as its request was over, is no failure.

@@ -198,7 +198,7 @@ TEST_F(SystemTrustCommand, SaysThatItsStatusIsUnknownWhereTheSystemDoesNotTell) 
 }
 #endif
 
-/// What each tool comes to, and what is made of it.
+/// The result of each tool, and what is made of it.
 struct OutcomeCase {
   TrustCommandOutcome verified;
   TrustCommandOutcome displayed;

@@ -9,7 +9,7 @@
 #include "Support/Eventually.h"
 #include "Support/Secret.h"
 
-// What becomes of the API key of a sign-in.
+// The fate of the API key of a sign-in.
 namespace {
 
 using namespace ormel;
@@ -19,7 +19,7 @@ using Login = std::function<Task<AccountLoginResponse>(const std::string& key)>;
 
 /// The end of a sign-in.
 struct LoginRow {
-  /// What the server does after the handshake.
+  /// The doings of the server after the handshake.
   const char* scenario;
   std::size_t keyLength;
   bool isCancelled;

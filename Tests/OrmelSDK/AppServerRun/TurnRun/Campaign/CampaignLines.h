@@ -20,9 +20,9 @@ struct LineIDs {
   std::string foreignTurnID;
 };
 
-/// What else a server says in the course of a turn: items and how they grow, plans, tokens, notices, and lines that
-/// mean nothing; about this turn, about others, in either spelling, or about none in particular. Each line may come at
-/// any time.
+/// Other things that a server says in the course of a turn: items and how they grow, plans, tokens, notices, and lines
+/// that mean nothing; about this turn, about others, in either spelling, or about none in particular. Each line may
+/// come at any time.
 std::vector<JSONValue> wordsOfTurn(SimulatedScheduler& scheduler, const LineIDs& ids);
 
 /// Starts and ends that are not those of the turn, though they look like them: with the right turn and a wrong thread,

@@ -164,7 +164,7 @@ void CampaignOracle::end(End with) {
   if (isFailure) dropProcess();
 }
 
-/// What becomes of a start that is under way when its operation ends.
+/// The end of a start that is under way when its operation ends.
 void CampaignOracle::noteStartAtEnd(Operation& operation, const End& with) {
   switch (operation.phase) {
     case Phase::reserved:
@@ -328,7 +328,7 @@ void CampaignOracle::hooked(const std::string& method, std::uint64_t operationGe
   waiterSince_.reset();
 }
 
-// What the clients see in the end.
+// The outcomes that the clients see.
 
 void CampaignOracle::ended(const OperationRecord& record) {
   meetMoment();
@@ -529,7 +529,7 @@ void CampaignOracle::leaveThread() {
   completions_.clear();
 }
 
-// What happened in a step.
+// The events of a step.
 
 void CampaignOracle::stepped(const detail::AppServerTurnRun* run) {
   if (isOver_) return;
@@ -588,7 +588,7 @@ void CampaignOracle::adopt() {
   setTurn(turn ? textOf(*turn, "id") : "");
 }
 
-// What ended an operation, if no line did.
+// The cause that ended an operation, if no line did.
 
 void CampaignOracle::explainEnd(const detail::AppServerTurnRun& run) {
   End actual;

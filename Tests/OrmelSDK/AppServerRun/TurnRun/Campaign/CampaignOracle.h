@@ -23,7 +23,7 @@ struct OperationRecord;
 /// Says what must come of a schedule: how each operation and each call ends, when in virtual time, and with which
 /// events. It is a second run, written from the rules alone, which is told what reaches the first one: the clients'
 /// calls as they enter the strand, the lines that the server sent as they are taken, the ends of processes, and time.
-/// Of the run it asks only when something happened, never what: how many lines it has taken, and that a waiter whose
+/// It asks the run only when something happened, never what: how many lines it has taken, and that a waiter whose
 /// answer is there has gone on.
 ///
 /// Whenever time moves on, nothing may be left that was due: no line, no waiter, no timer, no end.
@@ -49,7 +49,7 @@ class CampaignOracle {
   void toldThread(const std::string& threadID);
   void hooked(const std::string& method, std::uint64_t operationGeneration);
 
-  // What the clients see in the end.
+  // The outcomes that the clients see.
   void ended(const OperationRecord& record);
   void ended(const CallRecord& record);
 
@@ -193,7 +193,7 @@ class CampaignOracle {
   void failByLine(const std::string& text);
   void armProbe();
 
-  // What happened between two lines.
+  // The events between two lines.
   bool isToBeTold() const;
   std::string namedThread() const;
   bool canAdopt() const;
@@ -258,7 +258,7 @@ class CampaignOracle {
   std::optional<std::uint64_t> graceAt_;
   std::optional<Probe> probe_;
 
-  /// What the run has to write within the present step.
+  /// The lines that the run has to write within the present step.
   std::multiset<std::string> writesDue_;
   const CallRecord* joining_ = nullptr;
   std::string joiningText_;

@@ -15,7 +15,8 @@ struct CampaignScenario {
   std::function<void(CampaignWorld&)> play;
 };
 
-/// What may be in the air around any conversation, and changes nothing in how it goes; before `CampaignWorld::open`.
+/// Traffic that may be in the air around any conversation, and changes nothing in how it goes; before
+/// `CampaignWorld::open`.
 void addTraffic(CampaignWorld& world);
 
 const std::vector<CampaignScenario>& campaignScenarios();
