@@ -1,7 +1,7 @@
 # Compiles the sources of a target a few at a time: what they instantiate alike is then instantiated once. Worth it where
 # everything is built from nothing; where one file changes at a time it is not, so a developer's preset leaves it off.
 set(ORMEL_COMPILE_TOGETHER OFF CACHE STRING
-  "Compile sources of one folder together: ON, OFF, or TESTS for those of tests; names must be unique in a folder then")
+  "Compile sources of one folder together, whose names must be unique then: ON, OFF, or NOT_SOURCES (not below Sources)")
 
 # ormel_compile_together(<target> AT_ONCE <number> [SOURCES <source>...])     without SOURCES: all of them
 function(ormel_compile_together target)
@@ -9,8 +9,8 @@ function(ormel_compile_together target)
   if(NOT ORMEL_COMPILE_TOGETHER)
     return()
   endif()
-  string(FIND "${CMAKE_CURRENT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/Tests" tests_at)
-  if(ORMEL_COMPILE_TOGETHER STREQUAL "TESTS" AND NOT tests_at EQUAL 0)
+  string(FIND "${CMAKE_CURRENT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/Sources" sources_at)
+  if(ORMEL_COMPILE_TOGETHER STREQUAL "NOT_SOURCES" AND sources_at EQUAL 0)
     return()
   endif()
   if(NOT arg_SOURCES)
