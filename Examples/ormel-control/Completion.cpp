@@ -196,16 +196,18 @@ std::string fishScript(const Places& places) {
                      "end\n" +
                      complete + " -f\n" + complete + " -n '__ormel_control_is_at files' -F\n";
   for (const Place& place : places.all) {
-    const std::string isHere = "__ormel_control_is_at \"" + place.path + "\"";
+    std::string isHere = "__ormel_control_is_at \"";
+    isHere.append(place.path).append("\"");
     const auto offer = [&](const std::vector<Word>& words, const std::string& condition) {
       for (const Word& word : words) {
-        text += complete + " -n '" + condition + "' -a " + quoted(word.text) + " -d " + quoted(word.description) + "\n";
+        text.append(complete).append(" -n '").append(condition).append("' -a ").append(quoted(word.text));
+        text.append(" -d ").append(quoted(word.description)).append("\n");
       }
     };
     offer(place.commands, isHere);
     offer(place.values, isHere);
     offer(place.options, place.takesFiles ? isHere + "; and string match -q -- \"-*\" (commandline -ct)" : isHere);
-    if (place.takesFiles) text += complete + " -n '" + isHere + "' -F\n";
+    if (place.takesFiles) text.append(complete).append(" -n '").append(isHere).append("' -F\n");
   }
   return text;
 }

@@ -7,6 +7,7 @@
 #include <asio/post.hpp>
 
 #include "OrmelSDK/Concurrency/ExecutionState.h"
+#include "OrmelSDK/Platform/SignalMask.h"
 #include "OrmelSDK/Platform/WatchedDescriptor.h"
 
 namespace ormel::detail {
@@ -82,6 +83,8 @@ DescriptorWriter::Progress DescriptorWriter::writeOnceLocked() {
   if (count < 0) {
     if (errno == EINTR) return Progress::someWritten;
     if (errno == EAGAIN) return Progress::pipeFull;
+    // The signal of a dead peer waits in this thread, whose next piece may be code of the application.
+    if (errno == EPIPE) discardPendingPipeSignal();
     closeLocked();
     return Progress::closed;
   }

@@ -21,6 +21,16 @@ inline sigset_t currentSignalMask() noexcept {
   return mask;
 }
 
+/// Takes a SIGPIPE that waits in the calling thread, which blocks it.
+inline void discardPendingPipeSignal() noexcept {
+  sigset_t pending;
+  sigset_t ofPipes;
+  int taken = 0;
+  sigemptyset(&ofPipes);
+  sigaddset(&ofPipes, SIGPIPE);
+  if (::sigpending(&pending) == 0 && sigismember(&pending, SIGPIPE) == 1) ::sigwait(&ofPipes, &taken);
+}
+
 /// Gives the calling thread, and the threads that it starts meanwhile, a signal mask until this object is destroyed.
 class SignalMask {
  public:

@@ -2,6 +2,8 @@
 
 #include <signal.h>
 
+#include <new>
+
 #include "OrmelSDK/Platform/DescriptorReader.h"
 #include "OrmelSDK/Platform/DescriptorWriter.h"
 #include "OrmelSDK/Platform/IORuntime.h"
@@ -59,9 +61,11 @@ class SystemChildProcess final : public ChildProcess {
   /// Leaves the child to the process that started it. Closing its descriptors here would unregister them there: a
   /// forked process shares the system's side of the I/O context.
   void leaveToParent() noexcept {
-    for (auto* reader : {&output_, &errorOutput_}) new std::shared_ptr<DescriptorReader>(std::move(*reader));
-    new std::shared_ptr<DescriptorWriter>(std::move(input_));
-    new std::shared_ptr<TerminationWatch>(std::move(watch_));
+    for (auto* reader : {&output_, &errorOutput_}) {
+      new (std::nothrow) std::shared_ptr<DescriptorReader>(std::move(*reader));
+    }
+    new (std::nothrow) std::shared_ptr<DescriptorWriter>(std::move(input_));
+    new (std::nothrow) std::shared_ptr<TerminationWatch>(std::move(watch_));
   }
 
   std::shared_ptr<DescriptorWriter> input_;

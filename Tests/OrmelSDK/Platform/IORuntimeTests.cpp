@@ -13,6 +13,8 @@
 #include <vector>
 
 #include "OrmelSDK/Concurrency/Scheduler.h"
+#include "OrmelSDK/Platform/DescriptorWriter.h"
+#include "OrmelSDK/Platform/FileDescriptor.h"
 #include "OrmelSDK/Platform/SystemProcessLauncher.h"
 #include "Support/Eventually.h"
 #include "Support/RecordedChild.h"
@@ -80,6 +82,31 @@ TEST(IORuntime, HasAllSignalsBlockedInItsThreadsSaveTheThreadsOwnFaultsAndNoneIn
                                                                                        SIGTRAP, SIGSYS, SIGABRT)));
   EXPECT_THAT(before, ::testing::IsSupersetOf({SIGPIPE, SIGINT, SIGTERM, SIGCHLD, SIGUSR1, SIGSEGV}));
   EXPECT_EQ(testing::unblockedSignals(), before);
+}
+
+/// Runs code of the application on two threads of the pool at once.
+void lendTwoThreads() {
+  std::latch both(2);
+  std::latch ended(2);
+  for (int lent = 0; lent < 2; ++lent) {
+    productionScheduler().post([&both, &ended] {
+      both.arrive_and_wait();
+      ended.count_down();
+    });
+  }
+  ended.wait();
+}
+
+TEST(IORuntime, LeavesNoSignalOfADeadPipeToTheApplication) {
+  IORuntime::shared().start();
+  for (int round = 0; round < 20; ++round) {
+    Pipe pipe = makePipe();
+    pipe.readEnd.close();
+    const auto writer = std::make_shared<DescriptorWriter>(IORuntime::shared().context(), std::move(pipe.writeEnd));
+    writer->write("nobody reads this");
+    ASSERT_TRUE(eventually([&] { return !writer->isOpen(); }));
+    lendTwoThreads();
+  }
 }
 
 TEST_F(IORuntimeDeathTest, MayBeUsedUntilTheVeryEndOfTheProcess) {
