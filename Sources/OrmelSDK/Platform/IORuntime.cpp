@@ -28,6 +28,8 @@ namespace {
 constexpr int usualThreads = 2;
 /// How long a thread beyond these stays idle before it ends.
 constexpr std::chrono::seconds idleTime(5);
+/// How long the end of the process waits for threads that the application holds.
+constexpr std::chrono::milliseconds timeToComeBack(100);
 /// How soon code of the application is tried again for which no thread could be had.
 constexpr std::chrono::milliseconds timeToNextTry(20);
 
@@ -150,6 +152,7 @@ bool IORuntime::lendThread(WorkItem& item) noexcept {
       return false;
     }
   }
+  ++lent_;
   executionState().isPoolThread = false;
   pthread_sigmask(SIG_SETMASK, &applicationMask_, nullptr);
   return true;
@@ -159,6 +162,7 @@ void IORuntime::takeThreadBack() noexcept {
   static const sigset_t blocked = asynchronousSignals();
   pthread_sigmask(SIG_SETMASK, &blocked, nullptr);
   executionState().isPoolThread = true;
+  --lent_;
   if (isEnding_) stayAway();
   const int nowAvailable = available_.fetch_add(1) + 1;
   if (hasKeptItems_.load(std::memory_order_acquire)) postKeptItems();
@@ -216,9 +220,11 @@ void IORuntime::endThreads() noexcept {
   RunningChildren::shared().terminate();
   isEnding_ = true;
   context_->stop();
-  const int own = executionState().isPoolThread ? 1 : 0;
+  const bool onPoolThread = executionState().isPoolThread;
+  const bool onLentThread = !onPoolThread && executionState().scheduler != nullptr;
   std::unique_lock lock(endMutex_);
-  threadLeft_.wait(lock, [&] { return available_ <= own; });
+  threadLeft_.wait(lock, [&] { return available_ <= (onPoolThread ? 1 : 0); });
+  threadLeft_.wait_for(lock, timeToComeBack, [&] { return lent_ <= (onLentThread ? 1 : 0); });
 }
 
 }  // namespace ormel::detail

@@ -24,9 +24,10 @@ namespace ormel::detail {
 /// there and never a SIGPIPE, and handlers of the application's signals never run on them. Code of the application runs
 /// with the signal mask of the thread that started the pool.
 ///
-/// When the process ends, the threads that serve the I/O are stopped; those that the application holds are left alone.
-/// Work posted later is accepted but never runs. A thread of the pool may end the process. In a forked child of a
-/// process that has started the pool, nothing can be started or posted.
+/// When the process ends, the threads that serve the I/O are stopped; those that the application holds get a moment to
+/// come back, before static objects that they may still use go, and are left alone then. Work posted later is accepted
+/// but never runs. A thread of the pool may end the process. In a forked child of a process that has started the pool,
+/// nothing can be started or posted.
 ///
 /// *Thread safety*: all members may be called from any thread.
 ///
@@ -93,6 +94,7 @@ class IORuntime {
   std::atomic<int> available_{0};
   /// The fewest that there were since idle threads were last looked for.
   std::atomic<int> fewestAvailable_{0};
+  std::atomic<int> lent_{0};
   std::mutex endMutex_;
   std::condition_variable threadLeft_;
 
