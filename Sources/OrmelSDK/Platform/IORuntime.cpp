@@ -140,19 +140,24 @@ void IORuntime::serve() noexcept {
 }
 
 bool IORuntime::lendThread(WorkItem& item) noexcept {
+  // Before it is counted out, so that the end of the process finds it in one of the two.
+  ++lent_;
   const int left = available_.fetch_sub(1) - 1;
-  if (isEnding_) stayAway();
+  if (isEnding_) {
+    --lent_;
+    stayAway();
+  }
   if (left < fewestAvailable_.load(std::memory_order_relaxed)) fewestAvailable_.store(left, std::memory_order_relaxed);
   if (left == 0) {
     try {
       startThread();
     } catch (...) {
       ++available_;
+      --lent_;
       postAgainLater(item);
       return false;
     }
   }
-  ++lent_;
   executionState().isPoolThread = false;
   pthread_sigmask(SIG_SETMASK, &applicationMask_, nullptr);
   return true;
