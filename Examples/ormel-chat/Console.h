@@ -14,7 +14,7 @@ class Console {
   /// The beginning of each line that asks. Nothing that is written to a terminal can show it elsewhere.
   static constexpr std::string_view margin = "\u258c ";
 
-  /// Who reads it where it is no terminal: a program that is to get each text as it is, or people all the same.
+  /// The reader of an output that is no terminal: a program that is to get each text as it is, or people all the same.
   enum class Readers { programs, people };
 
   /// Colours only a terminal that has some, and only if NO_COLOR is not set.

@@ -10,7 +10,7 @@ namespace ormel::chat {
 
 namespace {
 
-/// Who has pressed no key for so long does not mind being interrupted by output.
+/// A person who has pressed no key for so long does not mind being interrupted by output.
 constexpr std::chrono::milliseconds longestPause{2000};
 
 }  // namespace

@@ -7,7 +7,7 @@ namespace ormel::chat {
 /// Notes the signals by which a user ends things, and wakes the loop. One object at a time.
 class Signals {
  public:
-  /// Who does not take suspensions is stopped by Ctrl-Z as usual.
+  /// A program that does not take suspensions is stopped by Ctrl-Z as usual.
   explicit Signals(const WakePipe& wakePipe, bool takesSuspensions = false);
   Signals(const Signals&) = delete;
   Signals& operator=(const Signals&) = delete;

@@ -102,7 +102,7 @@ std::set<std::string> offeredByFish(const CompletionScript& script, const std::s
 }
 #endif
 
-/// Those that are installed; bash always is.
+/// The installed shells; bash is always one of them.
 const Shell shells[] = {
     {"bash", "/bin/bash", {"--norc", "-n"}, offeredByBash},
 #ifdef ORMEL_ZSH

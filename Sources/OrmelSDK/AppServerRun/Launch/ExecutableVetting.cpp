@@ -20,7 +20,7 @@ void requireTrust(const std::string& path, const Assess& assess) {
   } catch (const std::exception& failure) {
     answer = Assessment::rejected(failure.what());
   } catch (...) {
-    // Whatever it was, nobody has vouched for the executable.
+    // An assessment that failed has not vouched for the executable.
   }
   if (!answer.isTrusted()) throw OrmelProcessError::untrustedExecutable(path, answer.reason());
 }
