@@ -130,13 +130,30 @@ void IORuntime::startThread() {
 
 void IORuntime::serve() noexcept {
   executionState().isPoolThread = true;
-  try {
-    context_->run();
-  } catch (const Retirement&) {
+  for (;;) {
+    try {
+      context_->run();
+      break;
+    } catch (const Retirement&) {
+      if (mayRetire()) return;
+    }
   }
   const std::lock_guard lock(endMutex_);
   --available_;
   threadLeft_.notify_all();
+}
+
+bool IORuntime::mayRetire() noexcept {
+  int now = available_;
+  while (now > usualThreads) {
+    if (available_.compare_exchange_weak(now, now - 1)) {
+      const std::lock_guard lock(endMutex_);
+      threadLeft_.notify_all();
+      return true;
+    }
+  }
+  // Others have been lent since it was idle.
+  return false;
 }
 
 bool IORuntime::lendThread(WorkItem& item) noexcept {

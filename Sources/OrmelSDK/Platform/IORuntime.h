@@ -73,6 +73,8 @@ class IORuntime {
   void makeContext();
   void startThread();
   void serve() noexcept;
+  /// Counts the calling thread out, if enough others serve the I/O.
+  bool mayRetire() noexcept;
   void endThreads() noexcept;
   [[noreturn]] void stayAway() noexcept;
 
