@@ -4,8 +4,9 @@
 
 namespace ormel::detail {
 
-/// The calls of the system that a start makes, and that can find no room.
-enum class SystemCall { startThread, makeContext, makePipe, duplicate, watch, spawn, openPidfd };
+/// The calls of the system that a start makes, and that can find no room; and the one that may not know yet how a child
+/// ended.
+enum class SystemCall { startThread, makeContext, makePipe, duplicate, watch, spawn, openPidfd, rememberEnd };
 
 /// Asked before each such call: gives the `errno` that the call is to fail with, or 0.
 using FailureInjector = int (*)(SystemCall call);

@@ -1,9 +1,11 @@
+#include <errno.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -12,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "OrmelSDK/Platform/FailureInjection.h"
 #include "OrmelSDK/Platform/ProcessHandle.h"
 #include "OrmelSDK/Platform/ProcessLaunchError.h"
 #include "OrmelSDK/Platform/Spawn.h"
@@ -143,6 +146,24 @@ TEST(ReapedElsewhere, FailuresToStartAreToldAllTheSame) {
 }
 
 #if defined(__linux__)
+
+namespace {
+
+std::atomic<int> refusalsLeft = 0;
+
+}  // namespace
+
+TEST(ReapedElsewhere, AnEndThatTheSystemIsSlowToRememberIsAwaited) {
+  if (!endsAreTold()) GTEST_SKIP() << "this system remembers no end";
+  const IgnoredChildren inForce;
+  refusalsLeft = 2000;
+  failureInjector = [](SystemCall call) { return call == SystemCall::rememberEnd && refusalsLeft-- > 0 ? EAGAIN : 0; };
+  ProcessHandle process(spawn(shell("exit 7"), {}));
+  const auto told = awaitEnd(process);
+  failureInjector = nullptr;
+  EXPECT_EQ(told, (Termination{TerminationReason::exit, 7}));
+  EXPECT_LT(refusalsLeft, 0) << "the system was asked";
+}
 
 namespace {
 
