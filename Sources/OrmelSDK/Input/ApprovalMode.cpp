@@ -83,4 +83,5 @@ JSONValue encodeApprovalMode(const ApprovalMode& mode) {
 
 ORMEL_DEFINE_WORDS(ApprovalMode::Policy)
 ORMEL_DEFINE_RECORD(GranularApprovalMode)
+ORMEL_DEFINE_EQUALITY(ApprovalMode)
 ORMEL_DEFINE_CODEC_BY(ApprovalMode, decodeApprovalMode, encodeApprovalMode)

@@ -36,4 +36,9 @@ JSONValue encodeReviewTarget(const ReviewTarget& target) {
 }  // namespace ormel::coding
 
 ORMEL_DEFINE_ENUMERATION(ReviewDelivery)
+ORMEL_DEFINE_EQUALITY(ReviewUncommittedChanges)
+ORMEL_DEFINE_EQUALITY(ReviewBaseBranch)
+ORMEL_DEFINE_EQUALITY(ReviewCommit)
+ORMEL_DEFINE_EQUALITY(ReviewCustom)
+ORMEL_DEFINE_EQUALITY(ReviewTarget)
 ORMEL_DEFINE_PRINTED_BY(ReviewTarget, encodeReviewTarget)

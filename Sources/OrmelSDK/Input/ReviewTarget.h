@@ -23,7 +23,7 @@ std::ostream& operator<<(std::ostream& stream, const ReviewDelivery& value);
 /// The changes against another branch.
 struct ReviewBaseBranch {
   std::string branch;
-  friend bool operator==(const ReviewBaseBranch&, const ReviewBaseBranch&) = default;
+  friend bool operator==(const ReviewBaseBranch&, const ReviewBaseBranch&);
 };
 
 /// The changes of one commit.
@@ -31,18 +31,18 @@ struct ReviewCommit {
   std::string sha;
   /// The first line of its message, if known.
   std::optional<std::string> title;
-  friend bool operator==(const ReviewCommit&, const ReviewCommit&) = default;
+  friend bool operator==(const ReviewCommit&, const ReviewCommit&);
 };
 
 /// Anything that the instructions name.
 struct ReviewCustom {
   std::string instructions;
-  friend bool operator==(const ReviewCustom&, const ReviewCustom&) = default;
+  friend bool operator==(const ReviewCustom&, const ReviewCustom&);
 };
 
 /// The changes in the working directory that are not committed.
 struct ReviewUncommittedChanges {
-  friend bool operator==(const ReviewUncommittedChanges&, const ReviewUncommittedChanges&) = default;
+  friend bool operator==(const ReviewUncommittedChanges&, const ReviewUncommittedChanges&);
 };
 
 /// The subject of a review. Use `visit` to tell the cases apart. It is only sent, and its cases have no JSON form.
@@ -62,7 +62,7 @@ struct ReviewTarget {
   }
   static ReviewTarget custom(std::string instructions) { return ReviewCustom{std::move(instructions)}; }
 
-  friend bool operator==(const ReviewTarget&, const ReviewTarget&) = default;
+  friend bool operator==(const ReviewTarget&, const ReviewTarget&);
   friend std::ostream& operator<<(std::ostream& stream, const ReviewTarget& value);
 };
 

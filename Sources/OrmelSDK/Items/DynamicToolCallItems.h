@@ -21,13 +21,13 @@ std::ostream& operator<<(std::ostream& stream, const DynamicToolCallStatus& valu
 /// Text for the model.
 struct DynamicToolCallOutputText {
   std::string text;
-  friend bool operator==(const DynamicToolCallOutputText&, const DynamicToolCallOutputText&) = default;
+  friend bool operator==(const DynamicToolCallOutputText&, const DynamicToolCallOutputText&);
 };
 
 /// An image for the model, at a URL.
 struct DynamicToolCallOutputImage {
   std::string imageURL;
-  friend bool operator==(const DynamicToolCallOutputImage&, const DynamicToolCallOutputImage&) = default;
+  friend bool operator==(const DynamicToolCallOutputImage&, const DynamicToolCallOutputImage&);
 };
 
 /// One part of the result of a tool. Use `visit` to tell the cases apart. The cases have no JSON form of their own.
@@ -45,7 +45,7 @@ struct DynamicToolCallOutputContentItem {
     return DynamicToolCallOutputImage{std::move(imageURL)};
   }
 
-  friend bool operator==(const DynamicToolCallOutputContentItem&, const DynamicToolCallOutputContentItem&) = default;
+  friend bool operator==(const DynamicToolCallOutputContentItem&, const DynamicToolCallOutputContentItem&);
   friend std::ostream& operator<<(std::ostream& stream, const DynamicToolCallOutputContentItem& value);
 };
 
@@ -59,7 +59,7 @@ struct DynamicToolCallItem {
   std::optional<std::vector<DynamicToolCallOutputContentItem>> contentItems;
   std::optional<std::int64_t> durationMilliseconds;
   std::optional<bool> success;
-  friend bool operator==(const DynamicToolCallItem&, const DynamicToolCallItem&) = default;
+  friend bool operator==(const DynamicToolCallItem&, const DynamicToolCallItem&);
   friend std::ostream& operator<<(std::ostream& stream, const DynamicToolCallItem& value);
 };
 
