@@ -225,9 +225,12 @@ JSONValue encode(const Type& value) {
 /// own.
 #define ORMEL_DEFINE_CASE(Record) ORMEL_DEFINE_CASE_BY(Record, decodeFromTable)
 
-#define ORMEL_DEFINE_CASE_BY(Record, reading)                                           \
+#define ORMEL_DEFINE_CASE_BY(Record, reading) \
+  ORMEL_DEFINE_EQUALITY(Record)               \
+  ORMEL_DEFINE_TABLE_CODING(Record, reading)
+
+#define ORMEL_DEFINE_TABLE_CODING(Record, reading)                                      \
   ORMEL_CHECK_TABLE(Record, RecordTable)                                                \
-  ORMEL_DEFINE_EQUALITY(Record)                                                         \
   static_assert(ormel::coding::canBeRead<ormel::coding::RecordTable<ormel::Record>>(),  \
                 #Record " has a field that is only printed");                           \
   namespace ormel::coding {                                                             \
@@ -239,6 +242,11 @@ JSONValue encode(const Type& value) {
 /// Defines the codec of a record from its table, and its comparison.
 #define ORMEL_DEFINE_RECORD(Record)             \
   ORMEL_DEFINE_CASE_BY(Record, decodeFromTable) \
+  ORMEL_DEFINE_PUBLIC_CODING(Record)
+
+/// The same for a record that can be a constant expression: its header says how it is compared.
+#define ORMEL_DEFINE_CONSTANT_RECORD(Record)         \
+  ORMEL_DEFINE_TABLE_CODING(Record, decodeFromTable) \
   ORMEL_DEFINE_PUBLIC_CODING(Record)
 
 /// The same for a record that streams in: faster to read, slower to compile.

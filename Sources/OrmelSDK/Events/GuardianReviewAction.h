@@ -102,15 +102,22 @@ struct GuardianApprovalReviewAction {
                GuardianRequestPermissionsReviewAction, GuardianWriteStdinReviewAction, GuardianUnknownReviewAction>
       value;
 
-  GuardianApprovalReviewAction() = default;
-  GuardianApprovalReviewAction(GuardianCommandReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianExecveReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianApplyPatchReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianNetworkAccessReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianMcpToolCallReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianRequestPermissionsReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianWriteStdinReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianUnknownReviewAction action) : value(std::move(action)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  GuardianApprovalReviewAction();
+  GuardianApprovalReviewAction(const GuardianApprovalReviewAction& other);
+  GuardianApprovalReviewAction(GuardianApprovalReviewAction&& other) noexcept;
+  GuardianApprovalReviewAction& operator=(const GuardianApprovalReviewAction& other);
+  GuardianApprovalReviewAction& operator=(GuardianApprovalReviewAction&& other) noexcept;
+  ~GuardianApprovalReviewAction();
+
+  GuardianApprovalReviewAction(GuardianCommandReviewAction action);
+  GuardianApprovalReviewAction(GuardianExecveReviewAction action);
+  GuardianApprovalReviewAction(GuardianApplyPatchReviewAction action);
+  GuardianApprovalReviewAction(GuardianNetworkAccessReviewAction action);
+  GuardianApprovalReviewAction(GuardianMcpToolCallReviewAction action);
+  GuardianApprovalReviewAction(GuardianRequestPermissionsReviewAction action);
+  GuardianApprovalReviewAction(GuardianWriteStdinReviewAction action);
+  GuardianApprovalReviewAction(GuardianUnknownReviewAction action);
 
   friend bool operator==(const GuardianApprovalReviewAction&, const GuardianApprovalReviewAction&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianApprovalReviewAction& value);

@@ -48,23 +48,24 @@ struct McpServerURLElicitation {
 struct McpServerElicitationMode {
   std::variant<McpServerFormElicitation, McpServerVelnorFormElicitation, McpServerURLElicitation> value;
 
-  McpServerElicitationMode() = default;
-  McpServerElicitationMode(McpServerFormElicitation mode) : value(std::move(mode)) {}
-  McpServerElicitationMode(McpServerVelnorFormElicitation mode) : value(std::move(mode)) {}
-  McpServerElicitationMode(McpServerURLElicitation mode) : value(std::move(mode)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  McpServerElicitationMode();
+  McpServerElicitationMode(const McpServerElicitationMode& other);
+  McpServerElicitationMode(McpServerElicitationMode&& other) noexcept;
+  McpServerElicitationMode& operator=(const McpServerElicitationMode& other);
+  McpServerElicitationMode& operator=(McpServerElicitationMode&& other) noexcept;
+  ~McpServerElicitationMode();
+
+  McpServerElicitationMode(McpServerFormElicitation mode);
+  McpServerElicitationMode(McpServerVelnorFormElicitation mode);
+  McpServerElicitationMode(McpServerURLElicitation mode);
 
   static McpServerElicitationMode form(std::string message, JSONValue requestedSchema,
-                                       std::optional<JSONValue> metadata = std::nullopt) {
-    return McpServerFormElicitation{{std::move(message), std::move(requestedSchema), std::move(metadata)}};
-  }
+                                       std::optional<JSONValue> metadata = std::nullopt);
   static McpServerElicitationMode velnorForm(std::string message, JSONValue requestedSchema,
-                                             std::optional<JSONValue> metadata = std::nullopt) {
-    return McpServerVelnorFormElicitation{{std::move(message), std::move(requestedSchema), std::move(metadata)}};
-  }
+                                             std::optional<JSONValue> metadata = std::nullopt);
   static McpServerElicitationMode url(std::string message, std::string url, std::string elicitationID,
-                                      std::optional<JSONValue> metadata = std::nullopt) {
-    return McpServerURLElicitation{std::move(message), std::move(url), std::move(elicitationID), std::move(metadata)};
-  }
+                                      std::optional<JSONValue> metadata = std::nullopt);
 
   friend bool operator==(const McpServerElicitationMode&, const McpServerElicitationMode&);
   friend std::ostream& operator<<(std::ostream& stream, const McpServerElicitationMode& value);

@@ -18,7 +18,7 @@ struct GranularApprovalMode {
   bool skillApproval = false;
   bool requestPermissions = false;
   bool mcpElicitations = false;
-  friend bool operator==(const GranularApprovalMode&, const GranularApprovalMode&);
+  friend bool operator==(const GranularApprovalMode&, const GranularApprovalMode&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const GranularApprovalMode& value);
 };
 
@@ -57,7 +57,7 @@ struct ApprovalMode {
   /// The form that is sent to the server, which no longer knows "on-failure".
   JSONValue jsonValue() const;
 
-  friend bool operator==(const ApprovalMode&, const ApprovalMode&);
+  friend bool operator==(const ApprovalMode&, const ApprovalMode&) = default;
   friend std::ostream& operator<<(std::ostream& stream, const ApprovalMode& value);
 };
 

@@ -49,18 +49,23 @@ struct ReviewUncommittedChanges {
 struct ReviewTarget {
   std::variant<ReviewUncommittedChanges, ReviewBaseBranch, ReviewCommit, ReviewCustom> value;
 
-  ReviewTarget() = default;
-  ReviewTarget(ReviewUncommittedChanges target) : value(target) {}
-  ReviewTarget(ReviewBaseBranch target) : value(std::move(target)) {}
-  ReviewTarget(ReviewCommit target) : value(std::move(target)) {}
-  ReviewTarget(ReviewCustom target) : value(std::move(target)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  ReviewTarget();
+  ReviewTarget(const ReviewTarget& other);
+  ReviewTarget(ReviewTarget&& other) noexcept;
+  ReviewTarget& operator=(const ReviewTarget& other);
+  ReviewTarget& operator=(ReviewTarget&& other) noexcept;
+  ~ReviewTarget();
 
-  static ReviewTarget uncommittedChanges() { return {}; }
-  static ReviewTarget baseBranch(std::string branch) { return ReviewBaseBranch{std::move(branch)}; }
-  static ReviewTarget commit(std::string sha, std::optional<std::string> title = std::nullopt) {
-    return ReviewCommit{std::move(sha), std::move(title)};
-  }
-  static ReviewTarget custom(std::string instructions) { return ReviewCustom{std::move(instructions)}; }
+  ReviewTarget(ReviewUncommittedChanges target);
+  ReviewTarget(ReviewBaseBranch target);
+  ReviewTarget(ReviewCommit target);
+  ReviewTarget(ReviewCustom target);
+
+  static ReviewTarget uncommittedChanges();
+  static ReviewTarget baseBranch(std::string branch);
+  static ReviewTarget commit(std::string sha, std::optional<std::string> title = std::nullopt);
+  static ReviewTarget custom(std::string instructions);
 
   friend bool operator==(const ReviewTarget&, const ReviewTarget&);
   friend std::ostream& operator<<(std::ostream& stream, const ReviewTarget& value);

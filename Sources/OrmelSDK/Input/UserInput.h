@@ -86,30 +86,27 @@ struct UserInput {
                UserInputMention>
       value;
 
-  UserInput() = default;
-  UserInput(UserInputText part) : value(std::move(part)) {}
-  UserInput(UserInputTextElements part) : value(std::move(part)) {}
-  UserInput(UserInputImage part) : value(std::move(part)) {}
-  UserInput(UserInputLocalImage part) : value(std::move(part)) {}
-  UserInput(UserInputSkill part) : value(std::move(part)) {}
-  UserInput(UserInputMention part) : value(std::move(part)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  UserInput();
+  UserInput(const UserInput& other);
+  UserInput(UserInput&& other) noexcept;
+  UserInput& operator=(const UserInput& other);
+  UserInput& operator=(UserInput&& other) noexcept;
+  ~UserInput();
 
-  static UserInput text(std::string text) { return UserInputText{std::move(text)}; }
-  static UserInput textElements(std::string text, std::vector<UserInputTextElement> elements) {
-    return UserInputTextElements{std::move(text), std::move(elements)};
-  }
-  static UserInput image(std::string url, std::optional<ImageDetail> detail = std::nullopt) {
-    return UserInputImage{std::move(url), detail};
-  }
-  static UserInput localImage(std::string path, std::optional<ImageDetail> detail = std::nullopt) {
-    return UserInputLocalImage{std::move(path), detail};
-  }
-  static UserInput skill(std::string name, std::string path) {
-    return UserInputSkill{std::move(name), std::move(path)};
-  }
-  static UserInput mention(std::string name, std::string path) {
-    return UserInputMention{std::move(name), std::move(path)};
-  }
+  UserInput(UserInputText part);
+  UserInput(UserInputTextElements part);
+  UserInput(UserInputImage part);
+  UserInput(UserInputLocalImage part);
+  UserInput(UserInputSkill part);
+  UserInput(UserInputMention part);
+
+  static UserInput text(std::string text);
+  static UserInput textElements(std::string text, std::vector<UserInputTextElement> elements);
+  static UserInput image(std::string url, std::optional<ImageDetail> detail = std::nullopt);
+  static UserInput localImage(std::string path, std::optional<ImageDetail> detail = std::nullopt);
+  static UserInput skill(std::string name, std::string path);
+  static UserInput mention(std::string name, std::string path);
 
   friend bool operator==(const UserInput&, const UserInput&);
   friend std::ostream& operator<<(std::ostream& stream, const UserInput& value);
@@ -119,12 +116,19 @@ struct UserInput {
 struct Input {
   std::variant<std::string, std::vector<UserInput>> value;
 
-  Input() = default;
-  Input(std::string text) : value(std::move(text)) {}
-  Input(const char* text) : value(std::string(text)) {}
-  Input(std::vector<UserInput> userInputs) : value(std::move(userInputs)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  Input();
+  Input(const Input& other);
+  Input(Input&& other) noexcept;
+  Input& operator=(const Input& other);
+  Input& operator=(Input&& other) noexcept;
+  ~Input();
 
-  static Input from(std::vector<UserInput> userInputs) { return Input(std::move(userInputs)); }
+  Input(std::string text);
+  Input(const char* text);
+  Input(std::vector<UserInput> userInputs);
+
+  static Input from(std::vector<UserInput> userInputs);
 
   friend bool operator==(const Input&, const Input&);
   friend std::ostream& operator<<(std::ostream& stream, const Input& value);

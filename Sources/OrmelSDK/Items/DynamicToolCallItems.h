@@ -34,16 +34,19 @@ struct DynamicToolCallOutputImage {
 struct DynamicToolCallOutputContentItem {
   std::variant<DynamicToolCallOutputText, DynamicToolCallOutputImage> value;
 
-  DynamicToolCallOutputContentItem() = default;
-  DynamicToolCallOutputContentItem(DynamicToolCallOutputText part) : value(std::move(part)) {}
-  DynamicToolCallOutputContentItem(DynamicToolCallOutputImage part) : value(std::move(part)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  DynamicToolCallOutputContentItem();
+  DynamicToolCallOutputContentItem(const DynamicToolCallOutputContentItem& other);
+  DynamicToolCallOutputContentItem(DynamicToolCallOutputContentItem&& other) noexcept;
+  DynamicToolCallOutputContentItem& operator=(const DynamicToolCallOutputContentItem& other);
+  DynamicToolCallOutputContentItem& operator=(DynamicToolCallOutputContentItem&& other) noexcept;
+  ~DynamicToolCallOutputContentItem();
 
-  static DynamicToolCallOutputContentItem inputText(std::string text) {
-    return DynamicToolCallOutputText{std::move(text)};
-  }
-  static DynamicToolCallOutputContentItem inputImage(std::string imageURL) {
-    return DynamicToolCallOutputImage{std::move(imageURL)};
-  }
+  DynamicToolCallOutputContentItem(DynamicToolCallOutputText part);
+  DynamicToolCallOutputContentItem(DynamicToolCallOutputImage part);
+
+  static DynamicToolCallOutputContentItem inputText(std::string text);
+  static DynamicToolCallOutputContentItem inputImage(std::string imageURL);
 
   friend bool operator==(const DynamicToolCallOutputContentItem&, const DynamicToolCallOutputContentItem&);
   friend std::ostream& operator<<(std::ostream& stream, const DynamicToolCallOutputContentItem& value);

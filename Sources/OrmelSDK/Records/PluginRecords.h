@@ -113,22 +113,25 @@ struct UnknownPluginSource {
 struct PluginSource {
   std::variant<LocalPluginSource, GitPluginSource, RemotePluginSource, UnknownPluginSource> value;
 
-  PluginSource() = default;
-  PluginSource(LocalPluginSource source) : value(std::move(source)) {}
-  PluginSource(GitPluginSource source) : value(std::move(source)) {}
-  PluginSource(RemotePluginSource source) : value(source) {}
-  PluginSource(UnknownPluginSource source) : value(std::move(source)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  PluginSource();
+  PluginSource(const PluginSource& other);
+  PluginSource(PluginSource&& other) noexcept;
+  PluginSource& operator=(const PluginSource& other);
+  PluginSource& operator=(PluginSource&& other) noexcept;
+  ~PluginSource();
 
-  static PluginSource local(std::string path) { return LocalPluginSource{std::move(path)}; }
+  PluginSource(LocalPluginSource source);
+  PluginSource(GitPluginSource source);
+  PluginSource(RemotePluginSource source);
+  PluginSource(UnknownPluginSource source);
+
+  static PluginSource local(std::string path);
   static PluginSource git(std::string url, std::optional<std::string> refName = std::nullopt,
                           std::optional<std::string> sha = std::nullopt,
-                          std::optional<std::string> path = std::nullopt) {
-    return GitPluginSource{std::move(url), std::move(refName), std::move(sha), std::move(path)};
-  }
-  static PluginSource remote() { return RemotePluginSource(); }
-  static PluginSource unknown(std::string type, JSONValue payload) {
-    return UnknownPluginSource{std::move(type), std::move(payload)};
-  }
+                          std::optional<std::string> path = std::nullopt);
+  static PluginSource remote();
+  static PluginSource unknown(std::string type, JSONValue payload);
 
   friend bool operator==(const PluginSource&, const PluginSource&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginSource& value);
