@@ -42,4 +42,6 @@ Task<void> Thread::submitRequestUserInput(std::string itemID,
 
 Task<void> Thread::interrupt() const { return Conversation::interrupt(conversation_); }
 
+bool operator==(const Turn&, const Turn&) = default;
+
 }  // namespace ormel

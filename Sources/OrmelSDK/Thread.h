@@ -31,7 +31,7 @@ struct Turn {
   std::string finalResponse;
   /// The tokens used; absent if the turn ended without saying so.
   std::optional<Usage> usage;
-  friend bool operator==(const Turn&, const Turn&) = default;
+  friend bool operator==(const Turn&, const Turn&);
 };
 
 /// An operation that the server has accepted, and its events as they come.

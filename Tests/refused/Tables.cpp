@@ -18,19 +18,23 @@ struct Nest {
   std::optional<std::string> note;
   bool isEmpty = true;
   std::vector<std::string> eggs;
+  friend bool operator==(const Nest&, const Nest&);
   friend std::ostream& operator<<(std::ostream& stream, const Nest& value);
 };
 
 struct Sparrow {
   std::string name;
+  friend bool operator==(const Sparrow&, const Sparrow&);
 };
 
 struct Robin {
   std::string name;
+  friend bool operator==(const Robin&, const Robin&);
 };
 
 struct Bird {
   std::variant<Sparrow, Robin> value;
+  friend bool operator==(const Bird&, const Bird&);
   friend std::ostream& operator<<(std::ostream& stream, const Bird& value);
 };
 

@@ -181,6 +181,13 @@ JSONValue encode(const Type& value) {
   }                                                                      \
   }
 
+/// Defines the comparison that `Type` declares as a friend: field by field, compiled once and not in every file that
+/// compares.
+#define ORMEL_DEFINE_EQUALITY(Type)                               \
+  namespace ormel {                                               \
+  bool operator==(const Type& left, const Type& right) = default; \
+  }
+
 #define ORMEL_DEFINE_READING(Type, reading)                                                   \
   namespace ormel::coding {                                                                   \
   void decodeCoded(Coded<Type>, Type& into, const JSONValue& value, const CodingPath& path) { \
@@ -214,10 +221,15 @@ JSONValue encode(const Type& value) {
   template void tableListsEveryField<Record, std::size(Table<Record>::fields)>(const Record&); \
   }
 
-/// Defines how a record that is a case of a variant is read and written there; it has no JSON form of its own.
+/// Defines how a record that is a case of a variant is compared, and read and written there; it has no JSON form of its
+/// own.
 #define ORMEL_DEFINE_CASE(Record) ORMEL_DEFINE_CASE_BY(Record, decodeFromTable)
 
-#define ORMEL_DEFINE_CASE_BY(Record, reading)                                           \
+#define ORMEL_DEFINE_CASE_BY(Record, reading) \
+  ORMEL_DEFINE_EQUALITY(Record)               \
+  ORMEL_DEFINE_TABLE_CODING(Record, reading)
+
+#define ORMEL_DEFINE_TABLE_CODING(Record, reading)                                      \
   ORMEL_CHECK_TABLE(Record, RecordTable)                                                \
   static_assert(ormel::coding::canBeRead<ormel::coding::RecordTable<ormel::Record>>(),  \
                 #Record " has a field that is only printed");                           \
@@ -227,9 +239,14 @@ JSONValue encode(const Type& value) {
   ORMEL_DEFINE_READING(Record, reading)                                                 \
   ORMEL_DEFINE_WRITING(Record, encodeFromTable)
 
-/// Defines the codec of a record from its table.
+/// Defines the codec of a record from its table, and its comparison.
 #define ORMEL_DEFINE_RECORD(Record)             \
   ORMEL_DEFINE_CASE_BY(Record, decodeFromTable) \
+  ORMEL_DEFINE_PUBLIC_CODING(Record)
+
+/// The same for a record that can be a constant expression: its header says how it is compared.
+#define ORMEL_DEFINE_CONSTANT_RECORD(Record)         \
+  ORMEL_DEFINE_TABLE_CODING(Record, decodeFromTable) \
   ORMEL_DEFINE_PUBLIC_CODING(Record)
 
 /// The same for a record that streams in: faster to read, slower to compile.
@@ -237,8 +254,9 @@ JSONValue encode(const Type& value) {
   ORMEL_DEFINE_CASE_BY(Record, decodeHotRecord) \
   ORMEL_DEFINE_PUBLIC_CODING(Record)
 
-/// Defines how a record without a JSON form is printed, from a table of its fields.
+/// Defines how a record without a JSON form is printed, from a table of its fields, and compared.
 #define ORMEL_DEFINE_PRINTED_RECORD(Record) \
   ORMEL_CHECK_TABLE(Record, RecordTable)    \
+  ORMEL_DEFINE_EQUALITY(Record)             \
   ORMEL_DEFINE_PRINTED_BY(Record, encodeFromTable)
 // NOLINTEND(bugprone-macro-parentheses)

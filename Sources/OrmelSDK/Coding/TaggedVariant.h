@@ -211,5 +211,7 @@ JSONValue encodeVariant(const Variant& variant) {
 
 }  // namespace ormel::coding
 
-/// Defines the codec of a variant from its table. At global scope.
-#define ORMEL_DEFINE_VARIANT(Type) ORMEL_DEFINE_CODEC_BY(Type, decodeVariant, encodeVariant)
+/// Defines the codec of a variant from its table, and its comparison. At global scope.
+#define ORMEL_DEFINE_VARIANT(Type) \
+  ORMEL_DEFINE_EQUALITY(Type)      \
+  ORMEL_DEFINE_CODEC_BY(Type, decodeVariant, encodeVariant)

@@ -32,7 +32,7 @@ struct GuardianApprovalReview {
   std::optional<GuardianRiskLevel> riskLevel;
   std::optional<GuardianUserAuthorization> userAuthorization;
   std::optional<std::string> rationale;
-  friend bool operator==(const GuardianApprovalReview&, const GuardianApprovalReview&) = default;
+  friend bool operator==(const GuardianApprovalReview&, const GuardianApprovalReview&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianApprovalReview& value);
 };
 

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "OrmelSDK/Coding/Enumeration.h"
 #include "OrmelSDK/Coding/RecordCodec.h"
@@ -129,6 +130,35 @@ JSONValue VariantTable<GuardianApprovalReviewAction>::encodeUnknown(const Guardi
 }
 
 }  // namespace ormel::coding
+
+namespace ormel {
+
+GuardianApprovalReviewAction::GuardianApprovalReviewAction() = default;
+GuardianApprovalReviewAction::GuardianApprovalReviewAction(const GuardianApprovalReviewAction&) = default;
+GuardianApprovalReviewAction::GuardianApprovalReviewAction(GuardianApprovalReviewAction&&) noexcept = default;
+GuardianApprovalReviewAction& GuardianApprovalReviewAction::operator=(const GuardianApprovalReviewAction&) = default;
+GuardianApprovalReviewAction& GuardianApprovalReviewAction::operator=(GuardianApprovalReviewAction&&) noexcept =
+    default;
+GuardianApprovalReviewAction::~GuardianApprovalReviewAction() = default;
+
+GuardianApprovalReviewAction::GuardianApprovalReviewAction(GuardianCommandReviewAction action)
+    : value(std::move(action)) {}
+GuardianApprovalReviewAction::GuardianApprovalReviewAction(GuardianExecveReviewAction action)
+    : value(std::move(action)) {}
+GuardianApprovalReviewAction::GuardianApprovalReviewAction(GuardianApplyPatchReviewAction action)
+    : value(std::move(action)) {}
+GuardianApprovalReviewAction::GuardianApprovalReviewAction(GuardianNetworkAccessReviewAction action)
+    : value(std::move(action)) {}
+GuardianApprovalReviewAction::GuardianApprovalReviewAction(GuardianMcpToolCallReviewAction action)
+    : value(std::move(action)) {}
+GuardianApprovalReviewAction::GuardianApprovalReviewAction(GuardianRequestPermissionsReviewAction action)
+    : value(std::move(action)) {}
+GuardianApprovalReviewAction::GuardianApprovalReviewAction(GuardianWriteStdinReviewAction action)
+    : value(std::move(action)) {}
+GuardianApprovalReviewAction::GuardianApprovalReviewAction(GuardianUnknownReviewAction action)
+    : value(std::move(action)) {}
+
+}  // namespace ormel
 
 ORMEL_DEFINE_ENUMERATION(GuardianCommandSource)
 ORMEL_DEFINE_ENUMERATION(NetworkApprovalProtocol)

@@ -27,7 +27,7 @@ struct GuardianCommandReviewAction {
   GuardianCommandSource source = GuardianCommandSource::shell;
   std::string command;
   std::string cwd;
-  friend bool operator==(const GuardianCommandReviewAction&, const GuardianCommandReviewAction&) = default;
+  friend bool operator==(const GuardianCommandReviewAction&, const GuardianCommandReviewAction&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianCommandReviewAction& value);
 };
 
@@ -37,7 +37,7 @@ struct GuardianExecveReviewAction {
   std::string program;
   std::vector<std::string> argv;
   std::string cwd;
-  friend bool operator==(const GuardianExecveReviewAction&, const GuardianExecveReviewAction&) = default;
+  friend bool operator==(const GuardianExecveReviewAction&, const GuardianExecveReviewAction&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianExecveReviewAction& value);
 };
 
@@ -45,7 +45,7 @@ struct GuardianExecveReviewAction {
 struct GuardianApplyPatchReviewAction {
   std::string cwd;
   std::vector<std::string> files;
-  friend bool operator==(const GuardianApplyPatchReviewAction&, const GuardianApplyPatchReviewAction&) = default;
+  friend bool operator==(const GuardianApplyPatchReviewAction&, const GuardianApplyPatchReviewAction&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianApplyPatchReviewAction& value);
 };
 
@@ -55,7 +55,7 @@ struct GuardianNetworkAccessReviewAction {
   std::string host;
   NetworkApprovalProtocol protocolType = NetworkApprovalProtocol::socks5Udp;
   std::int64_t port = 0;
-  friend bool operator==(const GuardianNetworkAccessReviewAction&, const GuardianNetworkAccessReviewAction&) = default;
+  friend bool operator==(const GuardianNetworkAccessReviewAction&, const GuardianNetworkAccessReviewAction&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianNetworkAccessReviewAction& value);
 };
 
@@ -66,7 +66,7 @@ struct GuardianMcpToolCallReviewAction {
   std::optional<std::string> connectorID;
   std::optional<std::string> connectorName;
   std::optional<std::string> toolTitle;
-  friend bool operator==(const GuardianMcpToolCallReviewAction&, const GuardianMcpToolCallReviewAction&) = default;
+  friend bool operator==(const GuardianMcpToolCallReviewAction&, const GuardianMcpToolCallReviewAction&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianMcpToolCallReviewAction& value);
 };
 
@@ -74,8 +74,7 @@ struct GuardianMcpToolCallReviewAction {
 struct GuardianRequestPermissionsReviewAction {
   std::optional<std::string> reason;
   RequestPermissionProfile permissions;
-  friend bool operator==(const GuardianRequestPermissionsReviewAction&,
-                         const GuardianRequestPermissionsReviewAction&) = default;
+  friend bool operator==(const GuardianRequestPermissionsReviewAction&, const GuardianRequestPermissionsReviewAction&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianRequestPermissionsReviewAction& value);
 };
 
@@ -85,14 +84,14 @@ struct GuardianWriteStdinReviewAction {
   std::string processID;
   std::string stdin_;
   std::string cwd;
-  friend bool operator==(const GuardianWriteStdinReviewAction&, const GuardianWriteStdinReviewAction&) = default;
+  friend bool operator==(const GuardianWriteStdinReviewAction&, const GuardianWriteStdinReviewAction&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianWriteStdinReviewAction& value);
 };
 
 /// An action of a type that this library does not know; only its type is kept.
 struct GuardianUnknownReviewAction {
   std::string type;
-  friend bool operator==(const GuardianUnknownReviewAction&, const GuardianUnknownReviewAction&) = default;
+  friend bool operator==(const GuardianUnknownReviewAction&, const GuardianUnknownReviewAction&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianUnknownReviewAction& value);
 };
 
@@ -103,17 +102,24 @@ struct GuardianApprovalReviewAction {
                GuardianRequestPermissionsReviewAction, GuardianWriteStdinReviewAction, GuardianUnknownReviewAction>
       value;
 
-  GuardianApprovalReviewAction() = default;
-  GuardianApprovalReviewAction(GuardianCommandReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianExecveReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianApplyPatchReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianNetworkAccessReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianMcpToolCallReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianRequestPermissionsReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianWriteStdinReviewAction action) : value(std::move(action)) {}
-  GuardianApprovalReviewAction(GuardianUnknownReviewAction action) : value(std::move(action)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  GuardianApprovalReviewAction();
+  GuardianApprovalReviewAction(const GuardianApprovalReviewAction& other);
+  GuardianApprovalReviewAction(GuardianApprovalReviewAction&& other) noexcept;
+  GuardianApprovalReviewAction& operator=(const GuardianApprovalReviewAction& other);
+  GuardianApprovalReviewAction& operator=(GuardianApprovalReviewAction&& other) noexcept;
+  ~GuardianApprovalReviewAction();
 
-  friend bool operator==(const GuardianApprovalReviewAction&, const GuardianApprovalReviewAction&) = default;
+  GuardianApprovalReviewAction(GuardianCommandReviewAction action);
+  GuardianApprovalReviewAction(GuardianExecveReviewAction action);
+  GuardianApprovalReviewAction(GuardianApplyPatchReviewAction action);
+  GuardianApprovalReviewAction(GuardianNetworkAccessReviewAction action);
+  GuardianApprovalReviewAction(GuardianMcpToolCallReviewAction action);
+  GuardianApprovalReviewAction(GuardianRequestPermissionsReviewAction action);
+  GuardianApprovalReviewAction(GuardianWriteStdinReviewAction action);
+  GuardianApprovalReviewAction(GuardianUnknownReviewAction action);
+
+  friend bool operator==(const GuardianApprovalReviewAction&, const GuardianApprovalReviewAction&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianApprovalReviewAction& value);
 };
 

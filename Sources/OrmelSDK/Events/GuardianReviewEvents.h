@@ -20,8 +20,7 @@ struct GuardianApprovalReviewStartedEvent {
   std::string reviewID;
   GuardianApprovalReview review;
   GuardianApprovalReviewAction action;
-  friend bool operator==(const GuardianApprovalReviewStartedEvent&,
-                         const GuardianApprovalReviewStartedEvent&) = default;
+  friend bool operator==(const GuardianApprovalReviewStartedEvent&, const GuardianApprovalReviewStartedEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianApprovalReviewStartedEvent& value);
 };
 
@@ -35,8 +34,7 @@ struct GuardianApprovalReviewCompletedEvent {
   AutoReviewDecisionSource decisionSource = AutoReviewDecisionSource::agent;
   GuardianApprovalReview review;
   GuardianApprovalReviewAction action;
-  friend bool operator==(const GuardianApprovalReviewCompletedEvent&,
-                         const GuardianApprovalReviewCompletedEvent&) = default;
+  friend bool operator==(const GuardianApprovalReviewCompletedEvent&, const GuardianApprovalReviewCompletedEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianApprovalReviewCompletedEvent& value);
 };
 
@@ -44,7 +42,7 @@ struct GuardianApprovalReviewCompletedEvent {
 struct GuardianWarningEvent {
   std::string threadID;
   std::string message;
-  friend bool operator==(const GuardianWarningEvent&, const GuardianWarningEvent&) = default;
+  friend bool operator==(const GuardianWarningEvent&, const GuardianWarningEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const GuardianWarningEvent& value);
 };
 
@@ -54,7 +52,7 @@ struct StrictReviewRequiredEvent {
   std::string turnID;
   /// Milliseconds since the Unix epoch.
   std::int64_t startedAtMilliseconds = 0;
-  friend bool operator==(const StrictReviewRequiredEvent&, const StrictReviewRequiredEvent&) = default;
+  friend bool operator==(const StrictReviewRequiredEvent&, const StrictReviewRequiredEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const StrictReviewRequiredEvent& value);
 };
 

@@ -28,7 +28,7 @@ std::ostream& operator<<(std::ostream& stream, const HookOutputEntryKind& value)
 struct HookOutputEntry {
   HookOutputEntryKind kind = HookOutputEntryKind::warning;
   std::string text;
-  friend bool operator==(const HookOutputEntry&, const HookOutputEntry&) = default;
+  friend bool operator==(const HookOutputEntry&, const HookOutputEntry&);
   friend std::ostream& operator<<(std::ostream& stream, const HookOutputEntry& value);
 };
 
@@ -50,7 +50,7 @@ struct HookRunSummary {
   std::optional<std::int64_t> completedAt;
   std::optional<std::int64_t> durationMilliseconds;
   std::vector<HookOutputEntry> entries;
-  friend bool operator==(const HookRunSummary&, const HookRunSummary&) = default;
+  friend bool operator==(const HookRunSummary&, const HookRunSummary&);
   friend std::ostream& operator<<(std::ostream& stream, const HookRunSummary& value);
 };
 
@@ -59,7 +59,7 @@ struct HookStartedEvent {
   std::string threadID;
   std::optional<std::string> turnID;
   HookRunSummary run;
-  friend bool operator==(const HookStartedEvent&, const HookStartedEvent&) = default;
+  friend bool operator==(const HookStartedEvent&, const HookStartedEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const HookStartedEvent& value);
 };
 
@@ -68,7 +68,7 @@ struct HookCompletedEvent {
   std::string threadID;
   std::optional<std::string> turnID;
   HookRunSummary run;
-  friend bool operator==(const HookCompletedEvent&, const HookCompletedEvent&) = default;
+  friend bool operator==(const HookCompletedEvent&, const HookCompletedEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const HookCompletedEvent& value);
 };
 

@@ -17,14 +17,14 @@ struct ItemStartedEvent {
   std::optional<std::string> turnID;
   /// Milliseconds since the Unix epoch.
   std::optional<std::int64_t> startedAtMilliseconds;
-  friend bool operator==(const ItemStartedEvent&, const ItemStartedEvent&) = default;
+  friend bool operator==(const ItemStartedEvent&, const ItemStartedEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const ItemStartedEvent& value);
 };
 
 /// An item of a turn has grown or changed.
 struct ItemUpdatedEvent {
   ThreadItem item;
-  friend bool operator==(const ItemUpdatedEvent&, const ItemUpdatedEvent&) = default;
+  friend bool operator==(const ItemUpdatedEvent&, const ItemUpdatedEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const ItemUpdatedEvent& value);
 };
 
@@ -35,7 +35,7 @@ struct ItemCompletedEvent {
   std::optional<std::string> turnID;
   /// Milliseconds since the Unix epoch.
   std::optional<std::int64_t> completedAtMilliseconds;
-  friend bool operator==(const ItemCompletedEvent&, const ItemCompletedEvent&) = default;
+  friend bool operator==(const ItemCompletedEvent&, const ItemCompletedEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const ItemCompletedEvent& value);
 };
 

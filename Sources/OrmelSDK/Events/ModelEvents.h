@@ -15,7 +15,7 @@ struct ModelVerificationEvent {
   std::string threadID;
   std::string turnID;
   std::vector<std::string> verifications;
-  friend bool operator==(const ModelVerificationEvent&, const ModelVerificationEvent&) = default;
+  friend bool operator==(const ModelVerificationEvent&, const ModelVerificationEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const ModelVerificationEvent& value);
 };
 
@@ -26,7 +26,7 @@ struct ModelReroutedEvent {
   std::string fromModel;
   std::string toModel;
   std::string reason;
-  friend bool operator==(const ModelReroutedEvent&, const ModelReroutedEvent&) = default;
+  friend bool operator==(const ModelReroutedEvent&, const ModelReroutedEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const ModelReroutedEvent& value);
 };
 
@@ -40,7 +40,7 @@ struct ModelSafetyBufferingUpdatedEvent {
   bool showBufferingUI = false;
   /// A model that would answer without the delay.
   std::optional<std::string> fasterModel;
-  friend bool operator==(const ModelSafetyBufferingUpdatedEvent&, const ModelSafetyBufferingUpdatedEvent&) = default;
+  friend bool operator==(const ModelSafetyBufferingUpdatedEvent&, const ModelSafetyBufferingUpdatedEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const ModelSafetyBufferingUpdatedEvent& value);
 };
 
@@ -49,7 +49,7 @@ struct TurnModerationMetadataEvent {
   std::string threadID;
   std::string turnID;
   JSONValue metadata;
-  friend bool operator==(const TurnModerationMetadataEvent&, const TurnModerationMetadataEvent&) = default;
+  friend bool operator==(const TurnModerationMetadataEvent&, const TurnModerationMetadataEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const TurnModerationMetadataEvent& value);
 };
 

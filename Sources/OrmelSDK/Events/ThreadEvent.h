@@ -20,7 +20,7 @@ namespace ormel {
 /// An event of a type that this library does not know; only its type is kept.
 struct UnknownThreadEvent {
   std::string type;
-  friend bool operator==(const UnknownThreadEvent&, const UnknownThreadEvent&) = default;
+  friend bool operator==(const UnknownThreadEvent&, const UnknownThreadEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const UnknownThreadEvent& value);
 };
 
@@ -62,7 +62,7 @@ struct ThreadEvent {
   explicit ThreadEvent(std::in_place_type_t<Event> kind, Arguments&&... arguments)
       : value(kind, std::forward<Arguments>(arguments)...) {}
 
-  friend bool operator==(const ThreadEvent&, const ThreadEvent&) = default;
+  friend bool operator==(const ThreadEvent&, const ThreadEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadEvent& value);
 };
 

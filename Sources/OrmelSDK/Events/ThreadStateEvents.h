@@ -18,7 +18,7 @@ struct ThreadStartedEvent {
   std::optional<std::string> forkedFromID;
   /// The files that the thread's instructions were read from.
   std::vector<std::string> instructionSources;
-  friend bool operator==(const ThreadStartedEvent&, const ThreadStartedEvent&) = default;
+  friend bool operator==(const ThreadStartedEvent&, const ThreadStartedEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadStartedEvent& value);
 };
 
@@ -27,14 +27,14 @@ struct ThreadGoalUpdatedEvent {
   std::string threadID;
   std::optional<std::string> turnID;
   ThreadGoal goal;
-  friend bool operator==(const ThreadGoalUpdatedEvent&, const ThreadGoalUpdatedEvent&) = default;
+  friend bool operator==(const ThreadGoalUpdatedEvent&, const ThreadGoalUpdatedEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadGoalUpdatedEvent& value);
 };
 
 /// A thread has no goal any more.
 struct ThreadGoalClearedEvent {
   std::string threadID;
-  friend bool operator==(const ThreadGoalClearedEvent&, const ThreadGoalClearedEvent&) = default;
+  friend bool operator==(const ThreadGoalClearedEvent&, const ThreadGoalClearedEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadGoalClearedEvent& value);
 };
 
@@ -42,7 +42,7 @@ struct ThreadGoalClearedEvent {
 struct ThreadSettingsUpdatedEvent {
   std::string threadID;
   ThreadSettings threadSettings;
-  friend bool operator==(const ThreadSettingsUpdatedEvent&, const ThreadSettingsUpdatedEvent&) = default;
+  friend bool operator==(const ThreadSettingsUpdatedEvent&, const ThreadSettingsUpdatedEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadSettingsUpdatedEvent& value);
 };
 

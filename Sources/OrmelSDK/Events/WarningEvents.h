@@ -13,7 +13,7 @@ namespace ormel {
 struct ThreadWarningEvent {
   std::optional<std::string> threadID;
   std::string message;
-  friend bool operator==(const ThreadWarningEvent&, const ThreadWarningEvent&) = default;
+  friend bool operator==(const ThreadWarningEvent&, const ThreadWarningEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadWarningEvent& value);
 };
 
@@ -23,7 +23,7 @@ struct AuthRecoveryEvent {
   std::string turnID;
   std::string provider;
   std::string message;
-  friend bool operator==(const AuthRecoveryEvent&, const AuthRecoveryEvent&) = default;
+  friend bool operator==(const AuthRecoveryEvent&, const AuthRecoveryEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const AuthRecoveryEvent& value);
 };
 
@@ -37,7 +37,7 @@ struct AuthRecoveryCompletedEvent : AuthRecoveryEvent {};
 struct DeprecationNoticeEvent {
   std::string summary;
   std::optional<std::string> details;
-  friend bool operator==(const DeprecationNoticeEvent&, const DeprecationNoticeEvent&) = default;
+  friend bool operator==(const DeprecationNoticeEvent&, const DeprecationNoticeEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const DeprecationNoticeEvent& value);
 };
 
@@ -45,7 +45,7 @@ struct DeprecationNoticeEvent {
 struct TextPosition {
   std::int64_t line = 0;
   std::int64_t column = 0;
-  friend bool operator==(const TextPosition&, const TextPosition&) = default;
+  friend bool operator==(const TextPosition&, const TextPosition&);
   friend std::ostream& operator<<(std::ostream& stream, const TextPosition& value);
 };
 
@@ -53,7 +53,7 @@ struct TextPosition {
 struct TextRange {
   TextPosition start;
   TextPosition end;
-  friend bool operator==(const TextRange&, const TextRange&) = default;
+  friend bool operator==(const TextRange&, const TextRange&);
   friend std::ostream& operator<<(std::ostream& stream, const TextRange& value);
 };
 
@@ -63,7 +63,7 @@ struct ConfigWarningEvent {
   std::optional<std::string> details;
   std::optional<std::string> path;
   std::optional<TextRange> range;
-  friend bool operator==(const ConfigWarningEvent&, const ConfigWarningEvent&) = default;
+  friend bool operator==(const ConfigWarningEvent&, const ConfigWarningEvent&);
   friend std::ostream& operator<<(std::ostream& stream, const ConfigWarningEvent& value);
 };
 

@@ -17,4 +17,5 @@ JSONValue encodeDecision(const OrmelApprovalDecision& decision) { return decisio
 
 }  // namespace ormel::coding
 
+ORMEL_DEFINE_EQUALITY(OrmelApprovalDecision)
 ORMEL_DEFINE_CODEC_BY(OrmelApprovalDecision, decodeDecision, encodeDecision)

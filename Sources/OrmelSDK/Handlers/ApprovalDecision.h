@@ -21,7 +21,7 @@ struct OrmelApprovalDecision {
   static const OrmelApprovalDecision decline;
   static const OrmelApprovalDecision cancel;
 
-  friend bool operator==(const OrmelApprovalDecision&, const OrmelApprovalDecision&) = default;
+  friend bool operator==(const OrmelApprovalDecision&, const OrmelApprovalDecision&);
   friend std::ostream& operator<<(std::ostream& stream, const OrmelApprovalDecision& value);
 };
 

@@ -50,7 +50,7 @@ struct CommandApprovalRequest {
   RequestPermissionProfile additionalPermissions;
   /// The decisions that the server takes; any, if empty. A decision that is not among them is not sent.
   std::vector<OrmelApprovalDecision> availableDecisions;
-  friend bool operator==(const CommandApprovalRequest&, const CommandApprovalRequest&) = default;
+  friend bool operator==(const CommandApprovalRequest&, const CommandApprovalRequest&);
   friend std::ostream& operator<<(std::ostream& stream, const CommandApprovalRequest& value);
 };
 
@@ -67,7 +67,7 @@ struct FileChangeApprovalRequest {
   std::vector<FileUpdateChange> changes;
   /// The decisions that the server takes; any, if empty. A decision that is not among them is not sent.
   std::vector<OrmelApprovalDecision> availableDecisions;
-  friend bool operator==(const FileChangeApprovalRequest&, const FileChangeApprovalRequest&) = default;
+  friend bool operator==(const FileChangeApprovalRequest&, const FileChangeApprovalRequest&);
   friend std::ostream& operator<<(std::ostream& stream, const FileChangeApprovalRequest& value);
 };
 
@@ -79,7 +79,7 @@ struct PermissionsApprovalRequest {
   /// Why they are needed.
   std::optional<std::string> reason;
   RequestPermissionProfile permissions;
-  friend bool operator==(const PermissionsApprovalRequest&, const PermissionsApprovalRequest&) = default;
+  friend bool operator==(const PermissionsApprovalRequest&, const PermissionsApprovalRequest&);
   friend std::ostream& operator<<(std::ostream& stream, const PermissionsApprovalRequest& value);
 };
 
@@ -87,7 +87,7 @@ struct PermissionsApprovalRequest {
 struct PermissionsApprovalResponse {
   GrantedPermissionProfile permissions;
   PermissionGrantScope scope = PermissionGrantScope::turn;
-  friend bool operator==(const PermissionsApprovalResponse&, const PermissionsApprovalResponse&) = default;
+  friend bool operator==(const PermissionsApprovalResponse&, const PermissionsApprovalResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const PermissionsApprovalResponse& value);
 };
 

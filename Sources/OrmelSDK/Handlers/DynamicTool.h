@@ -22,7 +22,7 @@ struct DynamicToolSpec {
   JSONValue inputSchema;
   /// Whether the model is told of the tool only when it looks for one.
   bool deferLoading = false;
-  friend bool operator==(const DynamicToolSpec&, const DynamicToolSpec&) = default;
+  friend bool operator==(const DynamicToolSpec&, const DynamicToolSpec&);
   friend std::ostream& operator<<(std::ostream& stream, const DynamicToolSpec& value);
 };
 
@@ -34,7 +34,7 @@ struct DynamicToolCallContext {
   std::optional<std::string> namespace_;
   std::string tool;
   JSONValue arguments;
-  friend bool operator==(const DynamicToolCallContext&, const DynamicToolCallContext&) = default;
+  friend bool operator==(const DynamicToolCallContext&, const DynamicToolCallContext&);
   friend std::ostream& operator<<(std::ostream& stream, const DynamicToolCallContext& value);
 };
 
@@ -42,7 +42,7 @@ struct DynamicToolCallContext {
 struct DynamicToolResult {
   std::vector<DynamicToolCallOutputContentItem> contentItems;
   bool success = false;
-  friend bool operator==(const DynamicToolResult&, const DynamicToolResult&) = default;
+  friend bool operator==(const DynamicToolResult&, const DynamicToolResult&);
   friend std::ostream& operator<<(std::ostream& stream, const DynamicToolResult& value);
 };
 

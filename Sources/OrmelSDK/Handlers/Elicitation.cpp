@@ -1,5 +1,7 @@
 #include "OrmelSDK/Handlers/Elicitation.h"
 
+#include <utility>
+
 #include "OrmelSDK/Coding/Enumeration.h"
 #include "OrmelSDK/Coding/RecordCodec.h"
 #include "OrmelSDK/Coding/TaggedVariant.h"
@@ -63,9 +65,40 @@ struct ormel::coding::RecordTable<ormel::McpServerElicitationResponse> {
   };
 };
 
+namespace ormel {
+
+McpServerElicitationMode::McpServerElicitationMode() = default;
+McpServerElicitationMode::McpServerElicitationMode(const McpServerElicitationMode&) = default;
+McpServerElicitationMode::McpServerElicitationMode(McpServerElicitationMode&&) noexcept = default;
+McpServerElicitationMode& McpServerElicitationMode::operator=(const McpServerElicitationMode&) = default;
+McpServerElicitationMode& McpServerElicitationMode::operator=(McpServerElicitationMode&&) noexcept = default;
+McpServerElicitationMode::~McpServerElicitationMode() = default;
+
+McpServerElicitationMode::McpServerElicitationMode(McpServerFormElicitation mode) : value(std::move(mode)) {}
+McpServerElicitationMode::McpServerElicitationMode(McpServerVelnorFormElicitation mode) : value(std::move(mode)) {}
+McpServerElicitationMode::McpServerElicitationMode(McpServerURLElicitation mode) : value(std::move(mode)) {}
+
+McpServerElicitationMode McpServerElicitationMode::form(std::string message, JSONValue requestedSchema,
+                                                        std::optional<JSONValue> metadata) {
+  return McpServerFormElicitation{{std::move(message), std::move(requestedSchema), std::move(metadata)}};
+}
+McpServerElicitationMode McpServerElicitationMode::velnorForm(std::string message, JSONValue requestedSchema,
+                                                              std::optional<JSONValue> metadata) {
+  return McpServerVelnorFormElicitation{{std::move(message), std::move(requestedSchema), std::move(metadata)}};
+}
+McpServerElicitationMode McpServerElicitationMode::url(std::string message, std::string url, std::string elicitationID,
+                                                       std::optional<JSONValue> metadata) {
+  return McpServerURLElicitation{std::move(message), std::move(url), std::move(elicitationID), std::move(metadata)};
+}
+
+}  // namespace ormel
+
 ORMEL_DEFINE_ENUMERATION(McpServerElicitationAction)
 ORMEL_DEFINE_CASE(McpServerElicitationForm)
 ORMEL_DEFINE_CASE(McpServerURLElicitation)
+ORMEL_DEFINE_EQUALITY(McpServerFormElicitation)
+ORMEL_DEFINE_EQUALITY(McpServerVelnorFormElicitation)
+ORMEL_DEFINE_EQUALITY(McpServerElicitationMode)
 ORMEL_DEFINE_PRINTED_BY(McpServerElicitationMode, encodeVariant)
 ORMEL_DEFINE_PRINTED_RECORD(McpServerElicitationRequest)
 ORMEL_DEFINE_PRINTED_RECORD(McpServerElicitationResponse)

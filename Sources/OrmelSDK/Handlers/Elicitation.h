@@ -20,17 +20,17 @@ struct McpServerElicitationForm {
   /// The JSON schema of the answer.
   JSONValue requestedSchema;
   std::optional<JSONValue> metadata;
-  friend bool operator==(const McpServerElicitationForm&, const McpServerElicitationForm&) = default;
+  friend bool operator==(const McpServerElicitationForm&, const McpServerElicitationForm&);
 };
 
 /// A form of the MCP standard.
 struct McpServerFormElicitation : McpServerElicitationForm {
-  friend bool operator==(const McpServerFormElicitation&, const McpServerFormElicitation&) = default;
+  friend bool operator==(const McpServerFormElicitation&, const McpServerFormElicitation&);
 };
 
 /// A form in Velnor's dialect, sent only to applications that support it.
 struct McpServerVelnorFormElicitation : McpServerElicitationForm {
-  friend bool operator==(const McpServerVelnorFormElicitation&, const McpServerVelnorFormElicitation&) = default;
+  friend bool operator==(const McpServerVelnorFormElicitation&, const McpServerVelnorFormElicitation&);
 };
 
 /// A page to visit.
@@ -40,7 +40,7 @@ struct McpServerURLElicitation {
   std::string url;
   std::string elicitationID;
   std::optional<JSONValue> metadata;
-  friend bool operator==(const McpServerURLElicitation&, const McpServerURLElicitation&) = default;
+  friend bool operator==(const McpServerURLElicitation&, const McpServerURLElicitation&);
 };
 
 /// How the user is asked. Use `visit` to tell the cases apart; a function of `McpServerElicitationForm` takes both
@@ -48,25 +48,26 @@ struct McpServerURLElicitation {
 struct McpServerElicitationMode {
   std::variant<McpServerFormElicitation, McpServerVelnorFormElicitation, McpServerURLElicitation> value;
 
-  McpServerElicitationMode() = default;
-  McpServerElicitationMode(McpServerFormElicitation mode) : value(std::move(mode)) {}
-  McpServerElicitationMode(McpServerVelnorFormElicitation mode) : value(std::move(mode)) {}
-  McpServerElicitationMode(McpServerURLElicitation mode) : value(std::move(mode)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  McpServerElicitationMode();
+  McpServerElicitationMode(const McpServerElicitationMode& other);
+  McpServerElicitationMode(McpServerElicitationMode&& other) noexcept;
+  McpServerElicitationMode& operator=(const McpServerElicitationMode& other);
+  McpServerElicitationMode& operator=(McpServerElicitationMode&& other) noexcept;
+  ~McpServerElicitationMode();
+
+  McpServerElicitationMode(McpServerFormElicitation mode);
+  McpServerElicitationMode(McpServerVelnorFormElicitation mode);
+  McpServerElicitationMode(McpServerURLElicitation mode);
 
   static McpServerElicitationMode form(std::string message, JSONValue requestedSchema,
-                                       std::optional<JSONValue> metadata = std::nullopt) {
-    return McpServerFormElicitation{{std::move(message), std::move(requestedSchema), std::move(metadata)}};
-  }
+                                       std::optional<JSONValue> metadata = std::nullopt);
   static McpServerElicitationMode velnorForm(std::string message, JSONValue requestedSchema,
-                                             std::optional<JSONValue> metadata = std::nullopt) {
-    return McpServerVelnorFormElicitation{{std::move(message), std::move(requestedSchema), std::move(metadata)}};
-  }
+                                             std::optional<JSONValue> metadata = std::nullopt);
   static McpServerElicitationMode url(std::string message, std::string url, std::string elicitationID,
-                                      std::optional<JSONValue> metadata = std::nullopt) {
-    return McpServerURLElicitation{std::move(message), std::move(url), std::move(elicitationID), std::move(metadata)};
-  }
+                                      std::optional<JSONValue> metadata = std::nullopt);
 
-  friend bool operator==(const McpServerElicitationMode&, const McpServerElicitationMode&) = default;
+  friend bool operator==(const McpServerElicitationMode&, const McpServerElicitationMode&);
   friend std::ostream& operator<<(std::ostream& stream, const McpServerElicitationMode& value);
 };
 
@@ -77,7 +78,7 @@ struct McpServerElicitationRequest {
   std::optional<std::string> turnID;
   std::string serverName;
   McpServerElicitationMode mode;
-  friend bool operator==(const McpServerElicitationRequest&, const McpServerElicitationRequest&) = default;
+  friend bool operator==(const McpServerElicitationRequest&, const McpServerElicitationRequest&);
   friend std::ostream& operator<<(std::ostream& stream, const McpServerElicitationRequest& value);
 };
 
@@ -91,7 +92,7 @@ struct McpServerElicitationResponse {
   /// The filled-in form.
   std::optional<JSONValue> content;
   std::optional<JSONValue> metadata;
-  friend bool operator==(const McpServerElicitationResponse&, const McpServerElicitationResponse&) = default;
+  friend bool operator==(const McpServerElicitationResponse&, const McpServerElicitationResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const McpServerElicitationResponse& value);
 };
 

@@ -47,5 +47,6 @@ JSONValue encodeWithoutSecret(const ParlaneAuthTokensRefreshResponse& response) 
 
 ORMEL_DEFINE_ENUMERATION(ParlaneAuthTokensRefreshReason)
 ORMEL_DEFINE_PRINTED_RECORD(ParlaneAuthTokensRefreshRequest)
+ORMEL_DEFINE_EQUALITY(ParlaneAuthTokensRefreshResponse)
 ORMEL_CHECK_TABLE(ParlaneAuthTokensRefreshResponse, RecordTable)
 ORMEL_DEFINE_PRINTED_BY(ParlaneAuthTokensRefreshResponse, encodeWithoutSecret)

@@ -17,7 +17,7 @@ struct ParlaneAuthTokensRefreshRequest {
   ParlaneAuthTokensRefreshReason reason = ParlaneAuthTokensRefreshReason::unauthorized;
   /// The account whose tokens have expired.
   std::optional<std::string> previousAccountID;
-  friend bool operator==(const ParlaneAuthTokensRefreshRequest&, const ParlaneAuthTokensRefreshRequest&) = default;
+  friend bool operator==(const ParlaneAuthTokensRefreshRequest&, const ParlaneAuthTokensRefreshRequest&);
   friend std::ostream& operator<<(std::ostream& stream, const ParlaneAuthTokensRefreshRequest& value);
 };
 
@@ -26,7 +26,7 @@ struct ParlaneAuthTokensRefreshResponse {
   std::string accessToken;
   std::string parlaneAccountID;
   std::optional<std::string> parlanePlanType;
-  friend bool operator==(const ParlaneAuthTokensRefreshResponse&, const ParlaneAuthTokensRefreshResponse&) = default;
+  friend bool operator==(const ParlaneAuthTokensRefreshResponse&, const ParlaneAuthTokensRefreshResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ParlaneAuthTokensRefreshResponse& value);
 };
 

@@ -12,7 +12,7 @@ namespace ormel {
 struct RequestPermissionProfile {
   std::optional<JSONValue> network;
   std::optional<JSONValue> fileSystem;
-  friend bool operator==(const RequestPermissionProfile&, const RequestPermissionProfile&) = default;
+  friend bool operator==(const RequestPermissionProfile&, const RequestPermissionProfile&);
   friend std::ostream& operator<<(std::ostream& stream, const RequestPermissionProfile& value);
 };
 
@@ -20,7 +20,7 @@ struct RequestPermissionProfile {
 struct GrantedPermissionProfile {
   std::optional<JSONValue> network;
   std::optional<JSONValue> fileSystem;
-  friend bool operator==(const GrantedPermissionProfile&, const GrantedPermissionProfile&) = default;
+  friend bool operator==(const GrantedPermissionProfile&, const GrantedPermissionProfile&);
   friend std::ostream& operator<<(std::ostream& stream, const GrantedPermissionProfile& value);
 };
 

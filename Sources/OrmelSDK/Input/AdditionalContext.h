@@ -20,7 +20,7 @@ std::ostream& operator<<(std::ostream& stream, const AdditionalContextKind& valu
 struct AdditionalContextEntry {
   std::string value;
   AdditionalContextKind kind = AdditionalContextKind::untrusted;
-  friend bool operator==(const AdditionalContextEntry&, const AdditionalContextEntry&) = default;
+  friend bool operator==(const AdditionalContextEntry&, const AdditionalContextEntry&);
   friend std::ostream& operator<<(std::ostream& stream, const AdditionalContextEntry& value);
 };
 

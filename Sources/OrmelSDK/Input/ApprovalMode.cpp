@@ -82,5 +82,5 @@ JSONValue encodeApprovalMode(const ApprovalMode& mode) {
 }  // namespace ormel
 
 ORMEL_DEFINE_WORDS(ApprovalMode::Policy)
-ORMEL_DEFINE_RECORD(GranularApprovalMode)
+ORMEL_DEFINE_CONSTANT_RECORD(GranularApprovalMode)
 ORMEL_DEFINE_CODEC_BY(ApprovalMode, decodeApprovalMode, encodeApprovalMode)

@@ -9,7 +9,7 @@ namespace ormel {
 struct TurnEnvironment {
   std::string environmentID;
   std::string workingDirectory;
-  friend bool operator==(const TurnEnvironment&, const TurnEnvironment&) = default;
+  friend bool operator==(const TurnEnvironment&, const TurnEnvironment&);
   friend std::ostream& operator<<(std::ostream& stream, const TurnEnvironment& value);
 };
 

@@ -132,6 +132,54 @@ JSONValue encodeLossyUserInput(const LossyUserInput& input) {
 
 }  // namespace ormel::coding
 
+namespace ormel {
+
+UserInput::UserInput() = default;
+UserInput::UserInput(const UserInput&) = default;
+UserInput::UserInput(UserInput&&) noexcept = default;
+UserInput& UserInput::operator=(const UserInput&) = default;
+UserInput& UserInput::operator=(UserInput&&) noexcept = default;
+UserInput::~UserInput() = default;
+
+UserInput::UserInput(UserInputText part) : value(std::move(part)) {}
+UserInput::UserInput(UserInputTextElements part) : value(std::move(part)) {}
+UserInput::UserInput(UserInputImage part) : value(std::move(part)) {}
+UserInput::UserInput(UserInputLocalImage part) : value(std::move(part)) {}
+UserInput::UserInput(UserInputSkill part) : value(std::move(part)) {}
+UserInput::UserInput(UserInputMention part) : value(std::move(part)) {}
+
+UserInput UserInput::text(std::string text) { return UserInputText{std::move(text)}; }
+UserInput UserInput::textElements(std::string text, std::vector<UserInputTextElement> elements) {
+  return UserInputTextElements{std::move(text), std::move(elements)};
+}
+UserInput UserInput::image(std::string url, std::optional<ImageDetail> detail) {
+  return UserInputImage{std::move(url), detail};
+}
+UserInput UserInput::localImage(std::string path, std::optional<ImageDetail> detail) {
+  return UserInputLocalImage{std::move(path), detail};
+}
+UserInput UserInput::skill(std::string name, std::string path) {
+  return UserInputSkill{std::move(name), std::move(path)};
+}
+UserInput UserInput::mention(std::string name, std::string path) {
+  return UserInputMention{std::move(name), std::move(path)};
+}
+
+Input::Input() = default;
+Input::Input(const Input&) = default;
+Input::Input(Input&&) noexcept = default;
+Input& Input::operator=(const Input&) = default;
+Input& Input::operator=(Input&&) noexcept = default;
+Input::~Input() = default;
+
+Input::Input(std::string text) : value(std::move(text)) {}
+Input::Input(const char* text) : value(std::string(text)) {}
+Input::Input(std::vector<UserInput> userInputs) : value(std::move(userInputs)) {}
+
+Input Input::from(std::vector<UserInput> userInputs) { return Input(std::move(userInputs)); }
+
+}  // namespace ormel
+
 ORMEL_DEFINE_ENUMERATION(ImageDetail)
 ORMEL_DEFINE_RECORD(UserInputTextByteRange)
 ORMEL_DEFINE_RECORD(UserInputTextElement)
@@ -147,6 +195,9 @@ ORMEL_DEFINE_CASE(UserInputSkill)
 ORMEL_DEFINE_PRINTING(UserInputSkill)
 ORMEL_DEFINE_CASE(UserInputMention)
 ORMEL_DEFINE_PRINTING(UserInputMention)
+ORMEL_DEFINE_EQUALITY(UserInput)
 ORMEL_DEFINE_CODEC_BY(UserInput, decodeUserInput, encodeVariant)
+ORMEL_DEFINE_EQUALITY(LossyUserInput)
 ORMEL_DEFINE_CODEC_BY(LossyUserInput, decodeLossyUserInput, encodeLossyUserInput)
+ORMEL_DEFINE_EQUALITY(Input)
 ORMEL_DEFINE_PRINTED_BY(Input, printedInput)

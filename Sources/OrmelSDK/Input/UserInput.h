@@ -21,7 +21,7 @@ std::ostream& operator<<(std::ostream& stream, const ImageDetail& value);
 struct UserInputTextByteRange {
   std::int64_t start = 0;
   std::int64_t end = 0;
-  friend bool operator==(const UserInputTextByteRange&, const UserInputTextByteRange&) = default;
+  friend bool operator==(const UserInputTextByteRange&, const UserInputTextByteRange&);
   friend std::ostream& operator<<(std::ostream& stream, const UserInputTextByteRange& value);
 };
 
@@ -29,14 +29,14 @@ struct UserInputTextByteRange {
 struct UserInputTextElement {
   UserInputTextByteRange byteRange;
   std::optional<std::string> placeholder;
-  friend bool operator==(const UserInputTextElement&, const UserInputTextElement&) = default;
+  friend bool operator==(const UserInputTextElement&, const UserInputTextElement&);
   friend std::ostream& operator<<(std::ostream& stream, const UserInputTextElement& value);
 };
 
 /// Plain text.
 struct UserInputText {
   std::string text;
-  friend bool operator==(const UserInputText&, const UserInputText&) = default;
+  friend bool operator==(const UserInputText&, const UserInputText&);
   friend std::ostream& operator<<(std::ostream& stream, const UserInputText& value);
 };
 
@@ -44,7 +44,7 @@ struct UserInputText {
 struct UserInputTextElements {
   std::string text;
   std::vector<UserInputTextElement> elements;
-  friend bool operator==(const UserInputTextElements&, const UserInputTextElements&) = default;
+  friend bool operator==(const UserInputTextElements&, const UserInputTextElements&);
   friend std::ostream& operator<<(std::ostream& stream, const UserInputTextElements& value);
 };
 
@@ -52,7 +52,7 @@ struct UserInputTextElements {
 struct UserInputImage {
   std::string url;
   std::optional<ImageDetail> detail;
-  friend bool operator==(const UserInputImage&, const UserInputImage&) = default;
+  friend bool operator==(const UserInputImage&, const UserInputImage&);
   friend std::ostream& operator<<(std::ostream& stream, const UserInputImage& value);
 };
 
@@ -60,7 +60,7 @@ struct UserInputImage {
 struct UserInputLocalImage {
   std::string path;
   std::optional<ImageDetail> detail;
-  friend bool operator==(const UserInputLocalImage&, const UserInputLocalImage&) = default;
+  friend bool operator==(const UserInputLocalImage&, const UserInputLocalImage&);
   friend std::ostream& operator<<(std::ostream& stream, const UserInputLocalImage& value);
 };
 
@@ -68,7 +68,7 @@ struct UserInputLocalImage {
 struct UserInputSkill {
   std::string name;
   std::string path;
-  friend bool operator==(const UserInputSkill&, const UserInputSkill&) = default;
+  friend bool operator==(const UserInputSkill&, const UserInputSkill&);
   friend std::ostream& operator<<(std::ostream& stream, const UserInputSkill& value);
 };
 
@@ -76,7 +76,7 @@ struct UserInputSkill {
 struct UserInputMention {
   std::string name;
   std::string path;
-  friend bool operator==(const UserInputMention&, const UserInputMention&) = default;
+  friend bool operator==(const UserInputMention&, const UserInputMention&);
   friend std::ostream& operator<<(std::ostream& stream, const UserInputMention& value);
 };
 
@@ -86,32 +86,29 @@ struct UserInput {
                UserInputMention>
       value;
 
-  UserInput() = default;
-  UserInput(UserInputText part) : value(std::move(part)) {}
-  UserInput(UserInputTextElements part) : value(std::move(part)) {}
-  UserInput(UserInputImage part) : value(std::move(part)) {}
-  UserInput(UserInputLocalImage part) : value(std::move(part)) {}
-  UserInput(UserInputSkill part) : value(std::move(part)) {}
-  UserInput(UserInputMention part) : value(std::move(part)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  UserInput();
+  UserInput(const UserInput& other);
+  UserInput(UserInput&& other) noexcept;
+  UserInput& operator=(const UserInput& other);
+  UserInput& operator=(UserInput&& other) noexcept;
+  ~UserInput();
 
-  static UserInput text(std::string text) { return UserInputText{std::move(text)}; }
-  static UserInput textElements(std::string text, std::vector<UserInputTextElement> elements) {
-    return UserInputTextElements{std::move(text), std::move(elements)};
-  }
-  static UserInput image(std::string url, std::optional<ImageDetail> detail = std::nullopt) {
-    return UserInputImage{std::move(url), detail};
-  }
-  static UserInput localImage(std::string path, std::optional<ImageDetail> detail = std::nullopt) {
-    return UserInputLocalImage{std::move(path), detail};
-  }
-  static UserInput skill(std::string name, std::string path) {
-    return UserInputSkill{std::move(name), std::move(path)};
-  }
-  static UserInput mention(std::string name, std::string path) {
-    return UserInputMention{std::move(name), std::move(path)};
-  }
+  UserInput(UserInputText part);
+  UserInput(UserInputTextElements part);
+  UserInput(UserInputImage part);
+  UserInput(UserInputLocalImage part);
+  UserInput(UserInputSkill part);
+  UserInput(UserInputMention part);
 
-  friend bool operator==(const UserInput&, const UserInput&) = default;
+  static UserInput text(std::string text);
+  static UserInput textElements(std::string text, std::vector<UserInputTextElement> elements);
+  static UserInput image(std::string url, std::optional<ImageDetail> detail = std::nullopt);
+  static UserInput localImage(std::string path, std::optional<ImageDetail> detail = std::nullopt);
+  static UserInput skill(std::string name, std::string path);
+  static UserInput mention(std::string name, std::string path);
+
+  friend bool operator==(const UserInput&, const UserInput&);
   friend std::ostream& operator<<(std::ostream& stream, const UserInput& value);
 };
 
@@ -119,21 +116,28 @@ struct UserInput {
 struct Input {
   std::variant<std::string, std::vector<UserInput>> value;
 
-  Input() = default;
-  Input(std::string text) : value(std::move(text)) {}
-  Input(const char* text) : value(std::string(text)) {}
-  Input(std::vector<UserInput> userInputs) : value(std::move(userInputs)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  Input();
+  Input(const Input& other);
+  Input(Input&& other) noexcept;
+  Input& operator=(const Input& other);
+  Input& operator=(Input&& other) noexcept;
+  ~Input();
 
-  static Input from(std::vector<UserInput> userInputs) { return Input(std::move(userInputs)); }
+  Input(std::string text);
+  Input(const char* text);
+  Input(std::vector<UserInput> userInputs);
 
-  friend bool operator==(const Input&, const Input&) = default;
+  static Input from(std::vector<UserInput> userInputs);
+
+  friend bool operator==(const Input&, const Input&);
   friend std::ostream& operator<<(std::ostream& stream, const Input& value);
 };
 
 /// One element of a list that is read leniently: `value` is absent when the element is no user input.
 struct LossyUserInput {
   std::optional<UserInput> value;
-  friend bool operator==(const LossyUserInput&, const LossyUserInput&) = default;
+  friend bool operator==(const LossyUserInput&, const LossyUserInput&);
   friend std::ostream& operator<<(std::ostream& stream, const LossyUserInput& value);
 };
 

@@ -39,7 +39,7 @@ std::ostream& operator<<(std::ostream& stream, const CollabAgentStatus& value);
 struct CollabAgentState {
   CollabAgentStatus status = CollabAgentStatus::unknown;
   std::optional<std::string> message;
-  friend bool operator==(const CollabAgentState&, const CollabAgentState&) = default;
+  friend bool operator==(const CollabAgentState&, const CollabAgentState&);
   friend std::ostream& operator<<(std::ostream& stream, const CollabAgentState& value);
 };
 
@@ -55,7 +55,7 @@ struct CollabAgentToolCallItem {
   std::optional<ModelReasoningEffort> reasoningEffort;
   /// The states of the agents, by their threads.
   std::map<std::string, CollabAgentState> agentsStates;
-  friend bool operator==(const CollabAgentToolCallItem&, const CollabAgentToolCallItem&) = default;
+  friend bool operator==(const CollabAgentToolCallItem&, const CollabAgentToolCallItem&);
   friend std::ostream& operator<<(std::ostream& stream, const CollabAgentToolCallItem& value);
 };
 
@@ -86,7 +86,7 @@ struct SubAgentActivityItem {
   SubAgentActivityKind kind;
   std::optional<std::string> agentThreadID;
   std::optional<std::string> agentPath;
-  friend bool operator==(const SubAgentActivityItem&, const SubAgentActivityItem&) = default;
+  friend bool operator==(const SubAgentActivityItem&, const SubAgentActivityItem&);
   friend std::ostream& operator<<(std::ostream& stream, const SubAgentActivityItem& value);
 };
 

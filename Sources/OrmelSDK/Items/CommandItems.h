@@ -30,7 +30,7 @@ struct CommandExecutionItem {
   std::optional<std::int64_t> exitCode;
   CommandExecutionStatus status = CommandExecutionStatus::failed;
   std::optional<std::int64_t> durationMilliseconds;
-  friend bool operator==(const CommandExecutionItem&, const CommandExecutionItem&) = default;
+  friend bool operator==(const CommandExecutionItem&, const CommandExecutionItem&);
   friend std::ostream& operator<<(std::ostream& stream, const CommandExecutionItem& value);
 };
 

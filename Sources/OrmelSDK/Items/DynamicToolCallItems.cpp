@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "OrmelSDK/Coding/Enumeration.h"
 #include "OrmelSDK/Coding/RecordCodec.h"
@@ -65,6 +66,32 @@ DynamicToolCallOutputContentItem VariantTable<DynamicToolCallOutputContentItem>:
 }
 
 }  // namespace ormel::coding
+
+namespace ormel {
+
+DynamicToolCallOutputContentItem::DynamicToolCallOutputContentItem() = default;
+DynamicToolCallOutputContentItem::DynamicToolCallOutputContentItem(const DynamicToolCallOutputContentItem&) = default;
+DynamicToolCallOutputContentItem::DynamicToolCallOutputContentItem(DynamicToolCallOutputContentItem&&) noexcept =
+    default;
+DynamicToolCallOutputContentItem& DynamicToolCallOutputContentItem::operator=(const DynamicToolCallOutputContentItem&) =
+    default;
+DynamicToolCallOutputContentItem& DynamicToolCallOutputContentItem::operator=(
+    DynamicToolCallOutputContentItem&&) noexcept = default;
+DynamicToolCallOutputContentItem::~DynamicToolCallOutputContentItem() = default;
+
+DynamicToolCallOutputContentItem::DynamicToolCallOutputContentItem(DynamicToolCallOutputText part)
+    : value(std::move(part)) {}
+DynamicToolCallOutputContentItem::DynamicToolCallOutputContentItem(DynamicToolCallOutputImage part)
+    : value(std::move(part)) {}
+
+DynamicToolCallOutputContentItem DynamicToolCallOutputContentItem::inputText(std::string text) {
+  return DynamicToolCallOutputText{std::move(text)};
+}
+DynamicToolCallOutputContentItem DynamicToolCallOutputContentItem::inputImage(std::string imageURL) {
+  return DynamicToolCallOutputImage{std::move(imageURL)};
+}
+
+}  // namespace ormel
 
 ORMEL_DEFINE_ENUMERATION(DynamicToolCallStatus)
 ORMEL_DEFINE_CASE(DynamicToolCallOutputText)

@@ -21,31 +21,34 @@ std::ostream& operator<<(std::ostream& stream, const DynamicToolCallStatus& valu
 /// Text for the model.
 struct DynamicToolCallOutputText {
   std::string text;
-  friend bool operator==(const DynamicToolCallOutputText&, const DynamicToolCallOutputText&) = default;
+  friend bool operator==(const DynamicToolCallOutputText&, const DynamicToolCallOutputText&);
 };
 
 /// An image for the model, at a URL.
 struct DynamicToolCallOutputImage {
   std::string imageURL;
-  friend bool operator==(const DynamicToolCallOutputImage&, const DynamicToolCallOutputImage&) = default;
+  friend bool operator==(const DynamicToolCallOutputImage&, const DynamicToolCallOutputImage&);
 };
 
 /// One part of the result of a tool. Use `visit` to tell the cases apart. The cases have no JSON form of their own.
 struct DynamicToolCallOutputContentItem {
   std::variant<DynamicToolCallOutputText, DynamicToolCallOutputImage> value;
 
-  DynamicToolCallOutputContentItem() = default;
-  DynamicToolCallOutputContentItem(DynamicToolCallOutputText part) : value(std::move(part)) {}
-  DynamicToolCallOutputContentItem(DynamicToolCallOutputImage part) : value(std::move(part)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  DynamicToolCallOutputContentItem();
+  DynamicToolCallOutputContentItem(const DynamicToolCallOutputContentItem& other);
+  DynamicToolCallOutputContentItem(DynamicToolCallOutputContentItem&& other) noexcept;
+  DynamicToolCallOutputContentItem& operator=(const DynamicToolCallOutputContentItem& other);
+  DynamicToolCallOutputContentItem& operator=(DynamicToolCallOutputContentItem&& other) noexcept;
+  ~DynamicToolCallOutputContentItem();
 
-  static DynamicToolCallOutputContentItem inputText(std::string text) {
-    return DynamicToolCallOutputText{std::move(text)};
-  }
-  static DynamicToolCallOutputContentItem inputImage(std::string imageURL) {
-    return DynamicToolCallOutputImage{std::move(imageURL)};
-  }
+  DynamicToolCallOutputContentItem(DynamicToolCallOutputText part);
+  DynamicToolCallOutputContentItem(DynamicToolCallOutputImage part);
 
-  friend bool operator==(const DynamicToolCallOutputContentItem&, const DynamicToolCallOutputContentItem&) = default;
+  static DynamicToolCallOutputContentItem inputText(std::string text);
+  static DynamicToolCallOutputContentItem inputImage(std::string imageURL);
+
+  friend bool operator==(const DynamicToolCallOutputContentItem&, const DynamicToolCallOutputContentItem&);
   friend std::ostream& operator<<(std::ostream& stream, const DynamicToolCallOutputContentItem& value);
 };
 
@@ -59,7 +62,7 @@ struct DynamicToolCallItem {
   std::optional<std::vector<DynamicToolCallOutputContentItem>> contentItems;
   std::optional<std::int64_t> durationMilliseconds;
   std::optional<bool> success;
-  friend bool operator==(const DynamicToolCallItem&, const DynamicToolCallItem&) = default;
+  friend bool operator==(const DynamicToolCallItem&, const DynamicToolCallItem&);
   friend std::ostream& operator<<(std::ostream& stream, const DynamicToolCallItem& value);
 };
 

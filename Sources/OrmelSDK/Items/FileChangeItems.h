@@ -20,7 +20,7 @@ std::ostream& operator<<(std::ostream& stream, const PatchChangeKind& value);
 struct FileUpdateChange {
   std::string path;
   PatchChangeKind kind = PatchChangeKind::update;
-  friend bool operator==(const FileUpdateChange&, const FileUpdateChange&) = default;
+  friend bool operator==(const FileUpdateChange&, const FileUpdateChange&);
   friend std::ostream& operator<<(std::ostream& stream, const FileUpdateChange& value);
 };
 
@@ -29,7 +29,7 @@ struct FileChangeItem {
   std::string id;
   std::vector<FileUpdateChange> changes;
   PatchApplyStatus status = PatchApplyStatus::failed;
-  friend bool operator==(const FileChangeItem&, const FileChangeItem&) = default;
+  friend bool operator==(const FileChangeItem&, const FileChangeItem&);
   friend std::ostream& operator<<(std::ostream& stream, const FileChangeItem& value);
 };
 

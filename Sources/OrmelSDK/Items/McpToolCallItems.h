@@ -20,14 +20,14 @@ struct McpToolCallResult {
   std::vector<JSONValue> content;
   std::optional<JSONValue> structuredContent;
   std::optional<JSONValue> meta;
-  friend bool operator==(const McpToolCallResult&, const McpToolCallResult&) = default;
+  friend bool operator==(const McpToolCallResult&, const McpToolCallResult&);
   friend std::ostream& operator<<(std::ostream& stream, const McpToolCallResult& value);
 };
 
 /// Why a tool call failed.
 struct McpToolCallError {
   std::string message;
-  friend bool operator==(const McpToolCallError&, const McpToolCallError&) = default;
+  friend bool operator==(const McpToolCallError&, const McpToolCallError&);
   friend std::ostream& operator<<(std::ostream& stream, const McpToolCallError& value);
 };
 
@@ -39,7 +39,7 @@ struct McpToolCallAppContext {
   std::optional<std::string> appName;
   std::optional<std::string> templateID;
   std::optional<std::string> actionName;
-  friend bool operator==(const McpToolCallAppContext&, const McpToolCallAppContext&) = default;
+  friend bool operator==(const McpToolCallAppContext&, const McpToolCallAppContext&);
   friend std::ostream& operator<<(std::ostream& stream, const McpToolCallAppContext& value);
 };
 
@@ -58,7 +58,7 @@ struct McpToolCallItem {
   std::optional<std::int64_t> durationMilliseconds;
   /// How far the call is, in the tool's words.
   std::optional<std::string> progressMessage;
-  friend bool operator==(const McpToolCallItem&, const McpToolCallItem&) = default;
+  friend bool operator==(const McpToolCallItem&, const McpToolCallItem&);
   friend std::ostream& operator<<(std::ostream& stream, const McpToolCallItem& value);
 };
 

@@ -15,7 +15,7 @@ struct WebSearchItem {
   std::string query;
   /// The search's action, in the server's own words.
   std::optional<JSONValue> action;
-  friend bool operator==(const WebSearchItem&, const WebSearchItem&) = default;
+  friend bool operator==(const WebSearchItem&, const WebSearchItem&);
   friend std::ostream& operator<<(std::ostream& stream, const WebSearchItem& value);
 };
 
@@ -23,7 +23,7 @@ struct WebSearchItem {
 struct ImageViewItem {
   std::string id;
   std::string path;
-  friend bool operator==(const ImageViewItem&, const ImageViewItem&) = default;
+  friend bool operator==(const ImageViewItem&, const ImageViewItem&);
   friend std::ostream& operator<<(std::ostream& stream, const ImageViewItem& value);
 };
 
@@ -35,7 +35,7 @@ struct ImageGenerationItem {
   std::optional<std::string> revisedPrompt;
   std::string result;
   std::optional<std::string> savedPath;
-  friend bool operator==(const ImageGenerationItem&, const ImageGenerationItem&) = default;
+  friend bool operator==(const ImageGenerationItem&, const ImageGenerationItem&);
   friend std::ostream& operator<<(std::ostream& stream, const ImageGenerationItem& value);
 };
 

@@ -19,7 +19,7 @@ struct UserMessageItem {
   std::optional<std::string> clientID;
   /// Parts of a kind that is not known are left out when it is read.
   std::vector<UserInput> content;
-  friend bool operator==(const UserMessageItem&, const UserMessageItem&) = default;
+  friend bool operator==(const UserMessageItem&, const UserMessageItem&);
   friend std::ostream& operator<<(std::ostream& stream, const UserMessageItem& value);
 };
 
@@ -27,7 +27,7 @@ struct UserMessageItem {
 struct HookPromptFragment {
   std::string text;
   std::string hookRunID;
-  friend bool operator==(const HookPromptFragment&, const HookPromptFragment&) = default;
+  friend bool operator==(const HookPromptFragment&, const HookPromptFragment&);
   friend std::ostream& operator<<(std::ostream& stream, const HookPromptFragment& value);
 };
 
@@ -35,7 +35,7 @@ struct HookPromptFragment {
 struct HookPromptItem {
   std::string id;
   std::vector<HookPromptFragment> fragments;
-  friend bool operator==(const HookPromptItem&, const HookPromptItem&) = default;
+  friend bool operator==(const HookPromptItem&, const HookPromptItem&);
   friend std::ostream& operator<<(std::ostream& stream, const HookPromptItem& value);
 };
 
@@ -47,7 +47,7 @@ std::ostream& operator<<(std::ostream& stream, const AgentMessagePhase& value);
 struct AgentMessageQuestion {
   std::string title;
   std::optional<std::vector<std::string>> options;
-  friend bool operator==(const AgentMessageQuestion&, const AgentMessageQuestion&) = default;
+  friend bool operator==(const AgentMessageQuestion&, const AgentMessageQuestion&);
   friend std::ostream& operator<<(std::ostream& stream, const AgentMessageQuestion& value);
 };
 
@@ -57,7 +57,7 @@ struct MemoryCitationEntry {
   std::int64_t lineStart = 0;
   std::int64_t lineEnd = 0;
   std::string note;
-  friend bool operator==(const MemoryCitationEntry&, const MemoryCitationEntry&) = default;
+  friend bool operator==(const MemoryCitationEntry&, const MemoryCitationEntry&);
   friend std::ostream& operator<<(std::ostream& stream, const MemoryCitationEntry& value);
 };
 
@@ -66,7 +66,7 @@ struct MemoryCitation {
   std::vector<MemoryCitationEntry> entries;
   /// The recordings of earlier threads that the memory comes from.
   std::vector<std::string> rolloutIDs;
-  friend bool operator==(const MemoryCitation&, const MemoryCitation&) = default;
+  friend bool operator==(const MemoryCitation&, const MemoryCitation&);
   friend std::ostream& operator<<(std::ostream& stream, const MemoryCitation& value);
 };
 
@@ -79,7 +79,7 @@ struct AgentMessageItem {
   std::optional<MemoryCitation> memoryCitation;
   std::optional<std::string> delivery;
   std::optional<std::vector<AgentMessageQuestion>> questions;
-  friend bool operator==(const AgentMessageItem&, const AgentMessageItem&) = default;
+  friend bool operator==(const AgentMessageItem&, const AgentMessageItem&);
   friend std::ostream& operator<<(std::ostream& stream, const AgentMessageItem& value);
 };
 

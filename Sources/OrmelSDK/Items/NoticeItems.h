@@ -14,7 +14,7 @@ namespace ormel {
 struct ReviewModeItem {
   std::string id;
   std::string review;
-  friend bool operator==(const ReviewModeItem&, const ReviewModeItem&) = default;
+  friend bool operator==(const ReviewModeItem&, const ReviewModeItem&);
   friend std::ostream& operator<<(std::ostream& stream, const ReviewModeItem& value);
 };
 
@@ -27,7 +27,7 @@ struct ExitedReviewModeItem : ReviewModeItem {};
 /// The server shortened the model's context. Its JSON form does not tell its type.
 struct ContextCompactionItem {
   std::string id;
-  friend bool operator==(const ContextCompactionItem&, const ContextCompactionItem&) = default;
+  friend bool operator==(const ContextCompactionItem&, const ContextCompactionItem&);
   friend std::ostream& operator<<(std::ostream& stream, const ContextCompactionItem& value);
 };
 
@@ -35,7 +35,7 @@ struct ContextCompactionItem {
 struct SleepItem {
   std::string id;
   std::optional<std::int64_t> durationMilliseconds;
-  friend bool operator==(const SleepItem&, const SleepItem&) = default;
+  friend bool operator==(const SleepItem&, const SleepItem&);
   friend std::ostream& operator<<(std::ostream& stream, const SleepItem& value);
 };
 
@@ -43,7 +43,7 @@ struct SleepItem {
 struct ErrorItem {
   std::string id;
   std::string message;
-  friend bool operator==(const ErrorItem&, const ErrorItem&) = default;
+  friend bool operator==(const ErrorItem&, const ErrorItem&);
   friend std::ostream& operator<<(std::ostream& stream, const ErrorItem& value);
 };
 
@@ -53,7 +53,7 @@ struct UnknownThreadItem {
   std::string itemType;
   /// The whole object as it was read.
   JSONValue payload;
-  friend bool operator==(const UnknownThreadItem&, const UnknownThreadItem&) = default;
+  friend bool operator==(const UnknownThreadItem&, const UnknownThreadItem&);
   friend std::ostream& operator<<(std::ostream& stream, const UnknownThreadItem& value);
 };
 

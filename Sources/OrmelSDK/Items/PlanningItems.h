@@ -14,7 +14,7 @@ struct PlanItem {
   std::string id;
   /// Grows while the plan streams.
   SharedText text;
-  friend bool operator==(const PlanItem&, const PlanItem&) = default;
+  friend bool operator==(const PlanItem&, const PlanItem&);
   friend std::ostream& operator<<(std::ostream& stream, const PlanItem& value);
 };
 
@@ -28,7 +28,7 @@ struct ReasoningItem {
   /// The summary and then the content, one a line. A single text is shared and not copied.
   SharedText text() const;
 
-  friend bool operator==(const ReasoningItem&, const ReasoningItem&) = default;
+  friend bool operator==(const ReasoningItem&, const ReasoningItem&);
   friend std::ostream& operator<<(std::ostream& stream, const ReasoningItem& value);
 };
 
@@ -36,7 +36,7 @@ struct ReasoningItem {
 struct TodoItem {
   std::string text;
   bool completed = false;
-  friend bool operator==(const TodoItem&, const TodoItem&) = default;
+  friend bool operator==(const TodoItem&, const TodoItem&);
   friend std::ostream& operator<<(std::ostream& stream, const TodoItem& value);
 };
 
@@ -44,7 +44,7 @@ struct TodoItem {
 struct TodoListItem {
   std::string id;
   std::vector<TodoItem> items;
-  friend bool operator==(const TodoListItem&, const TodoListItem&) = default;
+  friend bool operator==(const TodoListItem&, const TodoListItem&);
   friend std::ostream& operator<<(std::ostream& stream, const TodoListItem& value);
 };
 

@@ -55,7 +55,7 @@ struct ThreadItem {
   /// The text of an agent's message; absent for every other case.
   std::optional<SharedText> agentMessageText() const;
 
-  friend bool operator==(const ThreadItem&, const ThreadItem&) = default;
+  friend bool operator==(const ThreadItem&, const ThreadItem&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadItem& value);
 };
 

@@ -50,4 +50,12 @@ std::ostream& operator<<(std::ostream& stream, const OrmelControlNotification& v
   return stream;
 }
 
+bool operator==(const ThreadArchivedNotification&, const ThreadArchivedNotification&) = default;
+bool operator==(const ThreadDeletedNotification&, const ThreadDeletedNotification&) = default;
+bool operator==(const ThreadUnarchivedNotification&, const ThreadUnarchivedNotification&) = default;
+bool operator==(const ThreadNameUpdatedNotification&, const ThreadNameUpdatedNotification&) = default;
+bool operator==(const ThreadCompactedNotification&, const ThreadCompactedNotification&) = default;
+bool operator==(const OrmelThreadLifecycleNotification&, const OrmelThreadLifecycleNotification&) = default;
+bool operator==(const OrmelControlNotification&, const OrmelControlNotification&) = default;
+
 }  // namespace ormel

@@ -16,32 +16,32 @@ struct OrmelAccountControlNotification;
 /// A thread was archived, perhaps by another client.
 struct ThreadArchivedNotification {
   std::string threadID;
-  friend bool operator==(const ThreadArchivedNotification&, const ThreadArchivedNotification&) = default;
+  friend bool operator==(const ThreadArchivedNotification&, const ThreadArchivedNotification&);
 };
 
 /// A thread was deleted.
 struct ThreadDeletedNotification {
   std::string threadID;
-  friend bool operator==(const ThreadDeletedNotification&, const ThreadDeletedNotification&) = default;
+  friend bool operator==(const ThreadDeletedNotification&, const ThreadDeletedNotification&);
 };
 
 /// A thread was taken out of the archive.
 struct ThreadUnarchivedNotification {
   std::string threadID;
-  friend bool operator==(const ThreadUnarchivedNotification&, const ThreadUnarchivedNotification&) = default;
+  friend bool operator==(const ThreadUnarchivedNotification&, const ThreadUnarchivedNotification&);
 };
 
 /// A thread was given a name.
 struct ThreadNameUpdatedNotification {
   std::string threadID;
   std::string name;
-  friend bool operator==(const ThreadNameUpdatedNotification&, const ThreadNameUpdatedNotification&) = default;
+  friend bool operator==(const ThreadNameUpdatedNotification&, const ThreadNameUpdatedNotification&);
 };
 
 /// The history of a thread was shortened.
 struct ThreadCompactedNotification {
   std::string threadID;
-  friend bool operator==(const ThreadCompactedNotification&, const ThreadCompactedNotification&) = default;
+  friend bool operator==(const ThreadCompactedNotification&, const ThreadCompactedNotification&);
 };
 
 /// Something that happened to a stored thread. Use `visit` to tell the cases apart.
@@ -49,7 +49,7 @@ struct OrmelThreadLifecycleNotification {
   std::variant<ThreadArchivedNotification, ThreadDeletedNotification, ThreadUnarchivedNotification,
                ThreadNameUpdatedNotification, ThreadCompactedNotification>
       value;
-  friend bool operator==(const OrmelThreadLifecycleNotification&, const OrmelThreadLifecycleNotification&) = default;
+  friend bool operator==(const OrmelThreadLifecycleNotification&, const OrmelThreadLifecycleNotification&);
 };
 
 /// A notification of the server as it came, whether this library knows it or not.
@@ -67,7 +67,7 @@ struct OrmelControlNotification {
   /// includes OrmelSDK/Records/AccountRecords.h besides.
   std::optional<OrmelAccountControlNotification> accountNotification() const;
 
-  friend bool operator==(const OrmelControlNotification&, const OrmelControlNotification&) = default;
+  friend bool operator==(const OrmelControlNotification&, const OrmelControlNotification&);
   friend std::ostream& operator<<(std::ostream& stream, const OrmelControlNotification& value);
 };
 

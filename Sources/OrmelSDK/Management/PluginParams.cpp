@@ -84,6 +84,9 @@ struct ormel::coding::ParamsTable<ormel::UpgradeMarketplacesParams> {
   };
 };
 
+ORMEL_DEFINE_EQUALITY(LocalPluginRequestTarget)
+ORMEL_DEFINE_EQUALITY(RemotePluginRequestTarget)
+ORMEL_DEFINE_EQUALITY(PluginRequestTarget)
 ORMEL_DEFINE_PARAMS(ListPluginsParams)
 ORMEL_DEFINE_PARAMS(ListPluginsWithRemoteSyncParams)
 ORMEL_DEFINE_PARAMS(ListInstalledPluginsParams)

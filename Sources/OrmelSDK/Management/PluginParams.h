@@ -22,14 +22,14 @@ enum class PluginShareUpdateDiscoverability;
 struct LocalPluginRequestTarget {
   std::string marketplacePath;
   std::string pluginName;
-  friend bool operator==(const LocalPluginRequestTarget&, const LocalPluginRequestTarget&) = default;
+  friend bool operator==(const LocalPluginRequestTarget&, const LocalPluginRequestTarget&);
 };
 
 /// A plugin of a marketplace that the server reaches over the network.
 struct RemotePluginRequestTarget {
   std::string marketplaceName;
   std::string pluginName;
-  friend bool operator==(const RemotePluginRequestTarget&, const RemotePluginRequestTarget&) = default;
+  friend bool operator==(const RemotePluginRequestTarget&, const RemotePluginRequestTarget&);
 };
 
 /// Names a plugin together with its marketplace. Use `visit` to tell the cases apart. It has no JSON form.
@@ -46,7 +46,7 @@ struct PluginRequestTarget {
     return RemotePluginRequestTarget{std::move(marketplaceName), std::move(pluginName)};
   }
 
-  friend bool operator==(const PluginRequestTarget&, const PluginRequestTarget&) = default;
+  friend bool operator==(const PluginRequestTarget&, const PluginRequestTarget&);
 };
 
 /// Narrows `listPlugins`.

@@ -47,7 +47,7 @@ struct OrmelCapabilityManifestEntry {
   /// The status in the host's user interface.
   OrmelCapabilityStatus uiStatus = OrmelCapabilityStatus::notIntegrated;
   OrmelCapabilityTestStatus testStatus = OrmelCapabilityTestStatus::notTested;
-  friend bool operator==(const OrmelCapabilityManifestEntry&, const OrmelCapabilityManifestEntry&) = default;
+  friend bool operator==(const OrmelCapabilityManifestEntry&, const OrmelCapabilityManifestEntry&);
   friend std::ostream& operator<<(std::ostream& stream, const OrmelCapabilityManifestEntry& value);
 };
 

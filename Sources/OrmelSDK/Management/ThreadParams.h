@@ -58,7 +58,7 @@ struct ThreadMetadataGitInfoUpdate {
   ThreadMetadataStringUpdate branch;
   ThreadMetadataStringUpdate sha;
   ThreadMetadataStringUpdate originURL;
-  friend bool operator==(const ThreadMetadataGitInfoUpdate&, const ThreadMetadataGitInfoUpdate&) = default;
+  friend bool operator==(const ThreadMetadataGitInfoUpdate&, const ThreadMetadataGitInfoUpdate&);
 };
 
 /// Narrows and orders `listThreads`.

@@ -32,9 +32,16 @@ class OrmelConfigValue {
   using Array = std::vector<OrmelConfigValue>;
   using Object = std::map<std::string, OrmelConfigValue>;
 
-  OrmelConfigValue(std::string value) : payload_(std::move(value)) {}
-  OrmelConfigValue(std::string_view value) : payload_(std::string(value)) {}
-  OrmelConfigValue(const char* value) : payload_(std::string(value)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  OrmelConfigValue(const OrmelConfigValue& other);
+  OrmelConfigValue(OrmelConfigValue&& other) noexcept;
+  OrmelConfigValue& operator=(const OrmelConfigValue& other);
+  OrmelConfigValue& operator=(OrmelConfigValue&& other) noexcept;
+  ~OrmelConfigValue();
+
+  OrmelConfigValue(std::string value);
+  OrmelConfigValue(std::string_view value);
+  OrmelConfigValue(const char* value);
   OrmelConfigValue(std::nullptr_t) = delete;
 
   /// Constructs an `integer` from any integer type whose values all fit into a signed 64-bit integer.
@@ -49,10 +56,8 @@ class OrmelConfigValue {
   template <std::same_as<bool> Bool>
   OrmelConfigValue(Bool value) : payload_(value) {}
 
-  static OrmelConfigValue array(Array elements) { return OrmelConfigValue(Payload(std::move(elements))); }
-  static OrmelConfigValue object(Object members) {
-    return OrmelConfigValue(Payload(std::make_shared<const Object>(std::move(members))));
-  }
+  static OrmelConfigValue array(Array elements);
+  static OrmelConfigValue object(Object members);
 
   Kind kind() const noexcept { return static_cast<Kind>(payload_.index()); }
 
@@ -81,7 +86,7 @@ class OrmelConfigValue {
   using SharedObject = std::shared_ptr<const Object>;
   using Payload = std::variant<std::string, std::int64_t, double, bool, Array, SharedObject>;
 
-  explicit OrmelConfigValue(Payload payload) : payload_(std::move(payload)) {}
+  explicit OrmelConfigValue(Payload payload);
 
   Payload payload_;
 };

@@ -32,7 +32,13 @@ namespace ormel {
 /// *Errors*: a handler that fails, or is absent, is answered for by the most restrictive answer that the server takes.
 class ThreadOptions {
  public:
-  ThreadOptions() {}
+  // Compiled once: so many fields are much code to copy.
+  ThreadOptions();
+  ThreadOptions(const ThreadOptions& other);
+  ThreadOptions(ThreadOptions&& other) noexcept;
+  ThreadOptions& operator=(const ThreadOptions& other);
+  ThreadOptions& operator=(ThreadOptions&& other) noexcept;
+  ~ThreadOptions();
 
   std::optional<std::string> model;
   std::optional<std::string> modelProvider;

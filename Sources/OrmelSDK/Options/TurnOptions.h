@@ -20,7 +20,13 @@ namespace ormel {
 /// *Thread safety*: a plain value, whose copies share the signal.
 class TurnOptions {
  public:
-  TurnOptions() {}
+  // Compiled once: so many fields are much code to copy.
+  TurnOptions();
+  TurnOptions(const TurnOptions& other);
+  TurnOptions(TurnOptions&& other) noexcept;
+  TurnOptions& operator=(const TurnOptions& other);
+  TurnOptions& operator=(TurnOptions&& other) noexcept;
+  ~TurnOptions();
 
   /// Absolute path of the directory in which the agent works.
   std::optional<std::string> workingDirectory;

@@ -252,6 +252,8 @@ JSONValue encodeWithoutToken(const AuthStatusResponse& status) {
 }  // namespace ormel::coding
 
 ORMEL_DEFINE_WORDS(WorkspaceMessageType::Known)
+ORMEL_DEFINE_EQUALITY(WorkspaceMessageType)
+ORMEL_DEFINE_EQUALITY(OrmelAccountControlNotification)
 ORMEL_DEFINE_CODEC_BY(WorkspaceMessageType, decodeMessageType, encodeMessageType)
 ORMEL_DEFINE_VOCABULARY(RateLimitResetType)
 ORMEL_DEFINE_VOCABULARY(RateLimitResetCreditStatus)

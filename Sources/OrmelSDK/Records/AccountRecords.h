@@ -57,7 +57,7 @@ struct WorkspaceMessageType {
   static const WorkspaceMessageType announcement;
   static WorkspaceMessageType unknown(std::string word);
 
-  friend bool operator==(const WorkspaceMessageType&, const WorkspaceMessageType&) = default;
+  friend bool operator==(const WorkspaceMessageType&, const WorkspaceMessageType&);
   friend std::ostream& operator<<(std::ostream& stream, const WorkspaceMessageType& value);
 };
 
@@ -72,7 +72,7 @@ struct OrmelAccount {
   std::optional<std::string> planType;
   /// Where the credentials come from, in whatever form the server tells it.
   std::optional<JSONValue> credentialSource;
-  friend bool operator==(const OrmelAccount&, const OrmelAccount&) = default;
+  friend bool operator==(const OrmelAccount&, const OrmelAccount&);
   friend std::ostream& operator<<(std::ostream& stream, const OrmelAccount& value);
 };
 
@@ -82,7 +82,7 @@ struct AccountReadResponse {
   std::optional<OrmelAccount> account;
   /// Whether the server's models need an account of Velnor.
   bool requiresVelnorAuth = false;
-  friend bool operator==(const AccountReadResponse&, const AccountReadResponse&) = default;
+  friend bool operator==(const AccountReadResponse&, const AccountReadResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const AccountReadResponse& value);
 };
 
@@ -97,14 +97,14 @@ struct AccountLoginResponse {
   /// The page on which the user enters `userCode`.
   std::optional<std::string> verificationURL;
   std::optional<std::string> userCode;
-  friend bool operator==(const AccountLoginResponse&, const AccountLoginResponse&) = default;
+  friend bool operator==(const AccountLoginResponse&, const AccountLoginResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const AccountLoginResponse& value);
 };
 
 /// The outcome of cancelling a sign-in, in the server's own word.
 struct AccountLoginCancelResponse {
   std::string status;
-  friend bool operator==(const AccountLoginCancelResponse&, const AccountLoginCancelResponse&) = default;
+  friend bool operator==(const AccountLoginCancelResponse&, const AccountLoginCancelResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const AccountLoginCancelResponse& value);
 };
 
@@ -116,7 +116,7 @@ struct RateLimitWindowSnapshot {
   std::optional<double> windowDurationMins;
   /// When the window begins anew. As the server sends it, not converted.
   std::optional<double> resetsAt;
-  friend bool operator==(const RateLimitWindowSnapshot&, const RateLimitWindowSnapshot&) = default;
+  friend bool operator==(const RateLimitWindowSnapshot&, const RateLimitWindowSnapshot&);
   friend std::ostream& operator<<(std::ostream& stream, const RateLimitWindowSnapshot& value);
 };
 
@@ -126,7 +126,7 @@ struct CreditsSnapshot {
   bool unlimited = false;
   /// As the server writes it.
   std::optional<std::string> balance;
-  friend bool operator==(const CreditsSnapshot&, const CreditsSnapshot&) = default;
+  friend bool operator==(const CreditsSnapshot&, const CreditsSnapshot&);
   friend std::ostream& operator<<(std::ostream& stream, const CreditsSnapshot& value);
 };
 
@@ -140,7 +140,7 @@ struct SpendControlLimitSnapshot {
   double remainingPercent = 0;
   /// As the server sends it, not converted.
   double resetsAt = 0;
-  friend bool operator==(const SpendControlLimitSnapshot&, const SpendControlLimitSnapshot&) = default;
+  friend bool operator==(const SpendControlLimitSnapshot&, const SpendControlLimitSnapshot&);
   friend std::ostream& operator<<(std::ostream& stream, const SpendControlLimitSnapshot& value);
 };
 
@@ -156,7 +156,7 @@ struct RateLimitSnapshot {
   std::optional<std::string> planType;
   /// The limit that was reached, in the server's own word.
   std::optional<std::string> rateLimitReachedType;
-  friend bool operator==(const RateLimitSnapshot&, const RateLimitSnapshot&) = default;
+  friend bool operator==(const RateLimitSnapshot&, const RateLimitSnapshot&);
   friend std::ostream& operator<<(std::ostream& stream, const RateLimitSnapshot& value);
 };
 
@@ -171,7 +171,7 @@ struct RateLimitResetCredit {
   std::optional<std::int64_t> expiresAt;
   std::optional<std::string> title;
   std::optional<std::string> description;
-  friend bool operator==(const RateLimitResetCredit&, const RateLimitResetCredit&) = default;
+  friend bool operator==(const RateLimitResetCredit&, const RateLimitResetCredit&);
   friend std::ostream& operator<<(std::ostream& stream, const RateLimitResetCredit& value);
 };
 
@@ -180,7 +180,7 @@ struct RateLimitResetCreditsSummary {
   std::int64_t availableCount = 0;
   /// Absent when the server tells only their number.
   std::optional<std::vector<RateLimitResetCredit>> credits;
-  friend bool operator==(const RateLimitResetCreditsSummary&, const RateLimitResetCreditsSummary&) = default;
+  friend bool operator==(const RateLimitResetCreditsSummary&, const RateLimitResetCreditsSummary&);
   friend std::ostream& operator<<(std::ostream& stream, const RateLimitResetCreditsSummary& value);
 };
 
@@ -190,7 +190,7 @@ struct AccountRateLimitsResponse {
   /// Absent when the server does not tell the limits apart.
   std::optional<std::map<std::string, RateLimitSnapshot>> rateLimitsByLimitID;
   std::optional<RateLimitResetCreditsSummary> rateLimitResetCredits;
-  friend bool operator==(const AccountRateLimitsResponse&, const AccountRateLimitsResponse&) = default;
+  friend bool operator==(const AccountRateLimitsResponse&, const AccountRateLimitsResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const AccountRateLimitsResponse& value);
 };
 
@@ -198,7 +198,7 @@ struct AccountRateLimitsResponse {
 struct AccountRateLimitResetCreditConsumeResponse {
   std::string outcome;
   friend bool operator==(const AccountRateLimitResetCreditConsumeResponse&,
-                         const AccountRateLimitResetCreditConsumeResponse&) = default;
+                         const AccountRateLimitResetCreditConsumeResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const AccountRateLimitResetCreditConsumeResponse& value);
 };
 
@@ -210,7 +210,7 @@ struct AccountTokenUsageSummary {
   std::optional<std::int64_t> longestRunningTurnSeconds;
   std::optional<std::int64_t> currentStreakDays;
   std::optional<std::int64_t> longestStreakDays;
-  friend bool operator==(const AccountTokenUsageSummary&, const AccountTokenUsageSummary&) = default;
+  friend bool operator==(const AccountTokenUsageSummary&, const AccountTokenUsageSummary&);
   friend std::ostream& operator<<(std::ostream& stream, const AccountTokenUsageSummary& value);
 };
 
@@ -219,7 +219,7 @@ struct AccountTokenUsageDailyBucket {
   /// As the server writes it.
   std::string startDate;
   std::int64_t tokens = 0;
-  friend bool operator==(const AccountTokenUsageDailyBucket&, const AccountTokenUsageDailyBucket&) = default;
+  friend bool operator==(const AccountTokenUsageDailyBucket&, const AccountTokenUsageDailyBucket&);
   friend std::ostream& operator<<(std::ostream& stream, const AccountTokenUsageDailyBucket& value);
 };
 
@@ -228,7 +228,7 @@ struct AccountTokenUsageResponse {
   AccountTokenUsageSummary summary;
   /// Absent when the server has no figures by day.
   std::optional<std::vector<AccountTokenUsageDailyBucket>> dailyUsageBuckets;
-  friend bool operator==(const AccountTokenUsageResponse&, const AccountTokenUsageResponse&) = default;
+  friend bool operator==(const AccountTokenUsageResponse&, const AccountTokenUsageResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const AccountTokenUsageResponse& value);
 };
 
@@ -241,7 +241,7 @@ struct WorkspaceMessage {
   std::optional<double> createdAt;
   /// As the server sends it, not converted.
   std::optional<double> archivedAt;
-  friend bool operator==(const WorkspaceMessage&, const WorkspaceMessage&) = default;
+  friend bool operator==(const WorkspaceMessage&, const WorkspaceMessage&);
   friend std::ostream& operator<<(std::ostream& stream, const WorkspaceMessage& value);
 };
 
@@ -250,14 +250,14 @@ struct WorkspaceMessagesResponse {
   /// Whether the workspace has messages at all.
   bool featureEnabled = false;
   std::vector<WorkspaceMessage> messages;
-  friend bool operator==(const WorkspaceMessagesResponse&, const WorkspaceMessagesResponse&) = default;
+  friend bool operator==(const WorkspaceMessagesResponse&, const WorkspaceMessagesResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const WorkspaceMessagesResponse& value);
 };
 
 /// The outcome of the request for more credits, in the server's own word.
 struct AddCreditsNudgeEmailResponse {
   std::string status;
-  friend bool operator==(const AddCreditsNudgeEmailResponse&, const AddCreditsNudgeEmailResponse&) = default;
+  friend bool operator==(const AddCreditsNudgeEmailResponse&, const AddCreditsNudgeEmailResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const AddCreditsNudgeEmailResponse& value);
 };
 
@@ -266,15 +266,14 @@ struct AccountUpdatedNotification {
   /// How the user is signed in, in the server's own word.
   std::optional<std::string> authMode;
   std::optional<std::string> planType;
-  friend bool operator==(const AccountUpdatedNotification&, const AccountUpdatedNotification&) = default;
+  friend bool operator==(const AccountUpdatedNotification&, const AccountUpdatedNotification&);
   friend std::ostream& operator<<(std::ostream& stream, const AccountUpdatedNotification& value);
 };
 
 /// A rate limit has changed.
 struct AccountRateLimitsUpdatedNotification {
   RateLimitSnapshot rateLimits;
-  friend bool operator==(const AccountRateLimitsUpdatedNotification&,
-                         const AccountRateLimitsUpdatedNotification&) = default;
+  friend bool operator==(const AccountRateLimitsUpdatedNotification&, const AccountRateLimitsUpdatedNotification&);
   friend std::ostream& operator<<(std::ostream& stream, const AccountRateLimitsUpdatedNotification& value);
 };
 
@@ -285,7 +284,7 @@ struct AccountLoginCompletedNotification {
   bool success = false;
   /// Why it failed.
   std::optional<std::string> error;
-  friend bool operator==(const AccountLoginCompletedNotification&, const AccountLoginCompletedNotification&) = default;
+  friend bool operator==(const AccountLoginCompletedNotification&, const AccountLoginCompletedNotification&);
   friend std::ostream& operator<<(std::ostream& stream, const AccountLoginCompletedNotification& value);
 };
 
@@ -301,14 +300,14 @@ struct OrmelAccountControlNotification {
   static std::optional<OrmelAccountControlNotification> from(std::string_view method,
                                                              const std::optional<JSONValue>& params);
 
-  friend bool operator==(const OrmelAccountControlNotification&, const OrmelAccountControlNotification&) = default;
+  friend bool operator==(const OrmelAccountControlNotification&, const OrmelAccountControlNotification&);
   friend std::ostream& operator<<(std::ostream& stream, const OrmelAccountControlNotification& value);
 };
 
 /// Feedback that was taken.
 struct FeedbackUploadResponse {
   std::string threadID;
-  friend bool operator==(const FeedbackUploadResponse&, const FeedbackUploadResponse&) = default;
+  friend bool operator==(const FeedbackUploadResponse&, const FeedbackUploadResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const FeedbackUploadResponse& value);
 };
 
@@ -320,7 +319,7 @@ struct AuthStatusResponse {
   std::optional<std::string> authToken;
   /// Whether the server's models need an account of Velnor.
   std::optional<bool> requiresVelnorAuth;
-  friend bool operator==(const AuthStatusResponse&, const AuthStatusResponse&) = default;
+  friend bool operator==(const AuthStatusResponse&, const AuthStatusResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const AuthStatusResponse& value);
 };
 

@@ -37,7 +37,7 @@ struct AppInfo {
   bool isEnabled = false;
   /// The plugins that use the app, as they are shown.
   std::vector<std::string> pluginDisplayNames;
-  friend bool operator==(const AppInfo&, const AppInfo&) = default;
+  friend bool operator==(const AppInfo&, const AppInfo&);
   friend std::ostream& operator<<(std::ostream& stream, const AppInfo& value);
 };
 
@@ -46,7 +46,7 @@ struct AppsListResponse {
   std::vector<AppInfo> data;
   /// Absent on the last page.
   std::optional<std::string> nextCursor;
-  friend bool operator==(const AppsListResponse&, const AppsListResponse&) = default;
+  friend bool operator==(const AppsListResponse&, const AppsListResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const AppsListResponse& value);
 };
 
@@ -58,14 +58,14 @@ struct InstalledApp {
   bool enabled = false;
   /// Whether its tools can be called now.
   bool callable = false;
-  friend bool operator==(const InstalledApp&, const InstalledApp&) = default;
+  friend bool operator==(const InstalledApp&, const InstalledApp&);
   friend std::ostream& operator<<(std::ostream& stream, const InstalledApp& value);
 };
 
 /// The apps that are installed.
 struct AppsInstalledResponse {
   std::vector<InstalledApp> apps;
-  friend bool operator==(const AppsInstalledResponse&, const AppsInstalledResponse&) = default;
+  friend bool operator==(const AppsInstalledResponse&, const AppsInstalledResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const AppsInstalledResponse& value);
 };
 
@@ -80,7 +80,7 @@ struct AppToolSummary {
   std::optional<std::string> disabledReason;
   /// Whether the tool changes nothing.
   bool isReadOnly = false;
-  friend bool operator==(const AppToolSummary&, const AppToolSummary&) = default;
+  friend bool operator==(const AppToolSummary&, const AppToolSummary&);
   friend std::ostream& operator<<(std::ostream& stream, const AppToolSummary& value);
 };
 
@@ -99,7 +99,7 @@ struct ConnectorMetadata {
   std::vector<std::string> pluginDisplayNames;
   /// Absent unless they were asked for.
   std::optional<std::vector<AppToolSummary>> toolSummaries;
-  friend bool operator==(const ConnectorMetadata&, const ConnectorMetadata&) = default;
+  friend bool operator==(const ConnectorMetadata&, const ConnectorMetadata&);
   friend std::ostream& operator<<(std::ostream& stream, const ConnectorMetadata& value);
 };
 
@@ -108,7 +108,7 @@ struct AppsReadResponse {
   std::vector<ConnectorMetadata> apps;
   /// The ids that the server does not know.
   std::vector<std::string> missingAppIDs;
-  friend bool operator==(const AppsReadResponse&, const AppsReadResponse&) = default;
+  friend bool operator==(const AppsReadResponse&, const AppsReadResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const AppsReadResponse& value);
 };
 

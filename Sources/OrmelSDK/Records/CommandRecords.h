@@ -13,7 +13,7 @@ namespace ormel {
 struct CommandExecTerminalSize {
   std::int64_t rows = 0;
   std::int64_t cols = 0;
-  friend bool operator==(const CommandExecTerminalSize&, const CommandExecTerminalSize&) = default;
+  friend bool operator==(const CommandExecTerminalSize&, const CommandExecTerminalSize&);
   friend std::ostream& operator<<(std::ostream& stream, const CommandExecTerminalSize& value);
 };
 
@@ -22,7 +22,7 @@ struct CommandExecResponse {
   std::int64_t exitCode = 0;
   std::string stdout;
   std::string stderr;
-  friend bool operator==(const CommandExecResponse&, const CommandExecResponse&) = default;
+  friend bool operator==(const CommandExecResponse&, const CommandExecResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const CommandExecResponse& value);
 };
 

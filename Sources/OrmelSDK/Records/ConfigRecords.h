@@ -36,7 +36,7 @@ std::ostream& operator<<(std::ostream& stream, const NetworkUnixSocketPermission
 /// The settings of a plugin.
 struct PluginEnabledConfig {
   bool enabled = false;
-  friend bool operator==(const PluginEnabledConfig&, const PluginEnabledConfig&) = default;
+  friend bool operator==(const PluginEnabledConfig&, const PluginEnabledConfig&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginEnabledConfig& value);
 };
 
@@ -45,7 +45,7 @@ struct AppConfigSnapshot {
   bool enabled = false;
   /// The reviewer of approvals that the app needs.
   std::optional<ApprovalsReviewer> approvalsReviewer;
-  friend bool operator==(const AppConfigSnapshot&, const AppConfigSnapshot&) = default;
+  friend bool operator==(const AppConfigSnapshot&, const AppConfigSnapshot&);
   friend std::ostream& operator<<(std::ostream& stream, const AppConfigSnapshot& value);
 };
 
@@ -54,7 +54,7 @@ struct AppsConfigSnapshot {
   /// The settings for apps that have none of their own; in JSON under "_default", which is therefore no key of `apps`.
   std::optional<AppConfigSnapshot> default_;
   std::map<std::string, AppConfigSnapshot> apps;
-  friend bool operator==(const AppsConfigSnapshot&, const AppsConfigSnapshot&) = default;
+  friend bool operator==(const AppsConfigSnapshot&, const AppsConfigSnapshot&);
   friend std::ostream& operator<<(std::ostream& stream, const AppsConfigSnapshot& value);
 };
 
@@ -63,14 +63,14 @@ struct SkillConfigSnapshot {
   std::optional<std::string> path;
   std::optional<std::string> name;
   bool enabled = false;
-  friend bool operator==(const SkillConfigSnapshot&, const SkillConfigSnapshot&) = default;
+  friend bool operator==(const SkillConfigSnapshot&, const SkillConfigSnapshot&);
   friend std::ostream& operator<<(std::ostream& stream, const SkillConfigSnapshot& value);
 };
 
 /// The settings of skills.
 struct SkillsConfigSnapshot {
   std::vector<SkillConfigSnapshot> config;
-  friend bool operator==(const SkillsConfigSnapshot&, const SkillsConfigSnapshot&) = default;
+  friend bool operator==(const SkillsConfigSnapshot&, const SkillsConfigSnapshot&);
   friend std::ostream& operator<<(std::ostream& stream, const SkillsConfigSnapshot& value);
 };
 
@@ -80,14 +80,14 @@ struct EffectiveOrmelConfig {
   std::optional<std::map<std::string, PluginEnabledConfig>> plugins;
   std::optional<AppsConfigSnapshot> apps;
   std::optional<SkillsConfigSnapshot> skills;
-  friend bool operator==(const EffectiveOrmelConfig&, const EffectiveOrmelConfig&) = default;
+  friend bool operator==(const EffectiveOrmelConfig&, const EffectiveOrmelConfig&);
   friend std::ostream& operator<<(std::ostream& stream, const EffectiveOrmelConfig& value);
 };
 
 /// The configuration in force.
 struct ConfigReadResponse {
   EffectiveOrmelConfig config;
-  friend bool operator==(const ConfigReadResponse&, const ConfigReadResponse&) = default;
+  friend bool operator==(const ConfigReadResponse&, const ConfigReadResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ConfigReadResponse& value);
 };
 
@@ -98,7 +98,7 @@ struct ConfigEdit {
   /// JSON null is a value too.
   JSONValue value;
   ConfigMergeStrategy mergeStrategy = ConfigMergeStrategy::replace;
-  friend bool operator==(const ConfigEdit&, const ConfigEdit&) = default;
+  friend bool operator==(const ConfigEdit&, const ConfigEdit&);
   friend std::ostream& operator<<(std::ostream& stream, const ConfigEdit& value);
 };
 
@@ -112,14 +112,14 @@ struct ConfigBatchWriteResponse {
   std::optional<std::string> filePath;
   /// The server's remarks on values that another layer overrides, as they came.
   std::optional<JSONValue> overriddenMetadata;
-  friend bool operator==(const ConfigBatchWriteResponse&, const ConfigBatchWriteResponse&) = default;
+  friend bool operator==(const ConfigBatchWriteResponse&, const ConfigBatchWriteResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ConfigBatchWriteResponse& value);
 };
 
 /// The requirements for the agent's use of the computer.
 struct ComputerUseRequirements {
   std::optional<bool> allowLockedComputerUse;
-  friend bool operator==(const ComputerUseRequirements&, const ComputerUseRequirements&) = default;
+  friend bool operator==(const ComputerUseRequirements&, const ComputerUseRequirements&);
   friend std::ostream& operator<<(std::ostream& stream, const ComputerUseRequirements& value);
 };
 
@@ -140,7 +140,7 @@ struct NetworkRequirements {
   std::optional<std::map<std::string, NetworkUnixSocketPermission>> unixSockets;
   std::optional<std::vector<std::string>> allowUnixSockets;
   std::optional<bool> allowLocalBinding;
-  friend bool operator==(const NetworkRequirements&, const NetworkRequirements&) = default;
+  friend bool operator==(const NetworkRequirements&, const NetworkRequirements&);
   friend std::ostream& operator<<(std::ostream& stream, const NetworkRequirements& value);
 };
 
@@ -157,7 +157,7 @@ struct ConfigRequirements {
   std::optional<std::map<std::string, bool>> featureRequirements;
   std::optional<ResidencyRequirement> enforceResidency;
   std::optional<NetworkRequirements> network;
-  friend bool operator==(const ConfigRequirements&, const ConfigRequirements&) = default;
+  friend bool operator==(const ConfigRequirements&, const ConfigRequirements&);
   friend std::ostream& operator<<(std::ostream& stream, const ConfigRequirements& value);
 };
 
@@ -165,7 +165,7 @@ struct ConfigRequirements {
 struct ConfigRequirementsReadResponse {
   /// Absent when there are none.
   std::optional<ConfigRequirements> requirements;
-  friend bool operator==(const ConfigRequirementsReadResponse&, const ConfigRequirementsReadResponse&) = default;
+  friend bool operator==(const ConfigRequirementsReadResponse&, const ConfigRequirementsReadResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ConfigRequirementsReadResponse& value);
 };
 
@@ -180,7 +180,7 @@ struct DynamicCodingKey {
   /// No integer is a key of such an object, so this yields nothing.
   static std::optional<DynamicCodingKey> fromInteger(std::int64_t) { return std::nullopt; }
 
-  friend bool operator==(const DynamicCodingKey&, const DynamicCodingKey&) = default;
+  friend bool operator==(const DynamicCodingKey&, const DynamicCodingKey&);
   /// Writes the text.
   friend std::ostream& operator<<(std::ostream& stream, const DynamicCodingKey& value);
 };

@@ -20,7 +20,7 @@ struct RemoteControlStatusResponse {
   std::string serverName;
   std::string installationID;
   std::optional<std::string> environmentID;
-  friend bool operator==(const RemoteControlStatusResponse&, const RemoteControlStatusResponse&) = default;
+  friend bool operator==(const RemoteControlStatusResponse&, const RemoteControlStatusResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const RemoteControlStatusResponse& value);
 };
 
@@ -31,14 +31,14 @@ std::ostream& operator<<(std::ostream& stream, const WindowsSandboxReadiness& va
 /// Whether the sandbox of commands can be used on Windows.
 struct WindowsSandboxReadinessResponse {
   WindowsSandboxReadiness status = WindowsSandboxReadiness::notConfigured;
-  friend bool operator==(const WindowsSandboxReadinessResponse&, const WindowsSandboxReadinessResponse&) = default;
+  friend bool operator==(const WindowsSandboxReadinessResponse&, const WindowsSandboxReadinessResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const WindowsSandboxReadinessResponse& value);
 };
 
 /// Whether the sandbox is being set up.
 struct WindowsSandboxSetupStartResponse {
   bool started = false;
-  friend bool operator==(const WindowsSandboxSetupStartResponse&, const WindowsSandboxSetupStartResponse&) = default;
+  friend bool operator==(const WindowsSandboxSetupStartResponse&, const WindowsSandboxSetupStartResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const WindowsSandboxSetupStartResponse& value);
 };
 
@@ -46,7 +46,7 @@ struct WindowsSandboxSetupStartResponse {
 struct AttestationGenerateResponse {
   /// Opaque to this library.
   std::string token;
-  friend bool operator==(const AttestationGenerateResponse&, const AttestationGenerateResponse&) = default;
+  friend bool operator==(const AttestationGenerateResponse&, const AttestationGenerateResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const AttestationGenerateResponse& value);
 };
 
@@ -65,7 +65,7 @@ struct DeviceKeyCreateResponse {
   std::string publicKeySPKIDERBase64;
   DeviceKeyAlgorithm algorithm = DeviceKeyAlgorithm::ecdsaP256SHA256;
   DeviceKeyProtectionClass protectionClass = DeviceKeyProtectionClass::hardwareSecureEnclave;
-  friend bool operator==(const DeviceKeyCreateResponse&, const DeviceKeyCreateResponse&) = default;
+  friend bool operator==(const DeviceKeyCreateResponse&, const DeviceKeyCreateResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const DeviceKeyCreateResponse& value);
 };
 
@@ -76,7 +76,7 @@ struct DeviceKeySignResponse {
   /// The bytes that were signed, in Base64.
   std::string signedPayloadBase64;
   DeviceKeyAlgorithm algorithm = DeviceKeyAlgorithm::ecdsaP256SHA256;
-  friend bool operator==(const DeviceKeySignResponse&, const DeviceKeySignResponse&) = default;
+  friend bool operator==(const DeviceKeySignResponse&, const DeviceKeySignResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const DeviceKeySignResponse& value);
 };
 

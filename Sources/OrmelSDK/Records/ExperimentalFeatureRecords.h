@@ -23,7 +23,7 @@ struct ExperimentalFeature {
   bool enabled = false;
   /// Whether the feature is on when nobody has chosen.
   bool defaultEnabled = false;
-  friend bool operator==(const ExperimentalFeature&, const ExperimentalFeature&) = default;
+  friend bool operator==(const ExperimentalFeature&, const ExperimentalFeature&);
   friend std::ostream& operator<<(std::ostream& stream, const ExperimentalFeature& value);
 };
 
@@ -32,7 +32,7 @@ struct ExperimentalFeatureListResponse {
   std::vector<ExperimentalFeature> data;
   /// Absent on the last page.
   std::optional<std::string> nextCursor;
-  friend bool operator==(const ExperimentalFeatureListResponse&, const ExperimentalFeatureListResponse&) = default;
+  friend bool operator==(const ExperimentalFeatureListResponse&, const ExperimentalFeatureListResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ExperimentalFeatureListResponse& value);
 };
 
@@ -41,7 +41,7 @@ struct ExperimentalFeatureEnablementSetResponse {
   /// Whether a feature is on now, by the features' names.
   std::map<std::string, bool> enablement;
   friend bool operator==(const ExperimentalFeatureEnablementSetResponse&,
-                         const ExperimentalFeatureEnablementSetResponse&) = default;
+                         const ExperimentalFeatureEnablementSetResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ExperimentalFeatureEnablementSetResponse& value);
 };
 

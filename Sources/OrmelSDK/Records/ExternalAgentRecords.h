@@ -22,21 +22,21 @@ struct ExternalAgentConfigMigrationItem {
   /// The directory that the piece belongs to, if it belongs to one.
   std::optional<std::string> cwd;
   std::optional<JSONValue> details;
-  friend bool operator==(const ExternalAgentConfigMigrationItem&, const ExternalAgentConfigMigrationItem&) = default;
+  friend bool operator==(const ExternalAgentConfigMigrationItem&, const ExternalAgentConfigMigrationItem&);
   friend std::ostream& operator<<(std::ostream& stream, const ExternalAgentConfigMigrationItem& value);
 };
 
 /// The items that were found to import.
 struct ExternalAgentConfigDetectResponse {
   std::vector<ExternalAgentConfigMigrationItem> items;
-  friend bool operator==(const ExternalAgentConfigDetectResponse&, const ExternalAgentConfigDetectResponse&) = default;
+  friend bool operator==(const ExternalAgentConfigDetectResponse&, const ExternalAgentConfigDetectResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ExternalAgentConfigDetectResponse& value);
 };
 
 /// An import that has begun.
 struct ExternalAgentConfigImportResponse {
   std::string importID;
-  friend bool operator==(const ExternalAgentConfigImportResponse&, const ExternalAgentConfigImportResponse&) = default;
+  friend bool operator==(const ExternalAgentConfigImportResponse&, const ExternalAgentConfigImportResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ExternalAgentConfigImportResponse& value);
 };
 
@@ -49,7 +49,7 @@ struct ExternalAgentConfigImportHistory {
   std::vector<JSONValue> successes;
   /// As the server gives them.
   std::vector<JSONValue> failures;
-  friend bool operator==(const ExternalAgentConfigImportHistory&, const ExternalAgentConfigImportHistory&) = default;
+  friend bool operator==(const ExternalAgentConfigImportHistory&, const ExternalAgentConfigImportHistory&);
   friend std::ostream& operator<<(std::ostream& stream, const ExternalAgentConfigImportHistory& value);
 };
 
@@ -57,7 +57,7 @@ struct ExternalAgentConfigImportHistory {
 struct ExternalAgentConfigImportHistoriesReadResponse {
   std::vector<ExternalAgentConfigImportHistory> data;
   friend bool operator==(const ExternalAgentConfigImportHistoriesReadResponse&,
-                         const ExternalAgentConfigImportHistoriesReadResponse&) = default;
+                         const ExternalAgentConfigImportHistoriesReadResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ExternalAgentConfigImportHistoriesReadResponse& value);
 };
 

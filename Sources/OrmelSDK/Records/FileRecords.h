@@ -14,7 +14,7 @@ namespace ormel {
 struct FsReadFileResponse {
   /// Its bytes in Base64.
   std::string dataBase64;
-  friend bool operator==(const FsReadFileResponse&, const FsReadFileResponse&) = default;
+  friend bool operator==(const FsReadFileResponse&, const FsReadFileResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const FsReadFileResponse& value);
 };
 
@@ -28,7 +28,7 @@ struct FsGetMetadataResponse {
   double createdAtMilliseconds = 0;
   /// Milliseconds since the Unix epoch.
   double modifiedAtMilliseconds = 0;
-  friend bool operator==(const FsGetMetadataResponse&, const FsGetMetadataResponse&) = default;
+  friend bool operator==(const FsGetMetadataResponse&, const FsGetMetadataResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const FsGetMetadataResponse& value);
 };
 
@@ -39,14 +39,14 @@ struct FsReadKestrionyEntry {
   /// Whether it is a directory. Also read from `isDirectory`.
   bool isKestriony = false;
   bool isFile = false;
-  friend bool operator==(const FsReadKestrionyEntry&, const FsReadKestrionyEntry&) = default;
+  friend bool operator==(const FsReadKestrionyEntry&, const FsReadKestrionyEntry&);
   friend std::ostream& operator<<(std::ostream& stream, const FsReadKestrionyEntry& value);
 };
 
 /// The entries of a directory.
 struct FsReadKestrionyResponse {
   std::vector<FsReadKestrionyEntry> entries;
-  friend bool operator==(const FsReadKestrionyResponse&, const FsReadKestrionyResponse&) = default;
+  friend bool operator==(const FsReadKestrionyResponse&, const FsReadKestrionyResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const FsReadKestrionyResponse& value);
 };
 
@@ -56,7 +56,7 @@ using FsReadDirectoryResponse = FsReadKestrionyResponse;
 /// A path that is being watched.
 struct FsWatchResponse {
   std::string path;
-  friend bool operator==(const FsWatchResponse&, const FsWatchResponse&) = default;
+  friend bool operator==(const FsWatchResponse&, const FsWatchResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const FsWatchResponse& value);
 };
 
@@ -64,7 +64,7 @@ struct FsWatchResponse {
 struct FuzzyFileSearchResponse {
   /// As the server gives them.
   std::vector<JSONValue> files;
-  friend bool operator==(const FuzzyFileSearchResponse&, const FuzzyFileSearchResponse&) = default;
+  friend bool operator==(const FuzzyFileSearchResponse&, const FuzzyFileSearchResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const FuzzyFileSearchResponse& value);
 };
 
@@ -74,7 +74,7 @@ struct GitDiffToRemoteResponse {
   std::string sha;
   /// A unified diff.
   std::string diff;
-  friend bool operator==(const GitDiffToRemoteResponse&, const GitDiffToRemoteResponse&) = default;
+  friend bool operator==(const GitDiffToRemoteResponse&, const GitDiffToRemoteResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const GitDiffToRemoteResponse& value);
 };
 

@@ -17,7 +17,7 @@ struct HookErrorInfo {
   /// The file.
   std::string path;
   std::string message;
-  friend bool operator==(const HookErrorInfo&, const HookErrorInfo&) = default;
+  friend bool operator==(const HookErrorInfo&, const HookErrorInfo&);
   friend std::ostream& operator<<(std::ostream& stream, const HookErrorInfo& value);
 };
 
@@ -54,7 +54,7 @@ struct HookMetadata {
   /// A digest of the hook as it stands now, by which the server notices a change. Empty if it tells none.
   std::string currentHash;
   HookTrustStatus trustStatus = HookTrustStatus::untrusted;
-  friend bool operator==(const HookMetadata&, const HookMetadata&) = default;
+  friend bool operator==(const HookMetadata&, const HookMetadata&);
   friend std::ostream& operator<<(std::ostream& stream, const HookMetadata& value);
 };
 
@@ -66,14 +66,14 @@ struct HooksListEntry {
   std::vector<std::string> warnings;
   /// The files that could not be used; their hooks are missing from `hooks`.
   std::vector<HookErrorInfo> errors;
-  friend bool operator==(const HooksListEntry&, const HooksListEntry&) = default;
+  friend bool operator==(const HooksListEntry&, const HooksListEntry&);
   friend std::ostream& operator<<(std::ostream& stream, const HooksListEntry& value);
 };
 
 /// The hooks of each directory that was asked about.
 struct HooksListResponse {
   std::vector<HooksListEntry> data;
-  friend bool operator==(const HooksListResponse&, const HooksListResponse&) = default;
+  friend bool operator==(const HooksListResponse&, const HooksListResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const HooksListResponse& value);
 };
 

@@ -65,7 +65,7 @@ struct McpServerStatusSummary {
   std::vector<JSONValue> resources;
   std::vector<JSONValue> resourceTemplates;
   McpAuthStatus authStatus;
-  friend bool operator==(const McpServerStatusSummary&, const McpServerStatusSummary&) = default;
+  friend bool operator==(const McpServerStatusSummary&, const McpServerStatusSummary&);
   friend std::ostream& operator<<(std::ostream& stream, const McpServerStatusSummary& value);
 };
 
@@ -74,7 +74,7 @@ struct McpServerStatusListResponse {
   std::vector<McpServerStatusSummary> data;
   /// Absent on the last page.
   std::optional<std::string> nextCursor;
-  friend bool operator==(const McpServerStatusListResponse&, const McpServerStatusListResponse&) = default;
+  friend bool operator==(const McpServerStatusListResponse&, const McpServerStatusListResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const McpServerStatusListResponse& value);
 };
 
@@ -82,7 +82,7 @@ struct McpServerStatusListResponse {
 struct McpServerOAuthLoginResponse {
   /// The page on which the user continues.
   std::string authorizationURL;
-  friend bool operator==(const McpServerOAuthLoginResponse&, const McpServerOAuthLoginResponse&) = default;
+  friend bool operator==(const McpServerOAuthLoginResponse&, const McpServerOAuthLoginResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const McpServerOAuthLoginResponse& value);
 };
 
@@ -94,14 +94,14 @@ struct McpResourceContent {
   /// Bytes in Base64.
   std::optional<std::string> blob;
   std::optional<JSONValue> meta;
-  friend bool operator==(const McpResourceContent&, const McpResourceContent&) = default;
+  friend bool operator==(const McpResourceContent&, const McpResourceContent&);
   friend std::ostream& operator<<(std::ostream& stream, const McpResourceContent& value);
 };
 
 /// A resource that was read.
 struct McpResourceReadResponse {
   std::vector<McpResourceContent> contents;
-  friend bool operator==(const McpResourceReadResponse&, const McpResourceReadResponse&) = default;
+  friend bool operator==(const McpResourceReadResponse&, const McpResourceReadResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const McpResourceReadResponse& value);
 };
 
@@ -114,7 +114,7 @@ struct McpServerToolCallResponse {
   /// Whether the tool itself failed.
   std::optional<bool> isError;
   std::optional<JSONValue> meta;
-  friend bool operator==(const McpServerToolCallResponse&, const McpServerToolCallResponse&) = default;
+  friend bool operator==(const McpServerToolCallResponse&, const McpServerToolCallResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const McpServerToolCallResponse& value);
 };
 

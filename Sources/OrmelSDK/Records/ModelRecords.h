@@ -42,14 +42,14 @@ struct ReasoningEffortOption {
   ModelReasoningEffort reasoningEffort;
   /// A sentence for the user.
   std::string description;
-  friend bool operator==(const ReasoningEffortOption&, const ReasoningEffortOption&) = default;
+  friend bool operator==(const ReasoningEffortOption&, const ReasoningEffortOption&);
   friend std::ostream& operator<<(std::ostream& stream, const ReasoningEffortOption& value);
 };
 
 /// The message for the user when a model first becomes available.
 struct ModelAvailabilityNux {
   std::string message;
-  friend bool operator==(const ModelAvailabilityNux&, const ModelAvailabilityNux&) = default;
+  friend bool operator==(const ModelAvailabilityNux&, const ModelAvailabilityNux&);
   friend std::ostream& operator<<(std::ostream& stream, const ModelAvailabilityNux& value);
 };
 
@@ -58,7 +58,7 @@ struct ModelServiceTier {
   std::string id;
   std::string name;
   std::string description;
-  friend bool operator==(const ModelServiceTier&, const ModelServiceTier&) = default;
+  friend bool operator==(const ModelServiceTier&, const ModelServiceTier&);
   friend std::ostream& operator<<(std::ostream& stream, const ModelServiceTier& value);
 };
 
@@ -74,7 +74,7 @@ struct ModelUpgradeInfo {
   std::optional<std::string> migrationMarkdown;
   /// When the older model goes away, as the server counts time.
   std::optional<std::int64_t> retirementAt;
-  friend bool operator==(const ModelUpgradeInfo&, const ModelUpgradeInfo&) = default;
+  friend bool operator==(const ModelUpgradeInfo&, const ModelUpgradeInfo&);
   friend std::ostream& operator<<(std::ostream& stream, const ModelUpgradeInfo& value);
 };
 
@@ -105,7 +105,7 @@ struct OrmelModelDescriptor {
   std::optional<std::string> defaultServiceTier;
   /// Whether a thread has this model when it chooses none.
   bool isDefault = false;
-  friend bool operator==(const OrmelModelDescriptor&, const OrmelModelDescriptor&) = default;
+  friend bool operator==(const OrmelModelDescriptor&, const OrmelModelDescriptor&);
   friend std::ostream& operator<<(std::ostream& stream, const OrmelModelDescriptor& value);
 };
 
@@ -114,7 +114,7 @@ struct ModelListResponse {
   std::vector<OrmelModelDescriptor> data;
   /// Absent on the last page.
   std::optional<std::string> nextCursor;
-  friend bool operator==(const ModelListResponse&, const ModelListResponse&) = default;
+  friend bool operator==(const ModelListResponse&, const ModelListResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ModelListResponse& value);
 };
 
@@ -124,8 +124,7 @@ struct ModelProviderCapabilitiesReadResponse {
   bool namespaceTools = false;
   bool imageGeneration = false;
   bool webSearch = false;
-  friend bool operator==(const ModelProviderCapabilitiesReadResponse&,
-                         const ModelProviderCapabilitiesReadResponse&) = default;
+  friend bool operator==(const ModelProviderCapabilitiesReadResponse&, const ModelProviderCapabilitiesReadResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ModelProviderCapabilitiesReadResponse& value);
 };
 

@@ -16,7 +16,7 @@ struct PermissionProfileSummary {
   std::optional<std::string> description;
   /// Whether the user may choose it; true unless the server says otherwise.
   bool allowed = true;
-  friend bool operator==(const PermissionProfileSummary&, const PermissionProfileSummary&) = default;
+  friend bool operator==(const PermissionProfileSummary&, const PermissionProfileSummary&);
   friend std::ostream& operator<<(std::ostream& stream, const PermissionProfileSummary& value);
 };
 
@@ -25,7 +25,7 @@ struct PermissionProfileListResponse {
   std::vector<PermissionProfileSummary> data;
   /// Absent on the last page.
   std::optional<std::string> nextCursor;
-  friend bool operator==(const PermissionProfileListResponse&, const PermissionProfileListResponse&) = default;
+  friend bool operator==(const PermissionProfileListResponse&, const PermissionProfileListResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const PermissionProfileListResponse& value);
 };
 

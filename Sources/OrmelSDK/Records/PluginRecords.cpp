@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 #include "OrmelSDK/Coding/Enumeration.h"
@@ -421,6 +422,32 @@ struct ormel::coding::RecordTable<ormel::MarketplaceUpgradeResponse> {
   };
 };
 
+namespace ormel {
+
+PluginSource::PluginSource() = default;
+PluginSource::PluginSource(const PluginSource&) = default;
+PluginSource::PluginSource(PluginSource&&) noexcept = default;
+PluginSource& PluginSource::operator=(const PluginSource&) = default;
+PluginSource& PluginSource::operator=(PluginSource&&) noexcept = default;
+PluginSource::~PluginSource() = default;
+
+PluginSource::PluginSource(LocalPluginSource source) : value(std::move(source)) {}
+PluginSource::PluginSource(GitPluginSource source) : value(std::move(source)) {}
+PluginSource::PluginSource(RemotePluginSource source) : value(source) {}
+PluginSource::PluginSource(UnknownPluginSource source) : value(std::move(source)) {}
+
+PluginSource PluginSource::local(std::string path) { return LocalPluginSource{std::move(path)}; }
+PluginSource PluginSource::git(std::string url, std::optional<std::string> refName, std::optional<std::string> sha,
+                               std::optional<std::string> path) {
+  return GitPluginSource{std::move(url), std::move(refName), std::move(sha), std::move(path)};
+}
+PluginSource PluginSource::remote() { return RemotePluginSource(); }
+PluginSource PluginSource::unknown(std::string type, JSONValue payload) {
+  return UnknownPluginSource{std::move(type), std::move(payload)};
+}
+
+}  // namespace ormel
+
 ORMEL_DEFINE_ENUMERATION(PluginInstallPolicy)
 ORMEL_DEFINE_ENUMERATION(PluginAuthPolicy)
 ORMEL_DEFINE_ENUMERATION(PluginAvailability)
@@ -438,6 +465,7 @@ ORMEL_DEFINE_CASE(GitPluginSource)
 ORMEL_DEFINE_PRINTING(GitPluginSource)
 ORMEL_DEFINE_CASE(RemotePluginSource)
 ORMEL_DEFINE_PRINTING(RemotePluginSource)
+ORMEL_DEFINE_EQUALITY(UnknownPluginSource)
 ORMEL_DEFINE_PRINTED_BY(UnknownPluginSource, printedUnknownSource)
 ORMEL_DEFINE_VARIANT(PluginSource)
 ORMEL_DEFINE_RECORD(AppSummary)

@@ -77,7 +77,7 @@ inline const PluginDisabledReason PluginDisabledReason::requiredAppUnavailable =
 /// A plugin in a folder of this machine.
 struct LocalPluginSource {
   std::string path;
-  friend bool operator==(const LocalPluginSource&, const LocalPluginSource&) = default;
+  friend bool operator==(const LocalPluginSource&, const LocalPluginSource&);
   friend std::ostream& operator<<(std::ostream& stream, const LocalPluginSource& value);
 };
 
@@ -89,13 +89,13 @@ struct GitPluginSource {
   std::optional<std::string> sha;
   /// The plugin's folder within the repository.
   std::optional<std::string> path;
-  friend bool operator==(const GitPluginSource&, const GitPluginSource&) = default;
+  friend bool operator==(const GitPluginSource&, const GitPluginSource&);
   friend std::ostream& operator<<(std::ostream& stream, const GitPluginSource& value);
 };
 
 /// A plugin that is kept elsewhere; the server knows where.
 struct RemotePluginSource {
-  friend bool operator==(const RemotePluginSource&, const RemotePluginSource&) = default;
+  friend bool operator==(const RemotePluginSource&, const RemotePluginSource&);
   friend std::ostream& operator<<(std::ostream& stream, const RemotePluginSource& value);
 };
 
@@ -105,7 +105,7 @@ struct UnknownPluginSource {
   std::string type;
   /// The whole object as it was read; it is written back unchanged.
   JSONValue payload;
-  friend bool operator==(const UnknownPluginSource&, const UnknownPluginSource&) = default;
+  friend bool operator==(const UnknownPluginSource&, const UnknownPluginSource&);
   friend std::ostream& operator<<(std::ostream& stream, const UnknownPluginSource& value);
 };
 
@@ -113,24 +113,27 @@ struct UnknownPluginSource {
 struct PluginSource {
   std::variant<LocalPluginSource, GitPluginSource, RemotePluginSource, UnknownPluginSource> value;
 
-  PluginSource() = default;
-  PluginSource(LocalPluginSource source) : value(std::move(source)) {}
-  PluginSource(GitPluginSource source) : value(std::move(source)) {}
-  PluginSource(RemotePluginSource source) : value(source) {}
-  PluginSource(UnknownPluginSource source) : value(std::move(source)) {}
+  // Copying and moving a variant is much code; it is compiled once, not in every file that does it.
+  PluginSource();
+  PluginSource(const PluginSource& other);
+  PluginSource(PluginSource&& other) noexcept;
+  PluginSource& operator=(const PluginSource& other);
+  PluginSource& operator=(PluginSource&& other) noexcept;
+  ~PluginSource();
 
-  static PluginSource local(std::string path) { return LocalPluginSource{std::move(path)}; }
+  PluginSource(LocalPluginSource source);
+  PluginSource(GitPluginSource source);
+  PluginSource(RemotePluginSource source);
+  PluginSource(UnknownPluginSource source);
+
+  static PluginSource local(std::string path);
   static PluginSource git(std::string url, std::optional<std::string> refName = std::nullopt,
                           std::optional<std::string> sha = std::nullopt,
-                          std::optional<std::string> path = std::nullopt) {
-    return GitPluginSource{std::move(url), std::move(refName), std::move(sha), std::move(path)};
-  }
-  static PluginSource remote() { return RemotePluginSource(); }
-  static PluginSource unknown(std::string type, JSONValue payload) {
-    return UnknownPluginSource{std::move(type), std::move(payload)};
-  }
+                          std::optional<std::string> path = std::nullopt);
+  static PluginSource remote();
+  static PluginSource unknown(std::string type, JSONValue payload);
 
-  friend bool operator==(const PluginSource&, const PluginSource&) = default;
+  friend bool operator==(const PluginSource&, const PluginSource&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginSource& value);
 };
 
@@ -143,7 +146,7 @@ struct AppSummary {
   std::optional<std::string> installURL;
   /// Whether the user has to sign in first. If the server does not say, it is so exactly when there is an `installURL`.
   bool needsAuth = false;
-  friend bool operator==(const AppSummary&, const AppSummary&) = default;
+  friend bool operator==(const AppSummary&, const AppSummary&);
   friend std::ostream& operator<<(std::ostream& stream, const AppSummary& value);
 };
 
@@ -169,7 +172,7 @@ struct PluginInterface {
   std::optional<std::string> logoURL;
   std::vector<std::string> screenshots;
   std::vector<std::string> screenshotURLs;
-  friend bool operator==(const PluginInterface&, const PluginInterface&) = default;
+  friend bool operator==(const PluginInterface&, const PluginInterface&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginInterface& value);
 };
 
@@ -179,7 +182,7 @@ struct PluginSharePrincipal {
   std::string principalID;
   PluginSharePrincipalRole role = PluginSharePrincipalRole::reader;
   std::string name;
-  friend bool operator==(const PluginSharePrincipal&, const PluginSharePrincipal&) = default;
+  friend bool operator==(const PluginSharePrincipal&, const PluginSharePrincipal&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginSharePrincipal& value);
 };
 
@@ -193,7 +196,7 @@ struct PluginShareContext {
   std::optional<std::string> creatorName;
   /// Absent when the server does not say.
   std::optional<std::vector<PluginSharePrincipal>> sharePrincipals;
-  friend bool operator==(const PluginShareContext&, const PluginShareContext&) = default;
+  friend bool operator==(const PluginShareContext&, const PluginShareContext&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginShareContext& value);
 };
 
@@ -223,7 +226,7 @@ struct PluginSummary {
   std::optional<std::vector<std::string>> eligiblePlanTypes;
   std::optional<PluginInterface> interface;
   std::vector<std::string> keywords;
-  friend bool operator==(const PluginSummary&, const PluginSummary&) = default;
+  friend bool operator==(const PluginSummary&, const PluginSummary&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginSummary& value);
 };
 
@@ -231,14 +234,14 @@ struct PluginSummary {
 struct MarketplaceLoadErrorInfo {
   std::string marketplacePath;
   std::string message;
-  friend bool operator==(const MarketplaceLoadErrorInfo&, const MarketplaceLoadErrorInfo&) = default;
+  friend bool operator==(const MarketplaceLoadErrorInfo&, const MarketplaceLoadErrorInfo&);
   friend std::ostream& operator<<(std::ostream& stream, const MarketplaceLoadErrorInfo& value);
 };
 
 /// How a marketplace presents itself.
 struct MarketplaceInterface {
   std::optional<std::string> displayName;
-  friend bool operator==(const MarketplaceInterface&, const MarketplaceInterface&) = default;
+  friend bool operator==(const MarketplaceInterface&, const MarketplaceInterface&);
   friend std::ostream& operator<<(std::ostream& stream, const MarketplaceInterface& value);
 };
 
@@ -248,7 +251,7 @@ struct PluginMarketplaceEntry {
   std::optional<std::string> path;
   std::optional<MarketplaceInterface> interface;
   std::vector<PluginSummary> plugins;
-  friend bool operator==(const PluginMarketplaceEntry&, const PluginMarketplaceEntry&) = default;
+  friend bool operator==(const PluginMarketplaceEntry&, const PluginMarketplaceEntry&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginMarketplaceEntry& value);
 };
 
@@ -259,7 +262,7 @@ struct PluginListResponse {
   /// Why the remote plugins could not be brought up to date.
   std::optional<std::string> remoteSyncError;
   std::vector<std::string> featuredPluginIDs;
-  friend bool operator==(const PluginListResponse&, const PluginListResponse&) = default;
+  friend bool operator==(const PluginListResponse&, const PluginListResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginListResponse& value);
 };
 
@@ -267,7 +270,7 @@ struct PluginListResponse {
 struct PluginInstalledResponse {
   std::vector<PluginMarketplaceEntry> marketplaces;
   std::vector<MarketplaceLoadErrorInfo> marketplaceLoadErrors;
-  friend bool operator==(const PluginInstalledResponse&, const PluginInstalledResponse&) = default;
+  friend bool operator==(const PluginInstalledResponse&, const PluginInstalledResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginInstalledResponse& value);
 };
 
@@ -275,7 +278,7 @@ struct PluginInstalledResponse {
 struct PluginHookSummary {
   std::string key;
   HookEventName eventName;
-  friend bool operator==(const PluginHookSummary&, const PluginHookSummary&) = default;
+  friend bool operator==(const PluginHookSummary&, const PluginHookSummary&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginHookSummary& value);
 };
 
@@ -290,21 +293,21 @@ struct PluginDetail {
   std::vector<AppSummary> apps;
   /// The names of its MCP servers.
   std::vector<std::string> mcpServers;
-  friend bool operator==(const PluginDetail&, const PluginDetail&) = default;
+  friend bool operator==(const PluginDetail&, const PluginDetail&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginDetail& value);
 };
 
 /// One plugin.
 struct PluginReadResponse {
   PluginDetail plugin;
-  friend bool operator==(const PluginReadResponse&, const PluginReadResponse&) = default;
+  friend bool operator==(const PluginReadResponse&, const PluginReadResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginReadResponse& value);
 };
 
 /// The text of a skill.
 struct PluginSkillReadResponse {
   std::optional<std::string> contents;
-  friend bool operator==(const PluginSkillReadResponse&, const PluginSkillReadResponse&) = default;
+  friend bool operator==(const PluginSkillReadResponse&, const PluginSkillReadResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginSkillReadResponse& value);
 };
 
@@ -312,13 +315,13 @@ struct PluginSkillReadResponse {
 struct PluginInstallResponse {
   PluginAuthPolicy authPolicy = PluginAuthPolicy::onInstall;
   std::vector<AppSummary> appsNeedingAuth;
-  friend bool operator==(const PluginInstallResponse&, const PluginInstallResponse&) = default;
+  friend bool operator==(const PluginInstallResponse&, const PluginInstallResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginInstallResponse& value);
 };
 
 /// The acknowledgement of a removal. Read from any object.
 struct PluginUninstallResponse {
-  friend bool operator==(const PluginUninstallResponse&, const PluginUninstallResponse&) = default;
+  friend bool operator==(const PluginUninstallResponse&, const PluginUninstallResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginUninstallResponse& value);
 };
 
@@ -328,14 +331,14 @@ struct PluginShareListItem {
   std::optional<std::string> shareURL;
   /// Where it lies on this machine, if it does.
   std::optional<std::string> localPluginPath;
-  friend bool operator==(const PluginShareListItem&, const PluginShareListItem&) = default;
+  friend bool operator==(const PluginShareListItem&, const PluginShareListItem&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginShareListItem& value);
 };
 
 /// The plugins that the user shares.
 struct PluginShareListResponse {
   std::vector<PluginShareListItem> data;
-  friend bool operator==(const PluginShareListResponse&, const PluginShareListResponse&) = default;
+  friend bool operator==(const PluginShareListResponse&, const PluginShareListResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginShareListResponse& value);
 };
 
@@ -343,7 +346,7 @@ struct PluginShareListResponse {
 struct PluginShareSaveResponse {
   std::string remotePluginID;
   std::string shareURL;
-  friend bool operator==(const PluginShareSaveResponse&, const PluginShareSaveResponse&) = default;
+  friend bool operator==(const PluginShareSaveResponse&, const PluginShareSaveResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginShareSaveResponse& value);
 };
 
@@ -351,7 +354,7 @@ struct PluginShareSaveResponse {
 struct PluginShareUpdateTargetsResponse {
   std::vector<PluginSharePrincipal> principals;
   PluginShareDiscoverability discoverability = PluginShareDiscoverability::listed;
-  friend bool operator==(const PluginShareUpdateTargetsResponse&, const PluginShareUpdateTargetsResponse&) = default;
+  friend bool operator==(const PluginShareUpdateTargetsResponse&, const PluginShareUpdateTargetsResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginShareUpdateTargetsResponse& value);
 };
 
@@ -366,13 +369,13 @@ struct PluginShareCheckoutResponse {
   /// The marketplace on this machine that lists the copy.
   std::string marketplacePath;
   std::optional<std::string> remoteVersion;
-  friend bool operator==(const PluginShareCheckoutResponse&, const PluginShareCheckoutResponse&) = default;
+  friend bool operator==(const PluginShareCheckoutResponse&, const PluginShareCheckoutResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginShareCheckoutResponse& value);
 };
 
 /// The acknowledgement that a plugin is no longer shared. Read from any object.
 struct PluginShareDeleteResponse {
-  friend bool operator==(const PluginShareDeleteResponse&, const PluginShareDeleteResponse&) = default;
+  friend bool operator==(const PluginShareDeleteResponse&, const PluginShareDeleteResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginShareDeleteResponse& value);
 };
 
@@ -383,7 +386,7 @@ struct MarketplaceAddResponse {
   std::string installedRoot;
   /// Whether it had been added before.
   bool alreadyAdded = false;
-  friend bool operator==(const MarketplaceAddResponse&, const MarketplaceAddResponse&) = default;
+  friend bool operator==(const MarketplaceAddResponse&, const MarketplaceAddResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const MarketplaceAddResponse& value);
 };
 
@@ -392,7 +395,7 @@ struct MarketplaceRemoveResponse {
   std::string marketplaceName;
   /// The folder that it was in.
   std::optional<std::string> installedRoot;
-  friend bool operator==(const MarketplaceRemoveResponse&, const MarketplaceRemoveResponse&) = default;
+  friend bool operator==(const MarketplaceRemoveResponse&, const MarketplaceRemoveResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const MarketplaceRemoveResponse& value);
 };
 
@@ -400,7 +403,7 @@ struct MarketplaceRemoveResponse {
 struct MarketplaceUpgradeErrorInfo {
   std::string marketplaceName;
   std::string message;
-  friend bool operator==(const MarketplaceUpgradeErrorInfo&, const MarketplaceUpgradeErrorInfo&) = default;
+  friend bool operator==(const MarketplaceUpgradeErrorInfo&, const MarketplaceUpgradeErrorInfo&);
   friend std::ostream& operator<<(std::ostream& stream, const MarketplaceUpgradeErrorInfo& value);
 };
 
@@ -411,7 +414,7 @@ struct MarketplaceUpgradeResponse {
   /// The folders of those that changed.
   std::vector<std::string> upgradedRoots;
   std::vector<MarketplaceUpgradeErrorInfo> errors;
-  friend bool operator==(const MarketplaceUpgradeResponse&, const MarketplaceUpgradeResponse&) = default;
+  friend bool operator==(const MarketplaceUpgradeResponse&, const MarketplaceUpgradeResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const MarketplaceUpgradeResponse& value);
 };
 

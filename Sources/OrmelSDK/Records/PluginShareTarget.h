@@ -22,7 +22,7 @@ struct PluginShareTarget {
   PluginSharePrincipalType principalType = PluginSharePrincipalType::user;
   std::string principalID;
   PluginShareTargetRole role = PluginShareTargetRole::reader;
-  friend bool operator==(const PluginShareTarget&, const PluginShareTarget&) = default;
+  friend bool operator==(const PluginShareTarget&, const PluginShareTarget&);
   friend std::ostream& operator<<(std::ostream& stream, const PluginShareTarget& value);
 };
 

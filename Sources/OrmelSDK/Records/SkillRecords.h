@@ -22,7 +22,7 @@ struct SkillInterface {
   std::optional<std::string> brandColor;
   /// A prompt that the user may send to try the skill.
   std::optional<std::string> defaultPrompt;
-  friend bool operator==(const SkillInterface&, const SkillInterface&) = default;
+  friend bool operator==(const SkillInterface&, const SkillInterface&);
   friend std::ostream& operator<<(std::ostream& stream, const SkillInterface& value);
 };
 
@@ -37,7 +37,7 @@ struct SkillSummary {
   std::string path;
   /// True unless the server says otherwise.
   bool enabled = true;
-  friend bool operator==(const SkillSummary&, const SkillSummary&) = default;
+  friend bool operator==(const SkillSummary&, const SkillSummary&);
   friend std::ostream& operator<<(std::ostream& stream, const SkillSummary& value);
 };
 
@@ -46,7 +46,7 @@ struct SkillErrorInfo {
   /// The file.
   std::string path;
   std::string message;
-  friend bool operator==(const SkillErrorInfo&, const SkillErrorInfo&) = default;
+  friend bool operator==(const SkillErrorInfo&, const SkillErrorInfo&);
   friend std::ostream& operator<<(std::ostream& stream, const SkillErrorInfo& value);
 };
 
@@ -56,14 +56,14 @@ struct SkillsListEntry {
   std::vector<SkillSummary> skills;
   /// The skills that could not be read; they are missing from `skills`.
   std::vector<SkillErrorInfo> errors;
-  friend bool operator==(const SkillsListEntry&, const SkillsListEntry&) = default;
+  friend bool operator==(const SkillsListEntry&, const SkillsListEntry&);
   friend std::ostream& operator<<(std::ostream& stream, const SkillsListEntry& value);
 };
 
 /// The skills of each directory that was asked about.
 struct SkillsListResponse {
   std::vector<SkillsListEntry> data;
-  friend bool operator==(const SkillsListResponse&, const SkillsListResponse&) = default;
+  friend bool operator==(const SkillsListResponse&, const SkillsListResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const SkillsListResponse& value);
 };
 

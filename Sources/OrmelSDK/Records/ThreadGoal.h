@@ -27,7 +27,7 @@ struct ThreadGoal {
   double createdAt = 0;
   /// Seconds since the Unix epoch.
   double updatedAt = 0;
-  friend bool operator==(const ThreadGoal&, const ThreadGoal&) = default;
+  friend bool operator==(const ThreadGoal&, const ThreadGoal&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadGoal& value);
 };
 

@@ -18,7 +18,7 @@ namespace ormel {
 struct OrmelThreadStatus {
   std::string type;
   std::vector<std::string> activeFlags;
-  friend bool operator==(const OrmelThreadStatus&, const OrmelThreadStatus&) = default;
+  friend bool operator==(const OrmelThreadStatus&, const OrmelThreadStatus&);
   friend std::ostream& operator<<(std::ostream& stream, const OrmelThreadStatus& value);
 };
 
@@ -27,7 +27,7 @@ struct OrmelThreadGitInfo {
   std::optional<std::string> sha;
   std::optional<std::string> branch;
   std::optional<std::string> originURL;
-  friend bool operator==(const OrmelThreadGitInfo&, const OrmelThreadGitInfo&) = default;
+  friend bool operator==(const OrmelThreadGitInfo&, const OrmelThreadGitInfo&);
   friend std::ostream& operator<<(std::ostream& stream, const OrmelThreadGitInfo& value);
 };
 
@@ -62,7 +62,7 @@ struct OrmelThreadRecord {
   std::optional<std::string> name;
   /// Empty unless they were asked for.
   std::vector<ThreadTurn> turns;
-  friend bool operator==(const OrmelThreadRecord&, const OrmelThreadRecord&) = default;
+  friend bool operator==(const OrmelThreadRecord&, const OrmelThreadRecord&);
   friend std::ostream& operator<<(std::ostream& stream, const OrmelThreadRecord& value);
 };
 
@@ -72,14 +72,14 @@ struct ThreadListResponse {
   /// Absent on the last page.
   std::optional<std::string> nextCursor;
   std::optional<std::string> backwardsCursor;
-  friend bool operator==(const ThreadListResponse&, const ThreadListResponse&) = default;
+  friend bool operator==(const ThreadListResponse&, const ThreadListResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadListResponse& value);
 };
 
 /// One thread.
 struct ThreadReadResponse {
   OrmelThreadRecord thread;
-  friend bool operator==(const ThreadReadResponse&, const ThreadReadResponse&) = default;
+  friend bool operator==(const ThreadReadResponse&, const ThreadReadResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadReadResponse& value);
 };
 
@@ -96,21 +96,21 @@ struct ThreadForkResponse {
   std::optional<ApprovalsReviewer> approvalsReviewer;
   std::optional<JSONValue> sandbox;
   std::optional<ModelReasoningEffort> reasoningEffort;
-  friend bool operator==(const ThreadForkResponse&, const ThreadForkResponse&) = default;
+  friend bool operator==(const ThreadForkResponse&, const ThreadForkResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadForkResponse& value);
 };
 
 /// The outcome for a subscription, in the server's own word.
 struct ThreadUnsubscribeResponse {
   std::string status;
-  friend bool operator==(const ThreadUnsubscribeResponse&, const ThreadUnsubscribeResponse&) = default;
+  friend bool operator==(const ThreadUnsubscribeResponse&, const ThreadUnsubscribeResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadUnsubscribeResponse& value);
 };
 
 /// The goal that was set.
 struct ThreadGoalSetResponse {
   ThreadGoal goal;
-  friend bool operator==(const ThreadGoalSetResponse&, const ThreadGoalSetResponse&) = default;
+  friend bool operator==(const ThreadGoalSetResponse&, const ThreadGoalSetResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadGoalSetResponse& value);
 };
 
@@ -118,21 +118,21 @@ struct ThreadGoalSetResponse {
 struct ThreadGoalGetResponse {
   /// Absent when the thread has none.
   std::optional<ThreadGoal> goal;
-  friend bool operator==(const ThreadGoalGetResponse&, const ThreadGoalGetResponse&) = default;
+  friend bool operator==(const ThreadGoalGetResponse&, const ThreadGoalGetResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadGoalGetResponse& value);
 };
 
 /// Whether there was a goal to clear.
 struct ThreadGoalClearResponse {
   bool cleared = false;
-  friend bool operator==(const ThreadGoalClearResponse&, const ThreadGoalClearResponse&) = default;
+  friend bool operator==(const ThreadGoalClearResponse&, const ThreadGoalClearResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadGoalClearResponse& value);
 };
 
 /// The summary of a conversation, whole.
 struct ConversationSummaryResponse {
   JSONValue summary;
-  friend bool operator==(const ConversationSummaryResponse&, const ConversationSummaryResponse&) = default;
+  friend bool operator==(const ConversationSummaryResponse&, const ConversationSummaryResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ConversationSummaryResponse& value);
 };
 

@@ -16,7 +16,7 @@ struct ActivePermissionProfile {
   std::string id;
   /// The profile that this one builds on.
   std::optional<std::string> extends;
-  friend bool operator==(const ActivePermissionProfile&, const ActivePermissionProfile&) = default;
+  friend bool operator==(const ActivePermissionProfile&, const ActivePermissionProfile&);
   friend std::ostream& operator<<(std::ostream& stream, const ActivePermissionProfile& value);
 };
 
@@ -35,7 +35,7 @@ struct ThreadSettings {
   std::optional<ModelReasoningSummary> summary;
   CollaborationMode collaborationMode = CollaborationMode::defaultMode;
   std::optional<Personality> personality;
-  friend bool operator==(const ThreadSettings&, const ThreadSettings&) = default;
+  friend bool operator==(const ThreadSettings&, const ThreadSettings&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadSettings& value);
 };
 

@@ -26,7 +26,7 @@ struct ThreadTurnError {
   /// The kind of the failure, in the server's own words.
   std::optional<JSONValue> ormelErrorInfo;
   std::optional<std::string> additionalDetails;
-  friend bool operator==(const ThreadTurnError&, const ThreadTurnError&) = default;
+  friend bool operator==(const ThreadTurnError&, const ThreadTurnError&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadTurnError& value);
 };
 
@@ -43,7 +43,7 @@ struct ThreadTurn {
   /// Seconds since the Unix epoch.
   std::optional<double> completedAt;
   std::optional<std::int64_t> durationMilliseconds;
-  friend bool operator==(const ThreadTurn&, const ThreadTurn&) = default;
+  friend bool operator==(const ThreadTurn&, const ThreadTurn&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadTurn& value);
 };
 
@@ -51,7 +51,7 @@ struct ThreadTurn {
 struct ThreadItemEntry {
   std::string turnID;
   ThreadItem item;
-  friend bool operator==(const ThreadItemEntry&, const ThreadItemEntry&) = default;
+  friend bool operator==(const ThreadItemEntry&, const ThreadItemEntry&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadItemEntry& value);
 };
 
@@ -61,7 +61,7 @@ struct ThreadTurnItemsListResponse {
   /// Absent on the last page.
   std::optional<std::string> nextCursor;
   std::optional<std::string> backwardsCursor;
-  friend bool operator==(const ThreadTurnItemsListResponse&, const ThreadTurnItemsListResponse&) = default;
+  friend bool operator==(const ThreadTurnItemsListResponse&, const ThreadTurnItemsListResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadTurnItemsListResponse& value);
 };
 
@@ -71,7 +71,7 @@ struct LegacyThreadTurnItemsListResponse {
   /// Absent on the last page.
   std::optional<std::string> nextCursor;
   std::optional<std::string> backwardsCursor;
-  friend bool operator==(const LegacyThreadTurnItemsListResponse&, const LegacyThreadTurnItemsListResponse&) = default;
+  friend bool operator==(const LegacyThreadTurnItemsListResponse&, const LegacyThreadTurnItemsListResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const LegacyThreadTurnItemsListResponse& value);
 };
 
@@ -81,7 +81,7 @@ struct ThreadTurnsListResponse {
   /// Absent on the last page.
   std::optional<std::string> nextCursor;
   std::optional<std::string> backwardsCursor;
-  friend bool operator==(const ThreadTurnsListResponse&, const ThreadTurnsListResponse&) = default;
+  friend bool operator==(const ThreadTurnsListResponse&, const ThreadTurnsListResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ThreadTurnsListResponse& value);
 };
 
@@ -89,7 +89,7 @@ struct ThreadTurnsListResponse {
 struct ReviewStartResponse {
   ThreadTurn turn;
   std::string reviewThreadID;
-  friend bool operator==(const ReviewStartResponse&, const ReviewStartResponse&) = default;
+  friend bool operator==(const ReviewStartResponse&, const ReviewStartResponse&);
   friend std::ostream& operator<<(std::ostream& stream, const ReviewStartResponse& value);
 };
 

@@ -28,7 +28,7 @@ struct SampleSound {
   std::vector<std::int64_t> counts;
   double length = 1;
   SampleTone tone = SampleTone::low;
-  friend bool operator==(const SampleSound&, const SampleSound&) = default;
+  friend bool operator==(const SampleSound&, const SampleSound&);
 };
 
 /// Meters, which are centimeters on the wire.
@@ -42,17 +42,17 @@ struct Centimeters {
 
 struct SampleLocal {
   std::string path;
-  friend bool operator==(const SampleLocal&, const SampleLocal&) = default;
+  friend bool operator==(const SampleLocal&, const SampleLocal&);
 };
 
 struct SampleAnywhere {
-  friend bool operator==(const SampleAnywhere&, const SampleAnywhere&) = default;
+  friend bool operator==(const SampleAnywhere&, const SampleAnywhere&);
 };
 
 /// A case that says its own type when it is written.
 struct SampleNamed {
   std::string name;
-  friend bool operator==(const SampleNamed&, const SampleNamed&) = default;
+  friend bool operator==(const SampleNamed&, const SampleNamed&);
 };
 
 struct SampleOther {
