@@ -156,7 +156,7 @@ std::atomic<int> refusalsLeft = 0;
 TEST(ReapedElsewhere, AnEndThatTheSystemIsSlowToRememberIsAwaited) {
   if (!endsAreTold()) GTEST_SKIP() << "this system remembers no end";
   const IgnoredChildren inForce;
-  refusalsLeft = 2000;
+  refusalsLeft = 50;
   failureInjector = [](SystemCall call) { return call == SystemCall::rememberEnd && refusalsLeft-- > 0 ? EAGAIN : 0; };
   ProcessHandle process(spawn(shell("exit 7"), {}));
   const auto told = awaitEnd(process);
