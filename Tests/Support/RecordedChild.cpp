@@ -50,6 +50,10 @@ void RecordedChild::startReading() {
     record->output += chunk.view();
     record->changed.notify_all();
   };
+  output.onNothing = [record = record_] {
+    const std::lock_guard lock(record->mutex);
+    record->calls.push_back("nothing");
+  };
   output.onEnd = [record = record_] {
     const std::lock_guard lock(record->mutex);
     record->calls.push_back("end");

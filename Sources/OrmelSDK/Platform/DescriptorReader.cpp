@@ -3,9 +3,7 @@
 #include <errno.h>
 #include <unistd.h>
 
-#include "OrmelSDK/Concurrency/ExecutionState.h"
 #include "OrmelSDK/Platform/ChunkBuffers.h"
-#include "OrmelSDK/Platform/WatchedDescriptor.h"
 
 namespace ormel::detail {
 
@@ -17,14 +15,8 @@ constexpr std::size_t worthKeepingWhole = largestChunk / 2;
 /// After this many chunks in a row the reader yields to other work of the thread.
 constexpr int chunksPerTurn = 16;
 
-/// One read of up to the largest chunk; empty at the end of the stream.
-ByteBuffer readChunk(int descriptor) {
-  ByteBuffer buffer = takeChunkBuffer();
-  ssize_t count = 0;
-  do {
-    count = ::read(descriptor, buffer.data(), largestChunk);
-  } while (count < 0 && errno == EINTR);
-  if (count > 0) buffer.commit(static_cast<std::size_t>(count));
+/// Moves what was read into a buffer of its own unless it fills this one.
+ByteBuffer chunkOf(ByteBuffer buffer) {
   if (buffer.size() >= worthKeepingWhole) return buffer;
   ByteBuffer copy;
   copy.append(buffer.view());
@@ -32,77 +24,93 @@ ByteBuffer readChunk(int descriptor) {
   return copy;
 }
 
+ssize_t readInto(ByteBuffer& buffer, int descriptor) {
+  ssize_t count = 0;
+  do {
+    count = ::read(descriptor, buffer.data(), largestChunk);
+  } while (count < 0 && errno == EINTR);
+  if (count > 0) buffer.commit(static_cast<std::size_t>(count));
+  return count;
+}
+
+void callIfSet(const std::function<void()>& handler) {
+  if (handler) handler();
+}
+
 }  // namespace
 
-DescriptorReader::DescriptorReader(asio::io_context& context, FileDescriptor descriptor)
-    : descriptor_(watchedDescriptor(context, std::move(descriptor))) {}
+DescriptorReader::DescriptorReader(EventLoop& loop, FileDescriptor descriptor)
+    : WatchedDescriptor(loop, std::move(descriptor)) {}
 
 void DescriptorReader::start(PipeReadHandlers handlers) {
   const std::lock_guard lock(mutex_);
-  if (!descriptor_.is_open() || handlers_) return;
+  if (!isOpen() || handlers_) return;
   handlers_ = std::make_shared<const PipeReadHandlers>(std::move(handlers));
-  waitLocked();
+  keepsItself_ = shared_from_this();
+  watch(Interest::reading);
 }
 
 void DescriptorReader::stop() noexcept {
+  std::shared_ptr<WatchedDescriptor> kept;
   Handlers released;
   const std::lock_guard lock(mutex_);
   released = closeLocked();
+  kept = std::move(keepsItself_);
 }
 
 bool DescriptorReader::hasUnreadBytes() const noexcept {
   const std::lock_guard lock(mutex_);
-  return descriptor_.is_open() && hasReadableBytes(descriptor_.native_handle());
+  return isOpen() && hasReadableBytes(number());
 }
 
-void DescriptorReader::waitLocked() {
-  descriptor_.async_wait(asio::posix::stream_descriptor::wait_read,
-                         [self = shared_from_this()](const asio::error_code&) { self->readWhatIsThere(); });
-}
-
-void DescriptorReader::readWhatIsThere() {
-  const ThreadHandoff leaving;
+void DescriptorReader::ready(bool hungUp) noexcept {
   for (int chunks = 0; chunks < chunksPerTurn; ++chunks) {
-    const auto handlers = handlersIfReadable();
+    const auto handlers = currentHandlers();
     if (!handlers) return;
-    if (handlers->onReadStart) handlers->onReadStart();
-    auto chunk = take();
-    if (!chunk) return;
-    if (chunk->empty()) {
-      if (handlers->onEnd) handlers->onEnd();
-      return;
-    }
-    if (handlers->onChunk) handlers->onChunk(std::move(*chunk));
+    callIfSet(handlers->onReadStart);
+    auto found = read(hungUp);
+    if (!found) return;
+    if (found->isEnd) return callIfSet(handlers->onEnd);
+    if (found->chunk.empty()) return callIfSet(handlers->onNothing);
+    if (handlers->onChunk) handlers->onChunk(std::move(found->chunk));
+    if (!found->mayHaveMore) return;
   }
-  const std::lock_guard lock(mutex_);
-  if (descriptor_.is_open()) waitLocked();
+  readyAgain();
 }
 
-/// Returns the handlers if a read would find something. Otherwise returns nothing and waits again, unless the reader
-/// was stopped: a wait can end spuriously, and an announced read must be followed by a chunk or the end.
-DescriptorReader::Handlers DescriptorReader::handlersIfReadable() {
+DescriptorReader::Handlers DescriptorReader::currentHandlers() {
   const std::lock_guard lock(mutex_);
-  if (!descriptor_.is_open()) return nullptr;
-  if (isReadable(descriptor_.native_handle())) return handlers_;
-  waitLocked();
-  return nullptr;
+  return handlers_;
 }
 
-/// The next chunk, an empty one at the end of the stream, or nothing if the reader was stopped.
-std::optional<ByteBuffer> DescriptorReader::take() {
+/// One read of up to the largest chunk; nothing if the reader was stopped. A read that gives less than was asked for
+/// has emptied the pipe, so the next bytes are a change that the loop tells of; but the end of a pipe that is hung up
+/// is none.
+std::optional<DescriptorReader::Found> DescriptorReader::read(bool hungUp) {
+  std::shared_ptr<WatchedDescriptor> kept;
   Handlers released;
   const std::lock_guard lock(mutex_);
-  if (!descriptor_.is_open()) return std::nullopt;
-  auto chunk = readChunk(descriptor_.native_handle());
-  if (chunk.empty()) released = closeLocked();
-  return chunk;
+  if (!isOpen()) return std::nullopt;
+  ByteBuffer buffer = takeChunkBuffer();
+  const ssize_t count = readInto(buffer, number());
+  Found found;
+  if (count > 0) {
+    found.mayHaveMore = hungUp || buffer.size() == largestChunk;
+    found.chunk = chunkOf(std::move(buffer));
+    return found;
+  }
+  giveBackChunkBuffer(std::move(buffer));
+  if (count < 0 && errno == EAGAIN) return found;
+  found.isEnd = true;
+  released = closeLocked();
+  kept = std::move(keepsItself_);
+  return found;
 }
 
 /// Closes the pipe and moves the handlers out. The caller destroys them after unlocking, because the objects they own
 /// may call back.
 DescriptorReader::Handlers DescriptorReader::closeLocked() noexcept {
-  asio::error_code ignored;
-  descriptor_.close(ignored);
+  close();
   return std::move(handlers_);
 }
 

@@ -1,21 +1,19 @@
 #pragma once
 
-#include <asio/io_context.hpp>
-#include <asio/posix/stream_descriptor.hpp>
 #include <memory>
 #include <mutex>
 #include <optional>
 
-#include "OrmelSDK/Platform/FileDescriptor.h"
 #include "OrmelSDK/Platform/PipeReader.h"
+#include "OrmelSDK/Platform/WatchedDescriptor.h"
 
 namespace ormel::detail {
 
-/// Reads a real pipe on the threads of an I/O context.
-class DescriptorReader final : public PipeReader, public std::enable_shared_from_this<DescriptorReader> {
+/// Reads a real pipe on the threads of an event loop.
+class DescriptorReader final : public PipeReader, public WatchedDescriptor {
  public:
   /// Fails with `ProcessLaunchError` when the system has no room to watch one more descriptor.
-  DescriptorReader(asio::io_context& context, FileDescriptor descriptor);
+  DescriptorReader(EventLoop& loop, FileDescriptor descriptor);
 
   void start(PipeReadHandlers handlers) override;
   void stop() noexcept override;
@@ -24,15 +22,23 @@ class DescriptorReader final : public PipeReader, public std::enable_shared_from
  private:
   using Handlers = std::shared_ptr<const PipeReadHandlers>;
 
-  void waitLocked();
-  void readWhatIsThere();
-  Handlers handlersIfReadable();
-  std::optional<ByteBuffer> take();
+  /// What a read has found.
+  struct Found {
+    ByteBuffer chunk;
+    bool isEnd = false;
+    /// There may be more: another change need not come first.
+    bool mayHaveMore = false;
+  };
+
+  void ready(bool hungUp) noexcept override;
+  Handlers currentHandlers();
+  std::optional<Found> read(bool hungUp);
   Handlers closeLocked() noexcept;
 
   mutable std::mutex mutex_;
-  mutable asio::posix::stream_descriptor descriptor_;
   Handlers handlers_;
+  /// Set while there are handlers.
+  std::shared_ptr<WatchedDescriptor> keepsItself_;
 };
 
 }  // namespace ormel::detail

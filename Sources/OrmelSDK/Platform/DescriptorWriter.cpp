@@ -4,11 +4,10 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <asio/post.hpp>
+#include <utility>
 
 #include "OrmelSDK/Concurrency/ExecutionState.h"
 #include "OrmelSDK/Platform/SignalMask.h"
-#include "OrmelSDK/Platform/WatchedDescriptor.h"
 
 namespace ormel::detail {
 
@@ -22,21 +21,22 @@ constexpr int writesPerTurn = 16;
 
 }  // namespace
 
-DescriptorWriter::DescriptorWriter(asio::io_context& context, FileDescriptor descriptor)
-    : context_(context), descriptor_(watchedDescriptor(context, std::move(descriptor))) {}
+DescriptorWriter::DescriptorWriter(EventLoop& loop, FileDescriptor descriptor)
+    : WatchedDescriptor(loop, std::move(descriptor)) {}
 
 void DescriptorWriter::write(std::string bytes) {
   if (bytes.empty()) return;
   {
     const std::lock_guard lock(mutex_);
-    if (!descriptor_.is_open() || closing_) return;
+    if (!isOpen() || closing_) return;
     queue_.push_back(std::move(bytes));
     if (busy_) return;
     busy_ = true;
+    keepsItself_ = shared_from_this();
   }
   // On a thread that does not block SIGPIPE a dead child would end the application.
   if (executionState().isPoolThread) return writeQueued(1);
-  asio::post(context_, [self = shared_from_this()] { self->writeQueued(writesPerTurn); });
+  readyAgain();
 }
 
 void DescriptorWriter::closeWhenWritten() {
@@ -46,40 +46,54 @@ void DescriptorWriter::closeWhenWritten() {
 }
 
 void DescriptorWriter::close() noexcept {
+  std::shared_ptr<WatchedDescriptor> kept;
   const std::lock_guard lock(mutex_);
   closeLocked();
+  kept = std::move(keepsItself_);
 }
 
-bool DescriptorWriter::isOpen() const {
+bool DescriptorWriter::acceptsBytes() const {
   const std::lock_guard lock(mutex_);
-  return descriptor_.is_open() && !closing_;
+  return isOpen() && !closing_;
+}
+
+void DescriptorWriter::ready(bool) noexcept {
+  {
+    const std::lock_guard lock(mutex_);
+    if (!busy_) return;
+  }
+  writeQueued(writesPerTurn);
 }
 
 void DescriptorWriter::writeQueued(int turns) {
+  std::shared_ptr<WatchedDescriptor> kept;
   for (int turn = 0; turn < turns; ++turn) {
     const std::lock_guard lock(mutex_);
     switch (writeOnceLocked()) {
       case Progress::everythingWritten:
         busy_ = false;
+        kept = std::move(keepsItself_);
         if (closing_) closeLocked();
         return;
       case Progress::pipeFull:
-        return waitLocked();
+        if (!std::exchange(isWatched_, true)) watch(Interest::writing);
+        return;
       case Progress::closed:
+        kept = std::move(keepsItself_);
         return;
       case Progress::someWritten:
         break;
     }
   }
-  const std::lock_guard lock(mutex_);
-  if (descriptor_.is_open()) waitLocked();
+  readyAgain();
 }
 
 DescriptorWriter::Progress DescriptorWriter::writeOnceLocked() {
-  if (!descriptor_.is_open()) return Progress::closed;
+  if (!isOpen()) return Progress::closed;
+  // Another thread, woken by a change of the pipe, was quicker.
+  if (queue_.empty()) return Progress::everythingWritten;
   const std::string& first = queue_.front();
-  const auto count =
-      ::write(descriptor_.native_handle(), first.data() + written_, std::min(first.size() - written_, largestWrite));
+  const auto count = ::write(number(), first.data() + written_, std::min(first.size() - written_, largestWrite));
   if (count < 0) {
     if (errno == EINTR) return Progress::someWritten;
     if (errno == EAGAIN) return Progress::pipeFull;
@@ -95,14 +109,8 @@ DescriptorWriter::Progress DescriptorWriter::writeOnceLocked() {
   return queue_.empty() ? Progress::everythingWritten : Progress::someWritten;
 }
 
-void DescriptorWriter::waitLocked() {
-  descriptor_.async_wait(asio::posix::stream_descriptor::wait_write,
-                         [self = shared_from_this()](const asio::error_code&) { self->writeQueued(writesPerTurn); });
-}
-
 void DescriptorWriter::closeLocked() noexcept {
-  asio::error_code ignored;
-  descriptor_.close(ignored);
+  WatchedDescriptor::close();
   queue_.clear();
 }
 

@@ -1,27 +1,25 @@
 #pragma once
 
-#include <asio/io_context.hpp>
-#include <asio/posix/stream_descriptor.hpp>
 #include <cstddef>
 #include <deque>
 #include <memory>
 #include <mutex>
 #include <string>
 
-#include "OrmelSDK/Platform/FileDescriptor.h"
+#include "OrmelSDK/Platform/WatchedDescriptor.h"
 
 namespace ormel::detail {
 
-/// Writes a queue of bytes to a pipe on the threads of an I/O context, which block SIGPIPE.
+/// Writes a queue of bytes to a pipe on the threads of an event loop, which block SIGPIPE.
 ///
 /// A writer is open, then closing (no more is taken, the rest is written), then closed; a broken pipe or `close`
 /// leads from either to closed at once and drops what is queued.
 ///
 /// *Thread safety*: all members may be called from any thread; none of them blocks.
-class DescriptorWriter final : public std::enable_shared_from_this<DescriptorWriter> {
+class DescriptorWriter final : public WatchedDescriptor {
  public:
   /// Fails with `ProcessLaunchError` when the system has no room to watch one more descriptor.
-  DescriptorWriter(asio::io_context& context, FileDescriptor descriptor);
+  DescriptorWriter(EventLoop& loop, FileDescriptor descriptor);
 
   /// Queues bytes. Does nothing unless the writer is open.
   void write(std::string bytes);
@@ -32,24 +30,26 @@ class DescriptorWriter final : public std::enable_shared_from_this<DescriptorWri
   /// Closes the pipe now.
   void close() noexcept;
 
-  bool isOpen() const;
+  bool acceptsBytes() const;
 
  private:
   enum class Progress { someWritten, everythingWritten, pipeFull, closed };
 
+  void ready(bool hungUp) noexcept override;
   void writeQueued(int turns);
   Progress writeOnceLocked();
-  void waitLocked();
   void closeLocked() noexcept;
 
   mutable std::mutex mutex_;
-  asio::io_context& context_;
-  asio::posix::stream_descriptor descriptor_;
   std::deque<std::string> queue_;
   /// Number of bytes of the first queued item that are already written.
   std::size_t written_ = 0;
-  /// A thread is writing, or a wait for the pipe to become writable is pending.
+  /// A thread is writing or is about to, or the pipe is full.
   bool busy_ = false;
+  /// The pipe has been full once, and since then the loop tells when it no longer is.
+  bool isWatched_ = false;
+  /// Set while bytes are left that a thread of the loop is to write.
+  std::shared_ptr<WatchedDescriptor> keepsItself_;
   bool closing_ = false;
 };
 

@@ -4,9 +4,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
-#include <asio/post.hpp>
 #include <chrono>
 #include <system_error>
 #include <utility>
@@ -24,10 +22,6 @@ namespace ormel::detail {
 
 namespace {
 
-/// The threads that are kept when all is idle.
-constexpr int usualThreads = 2;
-/// How long a thread beyond these stays idle before it ends.
-constexpr std::chrono::seconds idleTime(5);
 /// How long the end of the process waits for threads that the application holds.
 constexpr std::chrono::milliseconds timeToComeBack(100);
 /// How soon code of the application is tried again for which no thread could be had.
@@ -62,6 +56,30 @@ class IORuntime::Ending {
   IORuntime& runtime_;
 };
 
+/// Code of the application for which no thread could be had is tried again when this falls due. It may be armed again
+/// while it waits to run.
+class IORuntime::AnotherTry final : public TimerItem {
+ public:
+  void arm() noexcept {
+    if (isArmed_.exchange(true)) return;
+    try {
+      shared().loop_->arm(*this, EventLoop::now() + std::chrono::nanoseconds(timeToNextTry).count());
+    } catch (...) {
+      fallDue();
+    }
+  }
+  void fallDue() noexcept override { ioScheduler().post(*this); }
+  void run() noexcept override {
+    isArmed_ = false;
+    shared().postKeptItems();
+  }
+  void discard() noexcept override {}
+  const char* name() const noexcept override { return "another try"; }
+
+ private:
+  std::atomic<bool> isArmed_{false};
+};
+
 IORuntime& IORuntime::shared() {
   static IORuntime& runtime = *new IORuntime();
   return runtime;
@@ -79,29 +97,25 @@ void IORuntime::startLocked() {
   static const Ending atTheEndOfTheProcess(*this);
   static const int forkIsNoticed = ::pthread_atfork(nullptr, nullptr, [] { shared().isForkedCopy_ = true; });
   if (forkIsNoticed != 0) throw ResourceExhaustedError("memory", std::generic_category().message(forkIsNoticed));
-  if (!context_) makeContext();
+  if (!loop_) makeLoop();
   applicationMask_ = currentSignalMask();
-  while (available_ < usualThreads) startThread();
-  fewestAvailable_ = usualThreads;
+  while (loop_->serving() < EventLoop::usualThreads) startThread();
   isStarted_.store(true, std::memory_order_release);
 }
 
-void IORuntime::makeContext() {
+void IORuntime::makeLoop() {
   const StandardStreamsTaken taken;
   try {
     if (const int failure = injectedFailure(SystemCall::makeContext)) {
       throw std::system_error(failure, std::generic_category());
     }
-    context_.emplace();
+    loop_.emplace(&IORuntime::run);
   } catch (const std::system_error& error) {
     throw ResourceExhaustedError("descriptors", error.code().message());
   }
-  work_.emplace(context_->get_executor());
-  anotherTry_.emplace(*context_);
-  idleWatch_.emplace(*context_);
 }
 
-asio::io_context& IORuntime::context() noexcept {
+EventLoop& IORuntime::loop() noexcept {
   if (!isStarted_.load(std::memory_order_acquire)) {
     try {
       start();
@@ -109,7 +123,7 @@ asio::io_context& IORuntime::context() noexcept {
       fatalError(error.description());
     }
   }
-  return *context_;
+  return *loop_;
 }
 
 const sigset_t& IORuntime::applicationMask() {
@@ -119,61 +133,52 @@ const sigset_t& IORuntime::applicationMask() {
 
 void IORuntime::startThread() {
   const SignalMask blocked(asynchronousSignals());
-  ++available_;
+  loop_->expectThread();
   try {
     startDetachedThread([this] { serve(); });
   } catch (const std::system_error& error) {
-    --available_;
+    loop_->giveUpThread();
     throw ResourceExhaustedError("threads", error.code().message());
   }
 }
 
 void IORuntime::serve() noexcept {
   executionState().isPoolThread = true;
-  for (;;) {
-    try {
-      context_->run();
-      break;
-    } catch (const Retirement&) {
-      if (mayRetire()) return;
-    }
-  }
+  loop_->serve();
   const std::lock_guard lock(endMutex_);
-  --available_;
   threadLeft_.notify_all();
 }
 
-bool IORuntime::mayRetire() noexcept {
-  int now = available_;
-  while (now > usualThreads) {
-    if (available_.compare_exchange_weak(now, now - 1)) {
-      const std::lock_guard lock(endMutex_);
-      threadLeft_.notify_all();
-      return true;
-    }
-  }
-  // Others have been lent since it was idle.
-  return false;
+void IORuntime::run(WorkItem& item, WorkKind kind) noexcept {
+  if (kind == WorkKind::application) return shared().runForApplication(item);
+  executionState().scheduler = &ioScheduler();
+  item.run();
+  executionState().scheduler = nullptr;
+}
+
+void IORuntime::runForApplication(WorkItem& item) noexcept {
+  if (!lendThread(item)) return;
+  executionState().scheduler = &productionScheduler();
+  item.run();
+  executionState().scheduler = nullptr;
+  takeThreadBack();
 }
 
 bool IORuntime::lendThread(WorkItem& item) noexcept {
   // Before it is counted out, so that the end of the process finds it in one of the two.
   ++lent_;
-  const int left = available_.fetch_sub(1) - 1;
-  if (isEnding_) {
-    --lent_;
-    stayAway();
-  }
-  if (left < fewestAvailable_.load(std::memory_order_relaxed)) fewestAvailable_.store(left, std::memory_order_relaxed);
-  if (left == 0) {
+  while (!loop_->leave()) {
     try {
       startThread();
     } catch (...) {
-      ++available_;
       --lent_;
       postAgainLater(item);
       return false;
     }
+  }
+  if (isEnding_) {
+    --lent_;
+    stayAway();
   }
   executionState().isPoolThread = false;
   pthread_sigmask(SIG_SETMASK, &applicationMask_, nullptr);
@@ -186,9 +191,8 @@ void IORuntime::takeThreadBack() noexcept {
   executionState().isPoolThread = true;
   --lent_;
   if (isEnding_) stayAway();
-  const int nowAvailable = available_.fetch_add(1) + 1;
+  loop_->comeBack();
   if (hasKeptItems_.load(std::memory_order_acquire)) postKeptItems();
-  if (nowAvailable > usualThreads && !isWatchingForIdle_.load(std::memory_order_relaxed)) watchForIdleThreads();
 }
 
 void IORuntime::stayAway() noexcept {
@@ -200,16 +204,16 @@ void IORuntime::stayAway() noexcept {
 }
 
 void IORuntime::postAgainLater(WorkItem& item) noexcept {
-  const std::lock_guard lock(keptMutex_);
-  item.next = nullptr;
-  WorkItem** end = &keptItems_;
-  while (*end) end = &(*end)->next;
-  *end = &item;
-  if (hasKeptItems_.exchange(true, std::memory_order_release)) return;
-  anotherTry_->expires_after(timeToNextTry);
-  anotherTry_->async_wait([this](std::error_code cancelled) {
-    if (!cancelled) postKeptItems();
-  });
+  {
+    const std::lock_guard lock(keptMutex_);
+    item.next = nullptr;
+    WorkItem** end = &keptItems_;
+    while (*end) end = &(*end)->next;
+    *end = &item;
+    if (hasKeptItems_.exchange(true, std::memory_order_release)) return;
+  }
+  static AnotherTry anotherTry;
+  anotherTry.arm();
 }
 
 void IORuntime::postKeptItems() noexcept {
@@ -222,30 +226,16 @@ void IORuntime::postKeptItems() noexcept {
   while (item) productionScheduler().post(*std::exchange(item, item->next));
 }
 
-void IORuntime::watchForIdleThreads() {
-  if (isWatchingForIdle_.exchange(true)) return;
-  fewestAvailable_ = available_.load();
-  idleWatch_->expires_after(idleTime);
-  idleWatch_->async_wait([this](std::error_code) { retireIdleThreads(); });
-}
-
-void IORuntime::retireIdleThreads() {
-  const int idle = fewestAvailable_.load() - usualThreads;
-  for (int retired = 0; retired < idle; ++retired) asio::post(*context_, [] { throw Retirement(); });
-  isWatchingForIdle_ = false;
-  if (available_ - std::max(idle, 0) > usualThreads) watchForIdleThreads();
-}
-
 void IORuntime::endThreads() noexcept {
   // A forked child process has a copy of this object, but none of its threads.
-  if (isForkedCopy() || !context_) return;
+  if (isForkedCopy() || !loop_) return;
   RunningChildren::shared().terminate();
   isEnding_ = true;
-  context_->stop();
+  loop_->stop();
   const bool onPoolThread = executionState().isPoolThread;
   const bool onLentThread = !onPoolThread && executionState().scheduler != nullptr;
   std::unique_lock lock(endMutex_);
-  threadLeft_.wait(lock, [&] { return available_ <= (onPoolThread ? 1 : 0); });
+  threadLeft_.wait(lock, [&] { return loop_->serving() <= (onPoolThread ? 1 : 0); });
   threadLeft_.wait_for(lock, timeToComeBack, [&] { return lent_ <= (onLentThread ? 1 : 0); });
 }
 

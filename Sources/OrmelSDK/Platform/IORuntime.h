@@ -2,21 +2,19 @@
 
 #include <signal.h>
 
-#include <asio/executor_work_guard.hpp>
-#include <asio/io_context.hpp>
-#include <asio/steady_timer.hpp>
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
 
 #include "OrmelSDK/Concurrency/Scheduler.h"
+#include "OrmelSDK/Platform/EventLoop.h"
 
 namespace ormel::detail {
 
 /// The threads of the library: one pool per process, started on first use.
 ///
-/// Each thread serves the I/O context and is lent to the application for the time that it runs code of the application.
+/// Each thread serves the event loop and is lent to the application for the time that it runs code of the application.
 /// One thread at least is always left for the I/O: the last one is lent only after another has been started. Threads
 /// that are idle beyond the usual number end after a while.
 ///
@@ -42,9 +40,8 @@ class IORuntime {
 
   bool isStarted() const noexcept { return isStarted_.load(std::memory_order_acquire); }
 
-  /// The context of the pool: posted work runs on any of its threads, in no order, and must not block. Starts the pool,
-  /// and ends the process where that is impossible: call `start` before.
-  asio::io_context& context() noexcept;
+  /// The loop of the pool. Starts the pool, and ends the process where that is impossible: call `start` before.
+  EventLoop& loop() noexcept;
 
   /// Whether this process is a forked child that has the pool's memory and none of its threads.
   bool isForkedCopy() const noexcept { return isForkedCopy_.load(std::memory_order_relaxed); }
@@ -52,50 +49,42 @@ class IORuntime {
   /// The signal mask with which code of the application runs.
   const sigset_t& applicationMask();
 
-  /// Lends the calling thread of the pool to the application, which then may block it. Gives false when it is the last
-  /// thread and no other can be started: `item` is then posted again later.
-  bool lendThread(WorkItem& item) noexcept;
-  /// Gives the calling thread back to the pool.
-  void takeThreadBack() noexcept;
-
   IORuntime(const IORuntime&) = delete;
   IORuntime& operator=(const IORuntime&) = delete;
 
  private:
   /// Ends the threads of a runtime when it is destroyed.
   class Ending;
-  struct Retirement {};
+  class AnotherTry;
 
   IORuntime() = default;
   ~IORuntime() = default;
 
   void startLocked();
-  void makeContext();
+  void makeLoop();
   void startThread();
   void serve() noexcept;
-  /// Counts the calling thread out, if enough others serve the I/O.
-  bool mayRetire() noexcept;
+  static void run(WorkItem& item, WorkKind kind) noexcept;
+  void runForApplication(WorkItem& item) noexcept;
   void endThreads() noexcept;
   [[noreturn]] void stayAway() noexcept;
 
+  /// Lends the calling thread of the pool to the application, which then may block it. Gives false when it is the last
+  /// thread and no other can be started: `item` is then posted again later.
+  bool lendThread(WorkItem& item) noexcept;
+  /// Gives the calling thread back to the pool.
+  void takeThreadBack() noexcept;
   void postAgainLater(WorkItem& item) noexcept;
   void postKeptItems() noexcept;
-  void watchForIdleThreads();
-  void retireIdleThreads();
 
   std::atomic<bool> isStarted_{false};
   std::atomic<bool> isForkedCopy_{false};
   std::atomic<bool> isEnding_{false};
 
   std::mutex startMutex_;
-  std::optional<asio::io_context> context_;
-  std::optional<asio::executor_work_guard<asio::io_context::executor_type>> work_;
+  std::optional<EventLoop> loop_;
   sigset_t applicationMask_{};
 
-  /// The threads that serve the I/O, or are about to.
-  std::atomic<int> available_{0};
-  /// The fewest that there were since idle threads were last looked for.
-  std::atomic<int> fewestAvailable_{0};
   std::atomic<int> lent_{0};
   std::mutex endMutex_;
   std::condition_variable threadLeft_;
@@ -103,10 +92,6 @@ class IORuntime {
   std::atomic<bool> hasKeptItems_{false};
   std::mutex keptMutex_;
   WorkItem* keptItems_ = nullptr;
-  std::optional<asio::steady_timer> anotherTry_;
-
-  std::atomic<bool> isWatchingForIdle_{false};
-  std::optional<asio::steady_timer> idleWatch_;
 };
 
 /// Runs the library's own work on the threads that serve the I/O. Nothing that it runs may block, or call the

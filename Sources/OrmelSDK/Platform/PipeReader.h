@@ -7,7 +7,8 @@
 namespace ormel::detail {
 
 /// Callbacks of a pipe reader, called one at a time and in this order: for each chunk `onReadStart` and then `onChunk`;
-/// at the end of file `onReadStart` and then `onEnd`, which is the last call.
+/// at the end of file `onReadStart` and then `onEnd`, which is the last call; `onReadStart` and then `onNothing` where a
+/// read has found neither.
 ///
 /// `onReadStart` comes before any byte is taken out of the pipe, so at each moment the bytes in transit are in the
 /// pipe, or a read is in progress, or the chunk has been delivered. A chunk is never empty. Each callback may be left
@@ -17,6 +18,7 @@ struct PipeReadHandlers {
 
   std::function<void()> onReadStart;
   std::function<void(ByteBuffer)> onChunk;
+  std::function<void()> onNothing;
   std::function<void()> onEnd;
 };
 

@@ -15,17 +15,17 @@ namespace {
 
 class SystemChildProcess final : public ChildProcess {
  public:
-  SystemChildProcess(asio::io_context& context, const LaunchSettings& settings, EndNotice notice,
+  SystemChildProcess(EventLoop& loop, const LaunchSettings& settings, EndNotice notice,
                      TerminationHandler onTermination) {
     Pipe input = makePipe();
     Pipe output = makePipe();
     Pipe error = makePipe();
-    input_ = std::make_shared<DescriptorWriter>(context, std::move(input.writeEnd));
-    output_ = std::make_shared<DescriptorReader>(context, std::move(output.readEnd));
-    errorOutput_ = std::make_shared<DescriptorReader>(context, std::move(error.readEnd));
+    input_ = std::make_shared<DescriptorWriter>(loop, std::move(input.writeEnd));
+    output_ = std::make_shared<DescriptorReader>(loop, std::move(output.readEnd));
+    errorOutput_ = std::make_shared<DescriptorReader>(loop, std::move(error.readEnd));
     const StandardStreams streams{input.readEnd.number(), output.writeEnd.number(), error.writeEnd.number()};
     watch_ = std::make_shared<TerminationWatch>(settings, streams, notice, std::move(onTermination));
-    watch_->begin(context);
+    watch_->begin(loop);
   }
 
   ~SystemChildProcess() override {
@@ -44,7 +44,7 @@ class SystemChildProcess final : public ChildProcess {
 
   void write(std::string bytes) override { input_->write(std::move(bytes)); }
   void closeInput() override { input_->closeWhenWritten(); }
-  bool acceptsInput() const override { return input_->isOpen(); }
+  bool acceptsInput() const override { return input_->acceptsBytes(); }
 
   void terminate() override { signal(SIGTERM); }
   void kill() override { signal(SIGKILL); }
@@ -59,7 +59,7 @@ class SystemChildProcess final : public ChildProcess {
   }
 
   /// Leaves the child to the process that started it. Closing its descriptors here would unregister them there: a
-  /// forked process shares the system's side of the I/O context.
+  /// forked process shares the system's side of the event loop.
   void leaveToParent() noexcept {
     for (auto* reader : {&output_, &errorOutput_}) {
       new (std::nothrow) std::shared_ptr<DescriptorReader>(std::move(*reader));
@@ -84,8 +84,7 @@ SystemProcessLauncher& SystemProcessLauncher::shared() {
 std::unique_ptr<ChildProcess> SystemProcessLauncher::launch(const LaunchSettings& settings,
                                                             TerminationHandler onTermination) {
   IORuntime::shared().start();
-  return std::make_unique<SystemChildProcess>(IORuntime::shared().context(), settings, notice_,
-                                              std::move(onTermination));
+  return std::make_unique<SystemChildProcess>(IORuntime::shared().loop(), settings, notice_, std::move(onTermination));
 }
 
 }  // namespace ormel::detail

@@ -7,36 +7,56 @@
 
 namespace ormel::detail {
 
-void TerminationWatch::begin(asio::io_context& context) {
+/// Becomes readable when the child has ended, and keeps its watch alive until then.
+class TerminationWatch::EndDescriptor final : public WatchedDescriptor {
+ public:
+  EndDescriptor(EventLoop& loop, FileDescriptor descriptor, std::shared_ptr<TerminationWatch> watch)
+      : WatchedDescriptor(loop, std::move(descriptor)), watch_(std::move(watch)) {}
+
+  void begin() noexcept {
+    const std::lock_guard lock(mutex_);
+    keepsItself_ = shared_from_this();
+    watch(Interest::reading);
+  }
+
+ private:
+  void ready(bool) noexcept override {
+    if (!watch_->checkForEnd()) return;
+    std::shared_ptr<WatchedDescriptor> kept;
+    const std::lock_guard lock(mutex_);
+    close();
+    kept = std::move(keepsItself_);
+  }
+
+  std::mutex mutex_;
+  const std::shared_ptr<TerminationWatch> watch_;
+  std::shared_ptr<WatchedDescriptor> keepsItself_;
+};
+
+void TerminationWatch::begin(EventLoop& loop) {
   try {
     auto descriptor = FileDescriptor::duplicate(process_.endDescriptor());
     if (!descriptor.isOpen()) throw ProcessLaunchError("descriptor", errno);
-    const std::lock_guard lock(mutex_);
-    endDescriptor_.emplace(watchedDescriptor(context, std::move(descriptor)));
+    const auto end = std::make_shared<EndDescriptor>(loop, std::move(descriptor), shared_from_this());
     RunningChildren::shared().add(process_);
-    waitLocked();
+    end->begin();
   } catch (...) {
     process_.killAndReap();
     throw;
   }
 }
 
-void TerminationWatch::waitLocked() {
-  endDescriptor_->async_wait(asio::posix::stream_descriptor::wait_read,
-                             [self = shared_from_this()](const asio::error_code&) { self->checkForEnd(); });
-}
-
-void TerminationWatch::checkForEnd() {
+bool TerminationWatch::checkForEnd() noexcept {
   const auto termination = process_.reapIfEnded();
+  if (!termination) return false;
   TerminationHandler handler;
   {
     const std::lock_guard lock(mutex_);
-    if (!termination) return waitLocked();
     RunningChildren::shared().remove(process_);
-    endDescriptor_.reset();
     handler = std::exchange(onTermination_, nullptr);
   }
   if (handler) handler(*termination);
+  return true;
 }
 
 void TerminationWatch::forgetHandler() noexcept {

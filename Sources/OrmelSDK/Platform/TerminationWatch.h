@@ -1,10 +1,7 @@
 #pragma once
 
-#include <asio/io_context.hpp>
-#include <asio/posix/stream_descriptor.hpp>
 #include <memory>
 #include <mutex>
-#include <optional>
 
 #include "OrmelSDK/Platform/ProcessHandle.h"
 #include "OrmelSDK/Platform/RunningChildren.h"
@@ -12,7 +9,9 @@
 
 namespace ormel::detail {
 
-/// One child from start to end: starts it, waits for its end on the threads of an I/O context, reaps it and calls the
+class EventLoop;
+
+/// One child from start to end: starts it, waits for its end on the threads of an event loop, reaps it and calls the
 /// handler.
 ///
 /// *Thread safety*: all members may be called from any thread.
@@ -29,7 +28,7 @@ class TerminationWatch final : public std::enable_shared_from_this<TerminationWa
   ~TerminationWatch() { RunningChildren::shared().remove(process_); }
 
   /// Begins to wait. Fails with `ProcessLaunchError`; the child is then killed and reaped.
-  void begin(asio::io_context& context);
+  void begin(EventLoop& loop);
 
   /// Releases the handler, which is then no longer called.
   void forgetHandler() noexcept;
@@ -37,12 +36,13 @@ class TerminationWatch final : public std::enable_shared_from_this<TerminationWa
   ProcessHandle& process() noexcept { return process_; }
 
  private:
-  void waitLocked();
-  void checkForEnd();
+  class EndDescriptor;
+
+  /// Whether the child has ended.
+  bool checkForEnd() noexcept;
 
   ProcessHandle process_;
   std::mutex mutex_;
-  std::optional<asio::posix::stream_descriptor> endDescriptor_;
   TerminationHandler onTermination_;
 };
 

@@ -5,7 +5,6 @@
 #include <signal.h>
 
 #include <array>
-#include <asio/post.hpp>
 #include <cstdlib>
 #include <future>
 #include <latch>
@@ -66,7 +65,7 @@ std::array<std::vector<int>, 2> unblockedInTheThreads() {
   std::latch both(2);
   std::array<std::promise<std::vector<int>>, 2> told;
   for (auto& promise : told) {
-    asio::post(IORuntime::shared().context(), [&promise, &both] {
+    ioScheduler().post([&promise, &both] {
       both.arrive_and_wait();
       promise.set_value(testing::unblockedSignals());
     });
@@ -102,9 +101,9 @@ TEST(IORuntime, LeavesNoSignalOfADeadPipeToTheApplication) {
   for (int round = 0; round < 20; ++round) {
     Pipe pipe = makePipe();
     pipe.readEnd.close();
-    const auto writer = std::make_shared<DescriptorWriter>(IORuntime::shared().context(), std::move(pipe.writeEnd));
+    const auto writer = std::make_shared<DescriptorWriter>(IORuntime::shared().loop(), std::move(pipe.writeEnd));
     writer->write("nobody reads this");
-    ASSERT_TRUE(eventually([&] { return !writer->isOpen(); }));
+    ASSERT_TRUE(eventually([&] { return !writer->acceptsBytes(); }));
     lendTwoThreads();
   }
 }
@@ -121,7 +120,7 @@ TEST_F(IORuntimeDeathTest, MayBeUsedUntilTheVeryEndOfTheProcess) {
 TEST_F(IORuntimeDeathTest, LetsOneOfItsThreadsEndTheProcess) {
   EXPECT_EXIT(
       {
-        asio::post(IORuntime::shared().context(), [] { std::exit(chosenStatus); });
+        ioScheduler().post([] { std::exit(chosenStatus); });
         eventually([] { return false; });
       },
       ExitedWithCode(chosenStatus), "");

@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <asio/post.hpp>
 #include <atomic>
 #include <future>
 #include <mutex>
@@ -133,8 +132,14 @@ TEST_P(SystemProcessLauncherTest, AnnouncesEachReadBeforeItsChunkAndBeforeTheEnd
   ASSERT_EQ(calls.size() % 2, 0U);
   for (std::size_t call = 0; call < calls.size(); call += 2) {
     EXPECT_EQ(calls[call], "start");
-    EXPECT_EQ(calls[call + 1], call + 2 == calls.size() ? "end" : "chunk");
+    const bool isLast = call + 2 == calls.size();
+    if (isLast) {
+      EXPECT_EQ(calls[call + 1], "end");
+    } else {
+      EXPECT_THAT(calls[call + 1], ::testing::AnyOf("chunk", "nothing"));
+    }
   }
+  EXPECT_THAT(calls, ::testing::Contains("chunk"));
 }
 
 TEST_P(SystemProcessLauncherTest, WritesEverythingInOrder) {
@@ -178,7 +183,7 @@ TEST_P(SystemProcessLauncherTest, WritesFromManyThreadsWithoutTearingAPiece) {
 TEST_P(SystemProcessLauncherTest, WritesFromTheThreadsOfThePoolToo) {
   RecordedChild child(launcher, shell("exec wc -c"));
   std::promise<void> written;
-  asio::post(IORuntime::shared().context(), [&child, &written] {
+  ioScheduler().post([&child, &written] {
     child->write(std::string(1'000'000, 'x'));
     child->closeInput();
     written.set_value();

@@ -21,6 +21,7 @@ EventChannel<ByteBuffer> appServerOutputChunks(const std::shared_ptr<PipeReader>
   });
   PipeReadHandlers handlers;
   handlers.onReadStart = std::move(callbacks.onReadStart);
+  handlers.onNothing = std::move(callbacks.onNothing);
   handlers.onChunk = [events = producer, onChunkEnqueued = std::move(callbacks.onChunkEnqueued)](ByteBuffer bytes) {
     callIfSet(onChunkEnqueued);
     events.yield(std::move(bytes));

@@ -16,6 +16,8 @@ struct AppServerOutputChunkCallbacks {
 
   /// Called before bytes are taken out of the pipe.
   std::function<void()> onReadStart;
+  /// Called when nothing was there to be taken out.
+  std::function<void()> onNothing;
   /// Called before a chunk is yielded.
   std::function<void()> onChunkEnqueued;
   /// Called before the channel is finished.

@@ -20,6 +20,7 @@ void StandardErrorCollector::start(const std::shared_ptr<PipeReader>& stderrRead
     self->stderrAccumulator_->append(bytes.view());
     self->readEnded(false);
   };
+  handlers.onNothing = [self = shared_from_this()] { self->readEnded(false); };
   handlers.onEnd = [self = shared_from_this()] { self->readEnded(true); };
   stderrReadHandle->start(std::move(handlers));
 }

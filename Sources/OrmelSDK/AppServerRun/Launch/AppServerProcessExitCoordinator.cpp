@@ -29,6 +29,16 @@ void AppServerProcessExitCoordinator::readStarted() {
   if (!isSettledLocked()) ++readsInProgress_;
 }
 
+void AppServerProcessExitCoordinator::readFoundNothing() {
+  std::function<void()> taken;
+  {
+    const std::lock_guard guard(lock_);
+    finishReadLocked();
+    taken = takeFallbackIfReadyLocked();
+  }
+  callIfAny(taken);
+}
+
 void AppServerProcessExitCoordinator::chunkEnqueued() {
   const std::lock_guard guard(lock_);
   finishReadLocked();

@@ -34,8 +34,11 @@ class AppServerProcessExitCoordinator : public std::enable_shared_from_this<AppS
   AppServerProcessExitCoordinator(const AppServerProcessExitCoordinator&) = delete;
   AppServerProcessExitCoordinator& operator=(const AppServerProcessExitCoordinator&) = delete;
 
-  /// A read of the pipe begins; `chunkEnqueued` or `readerDidReachEOF` ends it.
+  /// A read of the pipe begins; `chunkEnqueued`, `readFoundNothing` or `readerDidReachEOF` ends it.
   void readStarted();
+
+  /// A read found neither bytes nor the end of file.
+  void readFoundNothing();
 
   /// A read gave bytes, which are about to be put on the reader's channel.
   void chunkEnqueued();
@@ -46,7 +49,7 @@ class AppServerProcessExitCoordinator : public std::enable_shared_from_this<AppS
   /// A read met end of file: the process's end needs no report any more.
   void readerDidReachEOF();
 
-  /// The process has ended. `fallback` is called at most once, on the thread of the timer or of a `chunkProcessed`,
+  /// The process has ended. `fallback` is called at most once, on the thread of the timer, of a `chunkProcessed` or a `readFoundNothing`,
   /// as soon as `graceNanoseconds` have passed and the reader is idle; never after end of file or `cancel`. It replaces
   /// one that is still held back.
   void processDidExit(std::chrono::nanoseconds graceNanoseconds, std::function<void()> fallback);

@@ -36,6 +36,7 @@ AppServerProcessExitCoordinator::StartTimer timersOf(Scheduler& scheduler) {
 AppServerOutputChunkCallbacks callbacksOf(const std::shared_ptr<AppServerProcessExitCoordinator>& exitCoordinator) {
   AppServerOutputChunkCallbacks callbacks;
   callbacks.onReadStart = [exitCoordinator] { exitCoordinator->readStarted(); };
+  callbacks.onNothing = [exitCoordinator] { exitCoordinator->readFoundNothing(); };
   callbacks.onChunkEnqueued = [exitCoordinator] { exitCoordinator->chunkEnqueued(); };
   callbacks.onEOF = [exitCoordinator] { exitCoordinator->readerDidReachEOF(); };
   return callbacks;

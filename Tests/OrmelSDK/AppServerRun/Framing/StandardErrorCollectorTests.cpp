@@ -51,6 +51,34 @@ TEST(StandardErrorCollector, HasSettledWhenNothingIsUnderWay) {
   });
 }
 
+/// A pipe whose reads begin and end when the test says so.
+class ManualPipe final : public PipeReader {
+ public:
+  void start(PipeReadHandlers handlers) override { handlers_ = std::move(handlers); }
+  void stop() noexcept override {}
+  bool hasUnreadBytes() const noexcept override { return false; }
+  const PipeReadHandlers& handlers() const noexcept { return handlers_; }
+
+ private:
+  PipeReadHandlers handlers_;
+};
+
+TEST(StandardErrorCollector, SettlesOnceAReadHasFoundNothing) {
+  underSeeds(10, [](SimulatedScheduler& scheduler) {
+    const auto pipe = std::make_shared<ManualPipe>();
+    const auto output = std::make_shared<StandardErrorCollector>(std::make_shared<AppServerLockedData>());
+    output->start(pipe);
+    pipe->handlers().onReadStart();
+    bool isSettled = false;
+    startOn(scheduler, noteSettled(output, scheduler, isSettled));
+    scheduler.runFor(0ns);
+    EXPECT_FALSE(isSettled);
+    pipe->handlers().onNothing();
+    scheduler.runFor(0ns);
+    EXPECT_TRUE(isSettled);
+  });
+}
+
 TEST(StandardErrorCollector, SettlesBehindWhatIsUnderWay) {
   underSeeds(20, [](SimulatedScheduler& scheduler) {
     const auto pipe = std::make_shared<InMemoryPipe>(scheduler);

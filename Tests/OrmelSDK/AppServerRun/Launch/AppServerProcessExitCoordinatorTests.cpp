@@ -108,6 +108,24 @@ TEST_F(AppServerProcessExitCoordinatorTest, WaitsForAReadInProgressAndItsChunk) 
   EXPECT_EQ(runs, 1);
 }
 
+TEST_F(AppServerProcessExitCoordinatorTest, ReportsOnceAReadInProgressHasFoundNothing) {
+  int runs = 0;
+  coordinator->processDidExit(100ms, counting(runs));
+  coordinator->readStarted();
+  timers.fire(0);
+  EXPECT_EQ(runs, 0);
+  unread = true;
+  coordinator->readStarted();
+  coordinator->readFoundNothing();
+  EXPECT_EQ(runs, 0) << "another read is in progress";
+  coordinator->readFoundNothing();
+  EXPECT_EQ(runs, 0) << "bytes have come meanwhile";
+  unread = false;
+  coordinator->readStarted();
+  coordinator->readFoundNothing();
+  EXPECT_EQ(runs, 1);
+}
+
 TEST_F(AppServerProcessExitCoordinatorTest, WaitsForAChunkThatIsNotProcessed) {
   int runs = 0;
   coordinator->readStarted();
