@@ -7,6 +7,7 @@
 #include "OrmelSDK/AppServerRun/Payloads/AppServerInitializeCapabilities.h"
 #include "OrmelSDK/Base/Error.h"
 #include "OrmelSDK/Base/FileSystemError.h"
+#include "OrmelSDK/Base/NeverDestroyed.h"
 #include "OrmelSDK/Base/OrmelProcessError.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
 #include "OrmelSDK/Base/UUID.h"
