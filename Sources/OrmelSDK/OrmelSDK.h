@@ -16,6 +16,7 @@
 #include "OrmelSDK/Coding/Params.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/Coding/Update.h"
+#include "OrmelSDK/Concurrency/ApplicationObject.h"
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
 #include "OrmelSDK/Concurrency/EventBatch.h"
 #include "OrmelSDK/Concurrency/EventChannel.h"
