@@ -1,6 +1,7 @@
 #include "OrmelSDK/Platform/AsioScheduler.h"
 
 #include <algorithm>
+#include <asio/bind_allocator.hpp>
 #include <asio/defer.hpp>
 #include <asio/post.hpp>
 #include <chrono>
@@ -8,6 +9,7 @@
 
 #include "OrmelSDK/Concurrency/ExecutionState.h"
 #include "OrmelSDK/Platform/IORuntime.h"
+#include "OrmelSDK/Platform/ReservedMemory.h"
 
 namespace ormel {
 
@@ -18,6 +20,9 @@ namespace {
 /// Owns an item queued in the context, which may be destroyed without having run it.
 class PostedItem {
  public:
+  using allocator_type = ReservedAllocator<void>;
+  allocator_type get_allocator() const noexcept { return {}; }
+
   PostedItem(Scheduler& scheduler, WorkItem& item) noexcept : scheduler_(&scheduler), item_(&item) {}
   PostedItem(PostedItem&& other) noexcept : scheduler_(other.scheduler_), item_(std::exchange(other.item_, nullptr)) {}
   PostedItem& operator=(PostedItem&&) = delete;
@@ -84,7 +89,15 @@ void ApplicationScheduler::post(WorkItem& item) noexcept {
 void AsioScheduler::arm(TimerItem& item, std::uint64_t deadline) {
   const std::lock_guard lock(mutex_);
   timers_.add(item, deadline);
-  if (deadline < wakeUpAt_) setWakeUp(deadline);
+  if (deadline >= wakeUpAt_) return;
+  try {
+    setWakeUp(deadline);
+  } catch (...) {
+    // Only the first wait for it takes memory.
+    timers_.remove(item);
+    wakeUpAt_ = notSet;
+    throw;
+  }
 }
 
 bool AsioScheduler::disarm(TimerItem& item) noexcept {
@@ -100,9 +113,9 @@ void AsioScheduler::setWakeUp(std::uint64_t deadline) {
   if (!wakeUp_) wakeUp_.emplace(runtime_.context());
   wakeUp_->expires_at(std::chrono::steady_clock::time_point(
       std::chrono::duration_cast<std::chrono::steady_clock::duration>(sinceStart)));
-  wakeUp_->async_wait([this](std::error_code error) {
+  wakeUp_->async_wait(asio::bind_allocator(ReservedAllocator<void>(), [this](std::error_code error) {
     if (!error) wokenUp();
-  });
+  }));
 }
 
 void AsioScheduler::wokenUp() {

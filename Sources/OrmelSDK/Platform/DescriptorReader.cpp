@@ -3,8 +3,12 @@
 #include <errno.h>
 #include <unistd.h>
 
+#include <asio/bind_allocator.hpp>
+#include <new>
+
 #include "OrmelSDK/Concurrency/ExecutionState.h"
 #include "OrmelSDK/Platform/ChunkBuffers.h"
+#include "OrmelSDK/Platform/ReservedMemory.h"
 #include "OrmelSDK/Platform/WatchedDescriptor.h"
 
 namespace ormel::detail {
@@ -27,7 +31,11 @@ ByteBuffer readChunk(int descriptor) {
   if (count > 0) buffer.commit(static_cast<std::size_t>(count));
   if (buffer.size() >= worthKeepingWhole) return buffer;
   ByteBuffer copy;
-  copy.append(buffer.view());
+  try {
+    copy.append(buffer.view());
+  } catch (const std::bad_alloc&) {
+    return buffer;
+  }
   giveBackChunkBuffer(std::move(buffer));
   return copy;
 }
@@ -56,8 +64,10 @@ bool DescriptorReader::hasUnreadBytes() const noexcept {
 }
 
 void DescriptorReader::waitLocked() {
-  descriptor_.async_wait(asio::posix::stream_descriptor::wait_read,
-                         [self = shared_from_this()](const asio::error_code&) { self->readWhatIsThere(); });
+  descriptor_.async_wait(
+      asio::posix::stream_descriptor::wait_read,
+      asio::bind_allocator(ReservedAllocator<void>(),
+                           [self = shared_from_this()](const asio::error_code&) { self->readWhatIsThere(); }));
 }
 
 void DescriptorReader::readWhatIsThere() {
@@ -66,16 +76,35 @@ void DescriptorReader::readWhatIsThere() {
     const auto handlers = handlersIfReadable();
     if (!handlers) return;
     if (handlers->onReadStart) handlers->onReadStart();
-    auto chunk = take();
-    if (!chunk) return;
-    if (chunk->empty()) {
-      if (handlers->onEnd) handlers->onEnd();
-      return;
+    try {
+      if (!takeAndDeliver(*handlers)) return;
+    } catch (...) {
+      return fail(*handlers, std::current_exception());
     }
-    if (handlers->onChunk) handlers->onChunk(std::move(*chunk));
   }
   const std::lock_guard lock(mutex_);
   if (descriptor_.is_open()) waitLocked();
+}
+
+/// Whether there may be more.
+bool DescriptorReader::takeAndDeliver(const PipeReadHandlers& handlers) {
+  auto chunk = take();
+  if (!chunk) return false;
+  if (chunk->empty()) {
+    if (handlers.onEnd) handlers.onEnd();
+    return false;
+  }
+  if (handlers.onChunk) handlers.onChunk(std::move(*chunk));
+  return true;
+}
+
+void DescriptorReader::fail(const PipeReadHandlers& handlers, std::exception_ptr failure) {
+  stop();
+  if (handlers.onFailure) {
+    handlers.onFailure(std::move(failure));
+  } else if (handlers.onEnd) {
+    handlers.onEnd();
+  }
 }
 
 /// Returns the handlers if a read would find something. Otherwise returns nothing and waits again, unless the reader

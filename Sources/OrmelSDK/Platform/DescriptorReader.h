@@ -2,6 +2,7 @@
 
 #include <asio/io_context.hpp>
 #include <asio/posix/stream_descriptor.hpp>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -27,6 +28,8 @@ class DescriptorReader final : public PipeReader, public std::enable_shared_from
   void waitLocked();
   void readWhatIsThere();
   Handlers handlersIfReadable();
+  bool takeAndDeliver(const PipeReadHandlers& handlers);
+  void fail(const PipeReadHandlers& handlers, std::exception_ptr failure);
   std::optional<ByteBuffer> take();
   Handlers closeLocked() noexcept;
 

@@ -4,9 +4,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <asio/bind_allocator.hpp>
 #include <asio/post.hpp>
 
 #include "OrmelSDK/Concurrency/ExecutionState.h"
+#include "OrmelSDK/Platform/ReservedMemory.h"
 #include "OrmelSDK/Platform/SignalMask.h"
 #include "OrmelSDK/Platform/WatchedDescriptor.h"
 
@@ -36,7 +38,8 @@ void DescriptorWriter::write(std::string bytes) {
   }
   // On a thread that does not block SIGPIPE a dead child would end the application.
   if (executionState().isPoolThread) return writeQueued(1);
-  asio::post(context_, [self = shared_from_this()] { self->writeQueued(writesPerTurn); });
+  asio::post(context_, asio::bind_allocator(ReservedAllocator<void>(),
+                                            [self = shared_from_this()] { self->writeQueued(writesPerTurn); }));
 }
 
 void DescriptorWriter::closeWhenWritten() {
@@ -96,8 +99,10 @@ DescriptorWriter::Progress DescriptorWriter::writeOnceLocked() {
 }
 
 void DescriptorWriter::waitLocked() {
-  descriptor_.async_wait(asio::posix::stream_descriptor::wait_write,
-                         [self = shared_from_this()](const asio::error_code&) { self->writeQueued(writesPerTurn); });
+  descriptor_.async_wait(
+      asio::posix::stream_descriptor::wait_write,
+      asio::bind_allocator(ReservedAllocator<void>(),
+                           [self = shared_from_this()](const asio::error_code&) { self->writeQueued(writesPerTurn); }));
 }
 
 void DescriptorWriter::closeLocked() noexcept {

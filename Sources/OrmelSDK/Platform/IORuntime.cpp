@@ -6,17 +6,21 @@
 
 #include <algorithm>
 #include <array>
+#include <asio/bind_allocator.hpp>
 #include <asio/post.hpp>
 #include <chrono>
+#include <new>
 #include <system_error>
 #include <utility>
 
 #include "OrmelSDK/Base/FatalError.h"
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
 #include "OrmelSDK/Concurrency/ExecutionState.h"
+#include "OrmelSDK/Concurrency/OutOfMemory.h"
 #include "OrmelSDK/Platform/DetachedThread.h"
 #include "OrmelSDK/Platform/FailureInjection.h"
 #include "OrmelSDK/Platform/FileDescriptor.h"
+#include "OrmelSDK/Platform/ReservedMemory.h"
 #include "OrmelSDK/Platform/RunningChildren.h"
 #include "OrmelSDK/Platform/SignalMask.h"
 
@@ -72,7 +76,12 @@ void IORuntime::start() {
   // Before the mutex, which another thread may have held when this process was forked.
   if (isForkedCopy()) throw ForkedProcessError();
   const std::lock_guard lock(startMutex_);
-  if (!isStarted_.load(std::memory_order_relaxed)) startLocked();
+  if (isStarted_.load(std::memory_order_relaxed)) return;
+  try {
+    startLocked();
+  } catch (const std::bad_alloc& failure) {
+    throw ResourceExhaustedError("memory", failure.what());
+  }
 }
 
 void IORuntime::startLocked() {
@@ -93,12 +102,36 @@ void IORuntime::makeContext() {
       throw std::system_error(failure, std::generic_category());
     }
     context_.emplace();
+    work_.emplace(context_->get_executor());
+    anotherTry_.emplace(*context_);
+    idleWatch_.emplace(*context_);
+    reserveRoomForTimers();
   } catch (const std::system_error& error) {
+    dropContext();
     throw ResourceExhaustedError("descriptors", error.code().message());
+  } catch (...) {
+    dropContext();
+    throw;
   }
-  work_.emplace(context_->get_executor());
-  anotherTry_.emplace(*context_);
-  idleWatch_.emplace(*context_);
+}
+
+void IORuntime::dropContext() noexcept {
+  idleWatch_.reset();
+  anotherTry_.reset();
+  work_.reset();
+  context_.reset();
+}
+
+/// Arming a timer is to take no memory later, where its failure could be told to nobody. The context keeps the room
+/// that it has once had.
+void IORuntime::reserveRoomForTimers() {
+  asio::steady_timer ofScheduler(*context_);
+  for (asio::steady_timer* timer : {&*anotherTry_, &*idleWatch_, &ofScheduler}) {
+    timer->expires_after(idleTime);
+    timer->async_wait([](std::error_code) {});
+  }
+  anotherTry_->cancel();
+  idleWatch_->cancel();
 }
 
 asio::io_context& IORuntime::context() noexcept {
@@ -125,6 +158,9 @@ void IORuntime::startThread() {
   } catch (const std::system_error& error) {
     --available_;
     throw ResourceExhaustedError("threads", error.code().message());
+  } catch (...) {
+    --available_;
+    throw;
   }
 }
 
@@ -136,6 +172,8 @@ void IORuntime::serve() noexcept {
       break;
     } catch (const Retirement&) {
       if (mayRetire()) return;
+    } catch (const std::bad_alloc&) {
+      failForMemory("the reading and writing of pipes");
     }
   }
   const std::lock_guard lock(endMutex_);
@@ -207,9 +245,9 @@ void IORuntime::postAgainLater(WorkItem& item) noexcept {
   *end = &item;
   if (hasKeptItems_.exchange(true, std::memory_order_release)) return;
   anotherTry_->expires_after(timeToNextTry);
-  anotherTry_->async_wait([this](std::error_code cancelled) {
+  anotherTry_->async_wait(asio::bind_allocator(ReservedAllocator<void>(), [this](std::error_code cancelled) {
     if (!cancelled) postKeptItems();
-  });
+  }));
 }
 
 void IORuntime::postKeptItems() noexcept {
@@ -226,12 +264,19 @@ void IORuntime::watchForIdleThreads() {
   if (isWatchingForIdle_.exchange(true)) return;
   fewestAvailable_ = available_.load();
   idleWatch_->expires_after(idleTime);
-  idleWatch_->async_wait([this](std::error_code) { retireIdleThreads(); });
+  idleWatch_->async_wait(
+      asio::bind_allocator(ReservedAllocator<void>(), [this](std::error_code) { retireIdleThreads(); }));
+}
+
+void IORuntime::askToRetire(int count) noexcept {
+  for (int asked = 0; asked < count; ++asked) {
+    asio::post(*context_, asio::bind_allocator(ReservedAllocator<void>(), [] { throw Retirement(); }));
+  }
 }
 
 void IORuntime::retireIdleThreads() {
   const int idle = fewestAvailable_.load() - usualThreads;
-  for (int retired = 0; retired < idle; ++retired) asio::post(*context_, [] { throw Retirement(); });
+  askToRetire(idle);
   isWatchingForIdle_ = false;
   if (available_ - std::max(idle, 0) > usualThreads) watchForIdleThreads();
 }

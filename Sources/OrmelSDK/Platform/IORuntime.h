@@ -58,6 +58,10 @@ class IORuntime {
   /// Gives the calling thread back to the pool.
   void takeThreadBack() noexcept;
 
+  /// Asks as many of the threads that serve the I/O to end as soon as they come to it; those that are needed by then
+  /// stay.
+  void askToRetire(int count) noexcept;
+
   IORuntime(const IORuntime&) = delete;
   IORuntime& operator=(const IORuntime&) = delete;
 
@@ -71,6 +75,8 @@ class IORuntime {
 
   void startLocked();
   void makeContext();
+  void dropContext() noexcept;
+  void reserveRoomForTimers();
   void startThread();
   void serve() noexcept;
   /// Counts the calling thread out, if enough others serve the I/O.

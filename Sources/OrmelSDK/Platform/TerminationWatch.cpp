@@ -2,7 +2,10 @@
 
 #include <errno.h>
 
+#include <asio/bind_allocator.hpp>
+
 #include "OrmelSDK/Platform/ProcessLaunchError.h"
+#include "OrmelSDK/Platform/ReservedMemory.h"
 #include "OrmelSDK/Platform/WatchedDescriptor.h"
 
 namespace ormel::detail {
@@ -22,8 +25,10 @@ void TerminationWatch::begin(asio::io_context& context) {
 }
 
 void TerminationWatch::waitLocked() {
-  endDescriptor_->async_wait(asio::posix::stream_descriptor::wait_read,
-                             [self = shared_from_this()](const asio::error_code&) { self->checkForEnd(); });
+  endDescriptor_->async_wait(
+      asio::posix::stream_descriptor::wait_read,
+      asio::bind_allocator(ReservedAllocator<void>(),
+                           [self = shared_from_this()](const asio::error_code&) { self->checkForEnd(); }));
 }
 
 void TerminationWatch::checkForEnd() {

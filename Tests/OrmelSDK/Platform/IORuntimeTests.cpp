@@ -6,6 +6,7 @@
 
 #include <array>
 #include <asio/post.hpp>
+#include <chrono>
 #include <cstdlib>
 #include <future>
 #include <latch>
@@ -95,6 +96,27 @@ void lendTwoThreads() {
     });
   }
   ended.wait();
+}
+
+TEST(IORuntime, KeepsTheLastThreadThatServesThoughItWasAskedToRetireWhenItWasIdle) {
+  auto& runtime = IORuntime::shared();
+  runtime.start();
+  std::promise<void> isLent;
+  std::promise<void> mayEnd;
+  std::promise<void> hasEnded;
+  productionScheduler().post([&] {
+    isLent.set_value();
+    mayEnd.get_future().wait();
+    hasEnded.set_value();
+  });
+  isLent.get_future().wait();
+  // Two serve when nothing is lent, so this reaches the only one that is left.
+  runtime.askToRetire(1);
+  std::promise<void> isServed;
+  asio::post(runtime.context(), [&isServed] { isServed.set_value(); });
+  EXPECT_EQ(isServed.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
+  mayEnd.set_value();
+  hasEnded.get_future().wait();
 }
 
 TEST(IORuntime, LeavesNoSignalOfADeadPipeToTheApplication) {
