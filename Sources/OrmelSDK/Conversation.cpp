@@ -1,6 +1,7 @@
 #include "OrmelSDK/Conversation.h"
 
 #include <exception>
+#include <new>
 #include <utility>
 #include <variant>
 
@@ -39,9 +40,20 @@ Conversation::Conversation(AppServerTurnRunConfiguration configuration, std::opt
 Conversation::~Conversation() {
   if (!persistentRun_) return;
   try {
-    persistentRun_->release().onScheduler(*services_.scheduler).detach();
-  } catch (const ForkedProcessError&) {
-    // The run and its server belong to the process that was forked.
+    released(std::move(persistentRun_)).onScheduler(*services_.scheduler).detach();
+  } catch (const Error&) {
+    // Nothing was started for the run, or its server belongs to the process that was forked.
+  } catch (const std::bad_alloc&) {
+    // The run has gone with its last owner, and has ended its server.
+  }
+}
+
+Task<void> Conversation::released(Run run) {
+  try {
+    auto releasing = run->release();
+    co_await std::move(releasing);
+  } catch (const std::bad_alloc&) {
+    // As above.
   }
 }
 
@@ -95,11 +107,11 @@ Task<Conversation::ConnectedOperation> Conversation::connectOperation(Self self,
 }
 
 void Conversation::finishActiveOperation(const ConnectedOperation& connected,
-                                         const std::optional<std::string>& restoringThreadID) {
+                                         std::optional<std::string> restoringThreadID) noexcept {
   if (connected.signal) connected.signal->unregister(connected.signalToken);
   const std::lock_guard guard(lock_);
   if (currentOperation_ != connected.operation) return;
-  if (restoringThreadID) threadID_ = restoringThreadID;
+  if (restoringThreadID) threadID_ = std::move(restoringThreadID);
   currentOperation_.reset();
 }
 
@@ -147,7 +159,7 @@ Task<void> Conversation::forwardEvents(Self self, EventChannel<ThreadEvent> from
   } catch (...) {
     failure = std::current_exception();
   }
-  self->finishActiveOperation(connected, restoringThreadID);
+  self->finishActiveOperation(connected, std::move(restoringThreadID));
   if (failure) {
     to.fail(std::move(failure));
   } else {

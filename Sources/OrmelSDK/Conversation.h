@@ -81,7 +81,9 @@ class Conversation final {
                                    std::optional<std::string> restoringThreadID);
   static Task<void> forwardEvents(Self self, EventChannel<ThreadEvent> from, EventProducer<ThreadEvent> to,
                                   ConnectedOperation connected, std::optional<std::string> restoringThreadID);
-  void finishActiveOperation(const ConnectedOperation& connected, const std::optional<std::string>& restoringThreadID);
+  void finishActiveOperation(const ConnectedOperation& connected,
+                             std::optional<std::string> restoringThreadID) noexcept;
+  static Task<void> released(Run run);
 
   const AppServerTurnRunConfiguration configuration_;
   const ServerServices services_;

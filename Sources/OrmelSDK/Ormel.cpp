@@ -6,6 +6,7 @@
 #include "OrmelSDK/Conversation.h"
 #include "OrmelSDK/Management/ControlSession.h"
 #include "OrmelSDK/Management/OneShotPerformer.h"
+#include "OrmelSDK/Options/SharedCallbacks.h"
 
 namespace ormel {
 
@@ -15,6 +16,7 @@ Ormel::Ormel(OrmelOptions options) {
   configuration.executablePath = std::move(resolution.executablePath);
   configuration.ormelPathDirectories = std::move(resolution.pathDirectories);
   configuration.ormelOptions = std::move(options);
+  detail::shareCallbacks(configuration.ormelOptions);
   configuration.ormelOptions.selectedOrmelPathOverride = resolution.selectedOverride;
   performer_ = std::make_shared<detail::OneShotPerformer>(std::move(configuration));
 }

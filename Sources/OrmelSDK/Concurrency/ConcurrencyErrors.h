@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <string>
 #include <utility>
 
@@ -46,5 +47,19 @@ class WouldDeadlockError : public Error {
  public:
   WouldDeadlockError() : Error("A blocking wait on a thread of the library would deadlock; use co_await instead") {}
 };
+
+namespace detail {
+
+/// The error, or where there is no memory for it that failure: for those who must not throw.
+template <typename E>
+std::exception_ptr errorOrWantOfMemory() noexcept {
+  try {
+    return std::make_exception_ptr(E());
+  } catch (...) {
+    return std::current_exception();
+  }
+}
+
+}  // namespace detail
 
 }  // namespace ormel

@@ -57,7 +57,8 @@ class ConsumerWait final : public Wakeup {
 template <typename T>
 class EventChannelState final : public RefCounted {
  public:
-  EventChannelState(ChannelLimit limit, const char* name) noexcept : limit_(limit), name_(name) {}
+  EventChannelState(ChannelLimit limit, const char* name)
+      : limit_(limit), name_(name), wait_(Ref<ConsumerWait>::adopt(new ConsumerWait(name))) {}
 
   // The producers' side.
 
@@ -119,7 +120,7 @@ class EventChannelState final : public RefCounted {
   void addProducer() noexcept { producers_.fetch_add(1, std::memory_order_relaxed); }
   void removeProducer() {
     if (producers_.fetch_sub(1, std::memory_order_acq_rel) == 1 && isOpen()) {
-      end(std::make_exception_ptr(AbandonedError()));
+      end(errorOrWantOfMemory<AbandonedError>());
     }
   }
 

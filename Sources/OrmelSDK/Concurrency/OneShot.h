@@ -53,7 +53,7 @@ class OneShotStateBase : public Wakeup {
   void removeResolver() noexcept {
     if (isClaimed()) return;
     if (resolvers_.fetch_sub(1, std::memory_order_acq_rel) == 1 && claim()) {
-      fail(std::make_exception_ptr(AbandonedError()));
+      fail(errorOrWantOfMemory<AbandonedError>());
     }
   }
 
@@ -134,7 +134,7 @@ class [[nodiscard]] OneShotAwaiter final : public PlaceAware {
    public:
     explicit CancelWait(OneShotState<T>& state) noexcept : state_(&state) {}
     void operator()() const noexcept {
-      if (!state_->isClaimed()) state_->resumeWithError(std::make_exception_ptr(CancelledError()));
+      if (!state_->isClaimed()) state_->resumeWithError(errorOrWantOfMemory<CancelledError>());
     }
 
    private:

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <limits>
 
+#include "OrmelSDK/Concurrency/OutOfMemory.h"
 #include "OrmelSDK/Concurrency/Strand.h"
 
 namespace ormel {
@@ -37,7 +38,7 @@ class TimerNode final : public TimerItem, public RefCounted {
     }
     if (settle()) {
       Work work = std::move(work_);
-      work();
+      runOrFailForMemory(name_, work);
     }
     release();
   }
@@ -93,7 +94,12 @@ Timer Timer::armed(Scheduler& scheduler, detail::Ref<detail::StrandCore> strand,
       detail::Ref<detail::TimerNode>::adopt(new detail::TimerNode(scheduler, std::move(strand), std::move(work), name));
   const auto deadline = deadlineAfter(scheduler.now(), delay);
   node->retain();
-  scheduler.arm(*node, deadline);
+  try {
+    scheduler.arm(*node, deadline);
+  } catch (...) {
+    node->release();
+    throw;
+  }
   return Timer(std::move(node));
 }
 

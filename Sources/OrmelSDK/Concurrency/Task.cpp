@@ -2,9 +2,11 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <string>
 
 #include "OrmelSDK/Base/FatalError.h"
+#include "OrmelSDK/Concurrency/OutOfMemory.h"
 
 namespace ormel::detail {
 
@@ -79,17 +81,19 @@ std::exception_ptr failureToStart(const TaskPromiseBase& promise) noexcept {
 }
 
 void requireCancelled(const std::exception_ptr& error) noexcept {
-  std::string reason = "A detached task failed: ";
+  std::string reason;
   try {
     std::rethrow_exception(error);
   } catch (const CancelledError&) {
     return;
+  } catch (const std::bad_alloc&) {
+    failForMemory("a detached task");
   } catch (const std::exception& failure) {
-    reason += failure.what();
+    reason = failure.what();
   } catch (...) {
-    reason += "an exception that is no std::exception";
+    reason = "an exception that is no std::exception";
   }
-  fatalError(reason);
+  fatalError("A detached task failed: " + reason);
 }
 
 void failForSpentTask() noexcept { fatalError("A task was used that is empty or has been started already"); }

@@ -38,12 +38,17 @@ class TaskGroup {
   /// Starts the task, within this call if it has no place of its own.
   void spawn(Task<void> task) {
     detail::taskOfGroupBegins(*state_);
-    std::move(task)
-        .withStopToken(detail::stopTokenOfGroup(*state_))
-        .start([state = state_](const TaskResult<void>& result) noexcept {
-          if (result.error()) detail::requireCancelled(result.error());
-          detail::taskOfGroupEnded(*state);
-        });
+    try {
+      std::move(task)
+          .withStopToken(detail::stopTokenOfGroup(*state_))
+          .start([state = state_](const TaskResult<void>& result) noexcept {
+            if (result.error()) detail::requireCancelled(result.error());
+            detail::taskOfGroupEnded(*state);
+          });
+    } catch (...) {
+      detail::taskOfGroupEnded(*state_);
+      throw;
+    }
   }
 
   void cancel() noexcept;

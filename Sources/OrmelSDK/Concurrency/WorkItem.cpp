@@ -1,5 +1,7 @@
 #include "OrmelSDK/Concurrency/WorkItem.h"
 
+#include "OrmelSDK/Concurrency/OutOfMemory.h"
+
 namespace ormel::detail {
 
 namespace {
@@ -9,7 +11,7 @@ class PostedWork final : public WorkItem {
   PostedWork(Work work, const char* name) noexcept : work_(std::move(work)), name_(name) {}
 
   void run() noexcept override {
-    work_();
+    runOrFailForMemory(name_, work_);
     delete this;
   }
   void discard() noexcept override { delete this; }

@@ -3,6 +3,7 @@
 #include <iosfwd>
 #include <utility>
 
+#include "OrmelSDK/Base/NeverDestroyed.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 
@@ -16,18 +17,22 @@ struct OrmelApprovalDecision {
   OrmelApprovalDecision() = default;
   OrmelApprovalDecision(JSONValue decision) : jsonValue(std::move(decision)) {}
 
-  static const OrmelApprovalDecision accept;
-  static const OrmelApprovalDecision acceptForSession;
-  static const OrmelApprovalDecision decline;
-  static const OrmelApprovalDecision cancel;
+  static const OrmelApprovalDecision& accept;
+  static const OrmelApprovalDecision& acceptForSession;
+  static const OrmelApprovalDecision& decline;
+  static const OrmelApprovalDecision& cancel;
 
   friend bool operator==(const OrmelApprovalDecision&, const OrmelApprovalDecision&);
   friend std::ostream& operator<<(std::ostream& stream, const OrmelApprovalDecision& value);
 };
 
-inline const OrmelApprovalDecision OrmelApprovalDecision::accept(JSONValue("accept"));
-inline const OrmelApprovalDecision OrmelApprovalDecision::acceptForSession(JSONValue("acceptForSession"));
-inline const OrmelApprovalDecision OrmelApprovalDecision::decline(JSONValue("decline"));
-inline const OrmelApprovalDecision OrmelApprovalDecision::cancel(JSONValue("cancel"));
+inline const OrmelApprovalDecision& OrmelApprovalDecision::accept =
+    detail::neverDestroyed<OrmelApprovalDecision>(JSONValue("accept"));
+inline const OrmelApprovalDecision& OrmelApprovalDecision::acceptForSession =
+    detail::neverDestroyed<OrmelApprovalDecision>(JSONValue("acceptForSession"));
+inline const OrmelApprovalDecision& OrmelApprovalDecision::decline =
+    detail::neverDestroyed<OrmelApprovalDecision>(JSONValue("decline"));
+inline const OrmelApprovalDecision& OrmelApprovalDecision::cancel =
+    detail::neverDestroyed<OrmelApprovalDecision>(JSONValue("cancel"));
 
 }  // namespace ormel

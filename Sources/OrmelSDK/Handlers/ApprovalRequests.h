@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "OrmelSDK/Base/NeverDestroyed.h"
 #include "OrmelSDK/Coding/OpenVocabulary.h"
 #include "OrmelSDK/Handlers/ApprovalDecision.h"
 #include "OrmelSDK/Handlers/PermissionProfile.h"
@@ -20,17 +21,18 @@ struct CommandApprovalKind : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
   /// A command that wants to start.
-  static const CommandApprovalKind command;
+  static const CommandApprovalKind& command;
   /// Input for a command that runs.
-  static const CommandApprovalKind writeStdin;
+  static const CommandApprovalKind& writeStdin;
 
   /// Whether it is none of the above; `rawValue` has the server's word.
   bool isUnknown() const { return *this != command && *this != writeStdin; }
 };
 std::ostream& operator<<(std::ostream& stream, const CommandApprovalKind& value);
 
-inline const CommandApprovalKind CommandApprovalKind::command = "command";
-inline const CommandApprovalKind CommandApprovalKind::writeStdin = "writeStdin";
+inline const CommandApprovalKind& CommandApprovalKind::command = detail::neverDestroyed<CommandApprovalKind>("command");
+inline const CommandApprovalKind& CommandApprovalKind::writeStdin =
+    detail::neverDestroyed<CommandApprovalKind>("writeStdin");
 
 /// The server wants to run a command, or to write to one.
 struct CommandApprovalRequest {

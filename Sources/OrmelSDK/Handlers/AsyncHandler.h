@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "OrmelSDK/Base/Error.h"
+#include "OrmelSDK/Concurrency/ApplicationObject.h"
 #include "OrmelSDK/Concurrency/Task.h"
 #include "OrmelSDK/Concurrency/TaskResult.h"
 
@@ -69,8 +70,8 @@ bool isEmptyFunction(const Function& function) noexcept {
 /// *Thread safety*: the callable may be called from several threads of the library at the same time.
 ///
 /// *Object lifetimes*: copies share one callable, with whatever state it has; it need not be copyable. It lives as long
-/// as any copy, and as any task made from one. Arguments live until the callable's task has ended, also where the
-/// callable takes them by reference.
+/// as any copy, and as any task made from one, and is destroyed on a thread that it may block. Arguments live until the
+/// callable's task has ended, also where the callable takes them by reference.
 ///
 /// *Errors*: what the callable or its task throws leaves the handler's task. A callable that returns an empty task
 /// (moved from, awaited already, or `{}` from a function that is no coroutine) has not answered: `HandlerError`, as for
@@ -84,9 +85,9 @@ class AsyncHandler<Result(Args...)> {
              (std::is_void_v<Result> ||
               std::is_convertible_v<detail::AwaitedResult<std::decay_t<Function>, Args...>, Result>))
   AsyncHandler(Function&& function)
-      : callable_(detail::isEmptyFunction(function)
-                      ? nullptr
-                      : std::make_shared<CallableOf<std::decay_t<Function>>>(std::forward<Function>(function))) {}
+      : callable_(detail::isEmptyFunction(function) ? nullptr
+                                                    : detail::makeApplicationObject<CallableOf<std::decay_t<Function>>>(
+                                                          std::forward<Function>(function))) {}
 
   AsyncHandler(const AsyncHandler&) = default;
   AsyncHandler& operator=(const AsyncHandler&) = default;
@@ -105,7 +106,8 @@ class AsyncHandler<Result(Args...)> {
 
   template <typename Function>
   struct CallableOf final : Callable {
-    explicit CallableOf(Function given) : function(std::move(given)) {}
+    template <typename Given>
+    explicit CallableOf(Given&& given) : function(std::forward<Given>(given)) {}
 
     Task<Result> call(TaskResult<Result>& result, Args&... args) override {
       using Returned = std::invoke_result_t<Function&, Args...>;

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <variant>
 
+#include "OrmelSDK/Base/NeverDestroyed.h"
 #include "OrmelSDK/Base/Visit.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/JSON/JSONValue.h"
@@ -42,10 +43,10 @@ struct ApprovalMode {
   constexpr ApprovalMode(Policy policy) : value(policy) {}
   constexpr ApprovalMode(GranularApprovalMode granularMode) : value(granularMode) {}
 
-  static const ApprovalMode never;
-  static const ApprovalMode onRequest;
-  static const ApprovalMode onFailure;
-  static const ApprovalMode untrusted;
+  static const ApprovalMode& never;
+  static const ApprovalMode& onRequest;
+  static const ApprovalMode& onFailure;
+  static const ApprovalMode& untrusted;
   static ApprovalMode granular(GranularApprovalMode granularMode) { return granularMode; }
 
   /// The policy that a word stands for: none for "granular", which says nothing by itself, and for unknown words.
@@ -61,9 +62,9 @@ struct ApprovalMode {
   friend std::ostream& operator<<(std::ostream& stream, const ApprovalMode& value);
 };
 
-inline const ApprovalMode ApprovalMode::never = Policy::never;
-inline const ApprovalMode ApprovalMode::onRequest = Policy::onRequest;
-inline const ApprovalMode ApprovalMode::onFailure = Policy::onFailure;
-inline const ApprovalMode ApprovalMode::untrusted = Policy::untrusted;
+inline const ApprovalMode& ApprovalMode::never = detail::neverDestroyed<ApprovalMode>(Policy::never);
+inline const ApprovalMode& ApprovalMode::onRequest = detail::neverDestroyed<ApprovalMode>(Policy::onRequest);
+inline const ApprovalMode& ApprovalMode::onFailure = detail::neverDestroyed<ApprovalMode>(Policy::onFailure);
+inline const ApprovalMode& ApprovalMode::untrusted = detail::neverDestroyed<ApprovalMode>(Policy::untrusted);
 
 }  // namespace ormel

@@ -2,6 +2,7 @@
 
 #include <iosfwd>
 
+#include "OrmelSDK/Base/NeverDestroyed.h"
 #include "OrmelSDK/Coding/OpenVocabulary.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
 
@@ -48,36 +49,38 @@ std::ostream& operator<<(std::ostream& stream, const CollaborationMode& value);
 struct ModelReasoningEffort : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
-  static const ModelReasoningEffort none;
-  static const ModelReasoningEffort minimal;
-  static const ModelReasoningEffort low;
-  static const ModelReasoningEffort medium;
-  static const ModelReasoningEffort high;
-  static const ModelReasoningEffort xhigh;
-  static const ModelReasoningEffort max;
-  static const ModelReasoningEffort ultra;
+  static const ModelReasoningEffort& none;
+  static const ModelReasoningEffort& minimal;
+  static const ModelReasoningEffort& low;
+  static const ModelReasoningEffort& medium;
+  static const ModelReasoningEffort& high;
+  static const ModelReasoningEffort& xhigh;
+  static const ModelReasoningEffort& max;
+  static const ModelReasoningEffort& ultra;
 };
 std::ostream& operator<<(std::ostream& stream, const ModelReasoningEffort& value);
 
-inline const ModelReasoningEffort ModelReasoningEffort::none = "none";
-inline const ModelReasoningEffort ModelReasoningEffort::minimal = "minimal";
-inline const ModelReasoningEffort ModelReasoningEffort::low = "low";
-inline const ModelReasoningEffort ModelReasoningEffort::medium = "medium";
-inline const ModelReasoningEffort ModelReasoningEffort::high = "high";
-inline const ModelReasoningEffort ModelReasoningEffort::xhigh = "xhigh";
-inline const ModelReasoningEffort ModelReasoningEffort::max = "max";
-inline const ModelReasoningEffort ModelReasoningEffort::ultra = "ultra";
+inline const ModelReasoningEffort& ModelReasoningEffort::none = detail::neverDestroyed<ModelReasoningEffort>("none");
+inline const ModelReasoningEffort& ModelReasoningEffort::minimal =
+    detail::neverDestroyed<ModelReasoningEffort>("minimal");
+inline const ModelReasoningEffort& ModelReasoningEffort::low = detail::neverDestroyed<ModelReasoningEffort>("low");
+inline const ModelReasoningEffort& ModelReasoningEffort::medium =
+    detail::neverDestroyed<ModelReasoningEffort>("medium");
+inline const ModelReasoningEffort& ModelReasoningEffort::high = detail::neverDestroyed<ModelReasoningEffort>("high");
+inline const ModelReasoningEffort& ModelReasoningEffort::xhigh = detail::neverDestroyed<ModelReasoningEffort>("xhigh");
+inline const ModelReasoningEffort& ModelReasoningEffort::max = detail::neverDestroyed<ModelReasoningEffort>("max");
+inline const ModelReasoningEffort& ModelReasoningEffort::ultra = detail::neverDestroyed<ModelReasoningEffort>("ultra");
 
 /// How quickly, and at what price, the model is served.
 struct ServiceTier : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
-  static const ServiceTier fast;
-  static const ServiceTier flex;
+  static const ServiceTier& fast;
+  static const ServiceTier& flex;
 };
 std::ostream& operator<<(std::ostream& stream, const ServiceTier& value);
 
-inline const ServiceTier ServiceTier::fast = "fast";
-inline const ServiceTier ServiceTier::flex = "flex";
+inline const ServiceTier& ServiceTier::fast = detail::neverDestroyed<ServiceTier>("fast");
+inline const ServiceTier& ServiceTier::flex = detail::neverDestroyed<ServiceTier>("flex");
 
 }  // namespace ormel

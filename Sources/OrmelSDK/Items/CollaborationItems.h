@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "OrmelSDK/Base/NeverDestroyed.h"
 #include "OrmelSDK/Coding/OpenVocabulary.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/Input/ThreadChoices.h"
@@ -63,10 +64,10 @@ struct CollabAgentToolCallItem {
 struct SubAgentActivityKind : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
-  static const SubAgentActivityKind started;
-  static const SubAgentActivityKind interacted;
-  static const SubAgentActivityKind interrupted;
-  static const SubAgentActivityKind completed;
+  static const SubAgentActivityKind& started;
+  static const SubAgentActivityKind& interacted;
+  static const SubAgentActivityKind& interrupted;
+  static const SubAgentActivityKind& completed;
 
   /// Whether it is none of the above; `rawValue` has the server's word.
   bool isUnknown() const {
@@ -75,10 +76,14 @@ struct SubAgentActivityKind : OpenVocabulary {
 };
 std::ostream& operator<<(std::ostream& stream, const SubAgentActivityKind& value);
 
-inline const SubAgentActivityKind SubAgentActivityKind::started = "started";
-inline const SubAgentActivityKind SubAgentActivityKind::interacted = "interacted";
-inline const SubAgentActivityKind SubAgentActivityKind::interrupted = "interrupted";
-inline const SubAgentActivityKind SubAgentActivityKind::completed = "completed";
+inline const SubAgentActivityKind& SubAgentActivityKind::started =
+    detail::neverDestroyed<SubAgentActivityKind>("started");
+inline const SubAgentActivityKind& SubAgentActivityKind::interacted =
+    detail::neverDestroyed<SubAgentActivityKind>("interacted");
+inline const SubAgentActivityKind& SubAgentActivityKind::interrupted =
+    detail::neverDestroyed<SubAgentActivityKind>("interrupted");
+inline const SubAgentActivityKind& SubAgentActivityKind::completed =
+    detail::neverDestroyed<SubAgentActivityKind>("completed");
 
 /// A sub-agent was started, talked to, interrupted, or came to its end.
 struct SubAgentActivityItem {

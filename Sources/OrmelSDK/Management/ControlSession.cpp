@@ -1,8 +1,10 @@
 #include "OrmelSDK/Management/ControlSession.h"
 
 #include <exception>
+#include <new>
 #include <utility>
 
+#include "OrmelSDK/Concurrency/PreparedWork.h"
 #include "OrmelSDK/Management/ClientCall.h"
 
 namespace ormel::detail {
@@ -51,7 +53,12 @@ Task<void> ControlSession::relayNotifications(std::weak_ptr<ControlSession> owne
     const auto session = owner.lock();
     const Client from = client.lock();
     if (!session) continue;
-    for (const AppServerRPCNotification& notification : notifications) session->relay(notification, from);
+    try {
+      for (const AppServerRPCNotification& notification : notifications) session->relay(notification, from);
+    } catch (const std::bad_alloc&) {
+      // One that loses a notification is to know.
+      session->failSubscribers(std::current_exception());
+    }
   }
 }
 
@@ -73,12 +80,11 @@ EventChannel<OrmelControlNotification> ControlSession::subscribe() {
   const UUID id = UUID::random();
   auto [continuation, channel] = EventChannel<OrmelControlNotification>::make(ChannelLimit::newest(keptNotifications),
                                                                               "notification of the control session");
-  continuation.onTermination([owner = weak_from_this(), strand = strand_, id](ChannelTermination) {
-    auto remove = [owner, id] {
-      if (const auto session = owner.lock()) session->removeNotificationContinuation(id);
-    };
-    strand.post(std::move(remove), "end of a subscription");
-  });
+  auto remove = [owner = weak_from_this(), id] {
+    if (const auto session = owner.lock()) session->removeNotificationContinuation(id);
+  };
+  continuation.onTermination([removal = PreparedWork(strand_, std::move(remove), "end of a subscription")](
+                                 ChannelTermination) { removal.post(); });
   notificationContinuations_.emplace(id, std::move(continuation));
   return std::move(channel);
 }
@@ -87,6 +93,10 @@ void ControlSession::removeNotificationContinuation(const UUID& id) { notificati
 
 void ControlSession::finishSubscribers() {
   for (const auto& [id, continuation] : std::exchange(notificationContinuations_, {})) continuation.finish();
+}
+
+void ControlSession::failSubscribers(const std::exception_ptr& error) noexcept {
+  for (const auto& [id, continuation] : std::exchange(notificationContinuations_, {})) continuation.fail(error);
 }
 
 Task<void> ControlSession::close(Self self) {

@@ -64,6 +64,7 @@ class ControlSession final : public CallPerformer, public std::enable_shared_fro
   void relay(const AppServerRPCNotification& notification, const Client& from);
   void removeNotificationContinuation(const UUID& id);
   void finishSubscribers();
+  void failSubscribers(const std::exception_ptr& error) noexcept;
 
   const AppServerRPCClientConfiguration configuration_;
   const ServerServices services_;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <iterator>
 
+#include "OrmelSDK/Base/NeverDestroyed.h"
 #include "OrmelSDK/Coding/Enumeration.h"
 #include "OrmelSDK/Coding/RecordCodec.h"
 
@@ -226,7 +227,7 @@ std::vector<OrmelCapabilityManifestEntry> manifestEntries() {
 }  // namespace
 
 const std::vector<OrmelCapabilityManifestEntry>& OrmelStableCapabilityManifest::entries() {
-  static const auto entries = manifestEntries();
+  static const auto& entries = detail::neverDestroyed<std::vector<OrmelCapabilityManifestEntry>>(manifestEntries());
   return entries;
 }
 

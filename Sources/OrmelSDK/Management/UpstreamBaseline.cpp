@@ -2,6 +2,8 @@
 
 #include <iterator>
 
+#include "OrmelSDK/Base/NeverDestroyed.h"
+
 namespace ormel {
 
 namespace {
@@ -42,14 +44,14 @@ constexpr std::string_view notesOnScope[] = {
 }  // namespace
 
 const std::vector<std::string>& OrmelSDKUpstreamBaseline::notes() {
-  static const auto notes = [] {
+  static const auto& notes = detail::neverDestroyed<std::vector<std::string>>([] {
     std::vector<std::string> all;
     all.push_back("The table was audited on " + std::string(auditedAt) +
                   " against the server's app-server source at commit " + std::string(commit) + ", release " +
                   std::string(releaseTag) + ".");
     all.insert(all.end(), std::begin(notesOnScope), std::end(notesOnScope));
     return all;
-  }();
+  }());
   return notes;
 }
 

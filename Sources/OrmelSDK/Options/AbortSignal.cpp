@@ -5,6 +5,8 @@
 #include <mutex>
 #include <utility>
 
+#include "OrmelSDK/Concurrency/ApplicationObject.h"
+
 namespace ormel {
 
 struct AbortSignal::State {
@@ -13,7 +15,7 @@ struct AbortSignal::State {
   std::map<UUID, Observer> observers;
 };
 
-AbortSignal::AbortSignal() : state_(std::make_shared<State>()) {}
+AbortSignal::AbortSignal() : state_(detail::makeApplicationObject<State>()) {}
 
 bool AbortSignal::isAborted() const {
   const std::lock_guard guard(state_->lock);

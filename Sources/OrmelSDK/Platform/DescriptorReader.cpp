@@ -3,6 +3,9 @@
 #include <errno.h>
 #include <unistd.h>
 
+#include <new>
+#include <utility>
+
 #include "OrmelSDK/Platform/ChunkBuffers.h"
 
 namespace ormel::detail {
@@ -19,7 +22,11 @@ constexpr int chunksPerTurn = 16;
 ByteBuffer chunkOf(ByteBuffer buffer) {
   if (buffer.size() >= worthKeepingWhole) return buffer;
   ByteBuffer copy;
-  copy.append(buffer.view());
+  try {
+    copy.append(buffer.view());
+  } catch (const std::bad_alloc&) {
+    return buffer;
+  }
   giveBackChunkBuffer(std::move(buffer));
   return copy;
 }
@@ -68,14 +75,36 @@ void DescriptorReader::ready(bool hungUp) noexcept {
     const auto handlers = currentHandlers();
     if (!handlers) return;
     callIfSet(handlers->onReadStart);
-    auto found = read(hungUp);
-    if (!found) return;
-    if (found->isEnd) return callIfSet(handlers->onEnd);
-    if (found->chunk.empty()) return callIfSet(handlers->onNothing);
-    if (handlers->onChunk) handlers->onChunk(std::move(found->chunk));
-    if (!found->mayHaveMore) return;
+    try {
+      if (!readAndDeliver(*handlers, hungUp)) return;
+    } catch (...) {
+      return fail(*handlers, std::current_exception());
+    }
   }
   readyAgain();
+}
+
+/// Whether there may be more.
+bool DescriptorReader::readAndDeliver(const PipeReadHandlers& handlers, bool hungUp) {
+  auto found = read(hungUp);
+  if (!found) return false;
+  if (found->isEnd) {
+    callIfSet(handlers.onEnd);
+  } else if (found->chunk.empty()) {
+    callIfSet(handlers.onNothing);
+  } else if (handlers.onChunk) {
+    handlers.onChunk(std::move(found->chunk));
+  }
+  return found->mayHaveMore;
+}
+
+void DescriptorReader::fail(const PipeReadHandlers& handlers, std::exception_ptr failure) {
+  stop();
+  if (handlers.onFailure) {
+    handlers.onFailure(std::move(failure));
+  } else {
+    callIfSet(handlers.onEnd);
+  }
 }
 
 DescriptorReader::Handlers DescriptorReader::currentHandlers() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -32,6 +33,8 @@ class DescriptorReader final : public PipeReader, public WatchedDescriptor {
 
   void ready(bool hungUp) noexcept override;
   Handlers currentHandlers();
+  bool readAndDeliver(const PipeReadHandlers& handlers, bool hungUp);
+  void fail(const PipeReadHandlers& handlers, std::exception_ptr failure);
   std::optional<Found> read(bool hungUp);
   Handlers closeLocked() noexcept;
 

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <chrono>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -90,7 +91,12 @@ void IORuntime::start() {
   // Before the mutex, which another thread may have held when this process was forked.
   if (isForkedCopy()) throw ForkedProcessError();
   const std::lock_guard lock(startMutex_);
-  if (!isStarted_.load(std::memory_order_relaxed)) startLocked();
+  if (isStarted_.load(std::memory_order_relaxed)) return;
+  try {
+    startLocked();
+  } catch (const std::bad_alloc& failure) {
+    throw ResourceExhaustedError("memory", failure.what());
+  }
 }
 
 void IORuntime::startLocked() {
@@ -139,6 +145,9 @@ void IORuntime::startThread() {
   } catch (const std::system_error& error) {
     loop_->giveUpThread();
     throw ResourceExhaustedError("threads", error.code().message());
+  } catch (...) {
+    loop_->giveUpThread();
+    throw;
   }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <functional>
 
 #include "OrmelSDK/Base/ByteBuffer.h"
@@ -8,11 +9,12 @@ namespace ormel::detail {
 
 /// Callbacks of a pipe reader, called one at a time and in this order: for each chunk `onReadStart` and then `onChunk`;
 /// at the end of file `onReadStart` and then `onEnd`, which is the last call; `onReadStart` and then `onNothing` where a
-/// read has found neither.
+/// read has found neither. Where there is no memory for a chunk, or `onChunk` throws, reading ends with `onFailure`
+/// instead, or with `onEnd` if that is unset.
 ///
 /// `onReadStart` comes before any byte is taken out of the pipe, so at each moment the bytes in transit are in the
 /// pipe, or a read is in progress, or the chunk has been delivered. A chunk is never empty. Each callback may be left
-/// unset. They run on threads of the pool with no lock held, and must neither block nor throw.
+/// unset. They run on threads of the pool with no lock held, and must not block; none but `onChunk` may throw.
 struct PipeReadHandlers {
   PipeReadHandlers() = default;
 
@@ -20,6 +22,7 @@ struct PipeReadHandlers {
   std::function<void(ByteBuffer)> onChunk;
   std::function<void()> onNothing;
   std::function<void()> onEnd;
+  std::function<void(std::exception_ptr)> onFailure;
 };
 
 /// The read end of a pipe from a child.

@@ -125,7 +125,7 @@ void ProcessHandle::reapInBackground() noexcept {
       if (pidfd.isOpen()) return waitAndReapPidfd(pidfd);
       waitAndReap(pid);
     });
-  } catch (const std::system_error&) {
+  } catch (const std::exception&) {
     // Without a thread to spare the child stays until this process ends, which is the lesser evil.
   }
 }

@@ -9,6 +9,7 @@
 #include <variant>
 #include <vector>
 
+#include "OrmelSDK/Base/NeverDestroyed.h"
 #include "OrmelSDK/Base/Visit.h"
 #include "OrmelSDK/Coding/OpenVocabulary.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
@@ -22,25 +23,29 @@ namespace ormel {
 struct RateLimitResetType : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
-  static const RateLimitResetType ormelRateLimits;
+  static const RateLimitResetType& ormelRateLimits;
 };
 std::ostream& operator<<(std::ostream& stream, const RateLimitResetType& value);
 
-inline const RateLimitResetType RateLimitResetType::ormelRateLimits = "ormelRateLimits";
+inline const RateLimitResetType& RateLimitResetType::ormelRateLimits =
+    detail::neverDestroyed<RateLimitResetType>("ormelRateLimits");
 
 /// How far a reset credit has been used.
 struct RateLimitResetCreditStatus : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
-  static const RateLimitResetCreditStatus available;
-  static const RateLimitResetCreditStatus redeeming;
-  static const RateLimitResetCreditStatus redeemed;
+  static const RateLimitResetCreditStatus& available;
+  static const RateLimitResetCreditStatus& redeeming;
+  static const RateLimitResetCreditStatus& redeemed;
 };
 std::ostream& operator<<(std::ostream& stream, const RateLimitResetCreditStatus& value);
 
-inline const RateLimitResetCreditStatus RateLimitResetCreditStatus::available = "available";
-inline const RateLimitResetCreditStatus RateLimitResetCreditStatus::redeeming = "redeeming";
-inline const RateLimitResetCreditStatus RateLimitResetCreditStatus::redeemed = "redeemed";
+inline const RateLimitResetCreditStatus& RateLimitResetCreditStatus::available =
+    detail::neverDestroyed<RateLimitResetCreditStatus>("available");
+inline const RateLimitResetCreditStatus& RateLimitResetCreditStatus::redeeming =
+    detail::neverDestroyed<RateLimitResetCreditStatus>("redeeming");
+inline const RateLimitResetCreditStatus& RateLimitResetCreditStatus::redeemed =
+    detail::neverDestroyed<RateLimitResetCreditStatus>("redeemed");
 
 /// The type of a message to a workspace: a bare string in JSON.
 struct WorkspaceMessageType {
@@ -53,16 +58,18 @@ struct WorkspaceMessageType {
   WorkspaceMessageType() = default;
   WorkspaceMessageType(Known type) : value(type) {}
 
-  static const WorkspaceMessageType headline;
-  static const WorkspaceMessageType announcement;
+  static const WorkspaceMessageType& headline;
+  static const WorkspaceMessageType& announcement;
   static WorkspaceMessageType unknown(std::string word);
 
   friend bool operator==(const WorkspaceMessageType&, const WorkspaceMessageType&);
   friend std::ostream& operator<<(std::ostream& stream, const WorkspaceMessageType& value);
 };
 
-inline const WorkspaceMessageType WorkspaceMessageType::headline = Known::headline;
-inline const WorkspaceMessageType WorkspaceMessageType::announcement = Known::announcement;
+inline const WorkspaceMessageType& WorkspaceMessageType::headline =
+    detail::neverDestroyed<WorkspaceMessageType>(Known::headline);
+inline const WorkspaceMessageType& WorkspaceMessageType::announcement =
+    detail::neverDestroyed<WorkspaceMessageType>(Known::announcement);
 
 /// The account that the server is signed in with.
 struct OrmelAccount {

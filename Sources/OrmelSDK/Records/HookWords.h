@@ -2,6 +2,7 @@
 
 #include <iosfwd>
 
+#include "OrmelSDK/Base/NeverDestroyed.h"
 #include "OrmelSDK/Coding/OpenVocabulary.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
 
@@ -13,51 +14,52 @@ namespace ormel {
 struct HookEventName : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
-  static const HookEventName preToolUse;
-  static const HookEventName permissionRequest;
-  static const HookEventName postToolUse;
-  static const HookEventName preCompact;
-  static const HookEventName postCompact;
-  static const HookEventName sessionStart;
-  static const HookEventName sessionEnd;
-  static const HookEventName userPromptSubmit;
-  static const HookEventName subagentStart;
-  static const HookEventName subagentStop;
-  static const HookEventName interrupt;
-  static const HookEventName mcpTool;
-  static const HookEventName stop;
+  static const HookEventName& preToolUse;
+  static const HookEventName& permissionRequest;
+  static const HookEventName& postToolUse;
+  static const HookEventName& preCompact;
+  static const HookEventName& postCompact;
+  static const HookEventName& sessionStart;
+  static const HookEventName& sessionEnd;
+  static const HookEventName& userPromptSubmit;
+  static const HookEventName& subagentStart;
+  static const HookEventName& subagentStop;
+  static const HookEventName& interrupt;
+  static const HookEventName& mcpTool;
+  static const HookEventName& stop;
 };
 std::ostream& operator<<(std::ostream& stream, const HookEventName& value);
 
-inline const HookEventName HookEventName::preToolUse = "preToolUse";
-inline const HookEventName HookEventName::permissionRequest = "permissionRequest";
-inline const HookEventName HookEventName::postToolUse = "postToolUse";
-inline const HookEventName HookEventName::preCompact = "preCompact";
-inline const HookEventName HookEventName::postCompact = "postCompact";
-inline const HookEventName HookEventName::sessionStart = "sessionStart";
-inline const HookEventName HookEventName::sessionEnd = "sessionEnd";
-inline const HookEventName HookEventName::userPromptSubmit = "userPromptSubmit";
-inline const HookEventName HookEventName::subagentStart = "subagentStart";
-inline const HookEventName HookEventName::subagentStop = "subagentStop";
-inline const HookEventName HookEventName::interrupt = "interrupt";
-inline const HookEventName HookEventName::mcpTool = "mcpTool";
-inline const HookEventName HookEventName::stop = "stop";
+inline const HookEventName& HookEventName::preToolUse = detail::neverDestroyed<HookEventName>("preToolUse");
+inline const HookEventName& HookEventName::permissionRequest =
+    detail::neverDestroyed<HookEventName>("permissionRequest");
+inline const HookEventName& HookEventName::postToolUse = detail::neverDestroyed<HookEventName>("postToolUse");
+inline const HookEventName& HookEventName::preCompact = detail::neverDestroyed<HookEventName>("preCompact");
+inline const HookEventName& HookEventName::postCompact = detail::neverDestroyed<HookEventName>("postCompact");
+inline const HookEventName& HookEventName::sessionStart = detail::neverDestroyed<HookEventName>("sessionStart");
+inline const HookEventName& HookEventName::sessionEnd = detail::neverDestroyed<HookEventName>("sessionEnd");
+inline const HookEventName& HookEventName::userPromptSubmit = detail::neverDestroyed<HookEventName>("userPromptSubmit");
+inline const HookEventName& HookEventName::subagentStart = detail::neverDestroyed<HookEventName>("subagentStart");
+inline const HookEventName& HookEventName::subagentStop = detail::neverDestroyed<HookEventName>("subagentStop");
+inline const HookEventName& HookEventName::interrupt = detail::neverDestroyed<HookEventName>("interrupt");
+inline const HookEventName& HookEventName::mcpTool = detail::neverDestroyed<HookEventName>("mcpTool");
+inline const HookEventName& HookEventName::stop = detail::neverDestroyed<HookEventName>("stop");
 
 /// The kind of handler that carries a hook out.
 struct HookHandlerType : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
-  static const HookHandlerType command;
-  static const HookHandlerType prompt;
-  static const HookHandlerType agent;
-  static const HookHandlerType mcpTool;
+  static const HookHandlerType& command;
+  static const HookHandlerType& prompt;
+  static const HookHandlerType& agent;
+  static const HookHandlerType& mcpTool;
 };
 std::ostream& operator<<(std::ostream& stream, const HookHandlerType& value);
 
-inline const HookHandlerType HookHandlerType::command = "command";
-inline const HookHandlerType HookHandlerType::prompt = "prompt";
-inline const HookHandlerType HookHandlerType::agent = "agent";
-inline const HookHandlerType HookHandlerType::mcpTool = "mcpTool";
+inline const HookHandlerType& HookHandlerType::command = detail::neverDestroyed<HookHandlerType>("command");
+inline const HookHandlerType& HookHandlerType::prompt = detail::neverDestroyed<HookHandlerType>("prompt");
+inline const HookHandlerType& HookHandlerType::agent = detail::neverDestroyed<HookHandlerType>("agent");
+inline const HookHandlerType& HookHandlerType::mcpTool = detail::neverDestroyed<HookHandlerType>("mcpTool");
 
 /// Whether a hook is trusted to run.
 enum class HookTrustStatus { managed, untrusted, trusted, modified };

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "OrmelSDK/Base/NeverDestroyed.h"
 #include "OrmelSDK/Coding/OpenVocabulary.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/JSON/JSONValue.h"
@@ -17,39 +18,46 @@ namespace ormel {
 struct McpAuthStatus : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
-  static const McpAuthStatus unsupported;
-  static const McpAuthStatus notLoggedIn;
-  static const McpAuthStatus bearerToken;
-  static const McpAuthStatus oAuth;
+  static const McpAuthStatus& unsupported;
+  static const McpAuthStatus& notLoggedIn;
+  static const McpAuthStatus& bearerToken;
+  static const McpAuthStatus& oAuth;
 };
 std::ostream& operator<<(std::ostream& stream, const McpAuthStatus& value);
 
-inline const McpAuthStatus McpAuthStatus::unsupported = "unsupported";
-inline const McpAuthStatus McpAuthStatus::notLoggedIn = "notLoggedIn";
-inline const McpAuthStatus McpAuthStatus::bearerToken = "bearerToken";
-inline const McpAuthStatus McpAuthStatus::oAuth = "oAuth";
+inline const McpAuthStatus& McpAuthStatus::unsupported = detail::neverDestroyed<McpAuthStatus>("unsupported");
+inline const McpAuthStatus& McpAuthStatus::notLoggedIn = detail::neverDestroyed<McpAuthStatus>("notLoggedIn");
+inline const McpAuthStatus& McpAuthStatus::bearerToken = detail::neverDestroyed<McpAuthStatus>("bearerToken");
+inline const McpAuthStatus& McpAuthStatus::oAuth = detail::neverDestroyed<McpAuthStatus>("oAuth");
 
 /// State of an MCP server as the server runs it.
 struct McpServerRuntimeStatus : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
-  static const McpServerRuntimeStatus notStarted;
-  static const McpServerRuntimeStatus starting;
-  static const McpServerRuntimeStatus connected;
-  static const McpServerRuntimeStatus authenticationRequired;
-  static const McpServerRuntimeStatus failed;
-  static const McpServerRuntimeStatus cancelled;
-  static const McpServerRuntimeStatus disabled;
+  static const McpServerRuntimeStatus& notStarted;
+  static const McpServerRuntimeStatus& starting;
+  static const McpServerRuntimeStatus& connected;
+  static const McpServerRuntimeStatus& authenticationRequired;
+  static const McpServerRuntimeStatus& failed;
+  static const McpServerRuntimeStatus& cancelled;
+  static const McpServerRuntimeStatus& disabled;
 };
 std::ostream& operator<<(std::ostream& stream, const McpServerRuntimeStatus& value);
 
-inline const McpServerRuntimeStatus McpServerRuntimeStatus::notStarted = "notStarted";
-inline const McpServerRuntimeStatus McpServerRuntimeStatus::starting = "starting";
-inline const McpServerRuntimeStatus McpServerRuntimeStatus::connected = "connected";
-inline const McpServerRuntimeStatus McpServerRuntimeStatus::authenticationRequired = "authenticationRequired";
-inline const McpServerRuntimeStatus McpServerRuntimeStatus::failed = "failed";
-inline const McpServerRuntimeStatus McpServerRuntimeStatus::cancelled = "cancelled";
-inline const McpServerRuntimeStatus McpServerRuntimeStatus::disabled = "disabled";
+inline const McpServerRuntimeStatus& McpServerRuntimeStatus::notStarted =
+    detail::neverDestroyed<McpServerRuntimeStatus>("notStarted");
+inline const McpServerRuntimeStatus& McpServerRuntimeStatus::starting =
+    detail::neverDestroyed<McpServerRuntimeStatus>("starting");
+inline const McpServerRuntimeStatus& McpServerRuntimeStatus::connected =
+    detail::neverDestroyed<McpServerRuntimeStatus>("connected");
+inline const McpServerRuntimeStatus& McpServerRuntimeStatus::authenticationRequired =
+    detail::neverDestroyed<McpServerRuntimeStatus>("authenticationRequired");
+inline const McpServerRuntimeStatus& McpServerRuntimeStatus::failed =
+    detail::neverDestroyed<McpServerRuntimeStatus>("failed");
+inline const McpServerRuntimeStatus& McpServerRuntimeStatus::cancelled =
+    detail::neverDestroyed<McpServerRuntimeStatus>("cancelled");
+inline const McpServerRuntimeStatus& McpServerRuntimeStatus::disabled =
+    detail::neverDestroyed<McpServerRuntimeStatus>("disabled");
 
 /// The state of an MCP server and what it offers. Its own descriptions are passed through unchanged.
 struct McpServerStatusSummary {

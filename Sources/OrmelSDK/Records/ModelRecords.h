@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "OrmelSDK/Base/NeverDestroyed.h"
 #include "OrmelSDK/Coding/OpenVocabulary.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
 #include "OrmelSDK/Input/ThreadChoices.h"
@@ -17,25 +18,26 @@ namespace ormel {
 struct ModelInputModality : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
-  static const ModelInputModality text;
-  static const ModelInputModality image;
-  static const ModelInputModality audio;
+  static const ModelInputModality& text;
+  static const ModelInputModality& image;
+  static const ModelInputModality& audio;
 };
 std::ostream& operator<<(std::ostream& stream, const ModelInputModality& value);
 
-inline const ModelInputModality ModelInputModality::text = "text";
-inline const ModelInputModality ModelInputModality::image = "image";
-inline const ModelInputModality ModelInputModality::audio = "audio";
+inline const ModelInputModality& ModelInputModality::text = detail::neverDestroyed<ModelInputModality>("text");
+inline const ModelInputModality& ModelInputModality::image = detail::neverDestroyed<ModelInputModality>("image");
+inline const ModelInputModality& ModelInputModality::audio = detail::neverDestroyed<ModelInputModality>("audio");
 
 /// Which way of working with several agents a model supports.
 struct ModelMultiAgentVersion : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
-  static const ModelMultiAgentVersion disabled;
+  static const ModelMultiAgentVersion& disabled;
 };
 std::ostream& operator<<(std::ostream& stream, const ModelMultiAgentVersion& value);
 
-inline const ModelMultiAgentVersion ModelMultiAgentVersion::disabled = "disabled";
+inline const ModelMultiAgentVersion& ModelMultiAgentVersion::disabled =
+    detail::neverDestroyed<ModelMultiAgentVersion>("disabled");
 
 /// An effort that a model can be asked for.
 struct ReasoningEffortOption {

@@ -8,6 +8,7 @@
 #include <variant>
 #include <vector>
 
+#include "OrmelSDK/Base/NeverDestroyed.h"
 #include "OrmelSDK/Base/Visit.h"
 #include "OrmelSDK/Coding/OpenVocabulary.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
@@ -52,27 +53,32 @@ std::ostream& operator<<(std::ostream& stream, const PluginSharePrincipalRole& v
 struct PluginInstallPolicySource : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
-  static const PluginInstallPolicySource workspaceSetting;
-  static const PluginInstallPolicySource implicitCanonicalApp;
+  static const PluginInstallPolicySource& workspaceSetting;
+  static const PluginInstallPolicySource& implicitCanonicalApp;
 };
 std::ostream& operator<<(std::ostream& stream, const PluginInstallPolicySource& value);
 
-inline const PluginInstallPolicySource PluginInstallPolicySource::workspaceSetting = "WORKSPACE_SETTING";
-inline const PluginInstallPolicySource PluginInstallPolicySource::implicitCanonicalApp = "IMPLICIT_CANONICAL_APP";
+inline const PluginInstallPolicySource& PluginInstallPolicySource::workspaceSetting =
+    detail::neverDestroyed<PluginInstallPolicySource>("WORKSPACE_SETTING");
+inline const PluginInstallPolicySource& PluginInstallPolicySource::implicitCanonicalApp =
+    detail::neverDestroyed<PluginInstallPolicySource>("IMPLICIT_CANONICAL_APP");
 
 /// Why a plugin cannot be used.
 struct PluginDisabledReason : OpenVocabulary {
   using OpenVocabulary::OpenVocabulary;
 
-  static const PluginDisabledReason disabledByAdmin;
-  static const PluginDisabledReason planNotEligible;
-  static const PluginDisabledReason requiredAppUnavailable;
+  static const PluginDisabledReason& disabledByAdmin;
+  static const PluginDisabledReason& planNotEligible;
+  static const PluginDisabledReason& requiredAppUnavailable;
 };
 std::ostream& operator<<(std::ostream& stream, const PluginDisabledReason& value);
 
-inline const PluginDisabledReason PluginDisabledReason::disabledByAdmin = "disabled_by_admin";
-inline const PluginDisabledReason PluginDisabledReason::planNotEligible = "plan_not_eligible";
-inline const PluginDisabledReason PluginDisabledReason::requiredAppUnavailable = "required_app_unavailable";
+inline const PluginDisabledReason& PluginDisabledReason::disabledByAdmin =
+    detail::neverDestroyed<PluginDisabledReason>("disabled_by_admin");
+inline const PluginDisabledReason& PluginDisabledReason::planNotEligible =
+    detail::neverDestroyed<PluginDisabledReason>("plan_not_eligible");
+inline const PluginDisabledReason& PluginDisabledReason::requiredAppUnavailable =
+    detail::neverDestroyed<PluginDisabledReason>("required_app_unavailable");
 
 /// A plugin in a folder of this machine.
 struct LocalPluginSource {

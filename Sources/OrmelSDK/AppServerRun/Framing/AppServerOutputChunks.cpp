@@ -26,9 +26,13 @@ EventChannel<ByteBuffer> appServerOutputChunks(const std::shared_ptr<PipeReader>
     callIfSet(onChunkEnqueued);
     events.yield(std::move(bytes));
   };
-  handlers.onEnd = [events = producer, onEOF = std::move(callbacks.onEOF)] {
+  handlers.onEnd = [events = producer, onEOF = callbacks.onEOF] {
     callIfSet(onEOF);
     events.finish();
+  };
+  handlers.onFailure = [events = producer, onEOF = std::move(callbacks.onEOF)](std::exception_ptr failure) {
+    callIfSet(onEOF);
+    events.fail(std::move(failure));
   };
   from->start(std::move(handlers));
   return std::move(chunks);

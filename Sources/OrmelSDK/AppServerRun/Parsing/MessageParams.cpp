@@ -1,11 +1,12 @@
 #include "OrmelSDK/AppServerRun/Parsing/MessageParams.h"
 
+#include "OrmelSDK/Base/NeverDestroyed.h"
 #include "OrmelSDK/Coding/JSONMembers.h"
 
 namespace ormel::detail {
 
 const JSONValue& paramsOf(const JSONValue& payload) {
-  static const JSONValue none = JSONValue::object({});
+  static const JSONValue& none = neverDestroyed<JSONValue>(JSONValue::object({}));
   const JSONValue* params = payload.find("params");
   return params && params->objectValue() ? *params : none;
 }

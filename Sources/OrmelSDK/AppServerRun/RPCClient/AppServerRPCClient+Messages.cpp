@@ -1,4 +1,5 @@
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "OrmelSDK/AppServerRun/Framing/AppServerRPCError.h"
@@ -35,6 +36,8 @@ AppServerRPCNotification notification(std::string_view method, const JSONObject&
 void AppServerRPCClient::handleIncomingLine(std::string_view paddedLine) noexcept {
   try {
     handleMessage(decodePaddedJSON(paddedLine));
+  } catch (const std::bad_alloc&) {
+    failPendingResponses(std::current_exception());
   } catch (const std::exception& error) {
     failPendingResponses(appServerProtocolErrorDescription(error));
   }

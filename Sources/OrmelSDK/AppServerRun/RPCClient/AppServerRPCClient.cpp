@@ -1,6 +1,5 @@
 #include "OrmelSDK/AppServerRun/RPCClient/AppServerRPCClient.h"
 
-#include <functional>
 #include <limits>
 #include <tuple>
 #include <utility>
@@ -9,6 +8,7 @@
 #include "OrmelSDK/Base/FatalError.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
+#include "OrmelSDK/Concurrency/PreparedWork.h"
 #include "OrmelSDK/Concurrency/Sleep.h"
 
 namespace ormel::detail {
@@ -72,11 +72,17 @@ Task<void> AppServerRPCClient::startProcess() {
 
 void AppServerRPCClient::launch(const LaunchSettings& settings) {
   process_ = ServerConnection::launch(*services_.launcher, settings, stderrAccumulator_);
-  ServerOutput output = process_->read();
-  const std::stop_token closed = output.stopToken();
-  auto reader =
-      readStdoutLoop(weak_from_this(), strand_, std::move(output), process_->errorOutput(), *services_.scheduler);
-  std::move(reader).onStrand(strand_).withStopToken(closed).detach();
+  try {
+    ServerOutput output = process_->read();
+    const std::stop_token closed = output.stopToken();
+    auto reader =
+        readStdout(weak_from_this(), strand_, std::move(output), process_->errorOutput(), *services_.scheduler);
+    std::move(reader).onStrand(strand_).withStopToken(closed).detach();
+  } catch (...) {
+    // Nobody would hear its answers.
+    process_.reset();
+    throw;
+  }
 }
 
 Task<void> AppServerRPCClient::initializeIfNeeded() {
@@ -89,7 +95,12 @@ Task<void> AppServerRPCClient::initializeIfNeeded() {
     const auto task = std::make_shared<InitializationTask>();
     task->waiters.push_back(outcome.resolver());
     initializationTask_ = task;
-    initialize(weak_from_this(), task).withStopToken({}).detach();
+    try {
+      initialize(weak_from_this(), task).withStopToken({}).detach();
+    } catch (...) {
+      if (initializationTask_ == task) initializationTask_.reset();
+      throw;
+    }
   }
   co_await outcome.wait();
 }
@@ -162,13 +173,11 @@ Task<JSONValue> AppServerRPCClient::sendRequest(std::string method, std::optiona
   const AppServerRequestID id = takeRequestID();
   const std::stop_token stop = co_await currentStopToken();
   if (stop.stop_requested()) throw CancelledError();
-  const OneShot<JSONValue> response = beginRequest(id, method, params);
-  std::function<void()> cancel = [owner = weak_from_this(), strand = strand_, id] {
-    auto take = [owner, id] {
-      if (const auto client = owner.lock()) client->cancelPendingRequest(id);
-    };
-    strand.post(std::move(take), "cancelled request");
+  auto take = [owner = weak_from_this(), id] {
+    if (const auto client = owner.lock()) client->cancelPendingRequest(id);
   };
+  PreparedWork cancel(strand_, std::move(take), "cancelled request");
+  const OneShot<JSONValue> response = beginRequest(id, method, params);
   const std::stop_callback onStop(stop, std::move(cancel));
   co_return co_await response.waitThroughCancellation();
 }
@@ -184,7 +193,10 @@ std::optional<OneShotResolver<JSONValue>> AppServerRPCClient::takePendingRespons
 }
 
 void AppServerRPCClient::completePendingResponses(const std::string& message) {
-  const auto error = std::make_exception_ptr(ThreadRunError::streamError(message));
+  completePendingResponses(std::make_exception_ptr(ThreadRunError::streamError(message)));
+}
+
+void AppServerRPCClient::completePendingResponses(const std::exception_ptr& error) noexcept {
   for (const auto& [id, response] : std::exchange(pendingResponses_, {})) response.fail(error);
 }
 
@@ -213,6 +225,22 @@ Task<void> AppServerRPCClient::terminate() {
   shutdownProcess();
 }
 
+Task<void> AppServerRPCClient::readStdout(std::weak_ptr<AppServerRPCClient> owner, Strand strand, ServerOutput output,
+                                          std::shared_ptr<StandardErrorCollector> errorOutput, Scheduler& scheduler) {
+  const std::stop_token closed = output.stopToken();
+  std::exception_ptr failure;
+  try {
+    auto loop = readStdoutLoop(owner, strand, std::move(output), std::move(errorOutput), scheduler);
+    co_await std::move(loop);
+  } catch (const CancelledError&) {
+    co_return;
+  } catch (...) {
+    failure = std::current_exception();
+  }
+  const Self client = owner.lock();
+  if (failure && client && !closed.stop_requested()) client->failPendingResponses(failure);
+}
+
 Task<void> AppServerRPCClient::readStdoutLoop(std::weak_ptr<AppServerRPCClient> owner, Strand strand,
                                               ServerOutput output, std::shared_ptr<StandardErrorCollector> errorOutput,
                                               Scheduler& scheduler) {
@@ -236,6 +264,11 @@ Task<void> AppServerRPCClient::readStdoutLoop(std::weak_ptr<AppServerRPCClient> 
 
 void AppServerRPCClient::failPendingResponses(const std::string& message) {
   completePendingResponses(message);
+  shutdownProcess();
+}
+
+void AppServerRPCClient::failPendingResponses(const std::exception_ptr& error) noexcept {
+  completePendingResponses(error);
   shutdownProcess();
 }
 

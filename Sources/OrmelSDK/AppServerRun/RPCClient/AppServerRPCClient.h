@@ -124,8 +124,11 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
   void cancelPendingRequest(const AppServerRequestID& id);
   std::optional<OneShotResolver<JSONValue>> takePendingResponse(const AppServerRequestID& id);
   void completePendingResponses(const std::string& message);
+  void completePendingResponses(const std::exception_ptr& error) noexcept;
   void writePayload(const JSONValue& payload);
 
+  static Task<void> readStdout(std::weak_ptr<AppServerRPCClient> owner, Strand strand, ServerOutput output,
+                               std::shared_ptr<StandardErrorCollector> errorOutput, Scheduler& scheduler);
   static Task<void> readStdoutLoop(std::weak_ptr<AppServerRPCClient> owner, Strand strand, ServerOutput output,
                                    std::shared_ptr<StandardErrorCollector> errorOutput, Scheduler& scheduler);
   void handleIncomingLine(std::string_view paddedLine) noexcept;
@@ -133,6 +136,7 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
   void handleResponse(const JSONObject& message);
   std::string eofMessage() const;
   void failPendingResponses(const std::string& message);
+  void failPendingResponses(const std::exception_ptr& error) noexcept;
   void shutdownProcess();
 
   const AppServerRPCClientConfiguration configuration_;

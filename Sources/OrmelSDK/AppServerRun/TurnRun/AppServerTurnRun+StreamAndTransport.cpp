@@ -1,4 +1,6 @@
 #include <exception>
+#include <memory>
+#include <new>
 #include <utility>
 
 #include "OrmelSDK/AppServerRun/Connection/ServerConnection.h"
@@ -8,6 +10,8 @@
 #include "OrmelSDK/Base/OrmelProcessError.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
 #include "OrmelSDK/Base/Visit.h"
+#include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
+#include "OrmelSDK/Concurrency/PreparedWork.h"
 #include "OrmelSDK/JSON/JSONDecoding.h"
 
 namespace ormel::detail {
@@ -69,29 +73,51 @@ void AppServerTurnRun::launchProcess() {
   ServerOutput output = connection->read(callbacksOf(exitCoordinator));
   transport_.adopt(std::move(connection), exitCoordinator);
   std::stop_token stop = output.stopToken();
-  auto reader = readStdoutLoop(weak_from_this(), std::move(output), generation, exitCoordinator);
+  auto reader = readStdout(weak_from_this(), std::move(output), generation, exitCoordinator);
   std::move(reader).onStrand(strand()).withStopToken(std::move(stop)).detach();
 }
 
 TerminationHandler AppServerTurnRun::terminationHandler(std::uint64_t transportGeneration) {
-  return [owner = weak_from_this(), strand = strand(), transportGeneration](const Termination& termination) {
-    auto tell = [owner, transportGeneration, termination] {
-      if (const auto run = owner.lock()) run->coordinateProcessExit(transportGeneration, termination);
-    };
-    strand.post(std::move(tell), "process termination");
+  auto known = std::make_shared<Termination>();
+  auto coordinate = [owner = weak_from_this(), known, transportGeneration] {
+    const auto run = owner.lock();
+    if (!run) return;
+    try {
+      run->coordinateProcessExit(transportGeneration, *known);
+    } catch (const std::bad_alloc&) {
+      run->handleProcessExit(transportGeneration, *known);
+    }
+  };
+  const PreparedWork tell(strand(), std::move(coordinate), "process termination");
+  return [tell, known](const Termination& termination) {
+    *known = termination;
+    tell.post();
   };
 }
 
 void AppServerTurnRun::coordinateProcessExit(std::uint64_t transportGeneration, const Termination& termination) {
   if (!transport_.isCurrent(transportGeneration)) return;
-  auto report = [owner = weak_from_this(), strand = strand(), transportGeneration, termination] {
-    auto handle = [owner, transportGeneration, termination] {
-      if (const auto run = owner.lock()) run->handleProcessExit(transportGeneration, termination);
-    };
-    strand.post(std::move(handle), "process exit");
+  auto report = [owner = weak_from_this(), transportGeneration, termination] {
+    if (const auto run = owner.lock()) run->handleProcessExit(transportGeneration, termination);
   };
   transport_.processExitCoordinator()->processDidExit(configuration_.durations.processExitCoordinationGraceNanoseconds,
-                                                      std::move(report));
+                                                      PreparedWork(strand(), std::move(report), "process exit"));
+}
+
+Task<void> AppServerTurnRun::readStdout(std::weak_ptr<AppServerTurnRun> owner, ServerOutput output,
+                                        std::uint64_t transportGeneration,
+                                        std::shared_ptr<AppServerProcessExitCoordinator> exitCoordinator) {
+  std::exception_ptr failure;
+  try {
+    auto loop = readStdoutLoop(owner, std::move(output), transportGeneration, std::move(exitCoordinator));
+    co_await std::move(loop);
+  } catch (const CancelledError&) {
+    co_return;
+  } catch (...) {
+    failure = std::current_exception();
+  }
+  const Self run = owner.lock();
+  if (failure && run) run->handleReadFailure(transportGeneration, failure);
 }
 
 Task<void> AppServerTurnRun::readStdoutLoop(std::weak_ptr<AppServerTurnRun> owner, ServerOutput output,
@@ -172,6 +198,12 @@ void AppServerTurnRun::handleEOF(std::uint64_t transportGeneration) {
     if (message.empty()) message = "Ormel app-server terminated unexpectedly";
     lifecycle_.finishCurrent(StreamCompletion::failed({std::move(message), false}));
   }
+}
+
+void AppServerTurnRun::handleReadFailure(std::uint64_t transportGeneration, const std::exception_ptr& failure) {
+  if (!transport_.isCurrent(transportGeneration)) return;
+  if (stream_.isPending()) lifecycle_.finishCurrent(StreamCompletion::failed(describedFailure(failure)));
+  lifecycle_.shutdownProcess();
 }
 
 void AppServerTurnRun::handleProcessExit(std::uint64_t transportGeneration, const Termination& termination) {

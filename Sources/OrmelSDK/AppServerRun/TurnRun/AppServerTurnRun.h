@@ -123,6 +123,10 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   void launchProcess();
   TerminationHandler terminationHandler(std::uint64_t transportGeneration);
   void coordinateProcessExit(std::uint64_t transportGeneration, const Termination& termination);
+  static Task<void> readStdout(std::weak_ptr<AppServerTurnRun> owner, ServerOutput output,
+                               std::uint64_t transportGeneration,
+                               std::shared_ptr<AppServerProcessExitCoordinator> exitCoordinator);
+  void handleReadFailure(std::uint64_t transportGeneration, const std::exception_ptr& failure);
   /// Holds the run only while it works on a chunk: the run may be gone at any time.
   static Task<void> readStdoutLoop(std::weak_ptr<AppServerTurnRun> owner, ServerOutput output,
                                    std::uint64_t transportGeneration,

@@ -1,6 +1,5 @@
 #include "OrmelSDK/AppServerRun/TurnRun/RequestSender.h"
 
-#include <functional>
 #include <stop_token>
 #include <utility>
 
@@ -11,6 +10,7 @@
 #include "OrmelSDK/AppServerRun/TurnRun/RunTransport.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
+#include "OrmelSDK/Concurrency/PreparedWork.h"
 
 namespace ormel::detail {
 
@@ -40,6 +40,8 @@ Task<JSONValue> RequestSender::sendRequest(std::string method, std::optional<JSO
 
   const OneShot<JSONValue> response("response");
   PendingResponse request{response.resolver(), timeoutTask(id, method, operationGeneration), method == "turn/steer"};
+  PreparedWork cancel(run_.life.strand(), run_.life.whileAlive([this, id] { cancelPendingRequest(id); }),
+                      "cancelled request");
   // Register before writing, so that an early answer or cancellation finds the entry.
   run_.requests.add(id, std::move(request));
   try {
@@ -48,9 +50,6 @@ Task<JSONValue> RequestSender::sendRequest(std::string method, std::optional<JSO
     run_.requests.remove(id);
     throw;
   }
-  std::function<void()> cancel = [strand = run_.life.strand(), take = run_.life.whileAlive([this, id] {
-    cancelPendingRequest(id);
-  })] { strand.post(take, "cancelled request"); };
   const std::stop_callback onStop(stop, std::move(cancel));
   co_return co_await response.waitThroughCancellation();
 }

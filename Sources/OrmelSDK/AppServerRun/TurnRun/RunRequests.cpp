@@ -48,25 +48,17 @@ bool RunRequests::fail(const AppServerRequestID& id, const std::exception_ptr& e
   return request.has_value();
 }
 
-void RunRequests::release(const StreamCompletion& completion) {
+// One at a time and in its place, so that no memory is needed for it. No waiter goes on within its `fail`.
+void RunRequests::release(const StreamCompletion& completion) noexcept {
   const std::exception_ptr error = completion.waiterError();
-  for (PendingResponse& request : take(completion.kind() == StreamCompletion::Kind::failed)) {
-    request.timeoutTask.cancel();
-    request.fail(error);
-  }
-}
-
-std::vector<PendingResponse> RunRequests::take(bool alsoSurvivors) {
-  std::vector<PendingResponse> taken;
+  const bool alsoSurvivors = completion.kind() == StreamCompletion::Kind::failed;
   for (auto entry = pendingResponses_.begin(); entry != pendingResponses_.end();) {
-    if (entry->second.survivesNormalStreamCompletion && !alsoSurvivors) {
-      ++entry;
-      continue;
-    }
-    taken.push_back(std::move(entry->second));
-    entry = pendingResponses_.erase(entry);
+    const auto present = entry++;
+    if (present->second.survivesNormalStreamCompletion && !alsoSurvivors) continue;
+    auto request = pendingResponses_.extract(present);
+    request.mapped().timeoutTask.cancel();
+    request.mapped().fail(error);
   }
-  return taken;
 }
 
 }  // namespace ormel::detail

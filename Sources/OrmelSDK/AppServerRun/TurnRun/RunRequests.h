@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <optional>
 #include <unordered_map>
-#include <vector>
 
 #include "OrmelSDK/AppServerRun/Framing/AppServerRequestID.h"
 #include "OrmelSDK/AppServerRun/TurnRun/StreamCompletion.h"
@@ -47,13 +46,11 @@ class RunRequests {
   bool fail(const AppServerRequestID& id, const std::exception_ptr& error);
 
   /// Fails what the end of an operation releases: after a normal one, all that do not survive it; else all.
-  void release(const StreamCompletion& completion);
+  void release(const StreamCompletion& completion) noexcept;
 
   std::size_t count() const noexcept { return pendingResponses_.size(); }
 
  private:
-  std::vector<PendingResponse> take(bool alsoSurvivors);
-
   std::int64_t nextRequestID_ = 1;
   std::unordered_map<AppServerRequestID, PendingResponse> pendingResponses_;
 };

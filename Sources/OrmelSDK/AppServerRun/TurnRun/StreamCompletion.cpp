@@ -1,6 +1,7 @@
 #include "OrmelSDK/AppServerRun/TurnRun/StreamCompletion.h"
 
-#include <utility>
+#include <string>
+#include <string_view>
 
 #include "OrmelSDK/Base/OrmelProcessError.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
@@ -9,24 +10,34 @@ namespace ormel::detail {
 
 namespace {
 
-std::exception_ptr streamErrorOf(std::string message) {
-  return std::make_exception_ptr(ThreadRunError::streamError(std::move(message)));
+/// An operation has to end also where there is no memory for its error: with that failure.
+template <typename Make>
+std::exception_ptr errorOf(Make make) noexcept {
+  try {
+    return std::make_exception_ptr(make());
+  } catch (...) {
+    return std::current_exception();
+  }
+}
+
+std::exception_ptr streamErrorOf(std::string_view message) noexcept {
+  return errorOf([message] { return ThreadRunError::streamError(std::string(message)); });
 }
 
 }  // namespace
 
 StreamCompletion StreamCompletion::aborted() { return failed({OrmelProcessError::aborted().description(), true}); }
 
-std::exception_ptr StreamCompletion::streamError() const {
+std::exception_ptr StreamCompletion::streamError() const noexcept {
   if (kind_ != Kind::failed) return nullptr;
-  return failure_.aborted ? std::make_exception_ptr(OrmelProcessError::aborted()) : streamErrorOf(failure_.message);
+  return failure_.aborted ? errorOf([] { return OrmelProcessError::aborted(); }) : streamErrorOf(failure_.message);
 }
 
-std::exception_ptr StreamCompletion::waiterError() const {
+std::exception_ptr StreamCompletion::waiterError() const noexcept {
   return kind_ == Kind::finished ? streamErrorOf("Stream finished") : streamError();
 }
 
-std::exception_ptr StreamCompletion::senderError() const {
+std::exception_ptr StreamCompletion::senderError() const noexcept {
   return kind_ == Kind::finished ? streamErrorOf("Ormel app-server stream already finished") : streamError();
 }
 

@@ -31,13 +31,13 @@ class StreamCompletion {
   bool isPending() const noexcept { return kind_ == Kind::pending; }
 
   /// The error that ends the channel of the events; null for a plain end.
-  std::exception_ptr streamError() const;
+  std::exception_ptr streamError() const noexcept;
 
   /// The error of a waiter for a response that the end releases.
-  std::exception_ptr waiterError() const;
+  std::exception_ptr waiterError() const noexcept;
 
   /// The error of a further request; null while there is no end.
-  std::exception_ptr senderError() const;
+  std::exception_ptr senderError() const noexcept;
 
  private:
   StreamCompletion(Kind kind, RunFailure failure) : kind_(kind), failure_(std::move(failure)) {}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+
+namespace ormel::testing {
+
+/// The replaced `operator new` of this program: while armed, the allocation of the given number fails, counted from one
+/// over all threads.
+class FailingAllocations {
+ public:
+  static void arm(long number) noexcept;
+  /// Whether the allocation of that number was made.
+  static bool disarm() noexcept;
+  /// Whether an allocation has failed since it was armed.
+  static bool hasFailed() noexcept;
+  /// The allocations that have been made and not freed.
+  static long living() noexcept;
+  /// The addresses of the calls that led to the failed allocation, written to the descriptor.
+  static void tellWhere(int descriptor) noexcept;
+};
+
+}  // namespace ormel::testing
