@@ -6,6 +6,7 @@
 #include "OrmelSDK/AppServerRun/Framing/AppServerRequestID.h"
 #include "OrmelSDK/AppServerRun/Payloads/AppServerInitializeCapabilities.h"
 #include "OrmelSDK/Base/Error.h"
+#include "OrmelSDK/Base/FailureCause.h"
 #include "OrmelSDK/Base/FileSystemError.h"
 #include "OrmelSDK/Base/OrmelProcessError.h"
 #include "OrmelSDK/Base/ThreadRunError.h"

@@ -16,6 +16,9 @@ namespace ormel {
 class HandlerError : public Error {
  public:
   using Error::Error;
+
+ protected:
+  std::string generalAdvice() const override;
 };
 
 template <typename Signature>

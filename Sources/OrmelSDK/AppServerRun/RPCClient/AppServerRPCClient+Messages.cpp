@@ -33,10 +33,14 @@ AppServerRPCNotification notification(std::string_view method, const JSONObject&
 }  // namespace
 
 void AppServerRPCClient::handleIncomingLine(std::string_view paddedLine) noexcept {
+  bool isMessage = false;
   try {
-    handleMessage(decodePaddedJSON(paddedLine));
+    const JSONValue message = decodePaddedJSON(paddedLine);
+    isMessage = message.objectValue() != nullptr;
+    handleMessage(message);
   } catch (const std::exception& error) {
-    failPendingResponses(appServerProtocolErrorDescription(error));
+    const bool isTold = !isMessage && !pendingResponses_.empty();
+    failPendingResponses(appServerProtocolErrorDescription(error), isTold ? causes().ofGarbage(paddedLine) : nullptr);
   }
 }
 

@@ -10,6 +10,7 @@
 #include "OrmelSDK/Base/ThreadRunError.h"
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
 #include "OrmelSDK/Concurrency/Sleep.h"
+#include "OrmelSDK/Text/TrimmedText.h"
 
 namespace ormel::detail {
 
@@ -74,8 +75,8 @@ void AppServerRPCClient::launch(const LaunchSettings& settings) {
   process_ = ServerConnection::launch(*services_.launcher, settings, stderrAccumulator_);
   ServerOutput output = process_->read();
   const std::stop_token closed = output.stopToken();
-  auto reader =
-      readStdoutLoop(weak_from_this(), strand_, std::move(output), process_->errorOutput(), *services_.scheduler);
+  auto reader = readStdoutLoop(weak_from_this(), strand_, std::move(output), process_->errorOutput(),
+                               process_->termination(), *services_.scheduler);
   std::move(reader).onStrand(strand_).withStopToken(closed).detach();
 }
 
@@ -183,8 +184,8 @@ std::optional<OneShotResolver<JSONValue>> AppServerRPCClient::takePendingRespons
   return std::move(node.mapped());
 }
 
-void AppServerRPCClient::completePendingResponses(const std::string& message) {
-  const auto error = std::make_exception_ptr(ThreadRunError::streamError(message));
+void AppServerRPCClient::completePendingResponses(const std::string& message, FailureCauses::Cause cause) {
+  const auto error = std::make_exception_ptr(ThreadRunError::streamError(message, std::move(cause)));
   for (const auto& [id, response] : std::exchange(pendingResponses_, {})) response.fail(error);
 }
 
@@ -202,7 +203,7 @@ Task<void> AppServerRPCClient::finishNotifications() {
     co_await pollPause(*services_.scheduler);
   }
   // Nothing is in flight in a client that only notifies; a request that is must not wait for ever.
-  failPendingResponses(eofMessage());
+  failPendingResponses(eofMessage(), causeOfEnd());
 }
 
 Task<void> AppServerRPCClient::terminate() {
@@ -215,7 +216,7 @@ Task<void> AppServerRPCClient::terminate() {
 
 Task<void> AppServerRPCClient::readStdoutLoop(std::weak_ptr<AppServerRPCClient> owner, Strand strand,
                                               ServerOutput output, std::shared_ptr<StandardErrorCollector> errorOutput,
-                                              Scheduler& scheduler) {
+                                              std::shared_ptr<TerminationNotice> termination, Scheduler& scheduler) {
   constexpr std::chrono::milliseconds settlingLimit{100};
   // The process may be gone already. Its starter sends the handshake first, which then fails with the reason.
   co_await strand.yield();
@@ -228,14 +229,29 @@ Task<void> AppServerRPCClient::readStdoutLoop(std::weak_ptr<AppServerRPCClient> 
     while (const auto line = output.nextLine()) client->handleIncomingLine(*line);
     isEndAwaited = !client->pendingResponses_.empty();
   }
-  // The end of standard output may be noticed before the words on standard error that explain it.
-  if (isEndAwaited) co_await StandardErrorCollector::settled(std::move(errorOutput), scheduler, settlingLimit);
+  if (isEndAwaited) {
+    // The end of standard output may be noticed before the words on standard error that explain it, and before the end
+    // of the process.
+    co_await StandardErrorCollector::settled(std::move(errorOutput), scheduler, settlingLimit);
+    if (!output.isClosed()) co_await TerminationNotice::awaited(std::move(termination), scheduler, settlingLimit);
+  }
   const Self client = owner.lock();
-  if (client && !output.isClosed()) client->failPendingResponses(client->eofMessage());
+  if (client && !output.isClosed()) client->failPendingResponses(client->eofMessage(), client->causeOfEnd());
 }
 
-void AppServerRPCClient::failPendingResponses(const std::string& message) {
-  completePendingResponses(message);
+FailureCauses AppServerRPCClient::causes() const {
+  return {configuration_.executablePath, configuration_.ormelPathDirectories, configuration_.ormelOptions};
+}
+
+FailureCauses::Cause AppServerRPCClient::causeOfEnd() const {
+  // Looking at files is for somebody who is told of it.
+  if (pendingResponses_.empty() || !process_) return nullptr;
+  const bool hadErrorOutput = !trimmed(stderrAccumulator_->string()).empty();
+  return causes().ofEnd(process_->termination()->termination(), hadErrorOutput, didInitializeProcess_);
+}
+
+void AppServerRPCClient::failPendingResponses(const std::string& message, FailureCauses::Cause cause) {
+  completePendingResponses(message, std::move(cause));
   shutdownProcess();
 }
 

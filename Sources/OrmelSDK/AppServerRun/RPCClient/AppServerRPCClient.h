@@ -14,6 +14,7 @@
 #include "OrmelSDK/AppServerRun/Connection/ServerServices.h"
 #include "OrmelSDK/AppServerRun/Framing/AppServerLockedData.h"
 #include "OrmelSDK/AppServerRun/Framing/AppServerRequestID.h"
+#include "OrmelSDK/AppServerRun/Launch/FailureCauses.h"
 #include "OrmelSDK/AppServerRun/Payloads/AppServerInitializeCapabilities.h"
 #include "OrmelSDK/AppServerRun/RPCClient/AppServerRPCNotification.h"
 #include "OrmelSDK/Concurrency/EventChannel.h"
@@ -123,16 +124,19 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
                                   const std::optional<JSONValue>& params);
   void cancelPendingRequest(const AppServerRequestID& id);
   std::optional<OneShotResolver<JSONValue>> takePendingResponse(const AppServerRequestID& id);
-  void completePendingResponses(const std::string& message);
+  void completePendingResponses(const std::string& message, FailureCauses::Cause cause = nullptr);
   void writePayload(const JSONValue& payload);
 
   static Task<void> readStdoutLoop(std::weak_ptr<AppServerRPCClient> owner, Strand strand, ServerOutput output,
-                                   std::shared_ptr<StandardErrorCollector> errorOutput, Scheduler& scheduler);
+                                   std::shared_ptr<StandardErrorCollector> errorOutput,
+                                   std::shared_ptr<TerminationNotice> termination, Scheduler& scheduler);
   void handleIncomingLine(std::string_view paddedLine) noexcept;
   void handleMessage(const JSONValue& message);
   void handleResponse(const JSONObject& message);
   std::string eofMessage() const;
-  void failPendingResponses(const std::string& message);
+  FailureCauses causes() const;
+  FailureCauses::Cause causeOfEnd() const;
+  void failPendingResponses(const std::string& message, FailureCauses::Cause cause = nullptr);
   void shutdownProcess();
 
   const AppServerRPCClientConfiguration configuration_;

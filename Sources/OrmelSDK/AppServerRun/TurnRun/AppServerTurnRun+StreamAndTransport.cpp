@@ -110,11 +110,12 @@ Task<void> AppServerTurnRun::readStdoutLoop(std::weak_ptr<AppServerTurnRun> owne
   if (run && run->handleLines(output)) co_await run->strand().yield();
   if (!run || output.isClosed()) co_return;
   if (run->isErrorTextAwaited()) {
-    auto lastWords =
-        StandardErrorCollector::settled(run->transport_.errorOutput(), *run->services_.scheduler,
-                                        run->configuration_.durations.processExitCoordinationGraceNanoseconds);
+    const std::chrono::nanoseconds grace = run->configuration_.durations.processExitCoordinationGraceNanoseconds;
+    auto lastWords = StandardErrorCollector::settled(run->transport_.errorOutput(), *run->services_.scheduler, grace);
+    auto termination = TerminationNotice::awaited(run->transport_.termination(), *run->services_.scheduler, grace);
     run.reset();
     co_await std::move(lastWords);
+    if (!output.isClosed()) co_await std::move(termination);
     run = owner.lock();
   }
   if (run) run->handleEOF(transportGeneration);
@@ -134,10 +135,15 @@ bool AppServerTurnRun::handleLines(ServerOutput& output) {
 }
 
 bool AppServerTurnRun::handleIncomingLine(std::string_view paddedLine) noexcept {
+  bool isMessage = false;
   try {
-    return handleMessage(classifiedAppServerMessage(decodePaddedJSON(paddedLine)));
+    JSONValue message = decodePaddedJSON(paddedLine);
+    isMessage = message.objectValue() != nullptr;
+    return handleMessage(classifiedAppServerMessage(std::move(message)));
   } catch (...) {
-    lifecycle_.finishCurrent(StreamCompletion::failed(describedFailure(std::current_exception())));
+    RunFailure failure = describedFailure(std::current_exception());
+    if (!isMessage && stream_.isPending()) failure.cause = causes().ofGarbage(paddedLine);
+    lifecycle_.finishCurrent(StreamCompletion::failed(std::move(failure)));
     return false;
   }
 }
@@ -169,8 +175,13 @@ void AppServerTurnRun::handleEOF(std::uint64_t transportGeneration) {
   } else {
     std::string message = transport_.errorText();
     if (message.empty()) message = "Ormel app-server terminated unexpectedly";
-    lifecycle_.finishCurrent(StreamCompletion::failed({std::move(message), false}));
+    auto cause = causeOfEnd(transport_.termination()->termination());
+    lifecycle_.finishCurrent(StreamCompletion::failed({std::move(message), false, std::move(cause)}));
   }
+}
+
+FailureCauses::Cause AppServerTurnRun::causeOfEnd(const std::optional<Termination>& termination) const {
+  return causes().ofEnd(termination, !transport_.errorText().empty(), transport_.didInitializeProcess());
 }
 
 void AppServerTurnRun::handleProcessExit(std::uint64_t transportGeneration, const Termination& termination) {
@@ -182,7 +193,7 @@ void AppServerTurnRun::handleProcessExit(std::uint64_t transportGeneration, cons
     lifecycle_.finishCurrent(StreamCompletion::aborted());
   } else {
     const auto error = OrmelProcessError::exited(exitDetail(termination), transport_.errorText());
-    lifecycle_.finishCurrent(StreamCompletion::failed({error.description(), false}));
+    lifecycle_.finishCurrent(StreamCompletion::failed({error.description(), false, causeOfEnd(termination)}));
   }
 }
 

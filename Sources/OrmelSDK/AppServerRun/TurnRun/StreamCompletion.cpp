@@ -9,8 +9,8 @@ namespace ormel::detail {
 
 namespace {
 
-std::exception_ptr streamErrorOf(std::string message) {
-  return std::make_exception_ptr(ThreadRunError::streamError(std::move(message)));
+std::exception_ptr streamErrorOf(std::string message, std::shared_ptr<const FailureCause> cause = nullptr) {
+  return std::make_exception_ptr(ThreadRunError::streamError(std::move(message), std::move(cause)));
 }
 
 }  // namespace
@@ -19,7 +19,8 @@ StreamCompletion StreamCompletion::aborted() { return failed({OrmelProcessError:
 
 std::exception_ptr StreamCompletion::streamError() const {
   if (kind_ != Kind::failed) return nullptr;
-  return failure_.aborted ? std::make_exception_ptr(OrmelProcessError::aborted()) : streamErrorOf(failure_.message);
+  if (failure_.aborted) return std::make_exception_ptr(OrmelProcessError::aborted());
+  return streamErrorOf(failure_.message, failure_.cause);
 }
 
 std::exception_ptr StreamCompletion::waiterError() const {

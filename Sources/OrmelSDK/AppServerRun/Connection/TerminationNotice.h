@@ -1,0 +1,35 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+#include "OrmelSDK/Concurrency/OneShot.h"
+#include "OrmelSDK/Concurrency/Scheduler.h"
+#include "OrmelSDK/Concurrency/Task.h"
+#include "OrmelSDK/Platform/ProcessLauncher.h"
+
+namespace ormel::detail {
+
+/// How a process ended, as soon as that is noticed. Its output may end sooner.
+///
+/// *Thread safety*: all members may be called from any thread.
+class TerminationNotice {
+ public:
+  void tell(const Termination& termination);
+
+  /// Empty as long as no end was noticed.
+  std::optional<Termination> termination() const;
+
+  /// Ends when the end of the process was noticed, or after `limit`. One caller at a time.
+  static Task<void> awaited(std::shared_ptr<TerminationNotice> self, Scheduler& scheduler,
+                            std::chrono::nanoseconds limit);
+
+ private:
+  mutable std::mutex lock_;
+  std::optional<Termination> termination_;
+  OneShotResolver<void> waiter_;
+};
+
+}  // namespace ormel::detail
