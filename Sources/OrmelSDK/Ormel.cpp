@@ -6,6 +6,7 @@
 #include "OrmelSDK/Conversation.h"
 #include "OrmelSDK/Management/ControlSession.h"
 #include "OrmelSDK/Management/OneShotPerformer.h"
+#include "OrmelSDK/SetUpDiagnosis.h"
 
 namespace ormel {
 
@@ -48,6 +49,10 @@ Thread Ormel::thread(std::optional<std::string> id, ThreadOptions threadOptions)
 
 OrmelControlSession Ormel::makeControlSession() const {
   return OrmelControlSession(std::make_shared<detail::ControlSession>(performer_->configuration()));
+}
+
+Task<Diagnosis> Ormel::diagnose(const DiagnosisOptions& options) const {
+  return detail::diagnoseSetUp(performer_->configuration(), options.timeout);
 }
 
 Task<void> Ormel::performNotification(std::string method, std::optional<JSONValue> params) const {

@@ -33,6 +33,7 @@
 #include "OrmelSDK/Concurrency/WaitRegistry.h"
 #include "OrmelSDK/Concurrency/Wakeup.h"
 #include "OrmelSDK/Concurrency/WorkItem.h"
+#include "OrmelSDK/Diagnosis.h"
 #include "OrmelSDK/Events/GuardianReview.h"
 #include "OrmelSDK/Events/GuardianReviewAction.h"
 #include "OrmelSDK/Events/GuardianReviewEvents.h"

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "OrmelSDK/AppServerRun/Launch/AppServerLaunch.h"
+#include "OrmelSDK/AppServerRun/Launch/OrmelBinaryLocator.h"
 #include "OrmelSDK/AppServerRun/Launch/Secrets.h"
 #include "OrmelSDK/Platform/ExecutableExamination.h"
 #include "OrmelSDK/Platform/HostProcess.h"

@@ -60,8 +60,4 @@ class FailureCauses {
   const OrmelOptions& options_;
 };
 
-/// The option and the variable by which a server is named.
-inline constexpr std::string_view overrideOptionName = "OrmelOptions::ormelPathOverride";
-inline constexpr std::string_view overrideVariableName = "KESTRION_ORMEL_PATH";
-
 }  // namespace ormel::detail
