@@ -34,7 +34,7 @@ struct Diagnosis {
   struct Candidate {
     Candidate() = default;
 
-    /// Why the path was looked at, such as "PATH" or "OrmelOptions::ormelPathOverride".
+    /// Why the path was looked at, such as "PATH" or "KESTRION_ORMEL_PATH".
     std::string origin;
     ExecutableFinding finding;
     /// Whether the search came to this one.

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "OrmelSDK/AppServerRun/Launch/FailureCauses.h"
 #include "OrmelSDK/AppServerRun/Launch/OrmelBinaryLocator.h"
 #include "OrmelSDK/Conversation.h"
 #include "OrmelSDK/Management/ControlSession.h"
@@ -49,6 +50,10 @@ Thread Ormel::thread(std::optional<std::string> id, ThreadOptions threadOptions)
 
 OrmelControlSession Ormel::makeControlSession() const {
   return OrmelControlSession(std::make_shared<detail::ControlSession>(performer_->configuration()));
+}
+
+std::shared_ptr<const FailureCause> Ormel::searchProblem() const {
+  return detail::FailureCauses(executablePath(), ormelPathDirectories(), options()).ofSearch();
 }
 
 Task<Diagnosis> Ormel::diagnose(const DiagnosisOptions& options) const {

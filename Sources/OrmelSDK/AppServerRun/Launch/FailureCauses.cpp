@@ -83,6 +83,12 @@ FailureCauses::Cause FailureCauses::ofUnstartablePath() const {
   return made;
 }
 
+FailureCauses::Cause FailureCauses::ofSearch() const {
+  if (executablePath_.find('/') == executablePath_.npos) return ofUnstartablePath();
+  auto made = causeUnlessPassedOver(FailureCause::Kind::noServer);
+  return made->finding ? made : nullptr;
+}
+
 FailureCauses::Cause FailureCauses::ofDistrust(const std::string& reason) const {
   auto made = options_.executableTrustAssessment ? cause(FailureCause::Kind::unvettedExecutable)
                                                  : causeUnlessPassedOver(FailureCause::Kind::unvettedExecutable);

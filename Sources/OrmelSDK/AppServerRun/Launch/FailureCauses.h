@@ -29,6 +29,9 @@ class FailureCauses {
   /// That the path would be taken for something else: often, because nothing was found for the path that was named.
   Cause ofUnstartablePath() const;
 
+  /// That a name was passed over, or that nothing was found; null if all is well.
+  Cause ofSearch() const;
+
   Cause ofDistrust(const std::string& reason) const;
 
   /// `errorNumber` is 0 if it is not known.

@@ -12,7 +12,7 @@
 namespace ormel::detail {
 
 /// The option and the variable by which a server is named.
-inline constexpr std::string_view overrideOptionName = "OrmelOptions::ormelPathOverride";
+inline constexpr std::string_view overrideOptionName = "ormelPathOverride (--server)";
 inline constexpr std::string_view overrideVariableName = "KESTRION_ORMEL_PATH";
 
 /// Where the server executable is, and what it needs on its `PATH`.
