@@ -100,11 +100,10 @@ void tellErrorOutput(Diagnosis& diagnosis, const std::string& text, const Enviro
 }
 
 ThreadRunError timedOut(const FailureCauses& causes, std::chrono::milliseconds timeout, bool wasStarted) {
-  const JSONValue seconds(std::chrono::duration<double>(timeout).count());
-  const std::string after = " timed out after " + seconds.encode() + " seconds";
-  if (wasStarted)
-    return ThreadRunError::streamError("App-server RPC initialize" + after, causes.ofUnansweredHandshake(timeout));
-  return ThreadRunError::streamError("The check of the server executable" + after);
+  const std::string seconds = JSONValue(std::chrono::duration<double>(timeout).count()).encode() + " seconds";
+  if (!wasStarted) return ThreadRunError::streamError("The check of the server executable timed out after " + seconds);
+  return ThreadRunError::streamError("App-server RPC initialize timed out after " + seconds,
+                                     causes.ofUnansweredHandshake(timeout));
 }
 
 Task<JSONValue> shakeHands(std::shared_ptr<AppServerRPCClient> client,
