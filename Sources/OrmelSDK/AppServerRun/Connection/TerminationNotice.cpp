@@ -1,5 +1,6 @@
 #include "OrmelSDK/AppServerRun/Connection/TerminationNotice.h"
 
+#include <cstdint>
 #include <utility>
 
 namespace ormel::detail {
@@ -30,6 +31,15 @@ Task<void> TerminationNotice::awaited(std::shared_ptr<TerminationNotice> self, S
   const Timer timer =
       scheduler.postAfter(limit, [resolver = outcome.resolver()] { resolver.resume(); }, "limit for the end");
   co_await outcome.wait();
+}
+
+Task<void> lastWordsAndEnd(std::shared_ptr<StandardErrorCollector> errorOutput,
+                           std::shared_ptr<TerminationNotice> termination, Scheduler& scheduler,
+                           std::chrono::nanoseconds limit) {
+  const std::uint64_t start = scheduler.now();
+  co_await StandardErrorCollector::settled(std::move(errorOutput), scheduler, limit);
+  const std::chrono::nanoseconds left = limit - std::chrono::nanoseconds(scheduler.now() - start);
+  if (left.count() > 0) co_await TerminationNotice::awaited(std::move(termination), scheduler, left);
 }
 
 }  // namespace ormel::detail

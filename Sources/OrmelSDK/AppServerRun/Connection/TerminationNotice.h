@@ -5,6 +5,7 @@
 #include <mutex>
 #include <optional>
 
+#include "OrmelSDK/AppServerRun/Framing/StandardErrorCollector.h"
 #include "OrmelSDK/Concurrency/OneShot.h"
 #include "OrmelSDK/Concurrency/Scheduler.h"
 #include "OrmelSDK/Concurrency/Task.h"
@@ -31,5 +32,11 @@ class TerminationNotice {
   std::optional<Termination> termination_;
   OneShotResolver<void> waiter_;
 };
+
+/// Ends when the last words of the process have been read and its end was noticed, or after `limit`: the end of its
+/// standard output may be noticed before both.
+Task<void> lastWordsAndEnd(std::shared_ptr<StandardErrorCollector> errorOutput,
+                           std::shared_ptr<TerminationNotice> termination, Scheduler& scheduler,
+                           std::chrono::nanoseconds limit);
 
 }  // namespace ormel::detail

@@ -229,12 +229,7 @@ Task<void> AppServerRPCClient::readStdoutLoop(std::weak_ptr<AppServerRPCClient> 
     while (const auto line = output.nextLine()) client->handleIncomingLine(*line);
     isEndAwaited = !client->pendingResponses_.empty();
   }
-  if (isEndAwaited) {
-    // The end of standard output may be noticed before the words on standard error that explain it, and before the end
-    // of the process.
-    co_await StandardErrorCollector::settled(std::move(errorOutput), scheduler, settlingLimit);
-    if (!output.isClosed()) co_await TerminationNotice::awaited(std::move(termination), scheduler, settlingLimit);
-  }
+  if (isEndAwaited) co_await lastWordsAndEnd(std::move(errorOutput), std::move(termination), scheduler, settlingLimit);
   const Self client = owner.lock();
   if (client && !output.isClosed()) client->failPendingResponses(client->eofMessage(), client->causeOfEnd());
 }

@@ -110,12 +110,11 @@ Task<void> AppServerTurnRun::readStdoutLoop(std::weak_ptr<AppServerTurnRun> owne
   if (run && run->handleLines(output)) co_await run->strand().yield();
   if (!run || output.isClosed()) co_return;
   if (run->isErrorTextAwaited()) {
-    const std::chrono::nanoseconds grace = run->configuration_.durations.processExitCoordinationGraceNanoseconds;
-    auto lastWords = StandardErrorCollector::settled(run->transport_.errorOutput(), *run->services_.scheduler, grace);
-    auto termination = TerminationNotice::awaited(run->transport_.termination(), *run->services_.scheduler, grace);
+    auto lastWords =
+        lastWordsAndEnd(run->transport_.errorOutput(), run->transport_.termination(), *run->services_.scheduler,
+                        run->configuration_.durations.processExitCoordinationGraceNanoseconds);
     run.reset();
     co_await std::move(lastWords);
-    if (!output.isClosed()) co_await std::move(termination);
     run = owner.lock();
   }
   if (run) run->handleEOF(transportGeneration);
