@@ -35,6 +35,7 @@ std::unique_ptr<ChildProcess> KeptProcess::launch(const LaunchSettings& settings
         notice->tell(termination);
         next(termination);
       });
+  wasStarted_ = true;
   return std::make_unique<LentProcess>(process_);
 }
 

@@ -19,7 +19,7 @@ class KeptProcess final : public ProcessLauncher {
 
   std::unique_ptr<ChildProcess> launch(const LaunchSettings& settings, TerminationHandler onTermination) override;
 
-  bool wasStarted() const noexcept { return process_ != nullptr; }
+  bool wasStarted() const noexcept { return wasStarted_; }
 
   /// Ends the process with its process group: by the end of its input, then by SIGTERM, then by SIGKILL. Ends when that
   /// was noticed, at the latest after some two seconds.
@@ -28,6 +28,7 @@ class KeptProcess final : public ProcessLauncher {
  private:
   ProcessLauncher& launcher_;
   std::shared_ptr<ChildProcess> process_;
+  bool wasStarted_ = false;
   std::shared_ptr<TerminationNotice> notice_ = std::make_shared<TerminationNotice>();
 };
 

@@ -78,9 +78,8 @@ TEST(BrokenSetUps, AreExplainedByTheErrorsOfCallsAndTurns) {
     const TemporaryDirectory home;
     const Surroundings surroundings(home);
     const Ormel ormel = ormelNaming(row.make(home));
-    expectFailure(row, ormel.listThreads());
+    expectFailure(row, ormel.performRPC<JSONValue>("thread/list"));
     expectFailure(row, ormel.startThread().run("Hello"));
-    expectFailure(row, ormel.makeControlSession().listThreads());
   }
 }
 
