@@ -20,6 +20,6 @@ int main(int argumentCount, char** arguments) try {
   std::cout << second.finalResponse << '\n';
   if (second.usage) std::cout << "(" << second.usage->outputTokens << " tokens)\n";
 } catch (const ormel::Error& error) {
-  std::cerr << error.what() << '\n';
+  std::cerr << error.what() << '\n' << error.advice() << '\n';
   return 1;
 }

@@ -45,6 +45,6 @@ int main(int argumentCount, char** arguments) try {
   Printer printer;
   for (const ormel::ThreadEvent& event : turn.events) std::visit(printer, event.value);
 } catch (const ormel::Error& error) {
-  std::cerr << error.what() << '\n';
+  std::cerr << error.what() << '\n' << error.advice() << '\n';
   return 1;
 }

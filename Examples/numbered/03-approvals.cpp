@@ -37,6 +37,6 @@ int main(int argumentCount, char** arguments) try {
     std::cout << turn.finalResponse << '\n';
   }
 } catch (const ormel::Error& error) {
-  std::cerr << error.what() << '\n';
+  std::cerr << error.what() << '\n' << error.advice() << '\n';
   return 1;
 }

@@ -45,6 +45,6 @@ int main(int argumentCount, char** arguments) try {
   const ormel::Thread thread = ormel::Ormel(options).startThread(threadOptions);
   std::cout << thread.run("use tool add").get().finalResponse << '\n';
 } catch (const ormel::Error& error) {
-  std::cerr << error.what() << '\n';
+  std::cerr << error.what() << '\n' << error.advice() << '\n';
   return 1;
 }

@@ -36,6 +36,6 @@ int main(int argumentCount, char** arguments) try {
 
   talkForAWhile(ormel::Ormel(options).startThread()).get();
 } catch (const ormel::Error& error) {
-  std::cerr << error.what() << '\n';
+  std::cerr << error.what() << '\n' << error.advice() << '\n';
   return 1;
 }

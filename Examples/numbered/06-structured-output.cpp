@@ -37,6 +37,6 @@ int main(int argumentCount, char** arguments) try {
   std::cout << "city: " << city->stringValue().value_or("?") << '\n';
   std::cout << "inhabitants: " << inhabitants->intValue().value_or(0) << '\n';
 } catch (const ormel::Error& error) {
-  std::cerr << error.what() << '\n';
+  std::cerr << error.what() << '\n' << error.advice() << '\n';
   return 1;
 }

@@ -29,6 +29,6 @@ int main(int argumentCount, char** arguments) try {
 
   review(ormel::Ormel(options).startThread()).get();
 } catch (const ormel::Error& error) {
-  std::cerr << error.what() << '\n';
+  std::cerr << error.what() << '\n' << error.advice() << '\n';
   return 1;
 }

@@ -48,6 +48,6 @@ int main(int argumentCount, char** arguments) try {
   if (argumentCount > 1) options.ormelPathOverride = arguments[1];
   converse(ormel::Ormel(options).startThread()).get();
 } catch (const ormel::Error& error) {
-  std::cerr << error.what() << '\n';
+  std::cerr << error.what() << '\n' << error.advice() << '\n';
   return 1;
 }

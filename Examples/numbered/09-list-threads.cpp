@@ -37,6 +37,6 @@ int main(int argumentCount, char** arguments) try {
     params.cursor = page.nextCursor;
   } while (params.cursor);
 } catch (const ormel::Error& error) {
-  std::cerr << error.what() << '\n';
+  std::cerr << error.what() << '\n' << error.advice() << '\n';
   return 1;
 }

@@ -58,6 +58,6 @@ int main(int argumentCount, char** arguments) try {
   // Blocking, up to here and from here on; inside, everything is awaited.
   manage(ormel.makeControlSession(), thread.id().value()).get();
 } catch (const ormel::Error& error) {
-  std::cerr << error.what() << '\n';
+  std::cerr << error.what() << '\n' << error.advice() << '\n';
   return 1;
 }

@@ -32,27 +32,27 @@ std::optional<fs::path> ownExecutable(const std::string& ownName) {
   return std::nullopt;
 }
 
-std::optional<Ormel> using_(const std::string& path) {
+Ormel using_(const std::string& path) {
   OrmelOptions options;
   options.ormelPathOverride = path;
-  Ormel ormel(std::move(options));
-  if (!ormel.options().selectedOrmelPathOverride) return std::nullopt;
-  return ormel;
+  return Ormel(std::move(options));
 }
 
 }  // namespace
 
 ServerChoice chooseServer(const std::optional<std::string>& namedServer, const std::string& ownName) {
   if (namedServer) {
-    if (auto ormel = using_(*namedServer)) return {*ormel};
-    throw Error(*namedServer + " is no executable file");
+    Ormel ormel = using_(*namedServer);
+    if (ormel.options().selectedOrmelPathOverride) return {std::move(ormel)};
+    throw Error(*namedServer + " is no executable file", ormel.searchProblem());
   }
   Ormel found;
   if (found.executablePath() != "ormel") return {found};
   if (const auto own = ownExecutable(ownName)) {
-    if (auto simulator = using_((own->parent_path() / "ormel-simulator").string())) return {*simulator, true};
+    const Ormel simulator = using_((own->parent_path() / "ormel-simulator").string());
+    if (simulator.options().selectedOrmelPathOverride) return {simulator, true};
   }
-  throw Error("No ormel server was found. Install one, or name it with --server.");
+  throw Error("No ormel server was found. Install one, or name it with --server.", found.searchProblem());
 }
 
 }  // namespace ormel::chat

@@ -423,9 +423,10 @@ int Session::statusOf(const std::exception_ptr& failure) {
       return interruptedStatus;
     }
     tell(error.what(), Style::red);
-    if (error.kind() == OrmelProcessError::Kind::untrustedExecutable) {
-      tell("If you trust " + error.path() + " yourself, name it with --server.");
-    }
+    tell(error.advice());
+  } catch (const Error& error) {
+    tell(error.what(), Style::red);
+    tell(error.advice());
   } catch (const std::exception& error) {
     tell(error.what(), Style::red);
   }

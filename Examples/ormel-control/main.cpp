@@ -60,6 +60,10 @@ int main(int argumentCount, char** arguments) {
     return run(commandLine.choice, arguments[0]);
   } catch (const OutputClosed&) {
     return 0;
+  } catch (const ormel::Error& error) {
+    const int status = failed(error.what());
+    std::cerr << onManyLines(error.advice()) << '\n';
+    return status;
   } catch (const std::exception& error) {
     return failed(error.what());
   }

@@ -2,11 +2,13 @@
 
 #include <utility>
 
+#include "OrmelSDK/AppServerRun/Launch/FailureCauses.h"
 #include "OrmelSDK/AppServerRun/Launch/OrmelBinaryLocator.h"
 #include "OrmelSDK/Conversation.h"
 #include "OrmelSDK/Management/ControlSession.h"
 #include "OrmelSDK/Management/OneShotPerformer.h"
 #include "OrmelSDK/Options/SharedCallbacks.h"
+#include "OrmelSDK/SetUpDiagnosis.h"
 
 namespace ormel {
 
@@ -50,6 +52,14 @@ Thread Ormel::thread(std::optional<std::string> id, ThreadOptions threadOptions)
 
 OrmelControlSession Ormel::makeControlSession() const {
   return OrmelControlSession(std::make_shared<detail::ControlSession>(performer_->configuration()));
+}
+
+std::shared_ptr<const FailureCause> Ormel::searchProblem() const {
+  return detail::FailureCauses(executablePath(), ormelPathDirectories(), options()).ofSearch();
+}
+
+Task<Diagnosis> Ormel::diagnose(const DiagnosisOptions& options) const {
+  return detail::diagnoseSetUp(performer_->configuration(), options.timeout);
 }
 
 Task<void> Ormel::performNotification(std::string method, std::optional<JSONValue> params) const {

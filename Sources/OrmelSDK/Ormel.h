@@ -10,6 +10,7 @@
 
 #include "OrmelSDK/AppServerRun/Payloads/AppServerInitializeCapabilities.h"
 #include "OrmelSDK/Concurrency/Task.h"
+#include "OrmelSDK/Diagnosis.h"
 #include "OrmelSDK/Input/ReviewTarget.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 #include "OrmelSDK/Management/AccountParams.h"
@@ -83,6 +84,17 @@ class Ormel {
 
   /// A session that keeps its server process between calls. Nothing is started before its first call.
   OrmelControlSession makeControlSession() const;
+
+  /// The facts about a server that was named and passed over, or about a search that has found none; null if all is
+  /// well. For a program that wants to tell its user before it starts anything: nothing is started.
+  std::shared_ptr<const FailureCause> searchProblem() const;
+
+  /// Looks at the whole set-up: where the server was looked for and what is there, whether it can be started, and what
+  /// it answers to the handshake. Starts one server process at most, which has ended with all of its process group when
+  /// this ends. The server is the one that the constructor found; the files are looked at as they are now.
+  ///
+  /// *Errors*: none for a set-up that is not usable; the record says so. `CancelledError` if its task is cancelled.
+  Task<Diagnosis> diagnose(const DiagnosisOptions& options = DiagnosisOptions()) const;
 
   /// Any call, for what this library has no operation for. The result is read as the record, which is one that has a
   /// JSON form, or `JSONValue`.

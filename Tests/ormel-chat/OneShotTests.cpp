@@ -81,7 +81,8 @@ TEST(ChatOneShot, FailsForAServerThatIsNone) {
   testing::ChildOptions options;
   options.arguments = {"--server", "/nowhere/ormel", "hello"};
   testing::ChildProgram child(ORMEL_CHAT_EXECUTABLE, options);
-  EXPECT_EQ(child.readErrors(), "ormel-chat: /nowhere/ormel is no executable file\n");
+  EXPECT_THAT(child.readErrors(), AllOf(StartsWith("ormel-chat: /nowhere/ormel is no executable file\n"),
+                                        HasSubstr("\nFound: no such file")));
   EXPECT_EQ(child.wait().status, 1);
 }
 

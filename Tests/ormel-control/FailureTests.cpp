@@ -20,7 +20,7 @@ constexpr const char* silentServer = R"(
   wait until killed
 )";
 
-TEST(ControlFailures, AreOneSentence) {
+TEST(ControlFailures, AreOneSentenceAndAnAdvice) {
   const testing::SimulatorScenario scenario(R"(
     always answer initialize with {}
     always ignore initialized
@@ -33,7 +33,8 @@ TEST(ControlFailures, AreOneSentence) {
     EXPECT_EQ(end.status, 1);
     EXPECT_EQ(end.output, "");
     EXPECT_THAT(end.errors, AllOf(StartsWith("ormel-control: "), HasSubstr("Method not\\nfound\\u001b[31m")));
-    EXPECT_EQ(std::count(end.errors.begin(), end.errors.end(), '\n'), 1);
+    EXPECT_EQ(std::count(end.errors.begin(), end.errors.end(), '\n'), 2);
+    EXPECT_THAT(end.errors, HasSubstr("\nThe server does not know this call"));
   }
 }
 
@@ -96,7 +97,8 @@ TEST(ControlFailures, IncludeAServerThatIsNone) {
   testing::ChildOptions options;
   options.arguments = {"--ormel", "/nowhere/ormel", "models"};
   testing::ChildProgram child(ORMEL_CONTROL_EXECUTABLE, options);
-  EXPECT_EQ(child.readErrors(), "ormel-control: /nowhere/ormel is no executable file\n");
+  EXPECT_THAT(child.readErrors(), AllOf(StartsWith("ormel-control: /nowhere/ormel is no executable file\n"),
+                                        HasSubstr("\nFound: no such file")));
   EXPECT_EQ(child.wait().status, 1);
 }
 

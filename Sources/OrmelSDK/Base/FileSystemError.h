@@ -20,6 +20,9 @@ class FileSystemError : public Error {
   /// The system's own error; compares with `std::errc`.
   const std::error_code& code() const noexcept { return code_; }
 
+ protected:
+  std::string generalAdvice() const override;
+
  private:
   std::string path_;
   std::error_code code_;

@@ -7,8 +7,9 @@
 
 namespace ormel {
 
-OrmelProcessError OrmelProcessError::withText(Kind kind, std::string_view prefix, std::string text) {
-  OrmelProcessError error(kind, std::string(prefix) + text);
+OrmelProcessError OrmelProcessError::withText(Kind kind, std::string_view prefix, std::string text,
+                                              std::shared_ptr<const FailureCause> cause) {
+  OrmelProcessError error(kind, std::string(prefix) + text, std::move(cause));
   error.text_ = std::move(text);
   return error;
 }
@@ -29,15 +30,16 @@ OrmelProcessError OrmelProcessError::invalidConfigOverride(std::string text) {
   return withText(Kind::invalidConfigOverride, "", std::move(text));
 }
 
-OrmelProcessError OrmelProcessError::untrustedExecutable(std::string path, std::string reason) {
-  OrmelProcessError error(Kind::untrustedExecutable, trustFailureRecoveryMessage());
+OrmelProcessError OrmelProcessError::untrustedExecutable(std::string path, std::string reason,
+                                                         std::shared_ptr<const FailureCause> cause) {
+  OrmelProcessError error(Kind::untrustedExecutable, trustFailureRecoveryMessage(), std::move(cause));
   error.path_ = std::move(path);
   error.reason_ = std::move(reason);
   return error;
 }
 
-OrmelProcessError OrmelProcessError::spawnFailed(std::string text) {
-  return withText(Kind::spawnFailed, "", std::move(text));
+OrmelProcessError OrmelProcessError::spawnFailed(std::string text, std::shared_ptr<const FailureCause> cause) {
+  return withText(Kind::spawnFailed, "", std::move(text), std::move(cause));
 }
 
 OrmelProcessError OrmelProcessError::exited(std::string detail, std::string stderr_) {
@@ -62,6 +64,26 @@ bool operator==(const OrmelProcessError& left, const OrmelProcessError& right) n
     return std::tie(error.kind_, error.text_, error.path_, error.reason_, error.detail_, error.stderrText_);
   };
   return payload(left) == payload(right);
+}
+
+std::string OrmelProcessError::generalAdvice() const {
+  switch (kind_) {
+    case Kind::unsupportedPlatform:
+      return "Use the library on Linux or macOS.";
+    case Kind::childProcessMissingPipe:
+    case Kind::spawnFailed:
+    case Kind::exited:
+      return "Run ormel-doctor, which starts the server as the library does and tells what it finds.";
+    case Kind::executableNotFound:
+    case Kind::untrustedExecutable:
+      return "Name the server that is to be started, by OrmelOptions::ormelPathOverride or by the option --server of "
+             "the programs. ormel-doctor shows which ones the library finds.";
+    case Kind::invalidConfigOverride:
+      return "Correct OrmelOptions::config: keys may not be empty, and numbers must be finite.";
+    case Kind::aborted:
+      break;
+  }
+  return "The application ended the operation itself; nothing is wrong. Start it again if it is still wanted.";
 }
 
 }  // namespace ormel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -40,8 +41,9 @@ class OrmelProcessError : public Error {
   static OrmelProcessError executableNotFound(std::string text);
   static OrmelProcessError childProcessMissingPipe(std::string text);
   static OrmelProcessError invalidConfigOverride(std::string text);
-  static OrmelProcessError untrustedExecutable(std::string path, std::string reason);
-  static OrmelProcessError spawnFailed(std::string text);
+  static OrmelProcessError untrustedExecutable(std::string path, std::string reason,
+                                               std::shared_ptr<const FailureCause> cause = nullptr);
+  static OrmelProcessError spawnFailed(std::string text, std::shared_ptr<const FailureCause> cause = nullptr);
 
   /// `detail` is "exit status ", "signal " or "status " followed by the number; `stderr_` is what the process wrote
   /// to its standard error.
@@ -66,10 +68,15 @@ class OrmelProcessError : public Error {
 
   friend bool operator==(const OrmelProcessError& left, const OrmelProcessError& right) noexcept;
 
- private:
-  OrmelProcessError(Kind kind, std::string description) : Error(std::move(description)), kind_(kind) {}
+ protected:
+  std::string generalAdvice() const override;
 
-  static OrmelProcessError withText(Kind kind, std::string_view prefix, std::string text);
+ private:
+  OrmelProcessError(Kind kind, std::string description, std::shared_ptr<const FailureCause> cause = nullptr)
+      : Error(std::move(description), std::move(cause)), kind_(kind) {}
+
+  static OrmelProcessError withText(Kind kind, std::string_view prefix, std::string text,
+                                    std::shared_ptr<const FailureCause> cause = nullptr);
 
   Kind kind_;
   std::string text_;

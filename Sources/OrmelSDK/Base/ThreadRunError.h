@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -20,7 +21,9 @@ class ThreadRunError : public Error {
   };
 
   static ThreadRunError turnFailed(std::string message) { return {Kind::turnFailed, std::move(message)}; }
-  static ThreadRunError streamError(std::string message) { return {Kind::streamError, std::move(message)}; }
+  static ThreadRunError streamError(std::string message, std::shared_ptr<const FailureCause> cause = nullptr) {
+    return {Kind::streamError, std::move(message), std::move(cause)};
+  }
 
   Kind kind() const noexcept { return kind_; }
 
@@ -28,8 +31,12 @@ class ThreadRunError : public Error {
     return left.kind_ == right.kind_ && left.description() == right.description();
   }
 
+ protected:
+  std::string generalAdvice() const override;
+
  private:
-  ThreadRunError(Kind kind, std::string message) : Error(std::move(message)), kind_(kind) {}
+  ThreadRunError(Kind kind, std::string message, std::shared_ptr<const FailureCause> cause = nullptr)
+      : Error(std::move(message), std::move(cause)), kind_(kind) {}
 
   Kind kind_;
 };

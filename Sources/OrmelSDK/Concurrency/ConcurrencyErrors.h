@@ -12,12 +12,18 @@ namespace ormel {
 class CancelledError : public Error {
  public:
   CancelledError() : Error("The task was cancelled") {}
+
+ protected:
+  std::string generalAdvice() const override;
 };
 
 /// A wait ended because the last object that could have completed it was destroyed.
 class AbandonedError : public Error {
  public:
   AbandonedError() : Error("The operation was abandoned before it completed") {}
+
+ protected:
+  std::string generalAdvice() const override;
 };
 
 /// The system had no room for something that the library needs. The operation may be tried again later.
@@ -28,6 +34,9 @@ class ResourceExhaustedError : public Error {
       : Error("The system has no room for more " + resource + ": " + reason), resource_(std::move(resource)) {}
 
   const std::string& resource() const noexcept { return resource_; }
+
+ protected:
+  std::string generalAdvice() const override;
 
  private:
   std::string resource_;
@@ -40,12 +49,18 @@ class ForkedProcessError : public Error {
       : Error(
             "This process was forked from one that had used the library, whose threads stayed there; use the library "
             "in one of the two only, or have the child call exec") {}
+
+ protected:
+  std::string generalAdvice() const override;
 };
 
 /// A blocking call was made on a thread of the library, where it could deadlock by waiting for itself.
 class WouldDeadlockError : public Error {
  public:
   WouldDeadlockError() : Error("A blocking wait on a thread of the library would deadlock; use co_await instead") {}
+
+ protected:
+  std::string generalAdvice() const override;
 };
 
 namespace detail {

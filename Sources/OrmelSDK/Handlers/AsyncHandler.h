@@ -17,6 +17,9 @@ namespace ormel {
 class HandlerError : public Error {
  public:
   using Error::Error;
+
+ protected:
+  std::string generalAdvice() const override;
 };
 
 template <typename Signature>

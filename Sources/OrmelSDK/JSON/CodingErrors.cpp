@@ -35,4 +35,27 @@ DecodingError DecodingError::dataCorrupted(DecodingContext context) {
   return DecodingError(Kind::dataCorrupted, {}, std::move(context));
 }
 
+std::string JSONSyntaxError::generalAdvice() const {
+  return "The text is not JSON; look at the byte that is named, counted from 0.";
+}
+
+std::string DecodingError::generalAdvice() const {
+  std::string place;
+  for (const std::string& key : context_.codingPath) {
+    if (!place.empty()) place += '.';
+    place += key;
+  }
+  const std::string where = place.empty() ? "at the top of the value" : "at " + detail::quotedForPeople(place);
+  return "Look at the value " + where +
+         ". If it came from the server, its version and that of this library may not go together: update the older "
+         "one. "
+         "If it came from the application, correct it there.";
+}
+
+std::string EncodingError::generalAdvice() const {
+  return "The application built a value that JSON has no form for: leave out numbers that are not finite, and nest "
+         "less "
+         "deeply.";
+}
+
 }  // namespace ormel

@@ -24,6 +24,9 @@ class JSONSyntaxError : public Error {
   /// Offset of the offending byte, counted from 0 at the start of the text.
   std::size_t byteOffset() const noexcept { return byteOffset_; }
 
+ protected:
+  std::string generalAdvice() const override;
+
  private:
   std::string reason_;
   std::size_t byteOffset_;
@@ -73,6 +76,9 @@ class DecodingError : public Error {
 
   const DecodingContext& context() const noexcept { return context_; }
 
+ protected:
+  std::string generalAdvice() const override;
+
  private:
   DecodingError(Kind kind, std::string subject, DecodingContext context);
 
@@ -89,6 +95,9 @@ class DecodingError : public Error {
 class EncodingError : public Error {
  public:
   using Error::Error;
+
+ protected:
+  std::string generalAdvice() const override;
 };
 
 }  // namespace ormel

@@ -18,7 +18,7 @@ namespace {
     throw ThreadRunError::streamError("App-server RPC " + method + " was cancelled");
   } catch (const ThreadRunError& error) {
     if (error.kind() != ThreadRunError::Kind::streamError) throw;
-    throw ThreadRunError::streamError("App-server RPC " + method + " failed: " + error.description());
+    throw ThreadRunError::streamError("App-server RPC " + method + " failed: " + error.description(), error.cause());
   }
 }
 

@@ -112,6 +112,11 @@ void ProcessHandle::signal(int number) noexcept {
   }
 }
 
+void ProcessHandle::signalGroup(int number) noexcept {
+  const std::lock_guard lock(mutex_);
+  if (!termination_ && ::getpgid(pid_) == pid_) ::kill(-pid_, number);
+}
+
 void ProcessHandle::killAndReap() noexcept {
   signal(SIGKILL);
   waitWithoutReaping(pid_);

@@ -43,6 +43,9 @@ class ProcessHandle {
   /// Sends a signal unless the child has been reaped: its process id may then belong to another process.
   void signal(int number) noexcept;
 
+  /// The same for all processes of the child's process group.
+  void signalGroup(int number) noexcept;
+
   /// Kills the child and waits until it is reaped.
   void killAndReap() noexcept;
 

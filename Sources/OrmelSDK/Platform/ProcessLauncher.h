@@ -74,6 +74,10 @@ class ChildProcess {
   /// Ends the child (SIGKILL). Does nothing once it has ended.
   virtual void kill() = 0;
 
+  /// The same for the child and what it has started in its process group. Do nothing once the child has ended.
+  virtual void terminateGroup() { terminate(); }
+  virtual void killGroup() { kill(); }
+
   virtual int processIdentifier() const = 0;
 
   /// False as soon as the end has been noticed, and from before the termination handler is called.

@@ -48,6 +48,8 @@ class SystemChildProcess final : public ChildProcess {
 
   void terminate() override { signal(SIGTERM); }
   void kill() override { signal(SIGKILL); }
+  void terminateGroup() override { signalGroup(SIGTERM); }
+  void killGroup() override { signalGroup(SIGKILL); }
 
   int processIdentifier() const override { return watch_->process().identifier(); }
   bool isRunning() const override { return !termination(); }
@@ -56,6 +58,10 @@ class SystemChildProcess final : public ChildProcess {
  private:
   void signal(int number) {
     if (!IORuntime::shared().isForkedCopy()) watch_->process().signal(number);
+  }
+
+  void signalGroup(int number) {
+    if (!IORuntime::shared().isForkedCopy()) watch_->process().signalGroup(number);
   }
 
   /// Leaves the child to the process that started it. Closing its descriptors here would unregister them there: a

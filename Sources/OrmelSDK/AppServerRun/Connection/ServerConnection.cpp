@@ -6,8 +6,10 @@
 #include "OrmelSDK/AppServerRun/Framing/AppServerRunSupport.h"
 #include "OrmelSDK/AppServerRun/Launch/AppServerLaunch.h"
 #include "OrmelSDK/AppServerRun/Launch/ExecutableVetting.h"
+#include "OrmelSDK/AppServerRun/Launch/FailureCauses.h"
 #include "OrmelSDK/Base/OrmelProcessError.h"
 #include "OrmelSDK/Base/ThreadRunError.h"
+#include "OrmelSDK/Platform/ProcessLaunchError.h"
 
 namespace ormel::detail {
 
@@ -17,12 +19,22 @@ constexpr const char* processStarter = "/usr/bin/env";
 
 std::unique_ptr<ChildProcess> launchedProcess(ProcessLauncher& launcher, const LaunchSettings& settings,
                                               TerminationHandler onTermination) {
-  if (!onTermination) onTermination = [](const Termination&) {};
   try {
     return launcher.launch(settings, std::move(onTermination));
   } catch (const std::exception& failure) {
-    throw OrmelProcessError::spawnFailed(appServerProtocolErrorDescription(failure));
+    const auto* const refused = dynamic_cast<const ProcessLaunchError*>(&failure);
+    const std::string server = settings.arguments.empty() ? settings.executable : settings.arguments.front();
+    throw OrmelProcessError::spawnFailed(
+        appServerProtocolErrorDescription(failure),
+        FailureCauses(server, {}, OrmelOptions()).ofRefusedLaunch(refused ? refused->errorNumber() : 0));
   }
+}
+
+TerminationHandler handlerTelling(std::shared_ptr<TerminationNotice> notice, TerminationHandler onTermination) {
+  return [told = std::move(notice), next = std::move(onTermination)](const Termination& termination) {
+    told->tell(termination);
+    if (next) next(termination);
+  };
 }
 
 [[noreturn]] void refuseWrite() { throw ThreadRunError::streamError("Ormel app-server stdin is unavailable"); }
@@ -31,7 +43,7 @@ std::unique_ptr<ChildProcess> launchedProcess(ProcessLauncher& launcher, const L
 
 Task<void> vetServerExecutable(BlockingWork& blockingWork, std::string executablePath, OrmelOptions ormelOptions) {
   if (!needsVetting(ormelOptions)) {
-    requireExactStart(executablePath);
+    requireExactStart(executablePath, ormelOptions);
     co_return;
   }
   UniqueFunction<void()> vetting = [path = std::move(executablePath), options = std::move(ormelOptions)] {
@@ -53,13 +65,17 @@ LaunchSettings serverLaunchSettings(const std::string& executablePath,
 std::unique_ptr<ServerConnection> ServerConnection::launch(ProcessLauncher& launcher, const LaunchSettings& settings,
                                                            std::shared_ptr<AppServerLockedData> stderrAccumulator,
                                                            TerminationHandler onTermination) {
-  auto process = launchedProcess(launcher, settings, std::move(onTermination));
-  return std::unique_ptr<ServerConnection>(new ServerConnection(std::move(process), std::move(stderrAccumulator)));
+  auto notice = std::make_shared<TerminationNotice>();
+  auto process = launchedProcess(launcher, settings, handlerTelling(notice, std::move(onTermination)));
+  return std::unique_ptr<ServerConnection>(
+      new ServerConnection(std::move(process), std::move(notice), std::move(stderrAccumulator)));
 }
 
 ServerConnection::ServerConnection(std::unique_ptr<ChildProcess> process,
+                                   std::shared_ptr<TerminationNotice> termination,
                                    std::shared_ptr<AppServerLockedData> stderrAccumulator)
     : process_(std::move(process)),
+      termination_(std::move(termination)),
       errorOutput_(std::make_shared<StandardErrorCollector>(std::move(stderrAccumulator))) {
   errorOutput_->start(process_->errorOutput());
 }

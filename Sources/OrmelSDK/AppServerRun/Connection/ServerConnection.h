@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "OrmelSDK/AppServerRun/Connection/ServerOutput.h"
+#include "OrmelSDK/AppServerRun/Connection/TerminationNotice.h"
 #include "OrmelSDK/AppServerRun/Framing/AppServerLockedData.h"
 #include "OrmelSDK/AppServerRun/Framing/AppServerOutputChunks.h"
 #include "OrmelSDK/AppServerRun/Framing/StandardErrorCollector.h"
@@ -56,6 +57,9 @@ class ServerConnection {
 
   const std::shared_ptr<StandardErrorCollector>& errorOutput() const noexcept { return errorOutput_; }
 
+  /// How the process ended, as soon as that is noticed.
+  const std::shared_ptr<TerminationNotice>& termination() const noexcept { return termination_; }
+
   /// Queues the message as one line. Fails with `ThreadRunError` of the kind `streamError` if the input has been
   /// closed, and as `JSONValue::encode`. That the process does not read it is no failure here: the end of the output
   /// will tell.
@@ -67,9 +71,11 @@ class ServerConnection {
   bool isRunning() const { return process_->isRunning(); }
 
  private:
-  ServerConnection(std::unique_ptr<ChildProcess> process, std::shared_ptr<AppServerLockedData> stderrAccumulator);
+  ServerConnection(std::unique_ptr<ChildProcess> process, std::shared_ptr<TerminationNotice> termination,
+                   std::shared_ptr<AppServerLockedData> stderrAccumulator);
 
   const std::unique_ptr<ChildProcess> process_;
+  const std::shared_ptr<TerminationNotice> termination_;
   const std::shared_ptr<StandardErrorCollector> errorOutput_;
   std::stop_source readerTask_;
   bool isInputClosed_ = false;

@@ -42,6 +42,9 @@ class AppServerRPCError : public Error {
     return left.code_ == right.code_ && left.message_ == right.message_ && left.data_ == right.data_;
   }
 
+ protected:
+  std::string generalAdvice() const override;
+
  private:
   std::int64_t code_;
   std::string message_;

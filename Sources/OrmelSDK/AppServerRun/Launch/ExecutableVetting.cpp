@@ -3,6 +3,7 @@
 #include <exception>
 #include <string_view>
 
+#include "OrmelSDK/AppServerRun/Launch/FailureCauses.h"
 #include "OrmelSDK/AppServerRun/Launch/OrmelExecutableTrustPolicy.h"
 #include "OrmelSDK/Base/OrmelProcessError.h"
 
@@ -13,7 +14,7 @@ namespace {
 using Assessment = OrmelExecutableTrustAssessment;
 
 template <typename Assess>
-void requireTrust(const std::string& path, const Assess& assess) {
+void requireTrust(const std::string& path, const OrmelOptions& options, const Assess& assess) {
   Assessment answer = Assessment::rejected("the trust check failed.");
   try {
     answer = assess();
@@ -22,7 +23,9 @@ void requireTrust(const std::string& path, const Assess& assess) {
   } catch (...) {
     // An assessment that failed has not vouched for the executable.
   }
-  if (!answer.isTrusted()) throw OrmelProcessError::untrustedExecutable(path, answer.reason());
+  if (answer.isTrusted()) return;
+  throw OrmelProcessError::untrustedExecutable(path, answer.reason(),
+                                               FailureCauses(path, {}, options).ofDistrust(answer.reason()));
 }
 
 /// The words for what the program starter would take a path for that it would not start exactly; empty for all others.
@@ -40,19 +43,20 @@ bool needsVetting(const OrmelOptions& options) noexcept {
   return options.executableTrustAssessment || !options.selectedOrmelPathOverride;
 }
 
-void requireExactStart(const std::string& path) {
+void requireExactStart(const std::string& path, const OrmelOptions& options) {
   const std::string_view misreading = misreadingOf(path);
   if (misreading.empty()) return;
-  throw OrmelProcessError::spawnFailed("The server executable \"" + path +
-                                       "\" cannot be started: " + std::string(misreading));
+  throw OrmelProcessError::spawnFailed(
+      "The server executable \"" + path + "\" cannot be started: " + std::string(misreading),
+      FailureCauses(path, {}, options).ofUnstartablePath());
 }
 
 void requireTrustedExecutable(const std::string& path, const OrmelOptions& options) {
   const auto& ownAssessment = options.executableTrustAssessment;
-  if (ownAssessment) requireTrust(path, [&] { return ownAssessment(path); });
-  requireExactStart(path);
+  if (ownAssessment) requireTrust(path, options, [&] { return ownAssessment(path); });
+  requireExactStart(path, options);
   if (ownAssessment || !needsVetting(options)) return;
-  requireTrust(path,
+  requireTrust(path, options,
                [&] { return OrmelExecutableTrustPolicy::assessSystemExecutable(path, options.trustCommandRunner); });
 }
 

@@ -11,7 +11,7 @@ bool needsVetting(const OrmelOptions& options) noexcept;
 
 /// Fails with `OrmelProcessError` of the kind `spawnFailed` if the program starter would not start exactly the file at
 /// `path`, but would read the path as something else and start another program, or none.
-void requireExactStart(const std::string& path);
+void requireExactStart(const std::string& path, const OrmelOptions& options = OrmelOptions());
 
 /// Fails with `OrmelProcessError` of the kind `untrustedExecutable` unless the server executable at `path` may be
 /// started, and as `requireExactStart`. The application's own assessment decides if there is one; else an executable

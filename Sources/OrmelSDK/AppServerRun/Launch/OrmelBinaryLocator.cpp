@@ -78,7 +78,7 @@ OrmelBinaryResolution OrmelBinaryLocator::resolveOrmelBinary(const std::optional
   if (overridePath && !trimmed(*overridePath).empty() && isExecutableFile(*overridePath)) {
     return resolutionOf(*overridePath, true);
   }
-  if (const auto named = environmentValue("KESTRION_ORMEL_PATH"); named && isExecutableFile(*named)) {
+  if (const auto named = environmentValue(std::string(overrideVariableName)); named && isExecutableFile(*named)) {
     return resolutionOf(*named, false);
   }
   const std::string binaryName(binaryFileName);
@@ -147,27 +147,51 @@ std::optional<OrmelBinaryResolution> OrmelBinaryLocator::bundledOrmelResolution(
                                .pathDirectories = existingDirectories({joined(root, {"path"})})};
 }
 
-std::vector<std::string> OrmelBinaryLocator::ormelPathCandidates(const std::string& binaryName,
-                                                                 const std::optional<std::string>& bundledPath) const {
-  std::vector<std::string> paths;
-  if (bundledPath) paths.push_back(*bundledPath);
+std::vector<SearchedPlace> OrmelBinaryLocator::usualPlaces(const std::string& binaryName,
+                                                           const std::optional<std::string>& bundledPath) const {
+  constexpr std::string_view installation = "usual installation";
+  std::vector<SearchedPlace> places;
+  if (bundledPath) places.push_back({"resources of the application", *bundledPath});
   const std::string searchPath = environmentValue("PATH").value_or("");
   for (const auto directory : pathListParts(searchPath)) {
-    paths.push_back(joined(std::string(directory), {binaryName}));
+    places.push_back({"PATH", joined(std::string(directory), {binaryName})});
   }
   const auto& home = inputs_.homeDirectory;
-  if (home) paths.push_back(joined(*home, {".bun", "bin", binaryName}));
-  paths.push_back(inputs_.rootDirectory + "/opt/homebrew/bin/" + binaryName);
-  paths.push_back(inputs_.rootDirectory + "/usr/local/bin/" + binaryName);
+  if (home) places.push_back({installation, joined(*home, {".bun", "bin", binaryName})});
+  places.push_back({installation, inputs_.rootDirectory + "/opt/homebrew/bin/" + binaryName});
+  places.push_back({installation, inputs_.rootDirectory + "/usr/local/bin/" + binaryName});
   if (home) {
     for (const auto& version : directoryEntries(joined(*home, {".nvm", "versions", "node"}))) {
-      paths.push_back(joined(version, {"bin", binaryName}));
+      places.push_back({installation, joined(version, {"bin", binaryName})});
     }
   }
+  return places;
+}
+
+std::vector<std::string> OrmelBinaryLocator::ormelPathCandidates(const std::string& binaryName,
+                                                                 const std::optional<std::string>& bundledPath) const {
   std::unordered_set<std::string> seen;
-  std::erase_if(paths,
-                [&seen](const std::string& path) { return !seen.insert(path).second || !isExecutableFile(path); });
+  std::vector<std::string> paths;
+  for (auto& place : usualPlaces(binaryName, bundledPath)) {
+    if (seen.insert(place.path).second && isExecutableFile(place.path)) paths.push_back(std::move(place.path));
+  }
   return paths;
+}
+
+std::vector<SearchedPlace> OrmelBinaryLocator::searchedPlaces(const std::optional<std::string>& overridePath) const {
+  std::vector<SearchedPlace> places;
+  if (overridePath && !trimmed(*overridePath).empty()) places.push_back({overrideOptionName, *overridePath});
+  if (auto named = environmentValue(std::string(overrideVariableName))) {
+    places.push_back({overrideVariableName, *std::move(named)});
+  }
+  const std::string binaryName(binaryFileName);
+  const auto bundled = bundledOrmelResolution(binaryName);
+  for (auto& place : usualPlaces(binaryName, bundled ? std::optional(bundled->executablePath) : std::nullopt)) {
+    places.push_back(std::move(place));
+  }
+  std::unordered_set<std::string> seen;
+  std::erase_if(places, [&seen](const SearchedPlace& place) { return !seen.insert(place.path).second; });
+  return places;
 }
 
 }  // namespace ormel::detail

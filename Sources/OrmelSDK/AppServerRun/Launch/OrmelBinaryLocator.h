@@ -11,6 +11,10 @@
 
 namespace ormel::detail {
 
+/// The option and the variable by which a server is named.
+inline constexpr std::string_view overrideOptionName = "ormelPathOverride (--server)";
+inline constexpr std::string_view overrideVariableName = "KESTRION_ORMEL_PATH";
+
 /// Where the server executable is, and what it needs on its `PATH`.
 struct OrmelBinaryResolution {
   /// The path to run, or the bare name "ormel" when nothing was found.
@@ -47,6 +51,12 @@ struct LocatorInputs {
 /// there is no such directory.
 std::optional<std::string> resourceDirectoryOfProgram(const std::string& executablePath);
 
+/// A path at which the executable may be, and why it is looked at.
+struct SearchedPlace {
+  std::string_view origin;
+  std::string path;
+};
+
 /// Finds the server executable: a path that the caller names, one that the environment names, the application's own
 /// resources, then the places where it is usually installed. A script entry point leads on to the native executable
 /// of its package.
@@ -78,8 +88,16 @@ class OrmelBinaryLocator {
   std::vector<std::string> ormelPathCandidates(const std::string& binaryName,
                                                const std::optional<std::string>& bundledPath) const;
 
- private:
+  /// All paths at which an executable is looked for, best first, each once. Of those that are executable files the
+  /// first is the one that is chosen.
+  std::vector<SearchedPlace> searchedPlaces(const std::optional<std::string>& overridePath) const;
+
+  /// The choice that an executable file at a path leads to.
   OrmelBinaryResolution resolutionOf(const std::string& executable, bool selectedOverride) const;
+
+ private:
+  std::vector<SearchedPlace> usualPlaces(const std::string& binaryName,
+                                         const std::optional<std::string>& bundledPath) const;
 
   LocatorInputs inputs_;
 };

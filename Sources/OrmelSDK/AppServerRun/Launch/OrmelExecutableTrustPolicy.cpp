@@ -68,6 +68,11 @@ OrmelExecutableTrustCommandError::OrmelExecutableTrustCommandError(Kind kind, st
                                                                    double timeoutSeconds, std::string description)
     : Error(std::move(description)), kind_(kind), command_(std::move(command)), timeoutSeconds_(timeoutSeconds) {}
 
+std::string OrmelExecutableTrustCommandError::generalAdvice() const {
+  return "The command that vets programs did not end in time. Try again when the machine is less busy, or name the "
+         "server by OrmelOptions::ormelPathOverride, which needs no vetting.";
+}
+
 OrmelExecutableTrustCommandError OrmelExecutableTrustCommandError::timedOut(std::string command,
                                                                             double timeoutSeconds) {
   std::string text =

@@ -33,6 +33,9 @@ class OrmelExecutableTrustCommandError : public Error {
   /// How long the command was given, in seconds; 0 for `outputReadTimedOut`.
   double timeoutSeconds() const noexcept { return timeoutSeconds_; }
 
+ protected:
+  std::string generalAdvice() const override;
+
  private:
   OrmelExecutableTrustCommandError(Kind kind, std::string command, double timeoutSeconds, std::string description);
 

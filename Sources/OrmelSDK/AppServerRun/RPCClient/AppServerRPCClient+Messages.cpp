@@ -34,12 +34,16 @@ AppServerRPCNotification notification(std::string_view method, const JSONObject&
 }  // namespace
 
 void AppServerRPCClient::handleIncomingLine(std::string_view paddedLine) noexcept {
+  bool isMessage = false;
   try {
-    handleMessage(decodePaddedJSON(paddedLine));
+    const JSONValue message = decodePaddedJSON(paddedLine);
+    isMessage = message.objectValue() != nullptr;
+    handleMessage(message);
   } catch (const std::bad_alloc&) {
     failPendingResponses(std::current_exception());
   } catch (const std::exception& error) {
-    failPendingResponses(appServerProtocolErrorDescription(error));
+    const bool isTold = !isMessage && !pendingResponses_.empty();
+    failPendingResponses(appServerProtocolErrorDescription(error), isTold ? causes().ofGarbage(paddedLine) : nullptr);
   }
 }
 

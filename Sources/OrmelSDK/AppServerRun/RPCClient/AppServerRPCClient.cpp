@@ -10,6 +10,7 @@
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
 #include "OrmelSDK/Concurrency/PreparedWork.h"
 #include "OrmelSDK/Concurrency/Sleep.h"
+#include "OrmelSDK/Text/TrimmedText.h"
 
 namespace ormel::detail {
 
@@ -75,8 +76,8 @@ void AppServerRPCClient::launch(const LaunchSettings& settings) {
   try {
     ServerOutput output = process_->read();
     const std::stop_token closed = output.stopToken();
-    auto reader =
-        readStdout(weak_from_this(), strand_, std::move(output), process_->errorOutput(), *services_.scheduler);
+    auto reader = readStdout(weak_from_this(), strand_, std::move(output), process_->errorOutput(),
+                             process_->termination(), *services_.scheduler);
     std::move(reader).onStrand(strand_).withStopToken(closed).detach();
   } catch (...) {
     // Nobody would hear its answers.
@@ -192,8 +193,8 @@ std::optional<OneShotResolver<JSONValue>> AppServerRPCClient::takePendingRespons
   return std::move(node.mapped());
 }
 
-void AppServerRPCClient::completePendingResponses(const std::string& message) {
-  completePendingResponses(std::make_exception_ptr(ThreadRunError::streamError(message)));
+void AppServerRPCClient::completePendingResponses(const std::string& message, FailureCauses::Cause cause) {
+  completePendingResponses(std::make_exception_ptr(ThreadRunError::streamError(message, std::move(cause))));
 }
 
 void AppServerRPCClient::completePendingResponses(const std::exception_ptr& error) noexcept {
@@ -214,7 +215,7 @@ Task<void> AppServerRPCClient::finishNotifications() {
     co_await pollPause(*services_.scheduler);
   }
   // Nothing is in flight in a client that only notifies; a request that is must not wait for ever.
-  failPendingResponses(eofMessage());
+  failPendingResponses(eofMessage(), causeOfEnd());
 }
 
 Task<void> AppServerRPCClient::terminate() {
@@ -226,11 +227,12 @@ Task<void> AppServerRPCClient::terminate() {
 }
 
 Task<void> AppServerRPCClient::readStdout(std::weak_ptr<AppServerRPCClient> owner, Strand strand, ServerOutput output,
-                                          std::shared_ptr<StandardErrorCollector> errorOutput, Scheduler& scheduler) {
+                                          std::shared_ptr<StandardErrorCollector> errorOutput,
+                                          std::shared_ptr<TerminationNotice> termination, Scheduler& scheduler) {
   const std::stop_token closed = output.stopToken();
   std::exception_ptr failure;
   try {
-    auto loop = readStdoutLoop(owner, strand, std::move(output), std::move(errorOutput), scheduler);
+    auto loop = readStdoutLoop(owner, strand, std::move(output), std::move(errorOutput), std::move(termination), scheduler);
     co_await std::move(loop);
   } catch (const CancelledError&) {
     co_return;
@@ -243,7 +245,7 @@ Task<void> AppServerRPCClient::readStdout(std::weak_ptr<AppServerRPCClient> owne
 
 Task<void> AppServerRPCClient::readStdoutLoop(std::weak_ptr<AppServerRPCClient> owner, Strand strand,
                                               ServerOutput output, std::shared_ptr<StandardErrorCollector> errorOutput,
-                                              Scheduler& scheduler) {
+                                              std::shared_ptr<TerminationNotice> termination, Scheduler& scheduler) {
   constexpr std::chrono::milliseconds settlingLimit{100};
   // The process may be gone already. Its starter sends the handshake first, which then fails with the reason.
   co_await strand.yield();
@@ -256,14 +258,24 @@ Task<void> AppServerRPCClient::readStdoutLoop(std::weak_ptr<AppServerRPCClient> 
     while (const auto line = output.nextLine()) client->handleIncomingLine(*line);
     isEndAwaited = !client->pendingResponses_.empty();
   }
-  // The end of standard output may be noticed before the words on standard error that explain it.
-  if (isEndAwaited) co_await StandardErrorCollector::settled(std::move(errorOutput), scheduler, settlingLimit);
+  if (isEndAwaited) co_await lastWordsAndEnd(std::move(errorOutput), std::move(termination), scheduler, settlingLimit);
   const Self client = owner.lock();
-  if (client && !output.isClosed()) client->failPendingResponses(client->eofMessage());
+  if (client && !output.isClosed()) client->failPendingResponses(client->eofMessage(), client->causeOfEnd());
 }
 
-void AppServerRPCClient::failPendingResponses(const std::string& message) {
-  completePendingResponses(message);
+FailureCauses AppServerRPCClient::causes() const {
+  return {configuration_.executablePath, configuration_.ormelPathDirectories, configuration_.ormelOptions};
+}
+
+FailureCauses::Cause AppServerRPCClient::causeOfEnd() const {
+  // Looking at files is for somebody who is told of it.
+  if (pendingResponses_.empty() || !process_) return nullptr;
+  const bool hadErrorOutput = !trimmed(stderrAccumulator_->string()).empty();
+  return causes().ofEnd(process_->termination()->termination(), hadErrorOutput, didInitializeProcess_);
+}
+
+void AppServerRPCClient::failPendingResponses(const std::string& message, FailureCauses::Cause cause) {
+  completePendingResponses(message, std::move(cause));
   shutdownProcess();
 }
 

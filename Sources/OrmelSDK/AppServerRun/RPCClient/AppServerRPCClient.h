@@ -14,6 +14,7 @@
 #include "OrmelSDK/AppServerRun/Connection/ServerServices.h"
 #include "OrmelSDK/AppServerRun/Framing/AppServerLockedData.h"
 #include "OrmelSDK/AppServerRun/Framing/AppServerRequestID.h"
+#include "OrmelSDK/AppServerRun/Launch/FailureCauses.h"
 #include "OrmelSDK/AppServerRun/Payloads/AppServerInitializeCapabilities.h"
 #include "OrmelSDK/AppServerRun/RPCClient/AppServerRPCNotification.h"
 #include "OrmelSDK/Concurrency/EventChannel.h"
@@ -101,6 +102,8 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
   bool hasProcess() const noexcept { return process_ != nullptr; }
   bool didInitializeProcess() const noexcept { return didInitializeProcess_; }
   std::size_t requestsInFlight() const noexcept { return pendingResponses_.size(); }
+  /// What all of its processes have written to their standard error.
+  std::string errorText() const { return stderrAccumulator_->string(); }
 
  private:
   using Self = std::shared_ptr<AppServerRPCClient>;
@@ -123,19 +126,23 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
                                   const std::optional<JSONValue>& params);
   void cancelPendingRequest(const AppServerRequestID& id);
   std::optional<OneShotResolver<JSONValue>> takePendingResponse(const AppServerRequestID& id);
-  void completePendingResponses(const std::string& message);
+  void completePendingResponses(const std::string& message, FailureCauses::Cause cause = nullptr);
   void completePendingResponses(const std::exception_ptr& error) noexcept;
   void writePayload(const JSONValue& payload);
 
   static Task<void> readStdout(std::weak_ptr<AppServerRPCClient> owner, Strand strand, ServerOutput output,
-                               std::shared_ptr<StandardErrorCollector> errorOutput, Scheduler& scheduler);
+                               std::shared_ptr<StandardErrorCollector> errorOutput,
+                               std::shared_ptr<TerminationNotice> termination, Scheduler& scheduler);
   static Task<void> readStdoutLoop(std::weak_ptr<AppServerRPCClient> owner, Strand strand, ServerOutput output,
-                                   std::shared_ptr<StandardErrorCollector> errorOutput, Scheduler& scheduler);
+                                   std::shared_ptr<StandardErrorCollector> errorOutput,
+                                   std::shared_ptr<TerminationNotice> termination, Scheduler& scheduler);
   void handleIncomingLine(std::string_view paddedLine) noexcept;
   void handleMessage(const JSONValue& message);
   void handleResponse(const JSONObject& message);
   std::string eofMessage() const;
-  void failPendingResponses(const std::string& message);
+  FailureCauses causes() const;
+  FailureCauses::Cause causeOfEnd() const;
+  void failPendingResponses(const std::string& message, FailureCauses::Cause cause = nullptr);
   void failPendingResponses(const std::exception_ptr& error) noexcept;
   void shutdownProcess();
 

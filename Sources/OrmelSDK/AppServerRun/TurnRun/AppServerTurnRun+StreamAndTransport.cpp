@@ -138,8 +138,8 @@ Task<void> AppServerTurnRun::readStdoutLoop(std::weak_ptr<AppServerTurnRun> owne
   if (!run || output.isClosed()) co_return;
   if (run->isErrorTextAwaited()) {
     auto lastWords =
-        StandardErrorCollector::settled(run->transport_.errorOutput(), *run->services_.scheduler,
-                                        run->configuration_.durations.processExitCoordinationGraceNanoseconds);
+        lastWordsAndEnd(run->transport_.errorOutput(), run->transport_.termination(), *run->services_.scheduler,
+                        run->configuration_.durations.processExitCoordinationGraceNanoseconds);
     run.reset();
     co_await std::move(lastWords);
     run = owner.lock();
@@ -161,10 +161,15 @@ bool AppServerTurnRun::handleLines(ServerOutput& output) {
 }
 
 bool AppServerTurnRun::handleIncomingLine(std::string_view paddedLine) noexcept {
+  bool isMessage = false;
   try {
-    return handleMessage(classifiedAppServerMessage(decodePaddedJSON(paddedLine)));
+    JSONValue message = decodePaddedJSON(paddedLine);
+    isMessage = message.objectValue() != nullptr;
+    return handleMessage(classifiedAppServerMessage(std::move(message)));
   } catch (...) {
-    lifecycle_.finishCurrent(StreamCompletion::failed(describedFailure(std::current_exception())));
+    RunFailure failure = describedFailure(std::current_exception());
+    if (!isMessage && stream_.isPending()) failure.cause = causes().ofGarbage(paddedLine);
+    lifecycle_.finishCurrent(StreamCompletion::failed(std::move(failure)));
     return false;
   }
 }
@@ -196,7 +201,8 @@ void AppServerTurnRun::handleEOF(std::uint64_t transportGeneration) {
   } else {
     std::string message = transport_.errorText();
     if (message.empty()) message = "Ormel app-server terminated unexpectedly";
-    lifecycle_.finishCurrent(StreamCompletion::failed({std::move(message), false}));
+    auto cause = causeOfEnd(transport_.termination()->termination());
+    lifecycle_.finishCurrent(StreamCompletion::failed({std::move(message), false, std::move(cause)}));
   }
 }
 
@@ -204,6 +210,10 @@ void AppServerTurnRun::handleReadFailure(std::uint64_t transportGeneration, cons
   if (!transport_.isCurrent(transportGeneration)) return;
   if (stream_.isPending()) lifecycle_.finishCurrent(StreamCompletion::failed(describedFailure(failure)));
   lifecycle_.shutdownProcess();
+}
+
+FailureCauses::Cause AppServerTurnRun::causeOfEnd(const std::optional<Termination>& termination) const {
+  return causes().ofEnd(termination, !transport_.errorText().empty(), transport_.didInitializeProcess());
 }
 
 void AppServerTurnRun::handleProcessExit(std::uint64_t transportGeneration, const Termination& termination) {
@@ -215,7 +225,7 @@ void AppServerTurnRun::handleProcessExit(std::uint64_t transportGeneration, cons
     lifecycle_.finishCurrent(StreamCompletion::aborted());
   } else {
     const auto error = OrmelProcessError::exited(exitDetail(termination), transport_.errorText());
-    lifecycle_.finishCurrent(StreamCompletion::failed({error.description(), false}));
+    lifecycle_.finishCurrent(StreamCompletion::failed({error.description(), false, causeOfEnd(termination)}));
   }
 }
 

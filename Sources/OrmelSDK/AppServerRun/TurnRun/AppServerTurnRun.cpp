@@ -17,12 +17,17 @@ AppServerTurnRun::AppServerTurnRun(AppServerTurnRunConfiguration configuration, 
       life_(*services.scheduler),
       problems_(configuration_.ormelOptions.problemHandler, services.scheduler->applicationScheduler()),
       lifecycle_({transport_, requests_, stream_, scope_, recovery_, items_, serverRequests_}),
-      sender_({life_, configuration_.durations.requestTimeoutNanoseconds, transport_, requests_, stream_, lifecycle_}),
+      sender_({life_, configuration_.durations.requestTimeoutNanoseconds, transport_, requests_, stream_, lifecycle_,
+               causes()}),
       turn_({stream_, scope_, items_, recovery_, lifecycle_}),
       recovery_({life_, configuration_.durations, stream_, scope_, serverRequests_, sender_, turn_, lifecycle_}),
       serverRequestDispatcher_({life_, configuration_.threadOptions, transport_, stream_, scope_, items_,
                                 serverRequests_, lifecycle_, problems_}),
       notificationContext_{stream_, scope_, turn_, items_, serverRequests_, problems_} {}
+
+FailureCauses AppServerTurnRun::causes() const {
+  return {configuration_.executablePath, configuration_.ormelPathDirectories, configuration_.ormelOptions};
+}
 
 Task<std::uint64_t> AppServerTurnRun::reserveOperation() { return reserveOn(shared_from_this()); }
 

@@ -138,6 +138,8 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   bool handleIncomingLine(std::string_view paddedLine) noexcept;
   bool handleMessage(const AppServerMessage& message);
   /// Whether the standard error of the process would tell why the operation ended.
+  FailureCauses causes() const;
+  FailureCauses::Cause causeOfEnd(const std::optional<Termination>& termination) const;
   bool isErrorTextAwaited() const noexcept { return stream_.isPending() && !recovery_.abortedByClient(); }
   void handleEOF(std::uint64_t transportGeneration);
   void handleProcessExit(std::uint64_t transportGeneration, const Termination& termination);

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "OrmelSDK/AppServerRun/Framing/AppServerRequestID.h"
+#include "OrmelSDK/AppServerRun/Launch/FailureCauses.h"
 #include "OrmelSDK/Concurrency/Scheduler.h"
 #include "OrmelSDK/Concurrency/Task.h"
 #include "OrmelSDK/JSON/JSONValue.h"
@@ -32,6 +33,7 @@ class RequestSender {
     RunRequests& requests;
     RunStream& stream;
     RunLifecycle& lifecycle;
+    FailureCauses causes;
   };
   explicit RequestSender(const Context& context) : run_(context) {}
 

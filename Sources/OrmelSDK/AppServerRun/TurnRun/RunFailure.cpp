@@ -16,7 +16,8 @@ RunFailure describedFailure(const std::exception_ptr& error) {
   try {
     std::rethrow_exception(error);
   } catch (const std::exception& known) {
-    return {appServerProtocolErrorDescription(known), isAbortError(known)};
+    const auto* const ours = dynamic_cast<const Error*>(&known);
+    return {appServerProtocolErrorDescription(known), isAbortError(known), ours ? ours->cause() : nullptr};
   } catch (...) {
     return {"Unknown failure", false};
   }

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <exception>
+#include <memory>
 #include <string>
+
+#include "OrmelSDK/Base/FailureCause.h"
 
 namespace ormel::detail {
 
@@ -11,6 +14,8 @@ struct RunFailure {
   std::string message;
   /// The application asked for it.
   bool aborted = false;
+  /// The facts behind it, if they are known.
+  std::shared_ptr<const FailureCause> cause = nullptr;
 };
 
 /// Whether the failure is a cancellation or `OrmelProcessError::aborted`.

@@ -21,6 +21,10 @@ std::shared_ptr<StandardErrorCollector> RunTransport::errorOutput() const {
   return connection_ ? connection_->errorOutput() : nullptr;
 }
 
+std::shared_ptr<TerminationNotice> RunTransport::termination() const {
+  return connection_ ? connection_->termination() : nullptr;
+}
+
 std::string RunTransport::errorText() const { return connection_ ? connection_->errorOutput()->text() : ""; }
 
 bool RunTransport::outputHasEnded() const {

@@ -43,6 +43,7 @@ class RunTransport {
     return processExitCoordinator_;
   }
   std::shared_ptr<StandardErrorCollector> errorOutput() const;
+  std::shared_ptr<TerminationNotice> termination() const;
 
   /// Writes a line; see `ormel::detail::writePayload`.
   void writePayload(const JSONValue& payload) { detail::writePayload(connection_.get(), payload); }

@@ -20,8 +20,9 @@ std::exception_ptr errorOf(Make make) noexcept {
   }
 }
 
-std::exception_ptr streamErrorOf(std::string_view message) noexcept {
-  return errorOf([message] { return ThreadRunError::streamError(std::string(message)); });
+std::exception_ptr streamErrorOf(std::string_view message,
+                                 std::shared_ptr<const FailureCause> cause = nullptr) noexcept {
+  return errorOf([&] { return ThreadRunError::streamError(std::string(message), std::move(cause)); });
 }
 
 }  // namespace
@@ -30,7 +31,8 @@ StreamCompletion StreamCompletion::aborted() { return failed({OrmelProcessError:
 
 std::exception_ptr StreamCompletion::streamError() const noexcept {
   if (kind_ != Kind::failed) return nullptr;
-  return failure_.aborted ? errorOf([] { return OrmelProcessError::aborted(); }) : streamErrorOf(failure_.message);
+  return failure_.aborted ? errorOf([] { return OrmelProcessError::aborted(); })
+                          : streamErrorOf(failure_.message, failure_.cause);
 }
 
 std::exception_ptr StreamCompletion::waiterError() const noexcept {

@@ -71,6 +71,25 @@ TEST(AppServerTurnRunRequests, TimeOutAfterHalfAMinuteAndTakeTheOperationWithThe
   }
 }
 
+TEST(AppServerTurnRunRequests, TellThatTheHandshakeWasTheOneThatTimedOut) {
+  for (const std::string method : {"initialize", "thread/start"}) {
+    SimulatedScheduler scheduler(1);
+    SimulatedRun engine(scheduler);
+    engine.keep(method);
+    const auto starting = engine.start(engine.turn());
+    engine.pass(30s);
+    try {
+      engine.taken(starting);
+      ADD_FAILURE() << "it went well";
+    } catch (const ThreadRunError& error) {
+      EXPECT_EQ(error.cause() != nullptr, method == "initialize");
+      if (!error.cause()) continue;
+      EXPECT_EQ(error.cause()->kind, FailureCause::Kind::handshakeTimedOut);
+      EXPECT_THAT(error.advice(), ::testing::HasSubstr("did not answer for 30 seconds"));
+    }
+  }
+}
+
 TEST(AppServerTurnRunRequests, FailTheRunningTurnWhenItsSteerTimesOut) {
   inManyOrders([](SimulatedScheduler& scheduler) {
     SimulatedRun engine(scheduler);
