@@ -4,13 +4,15 @@
 #include <string>
 #include <utility>
 
+#include "OrmelSDK/Base/Export.h"
+
 namespace ormel {
 
 /// The common base of every failure that the library throws.
 ///
 /// `what()` is the complete, user-readable description of the failure, in UTF-8. Values are immutable once
 /// constructed and may be copied and read from any thread.
-class Error : public std::exception {
+class ORMEL_EXPORT Error : public std::exception {
  public:
   explicit Error(std::string description) : description_(std::move(description)) {}
 
