@@ -38,8 +38,14 @@ if(ORMEL_SHARED)
     target_link_libraries(OrmelSDKShared PRIVATE
       -Wl,--whole-archive $<BUILD_INTERFACE:$<TARGET_FILE:OrmelSDK>> -Wl,--no-whole-archive)
   endif()
-  target_link_libraries(OrmelSDKShared PRIVATE $<BUILD_INTERFACE:simdjson::simdjson>
-    $<BUILD_INTERFACE:Ormel::uuid> $<BUILD_INTERFACE:Threads::Threads> ${Ormel_UTF8PROC_SHARED_LIBRARY})
+  # By its file: of a target the installed package would want that it is there, too.
+  set(simdjson simdjson::simdjson)
+  get_target_property(type simdjson::simdjson TYPE)
+  if(NOT type STREQUAL "INTERFACE_LIBRARY")
+    set(simdjson $<TARGET_LINKER_FILE:simdjson::simdjson>)
+  endif()
+  target_link_libraries(OrmelSDKShared PRIVATE
+    ${simdjson} $<BUILD_INTERFACE:Ormel::uuid> $<BUILD_INTERFACE:Threads::Threads> ${Ormel_UTF8PROC_SHARED_LIBRARY})
 endif()
 
 if(BUILD_SHARED_LIBS)
