@@ -1,16 +1,22 @@
 # Third-party libraries, each behind an imported target, so that the rest of the project names no path.
 
 include(LibraryDependencies)
+if(Ormel_MISSING_DEPENDENCIES)
+  message(FATAL_ERROR "Ormel needs what was not found: ${Ormel_MISSING_DEPENDENCIES}.")
+endif()
 
-find_path(ASIO_INCLUDE_DIR asio.hpp REQUIRED)
-add_library(asio::asio INTERFACE IMPORTED)
-set_target_properties(asio::asio PROPERTIES INTERFACE_INCLUDE_DIRECTORIES "${ASIO_INCLUDE_DIR}")
+find_path(ASIO_INCLUDE_DIR asio.hpp)
+if(NOT ASIO_INCLUDE_DIR)
+  message(FATAL_ERROR "Ormel needs what was not found: asio (libasio-dev).")
+endif()
+add_library(Ormel::asio INTERFACE IMPORTED)
+set_target_properties(Ormel::asio PROPERTIES INTERFACE_INCLUDE_DIRECTORIES "${ASIO_INCLUDE_DIR}")
 # Asio takes aligned_alloc or operator new by what a file included before it; every file must decide alike.
-target_compile_definitions(asio::asio INTERFACE ASIO_NO_DEPRECATED ASIO_DISABLE_STD_ALIGNED_ALLOC)
-target_link_libraries(asio::asio INTERFACE Threads::Threads)
+target_compile_definitions(Ormel::asio INTERFACE ASIO_NO_DEPRECATED ASIO_DISABLE_STD_ALIGNED_ALLOC)
+target_link_libraries(Ormel::asio INTERFACE Threads::Threads)
 if("${ORMEL_SANITIZERS}" MATCHES "thread")
   # The thread sanitizer does not know fences; the locks around Asio's queues order the same accesses.
-  target_compile_definitions(asio::asio INTERFACE ASIO_DISABLE_FENCED_BLOCK)
+  target_compile_definitions(Ormel::asio INTERFACE ASIO_DISABLE_FENCED_BLOCK)
 endif()
 
 if(ORMEL_BUILD_TOOLS OR ORMEL_BUILD_EXAMPLES)

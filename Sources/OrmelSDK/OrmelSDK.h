@@ -6,6 +6,7 @@
 #include "OrmelSDK/AppServerRun/Framing/AppServerRequestID.h"
 #include "OrmelSDK/AppServerRun/Payloads/AppServerInitializeCapabilities.h"
 #include "OrmelSDK/Base/Error.h"
+#include "OrmelSDK/Base/Export.h"
 #include "OrmelSDK/Base/FailureCause.h"
 #include "OrmelSDK/Base/FileSystemError.h"
 #include "OrmelSDK/Base/NeverDestroyed.h"
@@ -119,3 +120,4 @@
 #include "OrmelSDK/Text/SharedText.h"
 #include "OrmelSDK/Text/UTF8.h"
 #include "OrmelSDK/Thread.h"
+#include "OrmelSDK/Version.h"

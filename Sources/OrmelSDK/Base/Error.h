@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "OrmelSDK/Base/Export.h"
 #include "OrmelSDK/Base/FailureCause.h"
 
 namespace ormel {
@@ -13,7 +14,7 @@ namespace ormel {
 ///
 /// `what()` is the complete, user-readable description of the failure, in UTF-8. Values are immutable once
 /// constructed and may be copied and read from any thread.
-class Error : public std::exception {
+class ORMEL_EXPORT Error : public std::exception {
  public:
   explicit Error(std::string description, std::shared_ptr<const FailureCause> cause = nullptr)
       : description_(std::move(description)), cause_(std::move(cause)) {}

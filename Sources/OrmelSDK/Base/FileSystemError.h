@@ -4,13 +4,14 @@
 #include <system_error>
 
 #include "OrmelSDK/Base/Error.h"
+#include "OrmelSDK/Base/Export.h"
 
 namespace ormel {
 
 /// The file system refused. `what()` is the path, a colon, and the system's text.
 ///
 /// *Thread safety*: an immutable value.
-class FileSystemError : public Error {
+class ORMEL_EXPORT FileSystemError : public Error {
  public:
   FileSystemError(std::string path, std::error_code code);
 

@@ -6,13 +6,14 @@
 #include <utility>
 
 #include "OrmelSDK/Base/Error.h"
+#include "OrmelSDK/Base/Export.h"
 
 namespace ormel {
 
 /// The failure of starting the server process, or of an operation that was aborted.
 ///
 /// *Thread safety*: an immutable value.
-class OrmelProcessError : public Error {
+class ORMEL_EXPORT OrmelProcessError : public Error {
  public:
   enum class Kind {
     /// The library does not run on this platform.

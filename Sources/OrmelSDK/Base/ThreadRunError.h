@@ -5,13 +5,14 @@
 #include <utility>
 
 #include "OrmelSDK/Base/Error.h"
+#include "OrmelSDK/Base/Export.h"
 
 namespace ormel {
 
 /// Why a run failed. `what()` is the text that the case was made with, and nothing else.
 ///
 /// *Thread safety*: immutable; may be copied and read from any thread.
-class ThreadRunError : public Error {
+class ORMEL_EXPORT ThreadRunError : public Error {
  public:
   enum class Kind {
     /// The server reports that the turn failed; the process behind the run is sound.

@@ -5,11 +5,12 @@
 #include <utility>
 
 #include "OrmelSDK/Base/Error.h"
+#include "OrmelSDK/Base/Export.h"
 
 namespace ormel {
 
 /// A wait ended because the stop token of the waiting task was triggered.
-class CancelledError : public Error {
+class ORMEL_EXPORT CancelledError : public Error {
  public:
   CancelledError() : Error("The task was cancelled") {}
 
@@ -18,7 +19,7 @@ class CancelledError : public Error {
 };
 
 /// A wait ended because the last object that could have completed it was destroyed.
-class AbandonedError : public Error {
+class ORMEL_EXPORT AbandonedError : public Error {
  public:
   AbandonedError() : Error("The operation was abandoned before it completed") {}
 
@@ -27,7 +28,7 @@ class AbandonedError : public Error {
 };
 
 /// The system had no room for something that the library needs. The operation may be tried again later.
-class ResourceExhaustedError : public Error {
+class ORMEL_EXPORT ResourceExhaustedError : public Error {
  public:
   /// `resource` is the thing that was lacking: "threads", "descriptors" or "memory".
   ResourceExhaustedError(std::string resource, const std::string& reason)
@@ -43,7 +44,7 @@ class ResourceExhaustedError : public Error {
 };
 
 /// The library was used in a forked child of a process that had used it: its threads and servers belong to the parent.
-class ForkedProcessError : public Error {
+class ORMEL_EXPORT ForkedProcessError : public Error {
  public:
   ForkedProcessError()
       : Error(
@@ -55,7 +56,7 @@ class ForkedProcessError : public Error {
 };
 
 /// A blocking call was made on a thread of the library, where it could deadlock by waiting for itself.
-class WouldDeadlockError : public Error {
+class ORMEL_EXPORT WouldDeadlockError : public Error {
  public:
   WouldDeadlockError() : Error("A blocking wait on a thread of the library would deadlock; use co_await instead") {}
 

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "OrmelSDK/Base/Error.h"
+#include "OrmelSDK/Base/Export.h"
 #include "OrmelSDK/Concurrency/ApplicationObject.h"
 #include "OrmelSDK/Concurrency/Task.h"
 #include "OrmelSDK/Concurrency/TaskResult.h"
@@ -14,7 +15,7 @@
 namespace ormel {
 
 /// A handler of the application gave no answer.
-class HandlerError : public Error {
+class ORMEL_EXPORT HandlerError : public Error {
  public:
   using Error::Error;
 

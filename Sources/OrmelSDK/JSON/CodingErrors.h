@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "OrmelSDK/Base/Error.h"
+#include "OrmelSDK/Base/Export.h"
 
 namespace ormel {
 
@@ -14,7 +15,7 @@ namespace ormel {
 /// `DecodingError`, never by itself; `what()` is the reason with " at byte " and the offset behind it.
 ///
 /// Immutable; may be copied, and read from any thread.
-class JSONSyntaxError : public Error {
+class ORMEL_EXPORT JSONSyntaxError : public Error {
  public:
   JSONSyntaxError(std::string_view reason, std::size_t byteOffset);
 
@@ -50,7 +51,7 @@ struct DecodingContext {
 ///
 /// `what()` is the context's debug description, followed by the underlying error's text in parentheses if there
 /// is one. Immutable; may be copied, and read from any thread.
-class DecodingError : public Error {
+class ORMEL_EXPORT DecodingError : public Error {
  public:
   enum class Kind {
     /// The value has another JSON type than the record's field.
@@ -92,7 +93,7 @@ class DecodingError : public Error {
 /// which.
 ///
 /// Immutable; may be copied, and read from any thread.
-class EncodingError : public Error {
+class ORMEL_EXPORT EncodingError : public Error {
  public:
   using Error::Error;
 

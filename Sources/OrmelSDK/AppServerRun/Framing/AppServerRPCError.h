@@ -5,6 +5,7 @@
 #include <string>
 
 #include "OrmelSDK/Base/Error.h"
+#include "OrmelSDK/Base/Export.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 
 namespace ormel {
@@ -14,7 +15,7 @@ namespace ormel {
 /// `what()` is "App-server error " followed by the code, ": " and the server's message.
 ///
 /// *Thread safety*: an immutable value.
-class AppServerRPCError : public Error {
+class ORMEL_EXPORT AppServerRPCError : public Error {
  public:
   /// The code of an answer to a method that its receiver does not serve.
   static constexpr std::int64_t methodNotFoundCode = -32601;
