@@ -209,10 +209,16 @@ void EventLoop::remove(const Parked& parked) noexcept {
   --parkedCount_;
 }
 
-std::uint64_t EventLoop::addDescriptor(WatchedDescriptor& descriptor) {
+std::uint64_t EventLoop::addDescriptor() {
   const std::lock_guard lock(descriptorsMutex_);
-  descriptors_.emplace(++lastKey_, &descriptor);
+  descriptors_.emplace(++lastKey_, nullptr);
   return lastKey_;
+}
+
+void EventLoop::attachDescriptor(std::uint64_t key, WatchedDescriptor& descriptor) noexcept {
+  const std::lock_guard lock(descriptorsMutex_);
+  const auto found = descriptors_.find(key);
+  if (found != descriptors_.end()) found->second = &descriptor;
 }
 
 void EventLoop::removeDescriptor(std::uint64_t key) noexcept {
@@ -225,7 +231,7 @@ void EventLoop::queueReady(const PollEvent& event) noexcept {
   {
     const std::lock_guard lock(descriptorsMutex_);
     const auto found = descriptors_.find(event.key);
-    if (found != descriptors_.end()) descriptor = found->second->weak_from_this().lock();
+    if (found != descriptors_.end() && found->second) descriptor = found->second->weak_from_this().lock();
   }
   if (descriptor) descriptor->becameReady(event.hungUp);
 }

@@ -67,7 +67,10 @@ class EventLoop {
   void stop() noexcept;
 
   Poller& poller() noexcept { return poller_; }
-  std::uint64_t addDescriptor(WatchedDescriptor& descriptor);
+  /// Makes room for a descriptor, whose events are dropped until `attachDescriptor`.
+  std::uint64_t addDescriptor();
+  /// To be called once the object is held by a `std::shared_ptr`.
+  void attachDescriptor(std::uint64_t key, WatchedDescriptor& descriptor) noexcept;
   void removeDescriptor(std::uint64_t key) noexcept;
 
   /// The threads that stay when all is idle.

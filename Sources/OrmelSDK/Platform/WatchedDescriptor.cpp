@@ -25,7 +25,7 @@ WatchedDescriptor::WatchedDescriptor(EventLoop& loop, FileDescriptor descriptor)
   if (::fcntl(descriptor_.number(), F_SETFL, O_NONBLOCK | ::fcntl(descriptor_.number(), F_GETFL)) != 0) {
     failToWatch(errno);
   }
-  key_ = loop_.addDescriptor(*this);
+  key_ = loop_.addDescriptor();
   if (const int number = loop_.poller().add(descriptor_.number(), key_)) {
     loop_.removeDescriptor(key_);
     failToWatch(number);
@@ -35,6 +35,7 @@ WatchedDescriptor::WatchedDescriptor(EventLoop& loop, FileDescriptor descriptor)
 WatchedDescriptor::~WatchedDescriptor() { close(); }
 
 void WatchedDescriptor::watch(Interest interest) noexcept {
+  loop_.attachDescriptor(key_, *this);
   if (loop_.poller().change(descriptor_.number(), key_, interest) != 0) readyAgain();
 }
 
