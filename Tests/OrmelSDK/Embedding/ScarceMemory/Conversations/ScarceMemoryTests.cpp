@@ -74,13 +74,14 @@ class Life {
     threadOptions_ = testing::whenAskedForApproval([] {});
   }
 
-  /// Fails the allocation of this number, none if it is 0.
-  Report live(long number) const {
+  /// Fails the allocation of this number, none if it is 0; counted from the making of the thread or from its use.
+  Report live(long number, bool fromUse = false) const {
     Report report;
     report.number = number;
-    if (number > 0) FailingAllocations::arm(number);
+    if (number > 0 && !fromUse) FailingAllocations::arm(number);
     try {
       Thread thread = Ormel(options_).startThread(threadOptions_);
+      if (number > 0 && fromUse) FailingAllocations::arm(number);
       thread.run("go").get();
       report.outcome = Outcome::success;
     } catch (const Error& error) {
@@ -148,7 +149,7 @@ class Worker {
     ::alarm(secondsForALife);
     const auto before = ProcessResources::now();
     const long livingBefore = FailingAllocations::living();
-    Report report = life.live(number);
+    Report report = life.live(number, !isWarm);
     if (report.outcome != Outcome::notHit) {
       const Report retried = life.live(0);
       if (retried.outcome != Outcome::success) {
