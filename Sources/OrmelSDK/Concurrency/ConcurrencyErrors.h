@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <utility>
 
@@ -11,6 +12,22 @@ namespace ormel {
 class CancelledError : public Error {
  public:
   CancelledError() : Error("The task was cancelled") {}
+
+  bool isAborted() const noexcept override { return true; }
+};
+
+/// Something took longer than it was given. `what()` has the time in seconds: "Timed out after 2.5 seconds".
+class TimeoutError : public Error {
+ public:
+  explicit TimeoutError(std::chrono::nanoseconds duration);
+
+  /// The time that was given.
+  std::chrono::nanoseconds duration() const noexcept { return duration_; }
+
+  bool isRetryable() const noexcept override { return true; }
+
+ private:
+  std::chrono::nanoseconds duration_;
 };
 
 /// A wait ended because the last object that could have completed it was destroyed.
@@ -27,6 +44,8 @@ class ResourceExhaustedError : public Error {
       : Error("The system has no room for more " + resource + ": " + reason), resource_(std::move(resource)) {}
 
   const std::string& resource() const noexcept { return resource_; }
+
+  bool isRetryable() const noexcept override { return true; }
 
  private:
   std::string resource_;
