@@ -22,16 +22,23 @@ class ThreadRunError : public Error {
   static ThreadRunError turnFailed(std::string message) { return {Kind::turnFailed, std::move(message)}; }
   static ThreadRunError streamError(std::string message) { return {Kind::streamError, std::move(message)}; }
 
+  /// A stream error whose cause tends to pass, so that the call may succeed when it is made again.
+  static ThreadRunError passing(std::string message) { return {Kind::streamError, std::move(message), true}; }
+
   Kind kind() const noexcept { return kind_; }
+
+  bool isRetryable() const noexcept override { return isRetryable_; }
 
   friend bool operator==(const ThreadRunError& left, const ThreadRunError& right) {
     return left.kind_ == right.kind_ && left.description() == right.description();
   }
 
  private:
-  ThreadRunError(Kind kind, std::string message) : Error(std::move(message)), kind_(kind) {}
+  ThreadRunError(Kind kind, std::string message, bool isRetryable = false)
+      : Error(std::move(message)), kind_(kind), isRetryable_(isRetryable) {}
 
   Kind kind_;
+  bool isRetryable_;
 };
 
 }  // namespace ormel

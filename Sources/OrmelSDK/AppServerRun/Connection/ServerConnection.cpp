@@ -25,7 +25,7 @@ std::unique_ptr<ChildProcess> launchedProcess(ProcessLauncher& launcher, const L
   }
 }
 
-[[noreturn]] void refuseWrite() { throw ThreadRunError::streamError("Ormel app-server stdin is unavailable"); }
+[[noreturn]] void refuseWrite() { throw ThreadRunError::passing("Ormel app-server stdin is unavailable"); }
 
 }  // namespace
 
@@ -66,6 +66,12 @@ ServerConnection::ServerConnection(std::unique_ptr<ChildProcess> process,
 
 ServerConnection::~ServerConnection() {
   readerTask_.request_stop();
+  process_->terminate();
+}
+
+void ServerConnection::end() {
+  readerTask_.request_stop();
+  closeInput();
   process_->terminate();
 }
 

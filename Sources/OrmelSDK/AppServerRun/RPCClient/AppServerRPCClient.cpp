@@ -183,8 +183,8 @@ std::optional<OneShotResolver<JSONValue>> AppServerRPCClient::takePendingRespons
   return std::move(node.mapped());
 }
 
-void AppServerRPCClient::completePendingResponses(const std::string& message) {
-  const auto error = std::make_exception_ptr(ThreadRunError::streamError(message));
+void AppServerRPCClient::completePendingResponses(const ThreadRunError& failure) {
+  const auto error = std::make_exception_ptr(failure);
   for (const auto& [id, response] : std::exchange(pendingResponses_, {})) response.fail(error);
 }
 
@@ -208,7 +208,7 @@ Task<void> AppServerRPCClient::finishNotifications() {
 Task<void> AppServerRPCClient::terminate() {
   co_await strand_.enter();
   incrementCounter(terminations_);
-  completePendingResponses(terminated);
+  completePendingResponses(ThreadRunError::streamError(terminated));
   notificationContinuation_.finish();
   shutdownProcess();
 }
@@ -235,7 +235,7 @@ Task<void> AppServerRPCClient::readStdoutLoop(std::weak_ptr<AppServerRPCClient> 
 }
 
 void AppServerRPCClient::failPendingResponses(const std::string& message) {
-  completePendingResponses(message);
+  completePendingResponses(ThreadRunError::passing(message));
   shutdownProcess();
 }
 

@@ -16,6 +16,7 @@
 #include "OrmelSDK/AppServerRun/Framing/AppServerRequestID.h"
 #include "OrmelSDK/AppServerRun/Payloads/AppServerInitializeCapabilities.h"
 #include "OrmelSDK/AppServerRun/RPCClient/AppServerRPCNotification.h"
+#include "OrmelSDK/Base/ThreadRunError.h"
 #include "OrmelSDK/Concurrency/EventChannel.h"
 #include "OrmelSDK/Concurrency/OneShot.h"
 #include "OrmelSDK/Concurrency/Strand.h"
@@ -123,7 +124,7 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
                                   const std::optional<JSONValue>& params);
   void cancelPendingRequest(const AppServerRequestID& id);
   std::optional<OneShotResolver<JSONValue>> takePendingResponse(const AppServerRequestID& id);
-  void completePendingResponses(const std::string& message);
+  void completePendingResponses(const ThreadRunError& failure);
   void writePayload(const JSONValue& payload);
 
   static Task<void> readStdoutLoop(std::weak_ptr<AppServerRPCClient> owner, Strand strand, ServerOutput output,

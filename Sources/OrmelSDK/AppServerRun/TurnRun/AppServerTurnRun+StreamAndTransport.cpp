@@ -73,7 +73,9 @@ void AppServerTurnRun::launchProcess() {
 }
 
 TerminationHandler AppServerTurnRun::terminationHandler(std::uint64_t transportGeneration) {
-  return [owner = weak_from_this(), strand = strand(), transportGeneration](const Termination& termination) {
+  return [owner = weak_from_this(), strand = strand(), ended = closing_.expectProcess(),
+          transportGeneration](const Termination& termination) {
+    ended.resume();
     auto tell = [owner, transportGeneration, termination] {
       if (const auto run = owner.lock()) run->coordinateProcessExit(transportGeneration, termination);
     };
@@ -169,7 +171,7 @@ void AppServerTurnRun::handleEOF(std::uint64_t transportGeneration) {
   } else {
     std::string message = transport_.errorText();
     if (message.empty()) message = "Ormel app-server terminated unexpectedly";
-    lifecycle_.finishCurrent(StreamCompletion::failed({std::move(message), false}));
+    lifecycle_.finishCurrent(StreamCompletion::failed({std::move(message), false, true}));
   }
 }
 
@@ -182,7 +184,7 @@ void AppServerTurnRun::handleProcessExit(std::uint64_t transportGeneration, cons
     lifecycle_.finishCurrent(StreamCompletion::aborted());
   } else {
     const auto error = OrmelProcessError::exited(exitDetail(termination), transport_.errorText());
-    lifecycle_.finishCurrent(StreamCompletion::failed({error.description(), false}));
+    lifecycle_.finishCurrent(StreamCompletion::failed({error.description(), false, true}));
   }
 }
 

@@ -68,10 +68,10 @@ void RequestSender::timeoutPendingRequest(const AppServerRequestID& id, std::str
   const auto request = run_.requests.remove(id);
   if (!request) return;
   const std::string message = timeoutMessage(method, run_.requestTimeout);
-  request->fail(std::make_exception_ptr(ThreadRunError::streamError(message)));
+  request->fail(std::make_exception_ptr(ThreadRunError::passing(message)));
   // A request that outlived its operation must not fail the current one.
   if (operationGeneration && operationGeneration != run_.stream.currentOperationGeneration()) return;
-  run_.lifecycle.finishCurrent(StreamCompletion::failed({message, false}));
+  run_.lifecycle.finishCurrent(StreamCompletion::failed({message, false, true}));
 }
 
 void RequestSender::cancelPendingRequest(const AppServerRequestID& id) {

@@ -11,6 +11,8 @@ struct RunFailure {
   std::string message;
   /// The application asked for it.
   bool aborted = false;
+  /// The same call may succeed when it is made again.
+  bool retryable = false;
 };
 
 /// Whether the failure is a cancellation or `OrmelProcessError::aborted`.

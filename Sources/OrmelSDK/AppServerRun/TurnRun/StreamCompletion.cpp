@@ -9,8 +9,9 @@ namespace ormel::detail {
 
 namespace {
 
-std::exception_ptr streamErrorOf(std::string message) {
-  return std::make_exception_ptr(ThreadRunError::streamError(std::move(message)));
+std::exception_ptr streamErrorOf(std::string message, bool isRetryable = false) {
+  return std::make_exception_ptr(isRetryable ? ThreadRunError::passing(std::move(message))
+                                             : ThreadRunError::streamError(std::move(message)));
 }
 
 }  // namespace
@@ -19,7 +20,8 @@ StreamCompletion StreamCompletion::aborted() { return failed({OrmelProcessError:
 
 std::exception_ptr StreamCompletion::streamError() const {
   if (kind_ != Kind::failed) return nullptr;
-  return failure_.aborted ? std::make_exception_ptr(OrmelProcessError::aborted()) : streamErrorOf(failure_.message);
+  if (failure_.aborted) return std::make_exception_ptr(OrmelProcessError::aborted());
+  return streamErrorOf(failure_.message, failure_.retryable);
 }
 
 std::exception_ptr StreamCompletion::waiterError() const {
