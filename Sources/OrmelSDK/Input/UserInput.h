@@ -4,12 +4,14 @@
 #include <iosfwd>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
 
 #include "OrmelSDK/Base/Visit.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/Text/SharedText.h"
 
 namespace ormel {
 
@@ -122,7 +124,11 @@ struct Input {
   Input() = default;
   Input(std::string text) : value(std::move(text)) {}
   Input(const char* text) : value(std::string(text)) {}
+  Input(std::string_view text) : value(std::string(text)) {}
+  Input(const SharedText& text) : value(text.string()) {}
   Input(std::vector<UserInput> userInputs) : value(std::move(userInputs)) {}
+  /// A list of one part.
+  Input(UserInput userInput) : value(std::vector<UserInput>(1, std::move(userInput))) {}
 
   static Input from(std::vector<UserInput> userInputs) { return Input(std::move(userInputs)); }
 
