@@ -35,21 +35,21 @@ constexpr std::chrono::minutes limit{1};
 class TimedContextScheduler final : public Scheduler {
  public:
   using Scheduler::post;
-  void post(detail::WorkItem& item) noexcept override {
+  void post(ormel::detail::WorkItem& item) noexcept override {
     const auto run = [this, &item] {
-      detail::executionState().scheduler = this;
+      ormel::detail::executionState().scheduler = this;
       item.run();
-      detail::executionState().scheduler = nullptr;
+      ormel::detail::executionState().scheduler = nullptr;
     };
-    if (detail::executionState().isLeaving) {
+    if (ormel::detail::executionState().isLeaving) {
       asio::defer(context_, run);
     } else {
       asio::post(context_, run);
     }
   }
   std::uint64_t now() const noexcept override { return timers_.now(); }
-  void arm(detail::TimerItem& item, std::uint64_t deadline) override { timers_.arm(item, deadline); }
-  bool disarm(detail::TimerItem& item) noexcept override { return timers_.disarm(item); }
+  void arm(ormel::detail::TimerItem& item, std::uint64_t deadline) override { timers_.arm(item, deadline); }
+  bool disarm(ormel::detail::TimerItem& item) noexcept override { return timers_.disarm(item); }
   std::size_t strandBatch() const noexcept override { return timers_.strandBatch(); }
 
   void run(Task<void> task) {
@@ -60,7 +60,7 @@ class TimedContextScheduler final : public Scheduler {
 
  private:
   asio::io_context context_{1};
-  Scheduler& timers_ = detail::ioScheduler();
+  Scheduler& timers_ = ormel::detail::ioScheduler();
 };
 
 void countWaits(benchmark::State& state) { state.SetItemsProcessed(state.iterations() * waitsPerRound); }
