@@ -1,28 +1,18 @@
 // Answers questions that the agent asks the user during a turn: always with the first choice.
 // Usage: 08-user-input [SERVER]
 
+#include <OrmelSDK/Events/UserQuestions.h>
 #include <OrmelSDK/Ormel.h>
 
 #include <iostream>
 
 namespace {
 
-using Answers = std::map<std::string, std::vector<std::string>>;
-
-std::string textOf(const ormel::JSONValue& object, std::string_view key) {
-  const ormel::JSONValue* text = object.find(key);
-  return std::string(text ? text->stringValue().value_or("") : "");
-}
-
-Answers firstChoices(const ormel::JSONValue& arguments) {
-  Answers answers;
-  const ormel::JSONValue* questions = arguments.find("questions");
-  if (!questions || !questions->arrayValue()) return answers;
-  for (const ormel::JSONValue& question : *questions->arrayValue()) {
-    std::cout << textOf(question, "question") << '\n';
-    const ormel::JSONValue* options = question.find("options");
-    if (!options || !options->arrayValue() || options->arrayValue()->empty()) continue;
-    answers[textOf(question, "id")] = {textOf(options->arrayValue()->front(), "label")};
+ormel::UserAnswers firstChoices(const std::vector<ormel::UserQuestion>& questions) {
+  ormel::UserAnswers answers;
+  for (const ormel::UserQuestion& question : questions) {
+    std::cout << question.question << '\n';
+    if (!question.options.empty()) answers[question.id] = {question.options.front().label};
   }
   return answers;
 }
@@ -33,11 +23,10 @@ ormel::Task<void> converse(ormel::Thread thread) {
     if (const auto* completed = std::get_if<ormel::ItemCompletedEvent>(&event->value)) {
       if (const auto text = completed->item.agentMessageText()) std::cout << *text << '\n';
     }
-    const auto* started = std::get_if<ormel::ItemStartedEvent>(&event->value);
-    const auto* call = started ? std::get_if<ormel::McpToolCallItem>(&started->item.value) : nullptr;
-    if (!call || call->tool != "request_user_input") continue;
-    Answers answers = firstChoices(call->arguments);
-    co_await thread.submitRequestUserInput(call->id, std::move(answers));
+    const auto asked = ormel::UserQuestions::askedBy(*event);
+    if (!asked) continue;
+    ormel::UserAnswers answers = firstChoices(asked->questions);
+    co_await thread.submitRequestUserInput(asked->itemID, std::move(answers));
   }
 }
 

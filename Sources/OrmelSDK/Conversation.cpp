@@ -70,6 +70,7 @@ std::string Conversation::neededThreadID(const char* message) const {
 
 Conversation::Run Conversation::reusableRun() {
   const std::lock_guard guard(lock_);
+  if (isClosed_) throw ThreadRunError::streamError("The thread has been closed");
   if (!persistentRun_) persistentRun_ = AppServerTurnRun::create(configuration_, services_);
   return persistentRun_;
 }
@@ -90,34 +91,52 @@ void Conversation::noteOperation(const ActiveOperation& operation) {
   if (!currentOperation_ || currentOperation_->generation < operation.generation) currentOperation_ = operation;
 }
 
-Task<Conversation::ConnectedOperation> Conversation::connectOperation(Self self, std::optional<AbortSignal> signal) {
-  refuseIfAborted(signal);
+Task<Conversation::ConnectedOperation> Conversation::connectOperation(Self self, Interruptions by) {
+  refuseIfAborted(by.signal);
   const Run run = self->reusableRun();
   const std::uint64_t generation = co_await run->reserveOperation();
   ConnectedOperation connected;
   connected.operation = {run, generation};
   self->noteOperation(connected.operation);
-  if (signal) {
-    connected.signalToken = signal->register_([weakRun = std::weak_ptr(run), generation] {
+  connected.by = std::move(by);
+  if (connected.by.timeout) {
+    connected.isDue = std::make_shared<std::atomic<bool>>(false);
+    auto interrupt = [weakRun = std::weak_ptr(run), generation, isDue = connected.isDue] {
+      if (const auto interrupted = weakRun.lock()) interrupted->interruptWhenDue(generation, isDue).detach();
+    };
+    connected.timer =
+        self->services_.scheduler->postAfter(*connected.by.timeout, std::move(interrupt), "turn time-out");
+  }
+  if (connected.by.signal) {
+    connected.signalToken = connected.by.signal->register_([weakRun = std::weak_ptr(run), generation] {
       if (const auto interrupted = weakRun.lock()) interrupted->interruptFromSignal(generation).detach();
     });
-    connected.signal = std::move(signal);
   }
   co_return connected;
 }
 
 void Conversation::finishActiveOperation(const ConnectedOperation& connected,
                                          std::optional<std::string> restoringThreadID) noexcept {
-  if (connected.signal) connected.signal->unregister(connected.signalToken);
-  const std::lock_guard guard(lock_);
-  if (currentOperation_ != connected.operation) return;
-  if (restoringThreadID) threadID_ = std::move(restoringThreadID);
-  currentOperation_.reset();
+  if (connected.by.signal) connected.by.signal->unregister(connected.signalToken);
+  std::map<std::uint64_t, OneShotResolver<void>> waiters;
+  {
+    const std::lock_guard guard(lock_);
+    if (currentOperation_ != connected.operation) return;
+    if (restoringThreadID) threadID_ = std::move(restoringThreadID);
+    currentOperation_.reset();
+    waiters.swap(idleWaiters_);
+  }
+  for (const auto& [number, waiter] : waiters) waiter.resume();
 }
 
-Task<StreamedTurn> Conversation::start(Self self, OperationRequest request, std::optional<AbortSignal> signal,
+std::exception_ptr Conversation::ConnectedOperation::failure(std::exception_ptr own) const {
+  return isDue && *isDue ? std::make_exception_ptr(TimeoutError(*by.timeout)) : std::move(own);
+}
+
+Task<StreamedTurn> Conversation::start(Self self, OperationRequest request, Interruptions by,
                                        std::optional<std::string> restoringThreadID) {
-  auto connected = co_await connectOperation(self, std::move(signal));
+  auto connecting = connectOperation(self, std::move(by));
+  auto connected = co_await std::move(connecting);
   const ActiveOperation operation = connected.operation;
   // The thread of a turn may have become known since the call.
   if (auto* turn = std::get_if<OperationRequest::Turn>(&request.value)) turn->existingThreadID = self->id();
@@ -129,7 +148,7 @@ Task<StreamedTurn> Conversation::start(Self self, OperationRequest request, std:
                                         std::move(restoringThreadID));
   } catch (...) {
     self->finishActiveOperation(connected, std::nullopt);
-    throw;
+    std::rethrow_exception(connected.failure(std::current_exception()));
   }
 }
 
@@ -161,16 +180,16 @@ Task<void> Conversation::forwardEvents(Self self, EventChannel<ThreadEvent> from
   }
   self->finishActiveOperation(connected, std::move(restoringThreadID));
   if (failure) {
-    to.fail(std::move(failure));
+    to.fail(connected.failure(std::move(failure)));
   } else {
     to.finish();
   }
 }
 
 Task<StreamedTurn> Conversation::runStreamedInternal(Self self, Input input, TurnOptions turnOptions) {
-  auto signal = turnOptions.signal;
+  Interruptions by(turnOptions.signal, turnOptions.timeout);
   auto request = OperationRequest::turn(std::nullopt, std::move(input), std::move(turnOptions));
-  auto starting = start(std::move(self), std::move(request), std::move(signal));
+  auto starting = start(std::move(self), std::move(request), std::move(by));
   auto streamed = co_await std::move(starting);
   co_return streamed;
 }
@@ -181,16 +200,18 @@ Task<StreamedTurn> Conversation::startReviewStreamed(Self self, ReviewTarget tar
     throw ThreadRunError::streamError("Detached reviews require a separate thread owner");
   }
   std::string threadID = self->neededThreadID("Start the thread before requesting a review");
+  Interruptions by(std::move(signal), std::nullopt);
   auto request = OperationRequest::review(threadID, std::move(target), delivery);
-  auto starting = start(std::move(self), std::move(request), std::move(signal), std::move(threadID));
+  auto starting = start(std::move(self), std::move(request), std::move(by), std::move(threadID));
   auto streamed = co_await std::move(starting);
   co_return streamed;
 }
 
 Task<StreamedTurn> Conversation::compactStreamed(Self self, std::optional<AbortSignal> signal) {
   std::string threadID = self->neededThreadID("Start the thread before requesting compaction");
+  Interruptions by(std::move(signal), std::nullopt);
   auto request = OperationRequest::compaction(threadID);
-  auto starting = start(std::move(self), std::move(request), std::move(signal), std::move(threadID));
+  auto starting = start(std::move(self), std::move(request), std::move(by), std::move(threadID));
   auto streamed = co_await std::move(starting);
   co_return streamed;
 }
@@ -198,10 +219,10 @@ Task<StreamedTurn> Conversation::compactStreamed(Self self, std::optional<AbortS
 Task<StreamedTurn> Conversation::runSideConversationStreamed(Self self, Input input, std::string developerInstructions,
                                                              TurnOptions turnOptions) {
   std::string threadID = self->neededThreadID("Start the main thread before opening a side conversation");
-  auto signal = turnOptions.signal;
+  Interruptions by(turnOptions.signal, turnOptions.timeout);
   auto request = OperationRequest::ephemeralForkTurn(threadID, std::move(input), std::move(developerInstructions),
                                                      std::move(turnOptions));
-  auto starting = start(std::move(self), std::move(request), std::move(signal), std::move(threadID));
+  auto starting = start(std::move(self), std::move(request), std::move(by), std::move(threadID));
   auto streamed = co_await std::move(starting);
   co_return streamed;
 }
@@ -234,6 +255,36 @@ Task<void> Conversation::interrupt(Self self) {
   if (!operation) co_return;
   auto interruption = operation->run->interruptFromSignal(operation->generation);
   co_await std::move(interruption);
+}
+
+Task<void> Conversation::idle(Self self) {
+  const OneShot<void> ended("end of the operation");
+  std::uint64_t number = 0;
+  {
+    const std::lock_guard guard(self->lock_);
+    if (!self->currentOperation_) co_return;
+    number = self->nextIdleWaiter_++;
+    self->idleWaiters_.emplace(number, ended.resolver());
+  }
+  try {
+    co_await ended.wait();
+  } catch (const CancelledError&) {
+    const std::lock_guard guard(self->lock_);
+    self->idleWaiters_.erase(number);
+    throw;
+  }
+}
+
+Task<void> Conversation::close(Self self) {
+  Run run;
+  {
+    const std::lock_guard guard(self->lock_);
+    self->isClosed_ = true;
+    run = self->persistentRun_;
+  }
+  if (!run) co_return;
+  co_await run->close();
+  co_await idle(self);
 }
 
 }  // namespace ormel::detail

@@ -1,15 +1,21 @@
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <exception>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "OrmelSDK/AppServerRun/Connection/ServerServices.h"
 #include "OrmelSDK/AppServerRun/TurnRun/AppServerTurnRun.h"
+#include "OrmelSDK/Concurrency/OneShot.h"
+#include "OrmelSDK/Concurrency/Scheduler.h"
 #include "OrmelSDK/Options/AbortSignal.h"
 #include "OrmelSDK/Thread.h"
 
@@ -45,6 +51,8 @@ class Conversation final {
   static Task<void> submitRequestUserInput(Self self, std::string itemID,
                                            std::map<std::string, std::vector<std::string>> answers);
   static Task<void> interrupt(Self self);
+  static Task<void> idle(Self self);
+  static Task<void> close(Self self);
 
   using Run = std::shared_ptr<AppServerTurnRun>;
 
@@ -60,22 +68,38 @@ class Conversation final {
   std::optional<ActiveOperation> currentOperation() const;
 
  private:
+  /// The ways in which the application ends an operation from outside.
+  struct Interruptions {
+    Interruptions() = default;
+    Interruptions(std::optional<AbortSignal> bySignal, std::optional<std::chrono::nanoseconds> byTimeout)
+        : signal(std::move(bySignal)), timeout(byTimeout) {}
+
+    std::optional<AbortSignal> signal;
+    std::optional<std::chrono::nanoseconds> timeout;
+  };
+
   /// An operation and what its end has to undo.
   struct ConnectedOperation {
     ActiveOperation operation;
-    std::optional<AbortSignal> signal;
+    Interruptions by;
     UUID signalToken;
+    Timer timer;
+    /// Set when the time-out has interrupted the operation.
+    std::shared_ptr<std::atomic<bool>> isDue;
+
+    /// The failure of the operation: its own, or the time-out that has led to it.
+    std::exception_ptr failure(std::exception_ptr own) const;
   };
 
   /// The conversation's id; fails with `ThreadRunError` of the kind `streamError` and the message without one.
   std::string neededThreadID(const char* message) const;
-  static Task<ConnectedOperation> connectOperation(Self self, std::optional<AbortSignal> signal);
+  static Task<ConnectedOperation> connectOperation(Self self, Interruptions by);
   void noteOperation(const ActiveOperation& operation);
   void updateThreadID(const std::string& threadID, const ActiveOperation& operation);
 
   /// Starts any operation, and forwards its events. `restoringThreadID` is the conversation's thread, to which it
   /// returns from an operation on another one; the conversation follows an operation without one.
-  static Task<StreamedTurn> start(Self self, OperationRequest request, std::optional<AbortSignal> signal,
+  static Task<StreamedTurn> start(Self self, OperationRequest request, Interruptions by,
                                   std::optional<std::string> restoringThreadID = std::nullopt);
   StreamedTurn wrapOperationEvents(const Self& self, EventChannel<ThreadEvent> events, ConnectedOperation connected,
                                    std::optional<std::string> restoringThreadID);
@@ -92,6 +116,10 @@ class Conversation final {
   std::optional<std::string> threadID_;
   std::optional<ActiveOperation> currentOperation_;
   Run persistentRun_;
+  bool isClosed_ = false;
+  /// Waiters for the end of the operation, by a number of their own.
+  std::map<std::uint64_t, OneShotResolver<void>> idleWaiters_;
+  std::uint64_t nextIdleWaiter_ = 0;
 };
 
 }  // namespace ormel::detail

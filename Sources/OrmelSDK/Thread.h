@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iosfwd>
 #include <map>
 #include <memory>
 #include <optional>
@@ -32,6 +33,8 @@ struct Turn {
   /// The tokens used; absent if the turn ended without saying so.
   std::optional<Usage> usage;
   friend bool operator==(const Turn&, const Turn&);
+  /// Writes it as JSON, for logs and test failures; a turn has no form on the wire.
+  friend std::ostream& operator<<(std::ostream& stream, const Turn& value);
 };
 
 /// An operation that the server has accepted, and its events as they come.
@@ -61,7 +64,8 @@ struct StreamedTurn {
 /// *Object lifetimes*: copies are the same conversation. When the last copy is gone and no operation is under way, the
 /// server process is ended in the background; an operation under way keeps the conversation until its events have
 /// ended. The handlers of its `ThreadOptions` belong to the conversation: one that holds a copy of the thread keeps the
-/// conversation and the server process for ever. A thread that was moved from may only be destroyed or assigned to.
+/// conversation and the server process for ever. A thread that was default-constructed or moved from stands for no
+/// conversation until one is assigned to it: each call throws an `Error` that says so.
 ///
 /// *Errors*: `ThreadRunError` of the kind `streamError` when the server, the connection to it or the use of the thread
 /// is at fault: "An app-server operation is already active" during another operation. `OrmelProcessError` when the
@@ -78,6 +82,8 @@ struct StreamedTurn {
 /// `AbortSignal` of its options ends the operation.
 class Thread {
  public:
+  /// No conversation.
+  Thread() noexcept = default;
   explicit Thread(std::shared_ptr<detail::Conversation> conversation) : conversation_(std::move(conversation)) {}
 
   /// The server's id of the conversation; absent until the first turn has begun.
@@ -114,7 +120,27 @@ class Thread {
   /// events end then or at most three seconds later.
   Task<void> interrupt() const;
 
+  /// Ends when the operation that is running has ended, at once without one: the thread then takes the next operation.
+  ///
+  ///     co_await thread.interrupt();
+  ///     co_await thread.idle();
+  ///     co_await thread.run("Something else");
+  Task<void> idle() const;
+
+  /// Ends the conversation's use of this process: an operation that is running fails as aborted, and the server process
+  /// is ended. Completes when that process is gone; if it takes longer than three seconds to end, it is killed. The id
+  /// stays, every later operation fails with "The thread has been closed", and the conversation can be resumed by
+  /// `Ormel::resumeThread`. A second call awaits the same end. Without it the same is done in the background when the
+  /// last copy of the thread goes.
+  ///
+  /// A process that an earlier operation has cost, by its failure, was told to end then and is not waited for.
+  ///
+  /// *Cancellation*: ends the wait only.
+  Task<void> close() const;
+
  private:
+  const std::shared_ptr<detail::Conversation>& conversation() const;
+
   std::shared_ptr<detail::Conversation> conversation_;
 };
 

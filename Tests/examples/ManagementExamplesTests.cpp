@@ -7,6 +7,7 @@ namespace ormel {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
 using testing::outputOf;
 
 TEST(ManagementExamples, GiveAThreadAGoalAndForkIt) {
@@ -49,6 +50,15 @@ TEST(ManagementExamples, KeepAFileForAMoment) {
   EXPECT_EQ(outputOf("17-files"),
             "birds.txt\na file, changed since 1970\nit holds bmlnaHRpbmdhbGU=\n"
             "removed: the server answers -32600\n");
+}
+
+TEST(ManagementExamples, ListThreadsNewestFirst) {
+  EXPECT_THAT(outputOf("09-list-threads"), MatchesRegex("[0-9a-f-]+  And which fish[?]\n[0-9a-f-]+  Birds\n"));
+}
+
+TEST(ManagementExamples, ManageAThreadAndWatch) {
+  EXPECT_EQ(outputOf("10-control-session"),
+            "The server calls it Birds\nnamed Birds\narchived\ntaken out of the archive\ndeleted\n");
 }
 
 }  // namespace

@@ -47,13 +47,15 @@ TEST(NumberedExamples, AnswerQuestions) {
             "Which language shall it be?\nHow large shall it be?\nYou chose: language C++, size Small.\n");
 }
 
-TEST(NumberedExamples, ListThreadsNewestFirst) {
-  EXPECT_THAT(outputOf("09-list-threads"), MatchesRegex("[0-9a-f-]+  And which fish[?]\n[0-9a-f-]+  Birds\n"));
+TEST(NumberedExamples, LimitATurnAndTryAgain) {
+  EXPECT_THAT(outputOf("09-timeout-and-retry"),
+              MatchesRegex("attempt 1: Timed out after 0[.]5 seconds\nattempt 2: Timed out after 0[.]5 seconds\n"
+                           "No answer\nYou said: \"Hello, agent\".*\n"));
 }
 
-TEST(NumberedExamples, ManageAThreadAndWatch) {
-  EXPECT_EQ(outputOf("10-control-session"),
-            "The server calls it Birds\nnamed Birds\narchived\ntaken out of the archive\ndeleted\n");
+TEST(NumberedExamples, HoldManyConversationsAtOnce) {
+  EXPECT_THAT(outputOf("10-many-conversations"),
+              MatchesRegex(".*the wren[^\n]*\n.*the owl[^\n]*\n.*the heron[^\n]*\n.*the swift[^\n]*\n"));
 }
 
 }  // namespace

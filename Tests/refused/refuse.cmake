@@ -7,6 +7,10 @@ endif()
 set(ENV{LC_ALL} C)
 execute_process(COMMAND ${COMPILER} ${flags} -std=c++20 -fsyntax-only -I${INCLUDE} ${SOURCE}
   RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+if(MESSAGE MATCHES "^\\^")
+  # The line of the first error.
+  string(REGEX MATCH "[^\n]*error:[^\n]*" output "${output}")
+endif()
 if(NOT FAULT)
   if(NOT result EQUAL 0)
     message(FATAL_ERROR "Refused without a fault:\n${output}")

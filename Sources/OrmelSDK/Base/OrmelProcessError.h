@@ -56,6 +56,9 @@ class ORMEL_EXPORT OrmelProcessError : public Error {
 
   Kind kind() const noexcept { return kind_; }
 
+  bool isAborted() const noexcept override { return kind_ == Kind::aborted; }
+  bool isRetryable() const noexcept override { return kind_ == Kind::exited; }
+
   /// The payload of the cases that carry one text, else empty.
   const std::string& text() const noexcept { return text_; }
 

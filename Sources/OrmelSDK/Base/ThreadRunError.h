@@ -26,7 +26,14 @@ class ORMEL_EXPORT ThreadRunError : public Error {
     return {Kind::streamError, std::move(message), std::move(cause)};
   }
 
+  /// A stream error whose cause tends to pass, so that the call may succeed when it is made again.
+  static ThreadRunError passing(std::string message, std::shared_ptr<const FailureCause> cause = nullptr) {
+    return {Kind::streamError, std::move(message), std::move(cause), true};
+  }
+
   Kind kind() const noexcept { return kind_; }
+
+  bool isRetryable() const noexcept override { return isRetryable_; }
 
   friend bool operator==(const ThreadRunError& left, const ThreadRunError& right) {
     return left.kind_ == right.kind_ && left.description() == right.description();
@@ -36,10 +43,12 @@ class ORMEL_EXPORT ThreadRunError : public Error {
   std::string generalAdvice() const override;
 
  private:
-  ThreadRunError(Kind kind, std::string message, std::shared_ptr<const FailureCause> cause = nullptr)
-      : Error(std::move(message), std::move(cause)), kind_(kind) {}
+  ThreadRunError(Kind kind, std::string message, std::shared_ptr<const FailureCause> cause = nullptr,
+                 bool isRetryable = false)
+      : Error(std::move(message), std::move(cause)), kind_(kind), isRetryable_(isRetryable) {}
 
   Kind kind_;
+  bool isRetryable_;
 };
 
 }  // namespace ormel

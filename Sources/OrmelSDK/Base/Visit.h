@@ -21,25 +21,28 @@ struct Overloaded : Functions... {
   using Functions::operator()...;
 };
 
-/// Checks that a call of `visit` takes the alternative `Case`, in a place of its own so that the compiler's message
-/// names the case that is missing.
+/// Never defined: the compiler names it, and so the case, in its first error when a call of `visit` leaves a case out.
+template <typename Case>
+struct NoFunctionGivenToVisitTakes;
+
+/// Checks that a call of `visit` takes the alternative `Case`.
 template <typename Case, bool isTaken>
-struct VisitedCase {
-  static_assert(isTaken, "no function that is given to visit takes this case of the variant");
-  static constexpr bool ok = isTaken;
-};
+consteval bool visitsCase() {
+  if constexpr (!isTaken) static_cast<void>(sizeof(NoFunctionGivenToVisitTakes<Case>));
+  return isTaken;
+}
 
 template <typename Functions, typename Variant>
 inline constexpr bool visitsAllCases = true;
 template <typename Functions, typename... Cases>
 inline constexpr bool visitsAllCases<Functions, std::variant<Cases...>&> =
-    (VisitedCase<Cases, std::invocable<Functions&, Cases&>>::ok && ...);
+    (visitsCase<Cases, std::invocable<Functions&, Cases&>>() && ...);
 template <typename Functions, typename... Cases>
 inline constexpr bool visitsAllCases<Functions, const std::variant<Cases...>&> =
-    (VisitedCase<Cases, std::invocable<Functions&, const Cases&>>::ok && ...);
+    (visitsCase<Cases, std::invocable<Functions&, const Cases&>>() && ...);
 template <typename Functions, typename... Cases>
 inline constexpr bool visitsAllCases<Functions, std::variant<Cases...>&&> =
-    (VisitedCase<Cases, std::invocable<Functions&, Cases>>::ok && ...);
+    (visitsCase<Cases, std::invocable<Functions&, Cases>>() && ...);
 
 /// Calls the one of `functions` that takes the value's current case. A case that none of them takes is an error at
 /// compile time that names it; a function of a base class serves all cases derived from it.

@@ -1,6 +1,26 @@
 #include "OrmelSDK/Concurrency/ConcurrencyErrors.h"
 
+#include <cstdint>
+#include <string>
+
 namespace ormel {
+
+namespace {
+
+/// Seconds with as many decimal places as it takes, up to nanoseconds.
+std::string inSeconds(std::chrono::nanoseconds duration) {
+  const std::int64_t count = duration.count() < 0 ? 0 : duration.count();
+  std::string text = std::to_string(count / 1'000'000'000);
+  std::string fraction = std::to_string(1'000'000'000 + count % 1'000'000'000);
+  fraction.erase(fraction.find_last_not_of('0') + 1);
+  if (fraction.size() > 1) text += fraction.replace(0, 1, ".");
+  return text + (text == "1" ? " second" : " seconds");
+}
+
+}  // namespace
+
+TimeoutError::TimeoutError(std::chrono::nanoseconds duration)
+    : Error("Timed out after " + inSeconds(duration)), duration_(duration) {}
 
 std::string CancelledError::generalAdvice() const {
   return "The application stopped waiting; nothing is wrong. Start the operation again if it is still wanted.";
@@ -31,6 +51,10 @@ std::string ForkedProcessError::generalAdvice() const {
 std::string WouldDeadlockError::generalAdvice() const {
   return "In a handler or coroutine that runs on a thread of the library, await the task with co_await; call get, "
          "nextBlocking and the loop over a channel on threads of the application only.";
+}
+
+std::string TimeoutError::generalAdvice() const {
+  return "It was not done in the time that it was given. Try again, or give it more time.";
 }
 
 }  // namespace ormel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <exception>
 #include <string>
 #include <utility>
@@ -14,8 +15,27 @@ class ORMEL_EXPORT CancelledError : public Error {
  public:
   CancelledError() : Error("The task was cancelled") {}
 
+  bool isAborted() const noexcept override { return true; }
+
  protected:
   std::string generalAdvice() const override;
+};
+
+/// Something took longer than it was given. `what()` has the time in seconds: "Timed out after 2.5 seconds".
+class ORMEL_EXPORT TimeoutError : public Error {
+ public:
+  explicit TimeoutError(std::chrono::nanoseconds duration);
+
+  /// The time that was given.
+  std::chrono::nanoseconds duration() const noexcept { return duration_; }
+
+  bool isRetryable() const noexcept override { return true; }
+
+ protected:
+  std::string generalAdvice() const override;
+
+ private:
+  std::chrono::nanoseconds duration_;
 };
 
 /// A wait ended because the last object that could have completed it was destroyed.
@@ -35,6 +55,8 @@ class ORMEL_EXPORT ResourceExhaustedError : public Error {
       : Error("The system has no room for more " + resource + ": " + reason), resource_(std::move(resource)) {}
 
   const std::string& resource() const noexcept { return resource_; }
+
+  bool isRetryable() const noexcept override { return true; }
 
  protected:
   std::string generalAdvice() const override;

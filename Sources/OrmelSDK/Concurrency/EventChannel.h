@@ -476,10 +476,22 @@ class EventChannel {
   /// *Preconditions*: not moved from.
   detail::NextBatchAwaiter<T> nextBatch() noexcept { return detail::NextBatchAwaiter<T>(state_); }
 
-  /// Whether `next` would not have to wait.
+  /// Whether `next` would not have to wait: there is an event, or the channel has ended.
   ///
   /// *Preconditions*: not moved from.
   bool isReady() const { return state_->isReady(); }
+
+  /// The next event if there is one now, else nothing; never waits, so it may be called anywhere. Throws the error that
+  /// the channel failed with, once, after all earlier events. Nothing is also what it returns at the end, which is
+  /// known by `isReady`.
+  ///
+  ///     while (auto event = events.tryNext()) show(*event);      // all that has come since the last frame
+  ///
+  /// *Preconditions*: not moved from.
+  std::optional<T> tryNext() {
+    if (!state_->isReady()) return std::nullopt;
+    return state_->take();
+  }
 
   /// The next event, or nothing at the end; blocks the calling thread. Throws `WouldDeadlockError` on a thread of the
   /// library. Not cancelled by stop tokens.

@@ -10,6 +10,13 @@ namespace ormel {
 
 namespace detail {
 
+std::uint64_t deadlineAfter(std::uint64_t now, std::chrono::nanoseconds delay) noexcept {
+  if (delay.count() <= 0) return now;
+  const auto span = static_cast<std::uint64_t>(delay.count());
+  return span > std::numeric_limits<std::uint64_t>::max() - now ? std::numeric_limits<std::uint64_t>::max()
+                                                                : now + span;
+}
+
 /// The queue in which the node stands owns one reference to it, the `Timer` the other.
 class TimerNode final : public TimerItem, public RefCounted {
  public:
@@ -58,17 +65,6 @@ class TimerNode final : public TimerItem, public RefCounted {
 
 }  // namespace detail
 
-namespace {
-
-std::uint64_t deadlineAfter(std::uint64_t now, std::chrono::nanoseconds delay) noexcept {
-  if (delay.count() <= 0) return now;
-  const auto span = static_cast<std::uint64_t>(delay.count());
-  return span > std::numeric_limits<std::uint64_t>::max() - now ? std::numeric_limits<std::uint64_t>::max()
-                                                                : now + span;
-}
-
-}  // namespace
-
 Timer::Timer() noexcept = default;
 Timer::Timer(Timer&&) noexcept = default;
 Timer::Timer(detail::Ref<detail::TimerNode> node) noexcept : node_(std::move(node)) {}
@@ -92,7 +88,7 @@ Timer Timer::armed(Scheduler& scheduler, detail::Ref<detail::StrandCore> strand,
   scheduler.prepare();
   auto node =
       detail::Ref<detail::TimerNode>::adopt(new detail::TimerNode(scheduler, std::move(strand), std::move(work), name));
-  const auto deadline = deadlineAfter(scheduler.now(), delay);
+  const auto deadline = detail::deadlineAfter(scheduler.now(), delay);
   node->retain();
   try {
     scheduler.arm(*node, deadline);

@@ -17,6 +17,9 @@ namespace detail {
 class StrandCore;
 class TimerNode;
 
+/// The moment `delay` after `now`, at most the last one; `now` itself if the delay is zero or less.
+std::uint64_t deadlineAfter(std::uint64_t now, std::chrono::nanoseconds delay) noexcept;
+
 /// A work item that is queued at its deadline.
 class TimerItem : public WorkItem {
  public:

@@ -1,6 +1,9 @@
 #include "OrmelSDK/Concurrency/Sleep.h"
 
+#include <utility>
+
 #include "OrmelSDK/Concurrency/OneShot.h"
+#include "OrmelSDK/Concurrency/Place.h"
 
 namespace ormel {
 
@@ -9,6 +12,12 @@ Task<void> sleepFor(Scheduler& scheduler, std::chrono::nanoseconds duration) {
   const Timer timer =
       scheduler.postAfter(duration, [resolver = elapsed.resolver()] { resolver.resume(); }, "sleep timer");
   co_await elapsed.wait();
+}
+
+Task<void> sleepFor(std::chrono::nanoseconds duration) {
+  Scheduler* const here = detail::Place::current().scheduler();
+  auto sleep = sleepFor(here ? *here : productionScheduler(), duration);
+  co_await std::move(sleep);
 }
 
 }  // namespace ormel

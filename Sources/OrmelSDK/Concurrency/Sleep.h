@@ -14,4 +14,10 @@ namespace ormel {
 /// *Object lifetimes*: the scheduler must outlive the task.
 Task<void> sleepFor(Scheduler& scheduler, std::chrono::nanoseconds duration);
 
+/// The same on the scheduler on which the task begins; without one, on that of the library's threads. A duration of
+/// zero or less lets other work go first.
+///
+///     co_await sleepFor(std::chrono::milliseconds(200));
+Task<void> sleepFor(std::chrono::nanoseconds duration);
+
 }  // namespace ormel

@@ -120,6 +120,8 @@ class CallbackCompletion final : public Completion, private WorkItem {
 
 [[noreturn]] void failForSpentTask() noexcept;
 
+struct TaskParts;
+
 /// Ends the process unless a detached task that failed was cancelled: any other failure has no receiver.
 void requireCancelled(const std::exception_ptr& error) noexcept;
 
@@ -257,11 +259,21 @@ class [[nodiscard]] Task {
     return std::move(frame_);
   }
 
+  friend struct detail::TaskParts;
+
   detail::TaskFrame<T> frame_;
   bool mayLeave_ = false;
 };
 
 namespace detail {
+
+/// For what starts tasks in ways of its own.
+struct TaskParts {
+  template <typename T>
+  static TaskFrame<T> takeFrame(Task<T>&& task) noexcept {
+    return task.takeFrame();
+  }
+};
 
 template <typename T>
 Task<T> TaskPromiseOf<T>::get_return_object() noexcept {

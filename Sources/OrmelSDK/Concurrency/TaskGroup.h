@@ -20,11 +20,20 @@ std::stop_token stopTokenOfGroup(const TaskGroupState& state);
 
 /// A set of detached tasks that are cancelled and awaited as one.
 ///
+///     TaskGroup conversations;
+///     conversations.spawn(converse(paris));
+///     conversations.spawn(converse(rome));
+///     co_await conversations.join();
+///
+/// `whenAll` is for tasks whose values or failures are wanted.
+///
 /// *Thread safety*: all members may be called from any thread; one coroutine at a time awaits `join`.
 ///
 /// *Object lifetimes*: move-only. Destroying the group cancels its tasks and does not wait for them.
 ///
 /// *Cancellation*: `cancel` triggers the stop token that the tasks run with, those spawned later included.
+///
+/// *Preconditions*: a group that was moved from may only be destroyed or assigned to.
 ///
 /// *Errors*: a task must handle its own failures: a `CancelledError` that leaves it is ignored, any other exception
 /// ends the process, as with `Task::detach`.
@@ -35,7 +44,8 @@ class TaskGroup {
   TaskGroup& operator=(TaskGroup&&) noexcept;
   ~TaskGroup();
 
-  /// Starts the task, within this call if it has no place of its own.
+  /// Starts the task, within this call if it has no place of its own. Throws as `Task::start`; the task is then
+  /// dropped.
   void spawn(Task<void> task) {
     detail::taskOfGroupBegins(*state_);
     try {
@@ -51,6 +61,7 @@ class TaskGroup {
     }
   }
 
+  /// Has all tasks stop at their next wait. Does nothing the second time.
   void cancel() noexcept;
 
   /// Completes when no task of the group is running. Throws `CancelledError` if the caller's stop token is triggered

@@ -4,12 +4,14 @@
 #include <iosfwd>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
 
 #include "OrmelSDK/Base/Visit.h"
 #include "OrmelSDK/Coding/RecordCoding.h"
+#include "OrmelSDK/Text/SharedText.h"
 
 namespace ormel {
 
@@ -126,7 +128,11 @@ struct Input {
 
   Input(std::string text);
   Input(const char* text);
+  Input(std::string_view text);
+  Input(const SharedText& text);
   Input(std::vector<UserInput> userInputs);
+  /// A list of one part.
+  Input(UserInput userInput);
 
   static Input from(std::vector<UserInput> userInputs);
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <new>
 #include <stdexcept>
 
 #include "OrmelSDK/Base/FatalError.h"
@@ -148,6 +149,34 @@ std::optional<std::int64_t> JSONValue::intValue() const noexcept {
 
 const JSONValue* JSONValue::find(std::string_view key) const& noexcept {
   return kind() == Kind::object ? JSONAccess::object(*this).find(key) : nullptr;
+}
+
+std::optional<std::int64_t> JSONValue::integerValue() const noexcept {
+  if (kind() != Kind::number) return std::nullopt;
+  const double value = payload_.number;
+  if (!(value >= -0x1p63 && value < 0x1p63) || value != std::trunc(value)) return std::nullopt;
+  return static_cast<std::int64_t>(value);
+}
+
+namespace {
+
+/// Lives as long as the process: static objects of the application may still hold references to it at its end.
+const JSONValue& absentValue() noexcept {
+  alignas(JSONValue) static std::byte place[sizeof(JSONValue)];
+  static const JSONValue& value = *new (place) JSONValue();
+  return value;
+}
+
+}  // namespace
+
+const JSONValue& JSONValue::operator[](std::string_view key) const& noexcept {
+  const JSONValue* const value = find(key);
+  return value ? *value : absentValue();
+}
+
+const JSONValue& JSONValue::element(std::size_t index) const noexcept {
+  const JSONArray* const elements = arrayValue();
+  return elements && index < elements->size() ? (*elements)[index] : absentValue();
 }
 
 JSONObjectBuilder& JSONObjectBuilder::set(std::string_view key, JSONValue value) {

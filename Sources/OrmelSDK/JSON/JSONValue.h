@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "OrmelSDK/JSON/CodingErrors.h"
+#include "OrmelSDK/Text/SharedText.h"
 
 namespace ormel {
 
@@ -93,6 +94,7 @@ class JSONValue {
   JSONValue(std::string_view text);
   JSONValue(const std::string& text) : JSONValue(std::string_view(text)) {}
   JSONValue(const char* text) : JSONValue(std::string_view(text)) {}
+  JSONValue(const SharedText& text) : JSONValue(text.view()) {}
 
   /// Constructs an `object`. A key that occurs twice takes its last value. Fails with `EncodingError` if the
   /// result would be nested deeper than `maximumDepth`.
@@ -178,6 +180,33 @@ class JSONValue {
   const JSONValue* find(std::string_view key) const& noexcept;
   const JSONValue* find(std::string_view key) && = delete;
 
+  /// `value["a"]["b"]`, `value["list"][0]`: the part under a key of an `object`, or at an index of an `array`; JSON
+  /// null for a part that is not there, also because this is no object or array. `find` tells such a part from one that
+  /// is null. A temporary gives a value of its own.
+  const JSONValue& operator[](std::string_view key) const& noexcept;
+  JSONValue operator[](std::string_view key) && noexcept { return std::as_const(*this)[key]; }
+  template <std::integral Index>
+    requires(!std::same_as<Index, bool>)
+  const JSONValue& operator[](Index index) const& noexcept {
+    return element(static_cast<std::size_t>(index));
+  }
+  template <std::integral Index>
+    requires(!std::same_as<Index, bool>)
+  JSONValue operator[](Index index) && noexcept {
+    return element(static_cast<std::size_t>(index));
+  }
+
+  /// A `number` that is a whole one and fits, else empty: one with a fraction, or outside the signed 64-bit range, is
+  /// not there. It never ends the process, unlike `intValue`, and so is the one for values of unknown origin.
+  std::optional<std::int64_t> integerValue() const noexcept;
+
+  /// The payload if this is of the case asked for, else the fallback: `answer["city"].textOr("nowhere")`. No other case
+  /// is converted. `integerOr` is to `integerValue` as the others are to theirs.
+  std::string textOr(std::string_view fallback) const { return std::string(stringValue().value_or(fallback)); }
+  double numberOr(double fallback) const noexcept { return numberValue().value_or(fallback); }
+  std::int64_t integerOr(std::int64_t fallback) const noexcept { return integerValue().value_or(fallback); }
+  bool booleanOr(bool fallback) const noexcept { return boolValue().value_or(fallback); }
+
   /// An equal value that owns exactly the memory that it needs, and shares none with the message it came from. Takes
   /// time in proportion to the value's size.
   JSONValue detached() const;
@@ -214,6 +243,8 @@ class JSONValue {
     const auto* block = owner();
     if (block && block->losesLastReference()) detail::releaseJSONBlock(block);
   }
+
+  const JSONValue& element(std::size_t index) const noexcept;
 
   void becomeNull() noexcept {
     payload_.bits = 0;

@@ -18,7 +18,9 @@ namespace {
     throw ThreadRunError::streamError("App-server RPC " + method + " was cancelled");
   } catch (const ThreadRunError& error) {
     if (error.kind() != ThreadRunError::Kind::streamError) throw;
-    throw ThreadRunError::streamError("App-server RPC " + method + " failed: " + error.description(), error.cause());
+    const std::string message = "App-server RPC " + method + " failed: " + error.description();
+    throw error.isRetryable() ? ThreadRunError::passing(message, error.cause())
+                              : ThreadRunError::streamError(message, error.cause());
   }
 }
 

@@ -7,6 +7,8 @@
 
 namespace ormel {
 
+class AbortController;
+
 /// Tells operations that the application wants them to end: a latch that is set once and never reset, and observers
 /// that are told of it.
 ///
@@ -14,7 +16,7 @@ namespace ormel {
 ///
 ///     AbortController controller;
 ///     TurnOptions options;
-///     options.signal = controller.signal;
+///     options.signal = controller;
 ///     // ... from any thread, at any time:
 ///     controller.abort();
 ///
@@ -33,6 +35,8 @@ class AbortSignal {
 
   /// Constructs a signal of its own, which is not aborted.
   AbortSignal();
+  /// The controller's signal.
+  AbortSignal(const AbortController& controller);
   AbortSignal(const AbortSignal&) = default;
   AbortSignal& operator=(const AbortSignal&) = default;
 
@@ -69,5 +73,7 @@ class AbortController {
 
   void abort() const { signal.abort(); }
 };
+
+inline AbortSignal::AbortSignal(const AbortController& controller) : AbortSignal(controller.signal) {}
 
 }  // namespace ormel

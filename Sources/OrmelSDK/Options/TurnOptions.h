@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <optional>
 #include <string>
@@ -58,8 +59,14 @@ class TurnOptions {
   /// The JSON schema of the agent's final answer.
   std::optional<std::map<std::string, JSONValue>> outputSchema;
 
-  /// Ends the turn when it is aborted.
+  /// Ends the turn when it is aborted. Takes an `AbortController` too.
   std::optional<AbortSignal> signal;
+
+  /// Ends the turn when it has lasted so long, counted from the start of the call: it is interrupted, and fails with
+  /// `TimeoutError`. The server has a few seconds for its end, as with `Thread::interrupt`; a turn that it still
+  /// completes in these succeeds. The thread then takes the next operation, see `Thread::idle`. For `steer` it means
+  /// nothing.
+  std::optional<std::chrono::nanoseconds> timeout;
 
   std::optional<ServiceTier> serviceTier;
 

@@ -90,6 +90,12 @@ void SharedText::append(std::string_view text) {
   size_ = end;
 }
 
+std::string SharedText::joined(std::string_view left, std::string_view right) {
+  std::string whole;
+  whole.reserve(left.size() + right.size());
+  return whole.append(left).append(right);
+}
+
 namespace detail {
 
 SharedText SharedTextSnapshots::of(const SharedText& text) noexcept {

@@ -56,6 +56,12 @@ class SharedText {
   operator std::string_view() const noexcept { return view(); }
   /// A copy that shares nothing.
   std::string string() const { return std::string(view()); }
+  operator std::string() const { return string(); }
+
+  /// Whether this text begins with all of `earlier`. Takes constant time if it has grown from it, else compares.
+  bool isContinuationOf(const SharedText& earlier) const noexcept {
+    return earlier.size_ <= size_ && (earlier.buffer_ == buffer_ || view().substr(0, earlier.size_) == earlier.view());
+  }
 
   std::size_t size() const noexcept { return size_; }
   bool empty() const noexcept { return size_ == 0; }
@@ -70,6 +76,23 @@ class SharedText {
     return left.view() == std::string_view(right);
   }
 
+  /// Concatenation gives a text of its own, which shares nothing.
+  friend std::string operator+(const SharedText& left, const SharedText& right) {
+    return joined(left.view(), right.view());
+  }
+  template <std::convertible_to<std::string_view> Text>
+    requires(!std::same_as<Text, SharedText>)
+  friend std::string operator+(const SharedText& left, const Text& right) {
+    return joined(left.view(), right);
+  }
+  template <std::convertible_to<std::string_view> Text>
+    requires(!std::same_as<Text, SharedText>)
+  friend std::string operator+(const Text& left, const SharedText& right) {
+    return joined(left, right.view());
+  }
+  friend std::string operator+(const SharedText& left, char right) { return joined(left.view(), {&right, 1}); }
+  friend std::string operator+(char left, const SharedText& right) { return joined({&left, 1}, right.view()); }
+
   friend std::ostream& operator<<(std::ostream& stream, const SharedText& value);
 
  private:
@@ -77,6 +100,7 @@ class SharedText {
 
   SharedText(detail::SharedTextBuffer* buffer, std::size_t size) noexcept : buffer_(buffer), size_(size) {}
 
+  static std::string joined(std::string_view left, std::string_view right);
   bool extendInPlace(std::string_view text) noexcept;
 
   detail::SharedTextBuffer* buffer_ = nullptr;

@@ -515,5 +515,30 @@ TEST(EventChannel, SurvivesRacesOfStopRequestsEventsAndLossOnRealThreads) {
   }
 }
 
+TEST(EventChannelTryNext, GivesWhatIsThereAndNeverWaits) {
+  auto [producer, events] = EventChannel<int>::make();
+  EXPECT_EQ(events.tryNext(), std::nullopt);
+  EXPECT_FALSE(events.isReady());
+  producer.yield(1);
+  producer.yield(2);
+  EXPECT_EQ(events.tryNext(), 1);
+  EXPECT_EQ(events.tryNext(), 2);
+  EXPECT_EQ(events.tryNext(), std::nullopt);
+  producer.yield(3);
+  producer.fail(std::runtime_error("broken"));
+  EXPECT_EQ(events.tryNext(), 3);
+  EXPECT_THROW(events.tryNext(), std::runtime_error);
+  EXPECT_EQ(events.tryNext(), std::nullopt);
+  EXPECT_TRUE(events.isReady());
+}
+
+TEST(EventChannelTryNext, GivesTheNewestOfABoundedChannel) {
+  auto [producer, events] = EventChannel<int>::make(ChannelLimit::newest(1));
+  producer.yield(1);
+  producer.yield(2);
+  EXPECT_EQ(events.tryNext(), 2);
+  EXPECT_EQ(events.tryNext(), std::nullopt);
+}
+
 }  // namespace
 }  // namespace ormel

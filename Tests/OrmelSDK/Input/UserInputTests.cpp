@@ -78,4 +78,17 @@ TEST(Input, StreamsInOneReadableLine) {
             R"(Input "x" Input [{"type":"mention","name":"n","path":"p"}] UserInputSkill {"name":"n","path":"p"})");
 }
 
+TEST(Input, IsMadeOfWhatAnApplicationHas) {
+  const std::string string("text");
+  const Input expected(string);
+  EXPECT_EQ(Input("text"), expected);
+  EXPECT_EQ(Input(std::string_view("text")), expected);
+  EXPECT_EQ(Input(SharedText("text")), expected);
+  const auto taken = [](Input input) { return input; };
+  EXPECT_EQ(taken(std::string_view("text")), expected);
+  EXPECT_EQ(taken(SharedText("text")), expected);
+  const UserInput part = UserInput::localImage("/a.png");
+  EXPECT_EQ(taken(part), Input::from({part}));
+}
+
 }  // namespace

@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "OrmelSDK/Options/TurnOptions.h"
 #include "Support/Deadline.h"
 
 namespace {
@@ -211,6 +212,15 @@ TEST(AbortSignal, CallsEveryObserverExactlyOnceInARaceOfThreads) {
       for (const auto& count : counts) EXPECT_LE(count, 1);
     }
   }
+}
+
+TEST(AbortController, StandsForItsSignalInOptions) {
+  const AbortController controller;
+  ormel::TurnOptions options;
+  options.signal = controller;
+  EXPECT_EQ(options.signal, controller.signal);
+  controller.abort();
+  EXPECT_TRUE(options.signal->isAborted());
 }
 
 }  // namespace

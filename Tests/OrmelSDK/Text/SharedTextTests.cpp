@@ -304,4 +304,40 @@ TEST(SharedText, IsAStringInJSON) {
   EXPECT_THROW(ormel::coding::decodeAs<SharedText>(ormel::JSONValue(), {}), ormel::DecodingError);
 }
 
+TEST(SharedText, ConvertsAndConcatenatesLikeAString) {
+  const SharedText text("ab");
+  const std::string copy = text;
+  EXPECT_EQ(copy, "ab");
+  std::string assigned;
+  assigned = text;
+  assigned += text;
+  EXPECT_EQ(assigned, "abab");
+  const std::string string("s");
+  const std::string_view view("v");
+  static_assert(std::is_same_v<decltype(text + "c"), std::string>);
+  EXPECT_EQ(text + "c", "abc");
+  EXPECT_EQ("c" + text, "cab");
+  EXPECT_EQ(text + string, "abs");
+  EXPECT_EQ(string + text, "sab");
+  EXPECT_EQ(text + view, "abv");
+  EXPECT_EQ(view + text, "vab");
+  EXPECT_EQ(text + text, "abab");
+  EXPECT_EQ(text + '\n', "ab\n");
+  EXPECT_EQ('-' + text + "-" + text, "-ab-ab");
+  EXPECT_EQ(SharedText() + SharedText(), "");
+}
+
+TEST(SharedText, KnowsItsContinuations) {
+  SharedText text("ab");
+  const SharedText earlier = text;
+  text.append("c");
+  EXPECT_TRUE(text.isContinuationOf(earlier));
+  EXPECT_TRUE(text.isContinuationOf(text));
+  EXPECT_TRUE(text.isContinuationOf(SharedText()));
+  EXPECT_TRUE(SharedText("abc").isContinuationOf(earlier));
+  EXPECT_FALSE(earlier.isContinuationOf(text));
+  EXPECT_FALSE(text.isContinuationOf("b"));
+  EXPECT_FALSE(SharedText().isContinuationOf("a"));
+}
+
 }  // namespace

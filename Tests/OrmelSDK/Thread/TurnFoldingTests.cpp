@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -215,6 +216,25 @@ TEST(ThreadRun, LeavesTheTurnToItselfWhenItsCallerIsCancelled) {
     EXPECT_FALSE(server.isBusy());
     EXPECT_EQ(server.server.running(), 1U);
   });
+}
+
+TEST(Turn, IsWrittenAsJSON) {
+  Turn turn;
+  AgentMessageItem message;
+  message.id = "m";
+  message.text = "hello";
+  turn.items.emplace_back(message);
+  turn.finalResponse = "hello";
+  std::ostringstream text;
+  text << turn;
+  const JSONValue shown = JSONValue::decode(text.str());
+  EXPECT_EQ(shown["finalResponse"].textOr(""), "hello");
+  EXPECT_EQ(shown["items"][0]["text"].textOr(""), "hello");
+  EXPECT_EQ(shown.find("usage"), nullptr);
+  turn.usage = Usage();
+  std::ostringstream withUsage;
+  withUsage << turn;
+  EXPECT_FALSE(JSONValue::decode(withUsage.str())["usage"].isNull());
 }
 
 }  // namespace

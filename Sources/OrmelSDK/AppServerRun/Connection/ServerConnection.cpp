@@ -37,7 +37,7 @@ TerminationHandler handlerTelling(std::shared_ptr<TerminationNotice> notice, Ter
   };
 }
 
-[[noreturn]] void refuseWrite() { throw ThreadRunError::streamError("Ormel app-server stdin is unavailable"); }
+[[noreturn]] void refuseWrite() { throw ThreadRunError::passing("Ormel app-server stdin is unavailable"); }
 
 }  // namespace
 
@@ -82,6 +82,12 @@ ServerConnection::ServerConnection(std::unique_ptr<ChildProcess> process,
 
 ServerConnection::~ServerConnection() {
   readerTask_.request_stop();
+  process_->terminate();
+}
+
+void ServerConnection::end() {
+  readerTask_.request_stop();
+  closeInput();
   process_->terminate();
 }
 

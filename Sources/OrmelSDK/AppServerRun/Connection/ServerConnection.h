@@ -70,6 +70,13 @@ class ServerConnection {
 
   bool isRunning() const { return process_->isRunning(); }
 
+  /// Ends the reader, closes the input and asks the process to end, as the destructor does, but leaves the termination
+  /// handler in place.
+  void end();
+
+  /// Ends a process that does not do what it is asked for.
+  void kill() { process_->kill(); }
+
  private:
   ServerConnection(std::unique_ptr<ChildProcess> process, std::shared_ptr<TerminationNotice> termination,
                    std::shared_ptr<AppServerLockedData> stderrAccumulator);

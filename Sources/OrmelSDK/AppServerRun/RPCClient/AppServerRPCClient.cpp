@@ -193,8 +193,8 @@ std::optional<OneShotResolver<JSONValue>> AppServerRPCClient::takePendingRespons
   return std::move(node.mapped());
 }
 
-void AppServerRPCClient::completePendingResponses(const std::string& message, FailureCauses::Cause cause) {
-  completePendingResponses(std::make_exception_ptr(ThreadRunError::streamError(message, std::move(cause))));
+void AppServerRPCClient::completePendingResponses(const ThreadRunError& failure) {
+  completePendingResponses(std::make_exception_ptr(failure));
 }
 
 void AppServerRPCClient::completePendingResponses(const std::exception_ptr& error) noexcept {
@@ -221,7 +221,7 @@ Task<void> AppServerRPCClient::finishNotifications() {
 Task<void> AppServerRPCClient::terminate() {
   co_await strand_.enter();
   incrementCounter(terminations_);
-  completePendingResponses(terminated);
+  completePendingResponses(ThreadRunError::streamError(terminated));
   notificationContinuation_.finish();
   shutdownProcess();
 }
@@ -232,7 +232,8 @@ Task<void> AppServerRPCClient::readStdout(std::weak_ptr<AppServerRPCClient> owne
   const std::stop_token closed = output.stopToken();
   std::exception_ptr failure;
   try {
-    auto loop = readStdoutLoop(owner, strand, std::move(output), std::move(errorOutput), std::move(termination), scheduler);
+    auto loop =
+        readStdoutLoop(owner, strand, std::move(output), std::move(errorOutput), std::move(termination), scheduler);
     co_await std::move(loop);
   } catch (const CancelledError&) {
     co_return;
@@ -275,7 +276,7 @@ FailureCauses::Cause AppServerRPCClient::causeOfEnd() const {
 }
 
 void AppServerRPCClient::failPendingResponses(const std::string& message, FailureCauses::Cause cause) {
-  completePendingResponses(message, std::move(cause));
+  completePendingResponses(ThreadRunError::passing(message, std::move(cause)));
   shutdownProcess();
 }
 

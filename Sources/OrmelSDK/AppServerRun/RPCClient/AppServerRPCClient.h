@@ -17,6 +17,7 @@
 #include "OrmelSDK/AppServerRun/Launch/FailureCauses.h"
 #include "OrmelSDK/AppServerRun/Payloads/AppServerInitializeCapabilities.h"
 #include "OrmelSDK/AppServerRun/RPCClient/AppServerRPCNotification.h"
+#include "OrmelSDK/Base/ThreadRunError.h"
 #include "OrmelSDK/Concurrency/EventChannel.h"
 #include "OrmelSDK/Concurrency/OneShot.h"
 #include "OrmelSDK/Concurrency/Strand.h"
@@ -126,7 +127,7 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
                                   const std::optional<JSONValue>& params);
   void cancelPendingRequest(const AppServerRequestID& id);
   std::optional<OneShotResolver<JSONValue>> takePendingResponse(const AppServerRequestID& id);
-  void completePendingResponses(const std::string& message, FailureCauses::Cause cause = nullptr);
+  void completePendingResponses(const ThreadRunError& failure);
   void completePendingResponses(const std::exception_ptr& error) noexcept;
   void writePayload(const JSONValue& payload);
 

@@ -89,7 +89,8 @@ TerminationHandler AppServerTurnRun::terminationHandler(std::uint64_t transportG
     }
   };
   const PreparedWork tell(strand(), std::move(coordinate), "process termination");
-  return [tell, known](const Termination& termination) {
+  return [tell, known, ended = closing_.expectProcess()](const Termination& termination) {
+    ended.resume();
     *known = termination;
     tell.post();
   };
@@ -202,7 +203,7 @@ void AppServerTurnRun::handleEOF(std::uint64_t transportGeneration) {
     std::string message = transport_.errorText();
     if (message.empty()) message = "Ormel app-server terminated unexpectedly";
     auto cause = causeOfEnd(transport_.termination()->termination());
-    lifecycle_.finishCurrent(StreamCompletion::failed({std::move(message), false, std::move(cause)}));
+    lifecycle_.finishCurrent(StreamCompletion::failed({std::move(message), false, true, std::move(cause)}));
   }
 }
 
@@ -225,7 +226,7 @@ void AppServerTurnRun::handleProcessExit(std::uint64_t transportGeneration, cons
     lifecycle_.finishCurrent(StreamCompletion::aborted());
   } else {
     const auto error = OrmelProcessError::exited(exitDetail(termination), transport_.errorText());
-    lifecycle_.finishCurrent(StreamCompletion::failed({error.description(), false, causeOfEnd(termination)}));
+    lifecycle_.finishCurrent(StreamCompletion::failed({error.description(), false, true, causeOfEnd(termination)}));
   }
 }
 

@@ -33,6 +33,7 @@ Task<std::uint64_t> AppServerTurnRun::reserveOperation() { return reserveOn(shar
 
 Task<std::uint64_t> AppServerTurnRun::reserveOn(Self self) {
   co_await self->strand().enter();
+  self->closing_.requireOpen();
   co_return self->lifecycle_.reserve();
 }
 
@@ -42,6 +43,51 @@ Task<void> AppServerTurnRun::releaseOn(Self self) {
   co_await self->strand().enter();
   self->lifecycle_.finishCurrent(StreamCompletion::finished());
   self->lifecycle_.shutdownProcess();
+}
+
+Task<void> AppServerTurnRun::close() { return closeOn(shared_from_this()); }
+
+Task<void> AppServerTurnRun::closeOn(Self self) {
+  co_await self->strand().enter();
+  RunClosing& closing = self->closing_;
+  if (closing.stage() == RunClosing::Stage::closed) co_return;
+  const OneShot<void> closed("close");
+  closing.tell(closed.resolver());
+  if (closing.stage() == RunClosing::Stage::open) {
+    closing.begin();
+    // A caller that is cancelled gives up its own wait only.
+    endProcess(self).withStopToken({}).detach();
+  }
+  co_await closed.wait();
+}
+
+Task<void> AppServerTurnRun::endProcess(Self self) {
+  const std::shared_ptr<ServerConnection> connection = self->transport_.takeConnection();
+  const bool isBusy = self->stream_.currentOperationGeneration() && self->stream_.isPending();
+  self->lifecycle_.finishCurrent(isBusy ? StreamCompletion::aborted() : StreamCompletion::finished());
+  self->lifecycle_.shutdownProcess();
+  if (connection) {
+    const auto processEnd = self->closing_.processEnd();
+    connection->end();
+    auto kill = [connection] { connection->kill(); };
+    const Timer grace = self->strand().postAfter(self->configuration_.durations.processEndGraceNanoseconds,
+                                                 std::move(kill), "process end grace");
+    co_await processEnd->wait();
+  }
+  self->closing_.complete();
+}
+
+Task<void> AppServerTurnRun::interruptWhenDue(std::uint64_t operationGeneration,
+                                              std::shared_ptr<std::atomic<bool>> isDue) {
+  return interruptWhenDueOn(shared_from_this(), operationGeneration, std::move(isDue));
+}
+
+Task<void> AppServerTurnRun::interruptWhenDueOn(Self self, std::uint64_t operationGeneration,
+                                                std::shared_ptr<std::atomic<bool>> isDue) {
+  co_await self->strand().enter();
+  if (!self->stream_.isCurrent(operationGeneration)) co_return;
+  isDue->store(true);
+  co_await self->interruptFromSignal(operationGeneration);
 }
 
 Task<void> AppServerTurnRun::submitUserInput(std::string itemID,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -18,6 +19,7 @@
 #include "OrmelSDK/AppServerRun/TurnRun/NotificationContext.h"
 #include "OrmelSDK/AppServerRun/TurnRun/OperationRequest.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RequestSender.h"
+#include "OrmelSDK/AppServerRun/TurnRun/RunClosing.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunConfiguration.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunItems.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunLife.h"
@@ -94,6 +96,13 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   /// Ends whatever is under way, normally, and then the process: for an owner that goes away.
   Task<void> release();
 
+  /// Ends whatever is under way as aborted, and the process, and admits no operation from then on. Completes when the
+  /// process is gone; one that has not ended by itself after three seconds is killed.
+  Task<void> close();
+
+  /// Interrupts the operation as `interruptFromSignal` if it is still under way, after setting `isDue`.
+  Task<void> interruptWhenDue(std::uint64_t operationGeneration, std::shared_ptr<std::atomic<bool>> isDue);
+
   /// Awaited for each piece of output before it is split into lines. A seam for tests; set before the first operation.
   std::function<Task<void>(std::string)> stdoutChunkProcessingHook;
 
@@ -117,6 +126,10 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
 
   static Task<std::uint64_t> reserveOn(Self self);
   static Task<void> releaseOn(Self self);
+  static Task<void> closeOn(Self self);
+  static Task<void> endProcess(Self self);
+  static Task<void> interruptWhenDueOn(Self self, std::uint64_t operationGeneration,
+                                       std::shared_ptr<std::atomic<bool>> isDue);
 
   // Process and output.
   Task<void> startProcess(std::uint64_t operationGeneration);
@@ -168,6 +181,7 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   const AppServerTurnRunConfiguration configuration_;
   const ServerServices services_;
   RunLife life_;
+  RunClosing closing_;
 
   // The state of the run.
   RunTransport transport_;

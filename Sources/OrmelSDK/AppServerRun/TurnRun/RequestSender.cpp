@@ -69,10 +69,10 @@ void RequestSender::timeoutPendingRequest(const AppServerRequestID& id, std::str
   const std::string message = timeoutMessage(method, run_.requestTimeout);
   // Each process is asked this once, and nothing before it has been answered.
   const auto cause = method == "initialize" ? run_.causes.ofUnansweredHandshake(run_.requestTimeout) : nullptr;
-  request->fail(std::make_exception_ptr(ThreadRunError::streamError(message, cause)));
+  request->fail(std::make_exception_ptr(ThreadRunError::passing(message, cause)));
   // A request that outlived its operation must not fail the current one.
   if (operationGeneration && operationGeneration != run_.stream.currentOperationGeneration()) return;
-  run_.lifecycle.finishCurrent(StreamCompletion::failed({message, false, cause}));
+  run_.lifecycle.finishCurrent(StreamCompletion::failed({message, false, true, cause}));
 }
 
 void RequestSender::cancelPendingRequest(const AppServerRequestID& id) {

@@ -17,6 +17,8 @@ struct RunDurations {
   std::chrono::nanoseconds interruptCompletionGraceNanoseconds = std::chrono::seconds(3);
   std::chrono::nanoseconds livenessProbeIntervalNanoseconds = std::chrono::seconds(120);
   std::chrono::nanoseconds processExitCoordinationGraceNanoseconds = std::chrono::milliseconds(100);
+  /// The time that a process has to end by itself when its run is closed.
+  std::chrono::nanoseconds processEndGraceNanoseconds = std::chrono::seconds(3);
 };
 
 /// The settings of a run, which hold for its life.

@@ -15,6 +15,8 @@ bool isAbortError(const std::exception& error) noexcept {
 RunFailure describedFailure(const std::exception_ptr& error) {
   try {
     std::rethrow_exception(error);
+  } catch (const Error& known) {
+    return {appServerProtocolErrorDescription(known), isAbortError(known), known.isRetryable()};
   } catch (const std::exception& known) {
     const auto* const ours = dynamic_cast<const Error*>(&known);
     return {appServerProtocolErrorDescription(known), isAbortError(known), ours ? ours->cause() : nullptr};

@@ -14,6 +14,8 @@ struct RunFailure {
   std::string message;
   /// The application asked for it.
   bool aborted = false;
+  /// The same call may succeed when it is made again.
+  bool retryable = false;
   /// The facts behind it, if they are known.
   std::shared_ptr<const FailureCause> cause = nullptr;
 };

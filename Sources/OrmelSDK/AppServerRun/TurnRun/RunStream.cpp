@@ -31,7 +31,7 @@ std::uint64_t RunStream::begin() {
 }
 
 void RunStream::requireNoOperation() const {
-  if (currentOperationGeneration_) throw ThreadRunError::streamError("An app-server operation is already active");
+  if (currentOperationGeneration_) throw ThreadRunError::passing("An app-server operation is already active");
 }
 
 void RunStream::prepareForNextTurn() {

@@ -31,12 +31,12 @@ bool RunTransport::outputHasEnded() const {
   return processExitCoordinator_ && processExitCoordinator_->readerReachedEOF();
 }
 
-void RunTransport::shutdown() {
-  if (!hasProcess()) return;
+std::unique_ptr<ServerConnection> RunTransport::takeConnection() {
+  if (!hasProcess()) return nullptr;
   incrementCounter(transportGeneration_);
   std::exchange(processExitCoordinator_, nullptr)->cancel();
-  const auto ended = std::exchange(connection_, nullptr);
   didInitializeProcess_ = false;
+  return std::exchange(connection_, nullptr);
 }
 
 }  // namespace ormel::detail

@@ -56,7 +56,10 @@ class RunTransport {
 
   /// Ends the incarnation: its reader, its pipes, and, if it runs, the process by a termination signal that is not
   /// waited for. Does nothing without a process.
-  void shutdown();
+  void shutdown() { takeConnection(); }
+
+  /// The same, but leaves the connection to the caller; null without a process.
+  std::unique_ptr<ServerConnection> takeConnection();
 
  private:
   std::unique_ptr<ServerConnection> connection_;

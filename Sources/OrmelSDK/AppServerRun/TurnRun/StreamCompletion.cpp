@@ -20,9 +20,12 @@ std::exception_ptr errorOf(Make make) noexcept {
   }
 }
 
-std::exception_ptr streamErrorOf(std::string_view message,
+std::exception_ptr streamErrorOf(std::string_view message, bool isRetryable = false,
                                  std::shared_ptr<const FailureCause> cause = nullptr) noexcept {
-  return errorOf([&] { return ThreadRunError::streamError(std::string(message), std::move(cause)); });
+  return errorOf([&] {
+    return isRetryable ? ThreadRunError::passing(std::string(message), std::move(cause))
+                       : ThreadRunError::streamError(std::string(message), std::move(cause));
+  });
 }
 
 }  // namespace
@@ -32,7 +35,7 @@ StreamCompletion StreamCompletion::aborted() { return failed({OrmelProcessError:
 std::exception_ptr StreamCompletion::streamError() const noexcept {
   if (kind_ != Kind::failed) return nullptr;
   return failure_.aborted ? errorOf([] { return OrmelProcessError::aborted(); })
-                          : streamErrorOf(failure_.message, failure_.cause);
+                          : streamErrorOf(failure_.message, failure_.retryable, failure_.cause);
 }
 
 std::exception_ptr StreamCompletion::waiterError() const noexcept {
