@@ -16,10 +16,9 @@ RunFailure describedFailure(const std::exception_ptr& error) {
   try {
     std::rethrow_exception(error);
   } catch (const Error& known) {
-    return {appServerProtocolErrorDescription(known), isAbortError(known), known.isRetryable()};
+    return {appServerProtocolErrorDescription(known), isAbortError(known), known.isRetryable(), known.cause()};
   } catch (const std::exception& known) {
-    const auto* const ours = dynamic_cast<const Error*>(&known);
-    return {appServerProtocolErrorDescription(known), isAbortError(known), ours ? ours->cause() : nullptr};
+    return {appServerProtocolErrorDescription(known), isAbortError(known)};
   } catch (...) {
     return {"Unknown failure", false};
   }

@@ -30,7 +30,8 @@ StreamCompletion failedWith(std::string_view prefix, const std::exception_ptr& e
 
 StreamCompletion failedUnabortedWith(std::string_view prefix, const std::exception_ptr& error) {
   RunFailure failure = describedFailure(error);
-  return StreamCompletion::failed({std::string(prefix) + failure.message, false, std::move(failure.cause)});
+  return StreamCompletion::failed(
+      {std::string(prefix) + failure.message, false, failure.retryable, std::move(failure.cause)});
 }
 
 const ThreadTurn* turnWithID(const std::vector<ThreadTurn>& turns, std::string_view turnID) {
