@@ -423,10 +423,10 @@ int Session::statusOf(const std::exception_ptr& failure) {
       return interruptedStatus;
     }
     tell(error.what(), Style::red);
-    tell(error.advice());
+    if (error.cause()) tell(error.advice());
   } catch (const Error& error) {
     tell(error.what(), Style::red);
-    tell(error.advice());
+    if (error.cause()) tell(error.advice());
   } catch (const std::exception& error) {
     tell(error.what(), Style::red);
   }

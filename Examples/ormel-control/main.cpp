@@ -62,7 +62,8 @@ int main(int argumentCount, char** arguments) {
     return 0;
   } catch (const ormel::Error& error) {
     const int status = failed(error.what());
-    std::cerr << onManyLines(error.advice()) << '\n';
+    // The program's own refusals say what to do themselves.
+    if (error.cause()) std::cerr << onManyLines(error.advice()) << '\n';
     return status;
   } catch (const std::exception& error) {
     return failed(error.what());

@@ -139,8 +139,8 @@ Task<void> AppServerTurnRun::readStdoutLoop(std::weak_ptr<AppServerTurnRun> owne
   if (!run || output.isClosed()) co_return;
   if (run->isErrorTextAwaited()) {
     auto lastWords =
-        lastWordsAndEnd(run->transport_.errorOutput(), run->transport_.termination(), *run->services_.scheduler,
-                        run->configuration_.durations.processExitCoordinationGraceNanoseconds);
+        StandardErrorCollector::settled(run->transport_.errorOutput(), *run->services_.scheduler,
+                                        run->configuration_.durations.processExitCoordinationGraceNanoseconds);
     run.reset();
     co_await std::move(lastWords);
     run = owner.lock();
