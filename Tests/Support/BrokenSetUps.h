@@ -124,7 +124,7 @@ inline std::vector<BrokenSetUp> brokenSetUps() {
       {"garbage",
        script("printf 'Welcome\\033[31m \"friend\"\\200\\n'; read line"),
        Kind::garbageOutput,
-       {"begins \"Welcome\\x1b[31m \\\"friend\\\"\\x80\"", "standard output is for messages alone"}},
+       {"begins \"Welcome\\x1b[31m \\\"friend\\\"�\"", "standard output is for messages alone"}},
       {"garbage that is JSON", script("echo '[1]'; read line"), Kind::garbageOutput, {"begins \"[1]\""}},
       {"garbage with a secret in it",
        script("echo \"key $ORMEL_API_KEY\"; read line"),

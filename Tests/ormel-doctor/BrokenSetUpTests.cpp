@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -63,6 +64,7 @@ bool hasEnded(const std::string& pid) {
 
 /// Has each server write down its process id, as far as it is a script that can.
 void noteProcesses(const std::string& server, const TemporaryDirectory& home) {
+  if (!std::filesystem::is_regular_file(server)) return;
   std::ifstream file(server);
   std::string first;
   if (!std::getline(file, first) || first != "#!/bin/sh") return;

@@ -45,8 +45,8 @@ class ORMEL_EXPORT Error : public std::exception {
   virtual bool isRetryable() const noexcept { return false; }
 
   /// A few sentences for people, to be shown behind `what()`: what was looked for, what was found, and what to do next.
-  /// Never empty, without a line end behind it, and free of control characters. Not for programs: it may change with
-  /// every release.
+  /// Never empty, without a line end behind it, and free of control characters but the line feeds between its lines.
+  /// Not for programs: it may change with every release.
   std::string advice() const;
 
   /// The facts behind a failure of the server or of its start; null for other failures. Not part of the equality of

@@ -106,7 +106,7 @@ struct FailureCause {
   bool hadErrorOutput = false;
   /// Whether the handshake was over.
   bool wasInitialized = false;
-  /// At most the first 256 bytes of the line that is no message, as they came.
+  /// At most the first 256 bytes of the line that is no message; invalid UTF-8 in it has been repaired.
   std::string firstBytes;
   /// How long the handshake was waited for.
   std::chrono::nanoseconds waited{0};
