@@ -8,8 +8,8 @@
 namespace ormel::detail {
 
 /// Callbacks of a pipe reader, called one at a time and in this order: for each chunk `onReadStart` and then `onChunk`;
-/// at the end of file `onReadStart` and then `onEnd`, which is the last call; `onReadStart` and then `onNothing` where a
-/// read has found neither. Where there is no memory for a chunk, or `onChunk` throws, reading ends with `onFailure`
+/// at the end of file `onReadStart` and then `onEnd`, which is the last call; `onReadStart` and then `onNothing` where
+/// a read has found neither. Where there is no memory for a chunk, or `onChunk` throws, reading ends with `onFailure`
 /// instead, or with `onEnd` if that is unset.
 ///
 /// `onReadStart` comes before any byte is taken out of the pipe, so at each moment the bytes in transit are in the

@@ -49,9 +49,9 @@ class AppServerProcessExitCoordinator : public std::enable_shared_from_this<AppS
   /// A read met end of file: the process's end needs no report any more.
   void readerDidReachEOF();
 
-  /// The process has ended. `fallback` is called at most once, on the thread of the timer, of a `chunkProcessed` or a `readFoundNothing`,
-  /// as soon as `graceNanoseconds` have passed and the reader is idle; never after end of file or `cancel`. It replaces
-  /// one that is still held back.
+  /// The process has ended. `fallback` is called at most once, on the thread of the timer, of a `chunkProcessed` or a
+  /// `readFoundNothing`, as soon as `graceNanoseconds` have passed and the reader is idle; never after end of file or
+  /// `cancel`. It replaces one that is still held back.
   void processDidExit(std::chrono::nanoseconds graceNanoseconds, std::function<void()> fallback);
 
   /// Puts the coordinator out of use.
