@@ -21,7 +21,7 @@ const families = {
 };
 
 // Members of the classes that are tasks, and no calls of the table.
-const facade = { className: 'Ormel', others: ['performRPC', 'performNotification'] };
+const facade = { className: 'Ormel', others: ['performRPC', 'performNotification', 'diagnose'] };
 const session = { className: 'OrmelControlSession', others: ['notifications', 'close'] };
 
 const mostLinesOfDifference = 20;
