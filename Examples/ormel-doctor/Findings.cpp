@@ -49,7 +49,9 @@ void addCandidates(std::string& text, const std::vector<Diagnosis::Candidate>& c
 void addEnvironment(std::string& text, const std::map<std::string, std::string>& environment) {
   text += "Environment of the server:\n";
   for (const auto& [name, value] : environment) {
-    text += "    " + control::cutTo(valueColumns, control::onOneLine(name + "=" + value)) + '\n';
+    text += "    ";
+    text += control::cutTo(valueColumns, control::onOneLine(name + "=" + value));
+    text += '\n';
   }
 }
 
@@ -82,6 +84,7 @@ JSONValue document(const Diagnosis::Candidate& candidate) {
 
 JSONValue document(const Diagnosis& diagnosis) {
   std::vector<JSONValue> candidates;
+  candidates.reserve(diagnosis.candidates.size());
   for (const Diagnosis::Candidate& candidate : diagnosis.candidates) candidates.push_back(document(candidate));
   JSONObjectBuilder environment;
   for (const auto& [name, value] : diagnosis.environment) environment.set(repairedUTF8(name), textValue(value));
