@@ -1,4 +1,4 @@
-# What is installed, in three parts: the library with its headers and what `find_package(Ormel)` and pkg-config read, the
+# The installed files, in three parts: the library with its headers and what `find_package(Ormel)` and pkg-config read, the
 # bridge, and the tools. A part that is not built is not installed, and its targets file with it: the package finds the
 # components whose files are there.
 

@@ -1,4 +1,4 @@
-# The libraries that the static library is linked with; also read by the installed package. What is not there is listed
+# The libraries that the static library is linked with; also read by the installed package. Missing ones are listed
 # in Ormel_MISSING_DEPENDENCIES. The targets have names of their own: other packages have a `uuid::uuid`, too, and each
 # its own idea of it.
 

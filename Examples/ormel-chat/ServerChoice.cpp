@@ -43,7 +43,7 @@ Ormel using_(const std::string& path) {
 ServerChoice chooseServer(const std::optional<std::string>& namedServer, const std::string& ownName) {
   if (namedServer) {
     Ormel ormel = using_(*namedServer);
-    if (ormel.options().selectedOrmelPathOverride) return {std::move(ormel)};
+    if (ormel.options().selectedOrmelPathOverride) return {ormel};
     throw Error(*namedServer + " is no executable file", ormel.searchProblem());
   }
   Ormel found;

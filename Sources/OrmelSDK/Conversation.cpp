@@ -129,8 +129,8 @@ void Conversation::finishActiveOperation(const ConnectedOperation& connected,
   for (const auto& [number, waiter] : waiters) waiter.resume();
 }
 
-std::exception_ptr Conversation::ConnectedOperation::failure(std::exception_ptr own) const {
-  return isDue && *isDue ? std::make_exception_ptr(TimeoutError(*by.timeout)) : std::move(own);
+std::exception_ptr Conversation::ConnectedOperation::failure(const std::exception_ptr& own) const {
+  return isDue && *isDue ? std::make_exception_ptr(TimeoutError(*by.timeout)) : own;
 }
 
 Task<StreamedTurn> Conversation::start(Self self, OperationRequest request, Interruptions by,
@@ -180,7 +180,7 @@ Task<void> Conversation::forwardEvents(Self self, EventChannel<ThreadEvent> from
   }
   self->finishActiveOperation(connected, std::move(restoringThreadID));
   if (failure) {
-    to.fail(connected.failure(std::move(failure)));
+    to.fail(connected.failure(failure));
   } else {
     to.finish();
   }

@@ -88,7 +88,7 @@ class Conversation final {
     std::shared_ptr<std::atomic<bool>> isDue;
 
     /// The failure of the operation: its own, or the time-out that has led to it.
-    std::exception_ptr failure(std::exception_ptr own) const;
+    std::exception_ptr failure(const std::exception_ptr& own) const;
   };
 
   /// The conversation's id; fails with `ThreadRunError` of the kind `streamError` and the message without one.

@@ -65,14 +65,14 @@ struct Diagnosis {
   /// The text of the error that a call would fail with, or nearly so; empty if the server is usable.
   std::string problem;
 
-  /// What to do about the problem; see `Error::advice`. For a usable server it may hold a remark, such as about a path
+  /// The remedy; see `Error::advice`. For a usable server it may hold a remark, such as about a path
   /// that was named and passed over; else it is empty.
   std::string advice;
 
   /// The facts behind the problem, if they are known.
   std::shared_ptr<const FailureCause> cause;
 
-  /// What the server wrote to its standard error: the last 4096 bytes at most, with secrets masked.
+  /// The standard error of the server: the last 4096 bytes at most, with secrets masked.
   std::string errorOutput;
 
   /// From the first look at the files to the end of the server process.

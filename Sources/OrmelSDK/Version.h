@@ -1,6 +1,6 @@
 #pragma once
 
-/// Which version of the library the headers belong to. The build takes its version from here.
+/// The version of the library that the headers belong to. The build takes its version from here.
 ///
 /// The macros serve `#if`; the constants serve everything else. Both are known when the application is compiled, and
 /// need no linking.

@@ -8,7 +8,7 @@
 
 namespace ormel {
 
-/// What a path turned out to be when it was looked at as a program to start.
+/// The nature of a path, looked at as a program to start.
 enum class ExecutableVerdict {
   usable,
   /// Nothing is there.
@@ -118,7 +118,7 @@ namespace detail {
 /// and characters that change the direction of writing are escaped. Longer texts are cut, with "..." behind them.
 std::string quotedForPeople(std::string_view text, std::size_t limit = 256);
 
-/// What to tell a person: what was looked for, what was found, what to do next.
+/// The advice for a person: what was looked for, what was found, what to do next.
 std::string adviceFor(const FailureCause& cause);
 
 }  // namespace detail

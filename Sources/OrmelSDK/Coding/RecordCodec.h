@@ -183,9 +183,9 @@ JSONValue encode(const Type& value) {
 
 /// Defines the comparison that `Type` declares as a friend: field by field, compiled once and not in every file that
 /// compares.
-#define ORMEL_DEFINE_EQUALITY(Type)                               \
-  namespace ormel {                                               \
-  bool operator==(const Type& left, const Type& right) = default; \
+#define ORMEL_DEFINE_EQUALITY(Type)                    \
+  namespace ormel {                                    \
+  bool operator==(const Type&, const Type&) = default; \
   }
 
 #define ORMEL_DEFINE_READING(Type, reading)                                                   \

@@ -116,7 +116,7 @@ class TaskPack final : public TaskSet {
   bool await_suspend(std::coroutine_handle<Promise> awaiting) {
     begin(awaiting);
     follow(stopTokenOf(awaiting));
-    std::apply([this](auto&... task) { (startUnlessDecided(task), ...); }, tasks_);
+    std::apply([&](auto&... task) { (startUnlessDecided(task), ...); }, tasks_);
     return hasToWait();
   }
 

@@ -10,7 +10,7 @@
 
 namespace ormel {
 
-/// What an event adds to the text of an item.
+/// The piece that an event adds to the text of an item.
 struct NewText {
   /// Empty if the event adds none. It lies in the event, and is valid as long as the event or a copy of it is.
   std::string_view text;

@@ -13,7 +13,7 @@ namespace ormel {
 
 /// An answer that a question offers.
 struct UserQuestionOption {
-  /// What is shown, and what is sent as the answer.
+  /// The text that is shown, and that is sent as the answer.
   std::string label;
   std::optional<std::string> description;
   /// The user is to write the answer: it is sent in place of the label.
@@ -55,8 +55,8 @@ struct UserQuestions {
   std::optional<std::int64_t> autoResolutionMilliseconds;
   friend bool operator==(const UserQuestions&, const UserQuestions&) = default;
 
-  /// The questions that the event asks; absent for every other event, the one of their answer included. What is missing
-  /// in a question or of another type is read as empty.
+  /// The questions that the event asks; absent for every other event, the one of their answer included. A field of a
+  /// question that is missing or of another type is read as empty.
   static std::optional<UserQuestions> askedBy(const ThreadEvent& event);
   /// The same for an item, in whatever state it is.
   static std::optional<UserQuestions> of(const ThreadItem& item);

@@ -111,6 +111,7 @@ class AsyncHandler<Result(Args...)> {
   template <typename Function>
   struct CallableOf final : Callable {
     template <typename Given>
+      requires(!std::same_as<std::remove_cvref_t<Given>, CallableOf>)
     explicit CallableOf(Given&& given) : function(std::forward<Given>(given)) {}
 
     Task<Result> call(TaskResult<Result>& result, Args&... args) override {

@@ -177,7 +177,7 @@ Input::Input(const char* text) : value(std::string(text)) {}
 Input::Input(std::string_view text) : value(std::string(text)) {}
 Input::Input(const SharedText& text) : value(text.string()) {}
 Input::Input(std::vector<UserInput> userInputs) : value(std::move(userInputs)) {}
-Input::Input(UserInput userInput) : value(std::vector<UserInput>(1, std::move(userInput))) {}
+Input::Input(UserInput userInput) { value.emplace<std::vector<UserInput>>().push_back(std::move(userInput)); }
 
 Input Input::from(std::vector<UserInput> userInputs) { return Input(std::move(userInputs)); }
 

@@ -98,10 +98,10 @@ bool DescriptorReader::readAndDeliver(const PipeReadHandlers& handlers, bool hun
   return found->mayHaveMore;
 }
 
-void DescriptorReader::fail(const PipeReadHandlers& handlers, std::exception_ptr failure) {
+void DescriptorReader::fail(const PipeReadHandlers& handlers, const std::exception_ptr& failure) {
   stop();
   if (handlers.onFailure) {
-    handlers.onFailure(std::move(failure));
+    handlers.onFailure(failure);
   } else {
     callIfSet(handlers.onEnd);
   }

@@ -23,7 +23,7 @@ class DescriptorReader final : public PipeReader, public WatchedDescriptor {
  private:
   using Handlers = std::shared_ptr<const PipeReadHandlers>;
 
-  /// What a read has found.
+  /// The outcome of a read.
   struct Found {
     ByteBuffer chunk;
     bool isEnd = false;
@@ -34,7 +34,7 @@ class DescriptorReader final : public PipeReader, public WatchedDescriptor {
   void ready(bool hungUp) noexcept override;
   Handlers currentHandlers();
   bool readAndDeliver(const PipeReadHandlers& handlers, bool hungUp);
-  void fail(const PipeReadHandlers& handlers, std::exception_ptr failure);
+  void fail(const PipeReadHandlers& handlers, const std::exception_ptr& failure);
   std::optional<Found> read(bool hungUp);
   Handlers closeLocked() noexcept;
 

@@ -12,7 +12,7 @@ namespace ormel::detail {
 /// interpreter by way of "env" has it looked up.
 ///
 /// It is for telling people why something did not start, and refuses nothing: a system can be set up to run programs of
-/// other machines. Of a file that may be executed and not read, the contents count as usable.
+/// other machines. The contents of a file that may be executed and not read count as usable.
 ExecutableFinding examineExecutable(const std::string& path, std::string_view searchPath);
 
 }  // namespace ormel::detail

@@ -9,14 +9,14 @@
 
 namespace ormel::detail {
 
-/// What has become of a watched descriptor.
+/// A change of a watched descriptor.
 struct PollEvent {
   std::uint64_t key = 0;
   /// The other end is closed: there is nothing to wait for after what is there.
   bool hungUp = false;
 };
 
-/// What a descriptor is watched for.
+/// The changes that a descriptor is watched for.
 enum class Interest { nothing, reading, writing };
 
 /// Waits for descriptors: epoll on Linux, kqueue elsewhere. An event is told once for each change ("edge-triggered"),

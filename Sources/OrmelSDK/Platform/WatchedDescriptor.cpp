@@ -69,7 +69,7 @@ void WatchedDescriptor::queue() noexcept {
 void WatchedDescriptor::run() noexcept {
   const auto keptAlive = std::move(runsFor_);
   const ThreadHandoff leaving;
-  // What it calls belongs to no scheduler.
+  // The code that it calls belongs to no scheduler.
   executionState().scheduler = nullptr;
   state_.exchange(State::running, std::memory_order_acq_rel);
   ready(hungUp_.load(std::memory_order_relaxed));

@@ -23,7 +23,7 @@ using testing::BothSchedulers;
 using testing::startOn;
 using testing::underSeeds;
 
-/// What became of a task.
+/// The fate of a task.
 struct Fate {
   bool hasBegun = false;
   bool hasEnded = false;

@@ -88,7 +88,7 @@ class OrmelBinaryLocator {
   std::vector<std::string> ormelPathCandidates(const std::string& binaryName,
                                                const std::optional<std::string>& bundledPath) const;
 
-  /// All paths at which an executable is looked for, best first, each once. Of those that are executable files the
+  /// All paths at which an executable is looked for, best first, each once. Among the executable files the
   /// first is the one that is chosen.
   std::vector<SearchedPlace> searchedPlaces(const std::optional<std::string>& overridePath) const;
 

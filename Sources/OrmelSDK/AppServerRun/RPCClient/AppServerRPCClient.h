@@ -103,7 +103,7 @@ class AppServerRPCClient final : public std::enable_shared_from_this<AppServerRP
   bool hasProcess() const noexcept { return process_ != nullptr; }
   bool didInitializeProcess() const noexcept { return didInitializeProcess_; }
   std::size_t requestsInFlight() const noexcept { return pendingResponses_.size(); }
-  /// What all of its processes have written to their standard error.
+  /// Everything that its processes have written to their standard error.
   std::string errorText() const { return stderrAccumulator_->string(); }
 
  private:
