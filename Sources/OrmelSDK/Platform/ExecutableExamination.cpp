@@ -44,7 +44,9 @@ std::string firstBytesOf(const std::string& path) {
 class ELFHeader {
  public:
   explicit ELFHeader(std::string_view bytes)
-      : bytes_(bytes), is64Bit_(number(4, 1) == 2), isBigEndian_(number(5, 1) == 2) {}
+      : bytes_(bytes),
+        is64Bit_(bytes.size() > 4 && bytes[4] == '\x02'),
+        isBigEndian_(bytes.size() > 5 && bytes[5] == '\x02') {}
 
   bool isBigEndian() const noexcept { return isBigEndian_; }
   /// 0 for a header that is cut off.
@@ -87,7 +89,7 @@ class ELFHeader {
 
   std::string_view bytes_;
   bool is64Bit_;
-  bool isBigEndian_ = false;
+  bool isBigEndian_;
 };
 
 constexpr std::uint64_t machineI386 = 3;

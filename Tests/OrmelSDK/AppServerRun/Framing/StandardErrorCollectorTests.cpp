@@ -55,7 +55,7 @@ TEST(StandardErrorCollector, HasSettledWhenNothingIsUnderWay) {
 class ManualPipe final : public PipeReader {
  public:
   void start(PipeReadHandlers handlers) override { handlers_ = std::move(handlers); }
-  void stop() noexcept override {}
+  void stop() noexcept override { handlers_ = {}; }
   bool hasUnreadBytes() const noexcept override { return false; }
   const PipeReadHandlers& handlers() const noexcept { return handlers_; }
 
@@ -76,6 +76,7 @@ TEST(StandardErrorCollector, SettlesOnceAReadHasFoundNothing) {
     pipe->handlers().onNothing();
     scheduler.runFor(0ns);
     EXPECT_TRUE(isSettled);
+    pipe->stop();
   });
 }
 
