@@ -6,6 +6,7 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <typeinfo>
 
 #include "CommandLine.h"
 #include "Run.h"
@@ -62,8 +63,9 @@ int main(int argumentCount, char** arguments) {
     return 0;
   } catch (const ormel::Error& error) {
     const int status = failed(error.what());
-    // The program's own refusals say what to do themselves.
-    if (error.cause()) std::cerr << onManyLines(error.advice()) << '\n';
+    // The program's own refusals, which are of the general type, say all there is to say.
+    const bool isOwn = typeid(error) == typeid(ormel::Error) && !error.cause();
+    if (!isOwn) std::cerr << onManyLines(error.advice()) << '\n';
     return status;
   } catch (const std::exception& error) {
     return failed(error.what());
