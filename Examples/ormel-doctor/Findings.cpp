@@ -50,7 +50,10 @@ void addEnvironment(std::string& text, const std::map<std::string, std::string>&
   text += "Environment of the server:\n";
   for (const auto& [name, value] : environment) {
     text += "    ";
-    text += control::cutTo(valueColumns, control::onOneLine(name + "=" + value));
+    std::string assignment = name;
+    assignment += '=';
+    assignment += value;
+    text += control::cutTo(valueColumns, control::onOneLine(assignment));
     text += '\n';
   }
 }
