@@ -21,11 +21,14 @@ class TerminationWatch::EndDescriptor final : public WatchedDescriptor {
 
  private:
   void ready(bool) noexcept override {
-    if (!watch_->checkForEnd()) return;
+    if (!watch_->hasEnded()) return;
     std::shared_ptr<WatchedDescriptor> kept;
-    const std::lock_guard lock(mutex_);
-    close();
-    kept = std::move(keepsItself_);
+    {
+      const std::lock_guard lock(mutex_);
+      close();
+      kept = std::move(keepsItself_);
+    }
+    watch_->tellEnd();
   }
 
   std::mutex mutex_;
@@ -46,17 +49,20 @@ void TerminationWatch::begin(EventLoop& loop) {
   }
 }
 
-bool TerminationWatch::checkForEnd() noexcept {
-  const auto termination = process_.reapIfEnded();
-  if (!termination) return false;
+bool TerminationWatch::hasEnded() noexcept {
+  if (!process_.reapIfEnded()) return false;
+  const std::lock_guard lock(mutex_);
+  RunningChildren::shared().remove(process_);
+  return true;
+}
+
+void TerminationWatch::tellEnd() noexcept {
   TerminationHandler handler;
   {
     const std::lock_guard lock(mutex_);
-    RunningChildren::shared().remove(process_);
     handler = std::exchange(onTermination_, nullptr);
   }
-  if (handler) handler(*termination);
-  return true;
+  if (handler) handler(*process_.termination());
 }
 
 void TerminationWatch::forgetHandler() noexcept {

@@ -38,8 +38,10 @@ class TerminationWatch final : public std::enable_shared_from_this<TerminationWa
  private:
   class EndDescriptor;
 
-  /// Whether the child has ended.
-  bool checkForEnd() noexcept;
+  /// Reaps the child if it has ended.
+  bool hasEnded() noexcept;
+  /// Calls the handler of a child that has.
+  void tellEnd() noexcept;
 
   ProcessHandle process_;
   std::mutex mutex_;
