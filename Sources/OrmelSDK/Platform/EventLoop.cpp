@@ -94,6 +94,7 @@ void EventLoop::poll(std::unique_lock<std::mutex>& lock) noexcept {
   lock.unlock();
   std::array<PollEvent, eventsAtOnce> events;
   const auto count = poller_.wait(events, mayWait ? timeToSleep() : std::chrono::nanoseconds(0));
+  noteAwake();
   lock.lock();
   isPolling_ = false;
   isWakeUpSent_ = false;
@@ -115,9 +116,14 @@ std::chrono::nanoseconds EventLoop::timeToSleep() noexcept {
   return std::chrono::nanoseconds(static_cast<std::int64_t>(std::min(sleepsUntil_ - time, longest)));
 }
 
-void EventLoop::wakeTimers() noexcept {
+/// To be done while no other thread may poll, whose sleep it would hide from those that arm a timer.
+void EventLoop::noteAwake() noexcept {
   const std::lock_guard lock(timersMutex_);
   sleepsUntil_ = 0;
+}
+
+void EventLoop::wakeTimers() noexcept {
+  const std::lock_guard lock(timersMutex_);
   if (timers_.empty()) return;
   const auto time = now();
   while (TimerItem* due = timers_.takeDue(time)) due->fallDue();

@@ -99,6 +99,7 @@ class EventLoop {
   void runNext(std::unique_lock<std::mutex>& lock) noexcept;
   void poll(std::unique_lock<std::mutex>& lock) noexcept;
   std::chrono::nanoseconds timeToSleep() noexcept;
+  void noteAwake() noexcept;
   void wakeTimers() noexcept;
   void queueReady(const PollEvent& event) noexcept;
   bool park(std::unique_lock<std::mutex>& lock) noexcept;

@@ -49,22 +49,28 @@ constexpr auto pidfdKind = static_cast<idtype_t>(3);
 constexpr std::chrono::seconds longestWayToMemory{2};
 constexpr std::chrono::microseconds pauseOnTheWay{50};
 
-/// Asks the system how the child ended. False if it will never know.
-bool askForEnd(const FileDescriptor& pidfd, PidfdInfo& info) noexcept {
+/// A kernel that remembers may still refuse a question that comes in the middle of the reaping. Older ones always do.
+constexpr int refusalsTolerated = 50;
+
+/// Asks the system how the child ended. Gives an `errno`, or 0 where `info` has the answer if there is one.
+int askForEnd(const FileDescriptor& pidfd, PidfdInfo& info) noexcept {
   info.mask = infoHasWaitStatus;
-  if (::ioctl(pidfd.number(), getInfoRequest, &info) != 0) return false;
-  if (injectedFailure(SystemCall::rememberEnd) != 0) info.mask = 0;
-  return true;
+  if (::ioctl(pidfd.number(), getInfoRequest, &info) != 0) return errno;
+  const int injected = injectedFailure(SystemCall::rememberEnd);
+  if (injected != 0) info.mask = 0;
+  return injected == EAGAIN ? 0 : injected;
 }
 
 /// How a child ended that was reaped elsewhere in the process. Newer kernels remember how it ended for as long as the
-/// pidfd is open; older ones refuse at once.
+/// pidfd is open.
 Termination rememberedTermination(const FileDescriptor& pidfd) noexcept {
   const auto deadline = std::chrono::steady_clock::now() + longestWayToMemory;
   PidfdInfo info;
-  while (askForEnd(pidfd, info)) {
-    if ((info.mask & infoHasWaitStatus) != 0) return terminationFromWaitStatus(info.waitStatus);
-    if (std::chrono::steady_clock::now() >= deadline) break;
+  for (int refusals = 0; refusals < refusalsTolerated;) {
+    const int failure = askForEnd(pidfd, info);
+    if (failure == 0 && (info.mask & infoHasWaitStatus) != 0) return terminationFromWaitStatus(info.waitStatus);
+    if (failure == ESRCH) ++refusals;
+    if ((failure != 0 && failure != ESRCH) || std::chrono::steady_clock::now() >= deadline) break;
     std::this_thread::sleep_for(pauseOnTheWay);
   }
   return {};
