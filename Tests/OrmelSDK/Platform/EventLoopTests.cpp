@@ -215,6 +215,23 @@ TEST(EventLoop, TellsTimersInTheOrderOfTheirDeadlinesAndNeverTooEarly) {
   EXPECT_EQ(early, 0);
 }
 
+// A thread that wakes from its sleep must not hide the sleep of the next one from those that arm a timer.
+TEST(EventLoop, TellsEachTimerThatIsArmedWhileItsThreadsTakeTurns) {
+  ServedLoop loop(3);
+  std::vector<std::thread> users;
+  for (int user = 0; user < 4; ++user) {
+    users.emplace_back([&] {
+      for (int round = 0; round < 300; ++round) {
+        std::promise<void> fell;
+        LoopTimer timer([&] { fell.set_value(); });
+        loop->arm(timer, EventLoop::now() + 200'000);
+        fell.get_future().get();
+      }
+    });
+  }
+  for (auto& user : users) user.join();
+}
+
 TEST(EventLoop, TellsNoTimerThatIsDisarmedAndAllThatComeAfterIt) {
   ServedLoop loop(2);
   std::atomic<bool> disarmedFell = false;
