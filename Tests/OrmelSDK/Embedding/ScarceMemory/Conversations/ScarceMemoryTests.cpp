@@ -92,9 +92,7 @@ class Life {
       tell(report, Outcome::foreignError, error.what());
     }
     // The release goes on after the last handle has gone.
-    for (int tries = 0; hasChildren() && tries < 5000; ++tries) {
-      std::this_thread::sleep_for(std::chrono::microseconds(500));
-    }
+    static_cast<void>(testing::eventually([] { return !hasChildren(); }));
     if (number > 0 && !FailingAllocations::disarm()) report.outcome = Outcome::notHit;
     return report;
   }
