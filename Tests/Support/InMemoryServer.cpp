@@ -4,6 +4,7 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "OrmelSDK/Platform/ProcessLaunchError.h"
@@ -23,7 +24,10 @@ class InMemoryProcess::Child final : public detail::ChildProcess {
     const auto released = std::exchange(process_->onTermination_, nullptr);
   }
 
-  std::shared_ptr<detail::PipeReader> output() override { return process_->output_; }
+  std::shared_ptr<detail::PipeReader> output() override {
+    if (!process_->canBeRead_) throw std::bad_alloc();
+    return process_->output_;
+  }
   std::shared_ptr<detail::PipeReader> errorOutput() override { return process_->errorOutput_; }
   void write(std::string bytes) override { process_->clientWrites(std::move(bytes)); }
   void closeInput() override { process_->clientClosesInput(); }
@@ -221,6 +225,10 @@ std::unique_ptr<detail::ChildProcess> InMemoryServer::launch(const detail::Launc
   }
   const int identifier = 1000 + static_cast<int>(processes_.size());
   auto process = std::make_shared<InMemoryProcess>(scheduler_, script_, identifier, settings, std::move(onTermination));
+  if (unreadLeft_ > 0) {
+    --unreadLeft_;
+    process->canBeRead_ = false;
+  }
   processes_.push_back(process);
   process->start();
   return std::make_unique<InMemoryProcess::Child>(std::move(process));

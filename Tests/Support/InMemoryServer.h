@@ -122,6 +122,7 @@ class InMemoryProcess final : public std::enable_shared_from_this<InMemoryProces
   std::optional<detail::Termination> noticedTermination_;
   std::size_t terminationSignals_ = 0;
   bool isHeld_ = true;
+  bool canBeRead_ = true;
   bool isReading_ = false;
   bool inputIsClosed_ = false;
   bool inputEndIsRead_ = false;
@@ -142,6 +143,8 @@ class InMemoryServer final : public detail::ProcessLauncher {
 
   /// So many of the next launches fail: the program cannot be found.
   void failLaunches(std::size_t count) noexcept { failuresLeft_ = count; }
+  /// So many of the next processes start, and memory is too scarce to read their output.
+  void failReads(std::size_t count) noexcept { unreadLeft_ = count; }
 
   std::unique_ptr<detail::ChildProcess> launch(const detail::LaunchSettings& settings,
                                                detail::TerminationHandler onTermination) override;
@@ -160,6 +163,7 @@ class InMemoryServer final : public detail::ProcessLauncher {
   SimulatedScheduler& scheduler_;
   std::shared_ptr<const InMemoryServerScript> script_;
   std::size_t failuresLeft_ = 0;
+  std::size_t unreadLeft_ = 0;
   std::size_t launchesTried_ = 0;
   std::vector<std::shared_ptr<InMemoryProcess>> processes_;
 };

@@ -59,15 +59,19 @@ void AppServerTurnRun::launchProcess() {
   const std::uint64_t generation = transport_.nextGeneration();
   const LaunchSettings settings = serverLaunchSettings(
       configuration_.executablePath, configuration_.ormelPathDirectories, configuration_.ormelOptions);
-  std::unique_ptr<ServerConnection> connection;
   try {
-    connection = ServerConnection::launch(*services_.launcher, settings, std::make_shared<AppServerLockedData>(),
-                                          terminationHandler(generation));
+    launchProcess(generation, settings);
   } catch (...) {
+    // The end of a process that was started, but not adopted, must mean nothing.
     transport_.nextGeneration();
     lifecycle_.shutdownProcess();
     throw;
   }
+}
+
+void AppServerTurnRun::launchProcess(std::uint64_t generation, const LaunchSettings& settings) {
+  auto connection = ServerConnection::launch(*services_.launcher, settings, std::make_shared<AppServerLockedData>(),
+                                             terminationHandler(generation));
   const auto exitCoordinator = AppServerProcessExitCoordinator::create(
       [pipe = connection->outputPipe()] { return pipe->hasUnreadBytes(); }, timersOf(*services_.scheduler));
   ServerOutput output = connection->read(callbacksOf(exitCoordinator));

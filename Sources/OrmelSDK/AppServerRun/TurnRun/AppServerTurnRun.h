@@ -134,6 +134,7 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   // Process and output.
   Task<void> startProcess(std::uint64_t operationGeneration);
   void launchProcess();
+  void launchProcess(std::uint64_t generation, const LaunchSettings& settings);
   TerminationHandler terminationHandler(std::uint64_t transportGeneration);
   void coordinateProcessExit(std::uint64_t transportGeneration, const Termination& termination);
   static Task<void> readStdout(std::weak_ptr<AppServerTurnRun> owner, ServerOutput output,

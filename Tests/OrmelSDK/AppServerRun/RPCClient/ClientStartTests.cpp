@@ -95,6 +95,18 @@ TEST(AppServerRPCClientStart, CanBeTriedAgainAfterALaunchThatFailed) {
   });
 }
 
+TEST(AppServerRPCClientStart, CanBeTriedAgainAfterAProcessThatItCouldNotRead) {
+  withServers([](SimulatedServer& server) {
+    server.server.failReads(1);
+    const auto client = server.newClient();
+    EXPECT_EQ(server.told(server.start(client->startProcess())), "other error: std::bad_alloc");
+    EXPECT_EQ(server.told(server.start(client->sendRequest("a/b"))), stdinIsUnavailable);
+    server.end(client->startProcess());
+    server.end(client->initializeIfNeeded());
+    EXPECT_EQ(server.server.running(), 1U);
+  });
+}
+
 TEST(AppServerRPCClientStart, LeavesACancelledCallerOfALongAssessment) {
   withServers([](SimulatedServer& server) {
     server.configuration.ormelOptions.executableTrustAssessment = [](const std::string&) {

@@ -126,6 +126,23 @@ TEST(AppServerTurnRunTransport, TellsWhyTheServerCannotBeStarted) {
   });
 }
 
+TEST(AppServerTurnRunTransport, HearsNothingOfAProcessThatItCouldNotRead) {
+  inManyOrders([](SimulatedScheduler& scheduler) {
+    SimulatedRun engine(scheduler);
+    engine.server.failReads(1);
+    EXPECT_EQ(failureOf([&] { engine.startTurn(); }), "other error: std::bad_alloc");
+    EXPECT_EQ(engine.state(), "failed");
+    EXPECT_FALSE(engine.run->transport().hasProcess());
+    EXPECT_EQ(engine.run->transport().generation(), 2U);
+    scheduler.run();
+    EXPECT_EQ(engine.server.running(), 0U);
+    const auto heard = engine.startTurn();
+    engine.completeTurn();
+    EXPECT_THAT(*heard, ElementsAre("thread.started t1", "turn.completed", "end"));
+    EXPECT_EQ(engine.server.started(), 2U);
+  });
+}
+
 TEST(AppServerTurnRunTransport, FailsWithAConfigOverrideThatHasNoForm) {
   SimulatedScheduler scheduler(1);
   SimulatedRun::Options options;

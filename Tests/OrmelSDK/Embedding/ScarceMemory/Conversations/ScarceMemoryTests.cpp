@@ -133,11 +133,12 @@ class Worker {
 
  private:
   static bool leaksAt(const Life& life, long number) {
+    ::alarm(secondsForALife + static_cast<unsigned>(testing::patience.count()));
     const long before = FailingAllocations::living();
     for (int lives = 0; lives < livesToShowALeak; ++lives) life.live(number);
     life.live(0);
-    settle();
-    if (FailingAllocations::living() - before < livesToShowALeak) return false;
+    // The pool's threads may still be freeing what the last lives used.
+    if (testing::eventually([&] { return FailingAllocations::living() - before < livesToShowALeak; })) return false;
     FailingAllocations::tellWhere(STDERR_FILENO);
     return true;
   }
@@ -200,6 +201,12 @@ std::string firstLineOf(const std::string& file) {
   std::string line;
   std::getline(in, line);
   return line.empty() ? "without a word" : line;
+}
+
+std::string endOf(int status) {
+  if (!WIFSIGNALED(status)) return "ended with status " + std::to_string(WEXITSTATUS(status)) + ", ";
+  if (WTERMSIG(status) == SIGALRM) return "hung, ";
+  return "ended by signal " + std::to_string(WTERMSIG(status)) + ", ";
 }
 
 /// Starts a process that has not used the library and judges what it tells.
@@ -268,7 +275,7 @@ class Trial {
     ++table_.tried;
     const bool isHung = WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM;
     if (isHung || word.rfind("Fatal error: Out of memory", 0) != 0) {
-      table_.faults.push_back("allocation " + std::to_string(last.number) + (isHung ? ": hung, " : ": ended, ") + word);
+      table_.faults.push_back("allocation " + std::to_string(last.number) + ": " + endOf(status) + word);
     } else {
       ++table_.outcomes["ended: " + word];
     }
