@@ -56,4 +56,4 @@ function(ormel_install_programs component targets_file)
 endfunction()
 
 ormel_install_programs(bridge OrmelBridgeTargets TessellaBrowserMCP)
-ormel_install_programs(tools OrmelToolsTargets ormel-chat ormel-control ormel-simulator)
+ormel_install_programs(tools OrmelToolsTargets ormel-chat ormel-control ormel-doctor ormel-simulator)

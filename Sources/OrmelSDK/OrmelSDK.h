@@ -83,6 +83,7 @@
 #include "OrmelSDK/JSON/CodingErrors.h"
 #include "OrmelSDK/JSON/JSONValue.h"
 #include "OrmelSDK/JSONValue.h"
+#include "OrmelSDK/LoopScheduler.h"
 #include "OrmelSDK/Management/AccountParams.h"
 #include "OrmelSDK/Management/AppParams.h"
 #include "OrmelSDK/Management/CallPerformer.h"

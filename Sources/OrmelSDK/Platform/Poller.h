@@ -43,6 +43,9 @@ class Poller {
   /// events.
   std::size_t wait(std::span<PollEvent> events, std::chrono::nanoseconds atMost) noexcept;
 
+  /// A descriptor that is readable while a `wait` would not block.
+  int descriptor() const noexcept { return queue_.number(); }
+
   /// Ends the present `wait`, or the next one if there is none.
   void wakeUp() noexcept;
 
