@@ -54,8 +54,8 @@ set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PROGRAMS_DESCRIPTION "native client for an agent server - programs
 ormel-chat talks with an agent in the terminal, ormel-control manages what a
 server keeps and offers, ormel-doctor tests a set-up, ormel-simulator plays the
-server, and
-TessellaBrowserMCP gives an agent the browser of another program.")
+server, and TessellaBrowserMCP gives an agent the browser of another
+program.")
 
 set(CPACK_COMPONENTS_ALL library development tools bridge)
 include(CPack)
