@@ -1,4 +1,4 @@
-// Plants one fault after another in the turn engine and has the campaign look for it; see docs/campaign.md.
+// Plants one fault after another in the turn engine and in what a thread makes of it, and has the campaign look for it; see docs/campaign.md.
 // Usage: campaign-faults.mjs <schedules> [--check] [part of a heading...]
 import { execFileSync, spawnSync } from "node:child_process";
 import { existsSync, mkdirSync, readFileSync, readdirSync, statSync, writeFileSync } from "node:fs";
@@ -6,6 +6,8 @@ import path from "node:path";
 import process from "node:process";
 
 const engine = "Sources/OrmelSDK/AppServerRun/TurnRun";
+// Sources of a thread, beside the engine's.
+const ofThread = ["Sources/OrmelSDK/Conversation.cpp", "Sources/OrmelSDK/Thread.cpp"];
 const table = "Tests/OrmelSDK/AppServerRun/TurnRun/Campaign/Faults.txt";
 const build = process.env.ORMEL_CAMPAIGN_BUILD ?? "build/release";
 const work = path.resolve("build/campaign-faults");
@@ -34,9 +36,13 @@ function readTable() {
   return faults;
 }
 
+function sourceOf(file) {
+  return ofThread.find((source) => path.basename(source) === file) ?? path.join(engine, file);
+}
+
 // The source with the fault in it; the old lines must stand in it exactly once.
 function planted(fault) {
-  const lines = readFileSync(path.join(engine, fault.file), "utf8").split("\n");
+  const lines = readFileSync(sourceOf(fault.file), "utf8").split("\n");
   const old = fault.hunk.filter((line) => line.kind !== "+").map((line) => line.text.trim());
   const places = [];
   for (let place = 0; place + old.length <= lines.length; ++place) {
@@ -98,13 +104,13 @@ function objectOf(file) {
 }
 
 function compileEngine(words) {
-  const sources = readdirSync(engine).filter((name) => name.endsWith(".cpp"));
+  const sources = readdirSync(engine).filter((name) => name.endsWith(".cpp")).concat(ofThread.map((source) => path.basename(source)));
   const newest = Math.max(...readdirSync("Sources/OrmelSDK", { recursive: true })
     .filter((name) => name.endsWith(".h"))
     .map((name) => statSync(path.join("Sources/OrmelSDK", name)).mtimeMs));
   for (const source of sources) {
     const object = objectOf(source);
-    const file = path.resolve(engine, source);
+    const file = path.resolve(sourceOf(source));
     const isFresh = existsSync(object) && statSync(object).mtimeMs > Math.max(newest, statSync(file).mtimeMs);
     if (!isFresh) compile(words, file, object);
   }

@@ -111,6 +111,14 @@ void InMemoryProcess::end(detail::Termination termination, bool pipesStayOpen) {
 
 void InMemoryProcess::noticeEnd() {
   noticedTermination_ = termination_;
+  if (terminationDelay_ > std::chrono::nanoseconds(0)) {
+    // It has been entered, which letting go of the process does not undo.
+    auto tellLate = [handler = std::exchange(onTermination_, nullptr), termination = *termination_] {
+      if (handler) handler(termination);
+    };
+    evenAfterEnd(terminationDelay_, std::move(tellLate));
+    return;
+  }
   auto tell = [self = shared_from_this()] {
     if (const auto handler = std::exchange(self->onTermination_, nullptr)) handler(*self->termination_);
   };

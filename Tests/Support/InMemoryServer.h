@@ -59,6 +59,8 @@ class InMemoryProcess final : public std::enable_shared_from_this<InMemoryProces
   void writeError(std::string_view bytes);
   /// From now on it takes so long until what is written to standard error has been read.
   void slowErrorOutput(std::chrono::nanoseconds delay) { errorOutput_->slowReads(delay); }
+  /// From now on the termination handler takes so long until it is under way; by then nobody may hold the process.
+  void slowTermination(std::chrono::nanoseconds delay) noexcept { terminationDelay_ = delay; }
   void closeOutput() { output_->closeWriteEnd(); }
   void closeErrorOutput() { errorOutput_->closeWriteEnd(); }
   /// The client's writes find a broken pipe from now on.
@@ -118,6 +120,7 @@ class InMemoryProcess final : public std::enable_shared_from_this<InMemoryProces
   std::vector<std::string> linesWritten_;
   std::vector<JSONValue> messagesRead_;
   std::vector<Timer> timers_;
+  std::chrono::nanoseconds terminationDelay_{0};
   std::optional<detail::Termination> termination_;
   std::optional<detail::Termination> noticedTermination_;
   std::size_t terminationSignals_ = 0;

@@ -70,6 +70,9 @@ void ServerRequestDispatcher::dispatchServerRequest(const ServerRequestMessage& 
 Task<void> ServerRequestDispatcher::serve(std::weak_ptr<void> run, ServerRequestDispatcher& self, std::string method,
                                           AppServerRequestID id, ServerRequestScope scope,
                                           PreparedServerRequestWork work) {
+  // Its thread may have been closed, and the application be gone, before this got its turn.
+  const std::stop_token stop = co_await currentStopToken();
+  if (stop.stop_requested()) co_return;
   ServerRequestAnswer answer;
   std::exception_ptr failure;
   try {

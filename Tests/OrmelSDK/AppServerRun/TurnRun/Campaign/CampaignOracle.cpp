@@ -563,6 +563,7 @@ void CampaignOracle::stepped(const detail::AppServerTurnRun* run) {
     require(current_->phase != Phase::entering && (current_->phase != Phase::launching || isVetted),
             "an operation that is admitted goes on at once");
   }
+  isOutputRead_ = run->transport().outputHasEnded();
   compare(*run);
 }
 
@@ -656,7 +657,8 @@ bool CampaignOracle::isProcessEnd(const End& actual) const {
   if (actual.isAbort) return false;
   const std::string words = errorText();
   if (isAtEnd && actual.text == (words.empty() ? std::string(endOfFile) : words)) return true;
-  if (!isReported) return false;
+  // It is the reader of the output who tells of the end from then on.
+  if (!isReported || isOutputRead_) return false;
   const auto termination = *world_.server.lastProcess().termination();
   const bool isSignal = termination.reason == detail::TerminationReason::uncaughtSignal;
   const std::string detail = (isSignal ? "signal " : "exit status ") + std::to_string(termination.status);

@@ -242,6 +242,8 @@ class CampaignOracle {
   std::size_t launchesTried_ = 0;
   std::optional<std::uint64_t> processEndedAt_;
   std::optional<std::uint64_t> outputClosedAt_;
+  /// The run had read the output to its end before the present step.
+  bool isOutputRead_ = false;
   std::map<int, std::deque<Line>> lines_;
 
   std::optional<std::string> thread_;

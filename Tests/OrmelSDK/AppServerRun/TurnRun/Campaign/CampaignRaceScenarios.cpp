@@ -130,6 +130,40 @@ void exitAndNext(CampaignWorld& world) {
   playOn(world);
 }
 
+/// A process is given up, and the next one is in use, while the last words of the first are read.
+void lastWords(CampaignWorld& world) {
+  constexpr std::array methods = {"initialize", "initialize", "thread/start", "thread/resume"};
+  addTraffic(world);
+  world.plan().fault = world.coin() ? Fault::endOfFile : Fault::exit;
+  world.plan().faultAtResponseTo = anyOf(world, methods);
+  world.plan().explainsFault = true;
+  world.behaviour.onFault = [&world] {
+    world.atAnyStep([&world] { world.interrupt(); }, stepsOfALine);
+    beginNow(world);
+  };
+  world.open();
+  playOn(world);
+}
+
+/// The exit of a process is told when the next one has ended too, with its pipes held.
+void lateExit(CampaignWorld& world) {
+  constexpr std::array methods = {"initialize", "thread/start", "thread/resume"};
+  addTraffic(world);
+  world.plan().fault = Fault::exit;
+  world.plan().faultAtResponseTo = anyOf(world, methods);
+  world.behaviour.onFault = [&world, methods, isFirst = true]() mutable {
+    if (!std::exchange(isFirst, false)) return;
+    world.server.lastProcess().slowTermination(world.coin() ? 50ms : 100ms);
+    world.scheduler.post([&world, methods] {
+      world.plan().fault = Fault::exitWithPipesHeld;
+      world.plan().faultAtResponseTo = anyOf(world, methods);
+    });
+    beginNow(world);
+  };
+  world.open();
+  playOn(world);
+}
+
 /// Clients act in the moment in which the grace of an interrupt, or the time of a request, is over.
 void graceAndNext(CampaignWorld& world) {
   constexpr std::array replies = {Reply::give, Reply::give, Reply::withhold, Reply::giveAtTimeout};
@@ -201,9 +235,10 @@ void closeFollowers(CampaignWorld& world) {
 
 std::vector<CampaignScenario> raceScenarios() {
   return {
-      {"ProbeAndEnd", probeAndEnd}, {"ProbeAndJoin", probeAndJoin},     {"JoinAndExit", joinAndExit},
-      {"ExitAndNext", exitAndNext}, {"GraceAndNext", graceAndNext},     {"SteerAndNext", steerAndNext},
-      {"ManyTurns", manyTurns},     {"CloseFollowers", closeFollowers},
+      {"ProbeAndEnd", probeAndEnd},       {"ProbeAndJoin", probeAndJoin}, {"JoinAndExit", joinAndExit},
+      {"ExitAndNext", exitAndNext},       {"GraceAndNext", graceAndNext}, {"SteerAndNext", steerAndNext},
+      {"LastWords", lastWords},           {"LateExit", lateExit},         {"ManyTurns", manyTurns},
+      {"CloseFollowers", closeFollowers},
   };
 }
 

@@ -89,7 +89,7 @@ JSONValue CampaignRequests::anID(const std::string& turnID) {
 }
 
 JSONValue CampaignRequests::ask(const std::string& threadID, const std::string& turnID) {
-  const Request& request = newRequest(Kind::handled, anID(turnID));
+  Request& request = newRequest(Kind::handled, anID(turnID));
   JSONObjectBuilder params;
   params.set(nameKey, request.name).set("threadId", threadID).set("turnId", turnID).set("itemId", "item-1");
   switch (world_.scheduler.choose(plan_.asksForTokens ? 7 : 6)) {
@@ -109,6 +109,7 @@ JSONValue CampaignRequests::ask(const std::string& threadID, const std::string& 
       params.set("tool", "lent").set("callId", request.name);
       return requestLine(request.id, "item/tool/call", params.build());
     case 5:
+      request.isOfAttestation = true;
       return requestLine(request.id, "attestation/generate", params.build());
     default:
       params.set("previousAccountId", request.name);
@@ -144,40 +145,53 @@ JSONValue CampaignRequests::resolve(const std::string& turnID) {
 void CampaignRequests::installHandlers() {
   ThreadOptions& options = world_.configuration.threadOptions;
   options.commandApprovalHandler = [this](CommandApprovalRequest request) -> Task<OrmelApprovalDecision> {
-    co_await takeTime();
+    std::string name = request.approvalID.value_or("");
+    Task<void> waiting = takeTime(std::move(name));
+    co_await std::move(waiting);
     co_return acceptanceOf(request.approvalID.value_or(""));
   };
   options.fileChangeApprovalHandler = [this](FileChangeApprovalRequest request) -> Task<OrmelApprovalDecision> {
-    co_await takeTime();
+    std::string name = request.reason.value_or("");
+    Task<void> waiting = takeTime(std::move(name));
+    co_await std::move(waiting);
     co_return acceptanceOf(request.reason.value_or(""));
   };
   options.permissionsApprovalHandler = [this](PermissionsApprovalRequest request) -> Task<PermissionsApprovalResponse> {
-    co_await takeTime();
+    std::string name = request.reason.value_or("");
+    Task<void> waiting = takeTime(std::move(name));
+    co_await std::move(waiting);
     PermissionsApprovalResponse response;
     response.permissions.network = JSONValue(request.reason.value_or(""));
     co_return response;
   };
   options.mcpServerElicitationHandler =
       [this](McpServerElicitationRequest request) -> Task<McpServerElicitationResponse> {
-    co_await takeTime();
+    std::string name = std::get<McpServerFormElicitation>(request.mode.value).message;
+    Task<void> waiting = takeTime(std::move(name));
+    co_await std::move(waiting);
     McpServerElicitationResponse response;
     response.action = McpServerElicitationAction::accept;
     response.content = JSONValue(std::get<McpServerFormElicitation>(request.mode.value).message);
     co_return response;
   };
   options.attestationGenerateHandler = [this]() -> Task<std::string> {
-    co_await takeTime();
+    Task<void> waiting = takeTime("");
+    co_await std::move(waiting);
     co_return std::string("token");
   };
   options.parlaneAuthTokensRefreshHandler =
       [this](ParlaneAuthTokensRefreshRequest request) -> Task<ParlaneAuthTokensRefreshResponse> {
-    co_await takeTime();
+    std::string name = request.previousAccountID.value_or("");
+    Task<void> waiting = takeTime(std::move(name));
+    co_await std::move(waiting);
     ParlaneAuthTokensRefreshResponse response;
     response.accessToken = request.previousAccountID.value_or("");
     co_return response;
   };
   auto execute = [this](DynamicToolCallContext call) -> Task<DynamicToolResult> {
-    co_await takeTime();
+    std::string name = call.callID;
+    Task<void> waiting = takeTime(std::move(name));
+    co_await std::move(waiting);
     DynamicToolResult result;
     result.contentItems.push_back(DynamicToolCallOutputContentItem::inputText(call.callID));
     co_return result;
@@ -188,7 +202,8 @@ void CampaignRequests::installHandlers() {
 }
 
 /// Early, late or never; with or without an ear for cancellation; or a failure.
-Task<void> CampaignRequests::takeTime() {
+Task<void> CampaignRequests::takeTime(std::string name) {
+  if (isOutOfUse_ && isOutOfUse_()) world_.breaks("no handler is called once the application has done with the thread");
   struct Over {
     std::shared_ptr<Serving> serving = std::make_shared<Serving>();
     ~Over() { serving->isOver = true; }
@@ -202,8 +217,10 @@ Task<void> CampaignRequests::takeTime() {
   Task<void> waiting = pause(world_.scheduler, world_.scheduler.choose(longest));
   if (fate < 3) waiting = std::move(waiting).withStopToken({});
   co_await std::move(waiting);
+  if (plan_.handlersFail && (fate == 4 || fate == 5)) failed_.insert(name);
   if (plan_.handlersFail && fate == 4) throw std::runtime_error("campaign");
   if (plan_.handlersFail && fate == 5) throw 7;
+  served_.insert(name);
 }
 
 void CampaignRequests::submit() {
@@ -309,8 +326,22 @@ void CampaignRequests::checkAnswer(const detail::AppServerTurnRun& run, const In
   if (isNamed && text.find('"' + request->name + '"') == std::string::npos) {
     world_.breaks("a request gets its own answer");
   }
+  if (request->kind == Kind::handled && !request->isOfAttestation) {
+    if (isNamed != (served_.count(request->name) != 0)) world_.breaks("what a handler answered is written");
+    if (!isNamed) checkClosedAnswer(*request, result);
+  }
   request->isAnswered = true;
   if (request->kind == Kind::user) ++submissionsWritten_;
+}
+
+/// It grants nothing.
+void CampaignRequests::checkClosedAnswer(const Request& request, const JSONValue& result) {
+  const std::string text = result.encode();
+  const auto has = [&text](std::string_view part) { return text.find(part) != std::string::npos; };
+  const bool isClosed = has(R"("decision":"decline")") || has(R"("action":"cancel")") || has(R"("success":false)") ||
+                        has(R"("permissions":{})");
+  if (!isClosed) world_.breaks("a handler that failed grants nothing: " + text);
+  if (failed_.count(request.name) == 0) world_.breaks("no request is refused that a handler answers: " + text);
 }
 
 CampaignRequests::Request* CampaignRequests::newestTaken(int process, const std::string& id) {

@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stop_token>
 #include <string>
 #include <string_view>
@@ -51,6 +52,9 @@ class CampaignRequests final : public CampaignObserver {
   CampaignRequests& operator=(const CampaignRequests&) = delete;
   ~CampaignRequests() override { world_.observeBy(nullptr); }
 
+  /// No handler may be called once this holds.
+  void serveUnless(std::function<bool()> isOutOfUse) { isOutOfUse_ = std::move(isOutOfUse); }
+
   /// Answers one of the questions that the user was asked, or will be.
   void submit();
 
@@ -67,8 +71,9 @@ class CampaignRequests final : public CampaignObserver {
   struct Request {
     Kind kind = Kind::handled;
     JSONValue id;
-    /// The text that an answer which is more than a refusal has in it.
+    /// The text that an answer which is more than a refusal has in it; one of an attestation has none.
     std::string name;
+    bool isOfAttestation = false;
     std::string itemID;
     int process = 0;
     /// Its place among those that the run has taken; 0 until then.
@@ -92,7 +97,8 @@ class CampaignRequests final : public CampaignObserver {
   Request& newRequest(Kind kind, JSONValue id);
   JSONValue anID(const std::string& turnID);
   void installHandlers();
-  Task<void> takeTime();
+  Task<void> takeTime(std::string name);
+  void checkClosedAnswer(const Request& request, const JSONValue& result);
   void take(Request& request, std::optional<std::uint64_t> operationGeneration);
   void forgetTaken(const InMemoryProcess& process);
   void checkRefusal(const InMemoryProcess& process, const std::string& id);
@@ -113,6 +119,10 @@ class CampaignRequests final : public CampaignObserver {
   std::uint64_t activityBefore_ = 0;
   std::size_t linesTaken_ = 0;
   std::size_t requestsTaken_ = 0;
+  /// The requests whose handlers have failed, and those whose handlers have answered.
+  std::set<std::string> failed_;
+  std::set<std::string> served_;
+  std::function<bool()> isOutOfUse_;
   std::vector<const CallRecord*> submissions_;
   std::size_t submissionsWritten_ = 0;
 };

@@ -16,29 +16,49 @@ constexpr std::uint64_t stepsOfInterest = 120;
 
 }  // namespace
 
-CampaignThread::CampaignThread(CampaignWorld& world, std::optional<std::string> threadID) : world_(world) {
+CampaignThread::CampaignThread(CampaignWorld& world, std::optional<std::string> threadID)
+    : world_(world), next_(world.observer()) {
   auto conversation =
       std::make_shared<detail::Conversation>(world.configuration, std::move(threadID),
                                              detail::ServerServices(world.scheduler, world.server, world.blockingWork));
   conversation_ = conversation;
   lastID_ = conversation->id();
+  oracle_.emplace(world, conversation_);
   world.observeBy(this);
   world.open(conversation->reusableRun());
   thread_.emplace(std::move(conversation));
 }
 
-CampaignThread::~CampaignThread() { world_.observeBy(nullptr); }
+CampaignThread::~CampaignThread() { world_.observeBy(next_); }
 
 // The application's actions.
 
-ThreadCallRecord& CampaignThread::call(ThreadCallKind kind, std::optional<std::uint64_t> readsAtMost) {
+ThreadCallRecord& CampaignThread::newCall(ThreadCallKind kind) {
   auto& record = *calls_.emplace_back(std::make_unique<ThreadCallRecord>());
   record.kind = kind;
+  record.name = "call-" + std::to_string(calls_.size()) + ".";
+  return record;
+}
+
+ThreadCallRecord& CampaignThread::call(ThreadCallKind kind, std::optional<std::uint64_t> readsAtMost) {
+  auto& record = newCall(kind);
   record.readsAtMost = readsAtMost;
+  launch(record);
+  return record;
+}
+
+ThreadCallRecord& CampaignThread::callWithin(ThreadCallKind kind, std::chrono::nanoseconds timeout) {
+  auto& record = newCall(kind);
+  record.timeout = timeout;
+  launch(record);
+  return record;
+}
+
+void CampaignThread::launch(ThreadCallRecord& record) {
   if (!thread_) {
     record.isOver = true;
     record.error = "dropped";
-    return record;
+    return;
   }
   record.idBefore = thread_->id();
   record.wasAlone = underWay_ == 0 && !mayRunUnseen_;
@@ -48,37 +68,44 @@ ThreadCallRecord& CampaignThread::call(ThreadCallKind kind, std::optional<std::u
   ++underWay_;
   wasUnderWay_ = true;
   world_.launch(noteOutcome(*this, record, begin(record)), record.stop.get_token());
-  return record;
 }
 
 Task<void> CampaignThread::begin(ThreadCallRecord& record) {
   TurnOptions options;
   options.signal = record.controller.signal;
+  if (record.kind == ThreadCallKind::run || record.kind == ThreadCallKind::turn) options.timeout = record.timeout;
   switch (record.kind) {
     case ThreadCallKind::run:
-      return wait(*this, record, thread_->run("go", options));
+      return wait(*this, record, thread_->run(record.name, options));
     case ThreadCallKind::turn:
-      return follow(*this, record, thread_->runStreamed("go", options));
+      return follow(*this, record, thread_->runStreamed(record.name, options));
     case ThreadCallKind::review:
-      return follow(*this, record,
-                    thread_->startReviewStreamed(ReviewTarget::custom("all"), ReviewDelivery::inline_, options.signal));
+      return follow(
+          *this, record,
+          thread_->startReviewStreamed(ReviewTarget::custom(record.name), ReviewDelivery::inline_, options.signal));
     case ThreadCallKind::compaction:
       return follow(*this, record, thread_->compactStreamed(options.signal));
     case ThreadCallKind::side:
       break;
   }
-  return follow(*this, record, thread_->runSideConversationStreamed("aside", "be brief", options));
+  return follow(*this, record, thread_->runSideConversationStreamed(record.name, "be brief", options));
 }
 
-Task<void> CampaignThread::wait(CampaignThread&, ThreadCallRecord& record, Task<Turn> running) {
+Task<void> CampaignThread::wait(CampaignThread& self, ThreadCallRecord& record, Task<Turn> running) {
+  self.oracle_->begins(record);
   auto turn = co_await std::move(running);
   record.wasAccepted = true;
+  for (const ThreadItem& item : turn.items) {
+    if (item.agentMessageText()) record.items.push_back(wordsOfItem(encode(item)));
+  }
   record.turn = std::move(turn);
 }
 
 Task<void> CampaignThread::follow(CampaignThread& self, ThreadCallRecord& record, Task<StreamedTurn> starting) {
+  self.oracle_->begins(record);
   auto streamed = co_await std::move(starting);
   record.wasAccepted = true;
+  self.oracle_->accepted(record);
   if (record.kind == ThreadCallKind::turn && record.wasAlone && self.thread_) {
     self.world_.require(self.id().has_value(), "a turn that was accepted has a thread that is known");
   }
@@ -109,24 +136,51 @@ Task<void> CampaignThread::noteOutcome(CampaignThread& self, ThreadCallRecord& r
     record.error = error.what();
   } catch (const OrmelProcessError& error) {
     record.error = error.what();
+  } catch (const TimeoutError& error) {
+    record.error = error.what();
   }
   self.noteEnd(record);
 }
 
-CallRecord& CampaignThread::steer() {
-  if (!thread_) return *joins_.emplace_back(std::make_unique<CallRecord>());
-  return world_.begin(thread_->steer("faster"), true);
+void CampaignThread::join(ThreadJoin::Kind kind) {
+  if (!thread_) return;
+  ThreadJoin& join = *joins_.emplace_back(std::make_unique<ThreadJoin>());
+  join.kind = kind;
+  join.name = "join-" + std::to_string(joins_.size()) + ".";
+  if (kind == ThreadJoin::Kind::close) world_.beClosed();
+  world_.begin(follow(*this, join, taskOf(join)), kind == ThreadJoin::Kind::steer);
 }
 
-CallRecord& CampaignThread::interrupt() {
-  if (!thread_) return *joins_.emplace_back(std::make_unique<CallRecord>());
-  return world_.begin(thread_->interrupt());
+Task<void> CampaignThread::taskOf(const ThreadJoin& join) const {
+  switch (join.kind) {
+    case ThreadJoin::Kind::steer:
+      return thread_->steer(join.name);
+    case ThreadJoin::Kind::interrupt:
+      return thread_->interrupt();
+    case ThreadJoin::Kind::answer:
+      return thread_->submitRequestUserInput("item-1", {{"size", {"big"}}});
+    case ThreadJoin::Kind::idle:
+      return thread_->idle();
+    case ThreadJoin::Kind::close:
+      break;
+  }
+  return thread_->close();
 }
 
-CallRecord& CampaignThread::answer() {
-  if (!thread_) return *joins_.emplace_back(std::make_unique<CallRecord>());
-  return world_.begin(thread_->submitRequestUserInput("item-1", {{"size", {"big"}}}));
+Task<void> CampaignThread::follow(CampaignThread& self, ThreadJoin& join, Task<void> joining) {
+  self.oracle_->begins(join);
+  try {
+    co_await std::move(joining);
+  } catch (const Error& error) {
+    join.error = error.what();
+  }
+  join.isOver = true;
+  if (join.kind == ThreadJoin::Kind::close) self.wasClosed_ = true;
+  self.oracle_->ended(join);
+  self.world_.mix(join.error ? std::string_view(*join.error) : std::string_view("joined"));
 }
+
+bool CampaignThread::isOutOfUse() const { return wasClosed_ || !world_.hasRun(); }
 
 void CampaignThread::atAnyStep(std::function<void()> action) { world_.atAnyStep(std::move(action), stepsOfInterest); }
 
@@ -157,7 +211,20 @@ bool CampaignThread::isBusy() const {
 
 // The promises that hold at all times.
 
-void CampaignThread::stepped(const detail::AppServerTurnRun*) {
+void CampaignThread::serverSent(const InMemoryProcess& process, const JSONValue& message) {
+  if (next_) next_->serverSent(process, message);
+  oracle_->serverSent(process, message);
+}
+
+void CampaignThread::runWrote(const detail::AppServerTurnRun& run, const InMemoryProcess& process,
+                              const JSONValue& message) {
+  if (next_) next_->runWrote(run, process, message);
+  oracle_->runWrote(run, process, message);
+}
+
+void CampaignThread::stepped(const detail::AppServerTurnRun* run) {
+  if (next_) next_->stepped(run);
+  oracle_->stepped(run);
   const auto conversation = conversation_.lock();
   if (!conversation) return;
   const auto id = conversation->id();
@@ -172,9 +239,9 @@ void CampaignThread::stepped(const detail::AppServerTurnRun*) {
   if (operation) {
     world_.require(operation->generation >= newestGeneration_, "an operation is not replaced by an older one");
     newestGeneration_ = operation->generation;
-  } else if (lastGeneration_) {
-    const auto& stream = conversation->reusableRun()->stream();
-    world_.require(stream.currentOperationGeneration() != lastGeneration_, "a thread is busy as long as its run is");
+  } else if (lastGeneration_ && run) {
+    world_.require(run->stream().currentOperationGeneration() != lastGeneration_,
+                   "a thread is busy as long as its run is");
   }
   lastGeneration_ = operation ? std::optional(operation->generation) : std::nullopt;
   world_.mix(lastGeneration_.value_or(0));
@@ -184,14 +251,16 @@ void CampaignThread::stepped(const detail::AppServerTurnRun*) {
 
 void CampaignThread::note(ThreadCallRecord& record, const ThreadEvent& event) {
   world_.mix(event.value.index());
-  if (record.turnsEnded > 0) world_.breaks("the end of a turn is its last event");
+  if (record.turnsEnded() > 0) world_.breaks("the end of a turn is its last event");
   if (const auto* started = std::get_if<ThreadStartedEvent>(&event.value)) {
     record.threadsStarted.push_back(started->threadID);
-  } else if (std::holds_alternative<ItemCompletedEvent>(event.value)) {
-    ++record.itemsCompleted;
-  } else if (std::holds_alternative<TurnCompletedEvent>(event.value) ||
-             std::holds_alternative<TurnFailedEvent>(event.value)) {
-    ++record.turnsEnded;
+  } else if (const auto* completed = std::get_if<ItemCompletedEvent>(&event.value)) {
+    // The others are those of answered requests.
+    if (completed->item.agentMessageText()) record.items.push_back(wordsOfItem(encode(completed->item)));
+  } else if (std::holds_alternative<TurnCompletedEvent>(event.value)) {
+    ++record.turnsCompleted;
+  } else if (std::holds_alternative<TurnFailedEvent>(event.value)) {
+    ++record.turnsFailed;
   }
 }
 
@@ -204,6 +273,7 @@ void CampaignThread::noteEnd(ThreadCallRecord& record) {
   if (!isRead || record.wasCancelled) mayRunUnseen_ = true;
   if (underWay_ == 0 && !mayRunUnseen_ && isBusy()) world_.breaks("a thread is idle once the end of its call is seen");
   if (thread_ && record.wasAlone) checkID(record);
+  oracle_->ended(record);
   checkTurn(record);
 }
 
@@ -223,16 +293,17 @@ void CampaignThread::checkID(const ThreadCallRecord& record) {
 
 void CampaignThread::checkTurn(const ThreadCallRecord& record) const {
   if (record.endedPlainly() && record.kind != ThreadCallKind::run) {
-    world_.require(record.turnsEnded == 1, "a plain end follows the end of the turn");
+    world_.require(record.turnsEnded() == 1, "a plain end follows the end of the turn");
   }
-  if (record.error) world_.require(record.turnsEnded == 0, "a failed operation has no ended turn");
+  if (record.error) world_.require(record.turnsEnded() == 0, "a failed operation has no ended turn");
   world_.require(!record.wasCancelled || record.stop.stop_requested(), "only a cancelled caller is cancelled");
   if (!record.turn) return;
   world_.require(record.turn->usage.has_value(), "a turn that ended tells its tokens");
-  if (!record.turn->items.empty()) {
-    const auto text = record.turn->items.back().agentMessageText();
-    world_.require(text && std::string_view(*text) == record.turn->finalResponse, "the last message is the response");
+  std::string response;
+  for (const ThreadItem& item : record.turn->items) {
+    if (const auto text = item.agentMessageText()) response = std::string_view(*text);
   }
+  world_.require(record.turn->finalResponse == response, "the last message is the response");
 }
 
 void CampaignThread::requireErrors(const ThreadCallRecord& record, const std::vector<std::string_view>& allowed) const {
@@ -248,8 +319,7 @@ void CampaignThread::requirePlainEnd(const ThreadCallRecord& record) const {
   world_.require(isCompaction || record.endedPlainly(),
                  "nothing keeps a call from its end: " + record.error.value_or("no error"));
   if (!record.endedPlainly()) return;
-  const auto items = record.turn ? record.turn->items.size() : static_cast<std::size_t>(record.itemsCompleted);
-  world_.require(items == CampaignServer::itemsOfTurn, "all items of a turn come before its end");
+  world_.require(record.items.size() == CampaignServer::itemsOfTurn, "all items of a turn come before its end");
 }
 
 }  // namespace ormel::testing

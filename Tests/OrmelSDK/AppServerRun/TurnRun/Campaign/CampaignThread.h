@@ -1,51 +1,24 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
 #include <optional>
-#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignThreadOracle.h"
 #include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignWorld.h"
 #include "OrmelSDK/Conversation.h"
-#include "OrmelSDK/Options/AbortSignal.h"
 
 namespace ormel::testing {
 
-/// How an application keeps a thread busy.
-enum class ThreadCallKind { run, turn, review, compaction, side };
-
-/// The application's view of such a call.
-struct ThreadCallRecord {
-  ThreadCallKind kind = ThreadCallKind::run;
-  AbortController controller;
-  std::stop_source stop;
-  std::optional<std::string> idBefore;
-  /// No other call was under way at any time between its begin and its end.
-  bool wasAlone = true;
-  bool isOver = false;
-  /// The start succeeded.
-  bool wasAccepted = false;
-  /// The reader went away after so many events.
-  std::optional<std::uint64_t> readsAtMost;
-  bool wasLeftUnread = false;
-  std::optional<std::string> error;
-  bool wasCancelled = false;
-  std::vector<std::string> threadsStarted;
-  int itemsCompleted = 0;
-  int turnsEnded = 0;
-  std::optional<Turn> turn;
-
-  bool isOfMainThread() const { return kind == ThreadCallKind::run || kind == ThreadCallKind::turn; }
-  bool endedPlainly() const { return isOver && wasAccepted && !error && !wasLeftUnread; }
-};
-
 /// One `Thread` in a campaign's world, and the application that uses it. After each step it checks what a thread
-/// promises at all times, at the end of each call what the call promises, and at the end that nothing is left.
+/// promises at all times, at the end of each call what the call promises, and at the end that nothing is left; an
+/// oracle says what else must come of each call. An observer that the world has already goes on observing.
 class CampaignThread final : public CampaignObserver {
  public:
   /// Makes the thread, by the world's plan and configuration as they are now.
@@ -56,9 +29,12 @@ class CampaignThread final : public CampaignObserver {
 
   // The application's actions; they do nothing once it has let go of the thread.
   ThreadCallRecord& call(ThreadCallKind kind, std::optional<std::uint64_t> readsAtMost = std::nullopt);
-  CallRecord& steer();
-  CallRecord& interrupt();
-  CallRecord& answer();
+  ThreadCallRecord& callWithin(ThreadCallKind kind, std::chrono::nanoseconds timeout);
+  void steer() { join(ThreadJoin::Kind::steer); }
+  void interrupt() { join(ThreadJoin::Kind::interrupt); }
+  void answer() { join(ThreadJoin::Kind::answer); }
+  void awaitIdle() { join(ThreadJoin::Kind::idle); }
+  void closeThread() { join(ThreadJoin::Kind::close); }
   void drop() { thread_.reset(); }
 
   ThreadCallKind anyKind() { return static_cast<ThreadCallKind>(world_.scheduler.choose(5)); }
@@ -74,6 +50,8 @@ class CampaignThread final : public CampaignObserver {
 
   std::optional<std::string> id() const;
   bool isBusy() const;
+  /// Whether it has been closed, or its run is gone: no handler may be called any more.
+  bool isOutOfUse() const;
 
   void requireErrors(const ThreadCallRecord& record, const std::vector<std::string_view>& allowed) const;
   /// Requires that the call ended as if nothing disturbed it; only a compaction can learn of its end before it has
@@ -87,18 +65,28 @@ class CampaignThread final : public CampaignObserver {
   static Task<void> read(CampaignThread& self, ThreadCallRecord& record, StreamedTurn streamed);
   static Task<void> wait(CampaignThread& self, ThreadCallRecord& record, Task<Turn> running);
   static Task<void> noteOutcome(CampaignThread& self, ThreadCallRecord& record, Task<void> application);
+  static Task<void> follow(CampaignThread& self, ThreadJoin& join, Task<void> joining);
+  void join(ThreadJoin::Kind kind);
+  Task<void> taskOf(const ThreadJoin& join) const;
+  void launch(ThreadCallRecord& record);
+  ThreadCallRecord& newCall(ThreadCallKind kind);
   Task<void> begin(ThreadCallRecord& record);
   void note(ThreadCallRecord& record, const ThreadEvent& event);
   void noteEnd(ThreadCallRecord& record);
   void checkID(const ThreadCallRecord& record);
   void checkTurn(const ThreadCallRecord& record) const;
+  void serverSent(const InMemoryProcess& process, const JSONValue& message) override;
+  void runWrote(const detail::AppServerTurnRun& run, const InMemoryProcess& process, const JSONValue& message) override;
   void stepped(const detail::AppServerTurnRun* run) override;
 
   CampaignWorld& world_;
+  CampaignObserver* const next_;
   std::weak_ptr<detail::Conversation> conversation_;
+  std::optional<CampaignThreadOracle> oracle_;
   std::optional<Thread> thread_;
   std::vector<std::unique_ptr<ThreadCallRecord>> calls_;
-  std::vector<std::unique_ptr<CallRecord>> joins_;
+  std::vector<std::unique_ptr<ThreadJoin>> joins_;
+  bool wasClosed_ = false;
   std::size_t underWay_ = 0;
   /// Whether a call was under way before the present step.
   bool wasUnderWay_ = false;

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignErrors.h"
+#include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignRequests.h"
 #include "OrmelSDK/AppServerRun/TurnRun/Campaign/CampaignThread.h"
 #include "OrmelSDK/Concurrency/Sleep.h"
 
@@ -243,6 +244,93 @@ void lostReader(CampaignWorld& world) {
   thread.close();
 }
 
+/// A turn that lasts longer than its caller has time for.
+void threadTimeout(CampaignWorld& world) {
+  using namespace std::chrono_literals;
+  constexpr std::array<std::chrono::nanoseconds, 5> times = {1s, 3s, 30s, 33s, 120s};
+  world.plan().replies["turn/interrupt"] = anyOf(world, interruptReplies);
+  world.plan().completesTurns = world.scheduler.choose(3) == 0;
+  world.plan().endsInterruptedTurns = world.coin();
+  dawdleOrNot(world);
+  CampaignThread thread(world, anyThread(world));
+  thread.callWithin(static_cast<ThreadCallKind>(world.coin()), anyOf(world, times));
+  if (world.coin()) {
+    world.after(anyOf(world, times), [&] { thread.interrupt(); });
+  }
+  world.after(anyOf(world, times), [&] { thread.call(thread.anyKind()); });
+  if (world.coin()) thread.atAnyStep([&] { thread.awaitIdle(); });
+  thread.settle();
+  world.plan().completesTurns = true;
+  thenAnother(thread);
+}
+
+/// The application waits for one operation to end, and begins the next.
+void waitsForIdle(CampaignWorld& world) {
+  world.plan().completesTurns = world.coin();
+  world.plan().replies["turn/interrupt"] = anyOf(world, interruptReplies);
+  dawdleOrNot(world);
+  CampaignThread thread(world, "thread-of-old");
+  thread.call(thread.anyKind());
+  for (auto count = 2 + world.scheduler.choose(4); count > 0; --count) {
+    thread.atAnyStep([&] {
+      thread.awaitIdle();
+      if (world.scheduler.choose(3) == 0) thread.interrupt();
+      if (world.scheduler.choose(3) == 0) thread.call(thread.anyKind());
+    });
+  }
+  thread.settle();
+  world.plan().completesTurns = true;
+  thenAnother(thread);
+}
+
+/// The thread is closed, once or more often, while it is busy or about to be.
+void threadClosing(CampaignWorld& world) {
+  world.plan().completesTurns = world.coin();
+  world.plan().ignoresTermination = world.scheduler.choose(3) == 0;
+  dawdleOrNot(world);
+  CampaignThread thread(world, anyThread(world));
+  thread.call(thread.anyKind());
+  for (auto count = 1 + world.scheduler.choose(2); count > 0; --count) {
+    thread.atAnyStep([&] { thread.closeThread(); });
+  }
+  for (auto count = 1 + world.scheduler.choose(3); count > 0; --count) {
+    thread.atAnyStep([&] { thread.call(thread.anyKind()); });
+  }
+  if (world.coin()) thread.atAnyStep([&] { thread.awaitIdle(); });
+  if (world.coin()) thread.atAnyStep([&] { thread.interrupt(); });
+  if (world.coin()) thread.atAnyStep([&] { thread.drop(); });
+  thread.settle();
+  thread.closeThread();
+  thread.settle();
+  thread.close();
+}
+
+/// The server asks, the handlers answer in all ways, and the application stops, closes or destroys all that it has.
+void threadAsked(CampaignWorld& world) {
+  RequestPlan plan;
+  plan.sharesIDs = world.scheduler.choose(3) == 0;
+  plan.resolves = world.scheduler.choose(3) == 0;
+  plan.handlersFail = true;
+  CampaignRequests requests(world, plan);
+  world.plan().completesTurns = world.coin();
+  world.plan().endsInterruptedTurns = world.coin();
+  dawdleOrNot(world);
+  CampaignThread thread(world, "thread-of-old");
+  requests.serveUnless([&thread] { return thread.isOutOfUse(); });
+  auto& record = thread.call(thread.anyKind());
+  const auto end = world.scheduler.choose(5);
+  thread.atAnyStep([&, end] {
+    if (end == 0) thread.drop();
+    if (end == 1) thread.closeThread();
+    if (end == 2) thread.interrupt();
+    if (end == 3) record.controller.abort();
+  });
+  if (world.coin()) thread.atAnyStep([&] { thread.call(thread.anyKind()); });
+  if (world.coin()) thread.atAnyStep([&] { thread.steer(); });
+  thread.settle();
+  thread.close();
+}
+
 /// Everything at once.
 void threadStorm(CampaignWorld& world) {
   auto& plan = world.plan();
@@ -264,7 +352,7 @@ void threadStorm(CampaignWorld& world) {
   for (auto events = 3 + world.scheduler.choose(5); events > 0; --events) {
     thread.atAnyStep([&] {
       auto& calls = thread.calls();
-      switch (world.scheduler.choose(10)) {
+      switch (world.scheduler.choose(11)) {
         case 0:
           thread.interrupt();
           break;
@@ -282,6 +370,9 @@ void threadStorm(CampaignWorld& world) {
           break;
         case 5:
           thread.call(thread.anyKind(), world.scheduler.choose(4));
+          break;
+        case 6:
+          thread.awaitIdle();
           break;
         default:
           thread.call(thread.anyKind());
@@ -312,6 +403,10 @@ std::vector<CampaignScenario> campaignThreadScenarios() {
       {"ThreadFaults", faults},
       {"ThreadCancelledCaller", threadCancelledCaller},
       {"ThreadLostReader", lostReader},
+      {"ThreadTimeout", threadTimeout},
+      {"ThreadIdleWaits", waitsForIdle},
+      {"ThreadClosing", threadClosing},
+      {"ThreadAsked", threadAsked},
       {"ThreadStorm", threadStorm},
   };
 }

@@ -375,7 +375,8 @@ void CampaignWorld::checkRun(const Run& run) {
   require(transport.generation() >= transportGeneration_, "the transport's generation never falls");
   transportGeneration_ = transport.generation();
   require(transport.hasProcess() || !transport.didInitializeProcess(), "without a process there is no handshake");
-  require(server.held() == (transport.hasProcess() ? 1U : 0U), "the run holds its one process and no other");
+  const std::size_t held = transport.hasProcess() ? 1U : 0U;
+  require(server.held() == held || (isClosed_ && server.held() == 1), "the run holds its one process and no other");
 
   const auto& scope = run.scope();
   if (!transport.hasProcess()) {

@@ -138,6 +138,11 @@ class CampaignWorld {
 
   /// Has somebody look on, from `open` on; nobody if null.
   void observeBy(CampaignObserver* observer) noexcept { observer_ = observer; }
+  CampaignObserver* observer() const noexcept { return observer_; }
+
+  bool hasRun() const noexcept { return !weakRun_.expired(); }
+  /// The run is about to be closed: then it may hold its process a while longer.
+  void beClosed() noexcept { isClosed_ = true; }
 
   /// Adds to the trace.
   void mix(std::uint64_t value) noexcept;
@@ -204,6 +209,7 @@ class CampaignWorld {
   bool isDropped_ = false;
   bool isDawdling_ = false;
   bool isUntrusted_ = false;
+  bool isClosed_ = false;
   std::vector<std::string_view> allowedFailures_;
   int steersMade_ = 0;
   std::uint64_t highWaterMark_ = 0;
