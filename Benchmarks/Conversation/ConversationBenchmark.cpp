@@ -285,8 +285,8 @@ void measure(const Arguments& arguments) {
   std::size_t number = 0;
   for (const Measurement* measurement : wanted) {
     const auto seconds = static_cast<int>(secondsSince(start));
-    std::fprintf(stderr, "[%zu of %zu, %d:%02d] %s\n", ++number, wanted.size(), seconds / 60, seconds % 60,
-                 measurement->name);
+    std::fprintf(stderr, "conversation-benchmark: [%zu of %zu, %d:%02d] %s\n", ++number, wanted.size(), seconds / 60,
+                 seconds % 60, measurement->name);
     try {
       measurement->run(report, measurement->name, arguments);
     } catch (const std::exception& error) {
