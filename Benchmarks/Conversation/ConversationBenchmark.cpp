@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "BusyCores.h"
@@ -62,19 +63,21 @@ class Report {
       row.emplace_back(limit->isRate ? "atLeast" : "atMost", limit->ratio);
     }
     endLine();
-    members_.emplace_back(name, JSONValue::object(row));
+    rows_.emplace_back(name, JSONValue::object(row));
   }
 
   /// For a figure that this system does not give.
   void addHidden(const std::string& name, const char* title, const std::string& reason) {
     std::printf("%-66s not measured here: %s", title, reason.c_str());
     endLine();
-    members_.emplace_back(name, JSONValue::object({{"hidden", reason}}));
+    rows_.emplace_back(name, JSONValue::object({{"hidden", reason}}));
   }
 
   void write(const std::string& path) const {
+    std::vector<JSONMemberInit> members;
+    for (const auto& [name, row] : rows_) members.emplace_back(name, row);
     std::ofstream file(path);
-    file << JSONValue::object(members_) << "\n";
+    file << JSONValue::object(members) << "\n";
     if (!file.flush()) throw std::runtime_error("cannot write " + path);
   }
 
@@ -85,7 +88,7 @@ class Report {
     std::fflush(stdout);
   }
 
-  std::vector<JSONMemberInit> members_;
+  std::vector<std::pair<std::string, JSONValue>> rows_;
 };
 
 struct Arguments {
