@@ -4,6 +4,7 @@ import { execFileSync, spawnSync } from "node:child_process";
 import { existsSync, mkdirSync, readFileSync, readdirSync, statSync, writeFileSync } from "node:fs";
 import path from "node:path";
 import process from "node:process";
+import { Steps } from "./steps.mjs";
 
 const engine = "Sources/OrmelSDK/AppServerRun/TurnRun";
 // Sources of a thread, beside the engine's.
@@ -159,12 +160,19 @@ function main() {
     mkdirSync(work, { recursive: true });
     const words = compilation();
     const command = linkCommand();
+    const steps = new Steps("campaign-faults", faults.length + 2);
+    steps.begin("the engine, compiled file by file");
     const sources = compileEngine(words);
+    steps.begin("without any fault");
     const sound = path.join(work, "sound");
     link(command, sources.map(objectOf), sound);
     const control = play(sound, schedules);
     if (control.isFound) throw new Error(`the campaign fails without any fault: ${control.how} (${control.where})`);
-    for (const fault of faults) attempt(fault, () => tryFault(fault, words, command, sources, schedules));
+    for (const fault of faults) {
+      steps.begin(fault.rule);
+      attempt(fault, () => tryFault(fault, words, command, sources, schedules));
+    }
+    steps.done();
   }
   console.log(`${faults.length - failed.length} of ${faults.length} faults as they should be`);
   process.exit(failed.length === 0 ? 0 : 1);

@@ -1,28 +1,16 @@
-// Prints the ratios between benchmarks of one run that the project promises, from Google Benchmark's JSON.
-// Usage: node scripts/ratios.mjs FILE
-import { readFileSync } from "node:fs";
+// Prints the ratios between benchmarks of one run that the project promises, from Google Benchmark's JSON. Fails when one
+// of them was not measured, unless the run was a part on purpose.
+// Usage: node scripts/ratios.mjs FILE [--partial]
+import process from "node:process";
+import { readLibrary, sample } from "./speed/library.mjs";
 
-// The spread of a counter that is zero is written as a bare NaN, which is no JSON.
-const text = readFileSync(process.argv[2], "utf8").replace(/": -?NaN\b/gi, '": null');
-const run = JSON.parse(text);
-
-/** The fastest repetition of each benchmark, in nanoseconds. */
-const nanoseconds = { ns: 1, us: 1e3, ms: 1e6, s: 1e9 };
-const fastest = new Map();
-const highestRate = new Map();
-for (const entry of run.benchmarks) {
-  if (entry.run_type === "aggregate" && entry.aggregate_name !== "min") continue;
-  const name = entry.run_name.replace(/\/(min_time|repeats|real_time|process_time).*/, "");
-  const time = entry.real_time * nanoseconds[entry.time_unit];
-  fastest.set(name, Math.min(time, fastest.get(name) ?? Infinity));
-  highestRate.set(name, Math.max(entry.items_per_second ?? 0, highestRate.get(name) ?? 0));
-}
+const [file, ...options] = process.argv.slice(2);
+const { fastest, highestRate } = readLibrary(file);
 
 /**
  * The promises: [subject, measured, yardstick, highest allowed ratio of their times or nothing, how much more is done].
  */
 const promises = [];
-const sample = (name, index) => `${name}/line=0,objects=1,string=2:${index}`;
 for (const [index, what] of ["a 253-byte line", "1 MB of nested objects", "a 1 MB text"].entries()) {
   promises.push([`decode ${what}, against simdjson's parse and walk`, sample("decodePaddedToJSONValue", index),
     sample("decodeBySimdjsonParseAndWalk", index), 1.3]);
@@ -70,14 +58,22 @@ for (const [method, name] of [["model/list", "modelList"], ["plugin/list", "plug
     `${name}ByMacroRecords`, 0.2]);
 }
 
+const unmeasured = [];
 console.log("\nRatios of this run (fastest repetitions)\n");
 for (const [subject, measured, yardstick, limit, moreIsDone = 1] of promises) {
   const ratio = fastest.get(measured) / fastest.get(yardstick) / moreIsDone;
   const promise = limit === undefined ? "(for information)" : `(at most ${limit.toFixed(2)})`;
-  const verdict = Number.isNaN(ratio) ? "  not measured" : limit === undefined || ratio <= limit ? "" : "  MISSED";
+  if (!Number.isFinite(ratio)) unmeasured.push(subject.trim());
+  const verdict = !Number.isFinite(ratio) ? "  not measured" : limit === undefined || ratio <= limit ? "" : "  MISSED";
   console.log(`${ratio.toFixed(2).padStart(8)}  ${promise.padEnd(17)}  ${subject}${verdict}`);
 }
 
 const steps = Math.min(highestRate.get("simulatedSteps"), highestRate.get("simulatedSleeps")) / 1e6;
-const verdict = Number.isNaN(steps) ? "  not measured" : steps >= 5 ? "" : "  MISSED";
+if (!Number.isFinite(steps)) unmeasured.push("steps of the simulated scheduler");
+const verdict = !Number.isFinite(steps) ? "  not measured" : steps >= 5 ? "" : "  MISSED";
 console.log(`${steps.toFixed(1).padStart(8)}  (at least 5)      million steps a second of the simulated scheduler${verdict}`);
+
+if (unmeasured.length > 0 && !options.includes("--partial")) {
+  console.error(`scripts/ratios.mjs: ${unmeasured.length} ratios were not measured: ${unmeasured.join("; ")}`);
+  process.exit(1);
+}

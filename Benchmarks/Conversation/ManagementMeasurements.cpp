@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Conversations.h"
 #include "OrmelSDK/AppServerRun/Payloads/AppServerInitializeCapabilities.h"
 #include "OrmelSDK/Concurrency/TaskGroup.h"
 #include "OrmelSDK/Ormel.h"
@@ -18,8 +19,6 @@
 namespace ormel::benchmarks {
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 double nanosecondsOf(const std::function<void()>& work) {
   const auto start = Clock::now();

@@ -14,6 +14,8 @@
 #include <variant>
 #include <vector>
 
+#include "BareChild.h"
+#include "Conversations.h"
 #include "JSONSamples.h"
 #include "Lines.h"
 #include "OrmelSDK/AppServerRun/Framing/AppServerJSONLineBuffer.h"
@@ -23,15 +25,11 @@
 
 namespace ormel::benchmarks {
 
-namespace {
-
 double median(std::vector<double> values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
   std::nth_element(values.begin(), middle, values.end());
   return *middle;
 }
-
-}  // namespace
 
 Pair medians(int rounds, const std::function<double()>& measured, const std::function<double()>& yardstick) {
   std::vector<double> ours;
@@ -44,16 +42,6 @@ Pair medians(int rounds, const std::function<double()>& measured, const std::fun
 }
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
-
-Thread newThread() {
-  OrmelOptions options;
-  options.ormelPathOverride = ORMEL_CONVERSATION_SERVER;
-  return Ormel(options).startThread();
-}
 
 std::string prompt(std::string_view workload, std::uint64_t amount) {
   return std::string(workload) + ' ' + std::to_string(amount);
@@ -102,32 +90,6 @@ double splitAndDecodePerSecond(std::uint64_t lines) {
   return static_cast<double>(decoded) / secondsSince(start);
 }
 
-/// A child without a protocol, read by blocking calls.
-class BareChild {
- public:
-  explicit BareChild(std::vector<std::string> arguments) : program_(ORMEL_CONVERSATION_SERVER, settings(arguments)) {
-    testing::setNonBlocking(program_.outputDescriptor(), false);
-  }
-
-  void write(std::string_view bytes) { program_.write(bytes); }
-
-  /// The bytes of one read; empty at the end.
-  std::string_view read() {
-    const ssize_t got = ::read(program_.outputDescriptor(), block_.data(), block_.size());
-    return std::string_view(block_).substr(0, got > 0 ? static_cast<std::size_t>(got) : 0);
-  }
-
- private:
-  static testing::ChildOptions settings(std::vector<std::string>& arguments) {
-    testing::ChildOptions options;
-    options.arguments = std::move(arguments);
-    return options;
-  }
-
-  testing::ChildProgram program_;
-  std::string block_ = std::string(65'536, '\0');
-};
-
 double bareLinesPerSecond(std::uint64_t lines) {
   const auto start = Clock::now();
   BareChild child({"bare", "lines", std::to_string(lines)});
@@ -164,46 +126,6 @@ double medianWakeUp(std::uint64_t lines) {
   std::vector<double> ages;
   for (auto line = child.read(); !line.empty(); line = child.read()) ages.push_back(age(line.substr(prefix)));
   return median(std::move(ages));
-}
-
-Task<void> steerManyTimes(Thread thread, std::uint64_t requests) {
-  for (std::uint64_t request = 0; request < requests; ++request) co_await thread.steer("go on");
-}
-
-/// Ends the turn that `held` has opened.
-void endHeldTurn(const Thread& thread, StreamedTurn turn) {
-  thread.steer("end").get();
-  while (turn.events.nextBlocking()) {
-  }
-}
-
-double nanosecondsPerSteer(const Thread& thread, std::uint64_t requests) {
-  StreamedTurn turn = thread.runStreamed("held 0").get();
-  const auto start = Clock::now();
-  steerManyTimes(thread, requests).get();
-  const double seconds = secondsSince(start);
-  endHeldTurn(thread, std::move(turn));
-  return seconds * 1e9 / static_cast<double>(requests);
-}
-
-/// The request that `Thread::steer` writes.
-std::string steerLine() {
-  return R"({"id":1000,"jsonrpc":"2.0","method":"turn/steer","params":{"expectedTurnId":")" + turnID +
-         R"(","input":[{"text":"go on","text_elements":[],"type":"text"}],"threadId":")" + threadID + "\"}}\n";
-}
-
-double nanosecondsPerExchange(std::uint64_t requests) {
-  BareChild child({"app-server"});
-  const std::string line = steerLine();
-  const auto exchange = [&] {
-    child.write(line);
-    while (child.read().back() != '\n') {
-    }
-  };
-  exchange();
-  const auto start = Clock::now();
-  for (std::uint64_t request = 0; request < requests; ++request) exchange();
-  return secondsSince(start) * 1e9 / static_cast<double>(requests);
 }
 
 double nanosecondsOfTurn(const Thread& thread) {
@@ -253,20 +175,6 @@ Pair measureEventsOfLines(std::uint64_t lines, int rounds) {
 Pair measureLatency(std::uint64_t lines, int rounds) {
   const Thread thread = newThread();
   return medians(rounds, [&] { return medianLatency(thread, lines); }, [&] { return medianWakeUp(lines); });
-}
-
-Pair measureRoundTrip(std::uint64_t requests, int rounds) {
-  const Thread thread = newThread();
-  return medians(
-      rounds, [&] { return nanosecondsPerSteer(thread, requests); }, [&] { return nanosecondsPerExchange(requests); });
-}
-
-Pair measureMemoryOfRequests(std::uint64_t requests) {
-  const Thread thread = newThread();
-  nanosecondsPerSteer(thread, requests / 10);
-  const double before = residentBytes();
-  nanosecondsPerSteer(thread, requests);
-  return {residentBytes(), before};
 }
 
 Pair measureTurns(int rounds) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace ormel::benchmarks {
 
@@ -14,6 +15,8 @@ struct Pair {
 
   double ratio() const { return measured / yardstick; }
 };
+
+double median(std::vector<double> values);
 
 /// The medians of so many rounds, taken alternately.
 Pair medians(int rounds, const std::function<double()>& measured, const std::function<double()>& yardstick);
@@ -32,12 +35,6 @@ Pair measureEventsOfLines(std::uint64_t lines, int rounds);
 /// Nanoseconds from a server's write to the consumer with everything asleep before, and to a reader blocked on the
 /// pipe.
 Pair measureLatency(std::uint64_t lines, int rounds);
-
-/// Nanoseconds of one request and its answer on a live process, and of a bare exchange of the same lines.
-Pair measureRoundTrip(std::uint64_t requests, int rounds);
-
-/// Bytes that this process holds before and after so many requests.
-Pair measureMemoryOfRequests(std::uint64_t requests);
 
 /// Nanoseconds of a whole empty turn on a live process, and of one that has to start the process.
 Pair measureTurns(int rounds);

@@ -1,6 +1,7 @@
 // The other end of the measurements: a server that costs as little as possible, so that what is measured is the client.
 //
 //   conversation-server app-server ...     speaks the protocol; the prompt of a turn is a workload
+//   conversation-server mcp                the same turns for a client of the Model Context Protocol
 //   conversation-server bare WORKLOAD      writes what the workload writes, without a protocol
 //   conversation-server bare ping BYTES    answers each line with one of so many bytes
 
@@ -30,8 +31,15 @@ void writeAll(std::string_view bytes) {
   }
 }
 
+/// The first member of each message of a protocol that wants its version there.
+std::string_view versionMember;
+
+std::string withVersion(std::string_view message) {
+  return std::string("{").append(versionMember).append(message.substr(1));
+}
+
 const std::string& deltaLine() {
-  static const std::string line = ormel::benchmarks::notificationLine() + '\n';
+  static const std::string line = withVersion(ormel::benchmarks::notificationLine()) + '\n';
   return line;
 }
 
@@ -91,6 +99,16 @@ void writeCommandOutput(std::uint64_t bytes) {
   for (std::uint64_t written = 0; written < bytes; written += bytesOfBlock) writeAll(block);
 }
 
+/// Calculates until nobody is there any more for whom it does.
+void keepBusy(std::uint64_t) {
+  constexpr int calculationsBetweenLooks = 1 << 24;
+  const pid_t parent = ::getppid();
+  volatile std::uint64_t number = 1;
+  while (::getppid() == parent) {
+    for (int count = 0; count < calculationsBetweenLooks; ++count) number = number * 6364136223846793005U + 1;
+  }
+}
+
 struct Workload {
   std::string_view name;
   void (*write)(std::uint64_t amount);
@@ -98,7 +116,7 @@ struct Workload {
 
 constexpr Workload workloads[] = {
     {"blocks", writeBlocks},           {"lines", writeLines}, {"clock", writeClock}, {"output", writeCommandOutput},
-    {"nothing", [](std::uint64_t) {}},
+    {"nothing", [](std::uint64_t) {}}, {"busy", keepBusy},
 };
 
 void perform(std::string_view name, std::uint64_t amount) {
@@ -109,6 +127,13 @@ void perform(std::string_view name, std::uint64_t amount) {
   std::_Exit(EXIT_FAILURE);
 }
 
+/// Performs "NAME AMOUNT".
+void performPrompt(const std::string& prompt) {
+  const std::size_t blank = prompt.find(' ');
+  if (blank == std::string::npos) return perform(prompt, 0);
+  perform(std::string_view(prompt).substr(0, blank), std::strtoull(prompt.c_str() + blank, nullptr, 10));
+}
+
 std::string_view textAfter(std::string_view line, std::string_view key) {
   const std::size_t at = line.find(key);
   if (at == std::string_view::npos) return {};
@@ -117,7 +142,7 @@ std::string_view textAfter(std::string_view line, std::string_view key) {
 }
 
 void answer(std::string_view line, std::string_view result) {
-  std::string reply = R"({"id":)";
+  std::string reply = withVersion(R"({"id":)");
   reply += textAfter(line, R"("id":)");
   reply += R"(,"result":)";
   reply += result;
@@ -136,10 +161,8 @@ void playTurn(std::string_view line) {
   const std::string prompt(textAfter(line, R"("text":")"));
   answer(line, '{' + turnMember("inProgress") + '}');
   writeAll(ormel::benchmarks::notification("turn/started", turnMember("inProgress")));
-  const std::size_t blank = prompt.find(' ');
-  const std::string name = prompt.substr(0, blank);
-  if (name == "held") return;
-  perform(name, std::strtoull(prompt.c_str() + blank, nullptr, 10));
+  if (prompt.starts_with("held")) return;
+  performPrompt(prompt);
   endTurn();
 }
 
@@ -161,6 +184,27 @@ void playTurn(std::string_view line) {
   }
 }
 
+/// The answer to "turn/start" follows the notifications of the turn.
+[[noreturn]] void serveModelContextProtocol() {
+  versionMember = R"("jsonrpc":"2.0",)";
+  for (;;) {
+    const std::string line(nextLine());
+    const std::string_view method = textAfter(line, R"("method":")");
+    if (method == "initialize") {
+      const std::string version(textAfter(line, R"("protocolVersion":")"));
+      answer(line, R"({"protocolVersion":")" + version +
+                       R"(","capabilities":{},"serverInfo":{"name":"conversation-server","version":"1"}})");
+    } else if (method == "turn/start") {
+      performPrompt(std::string(textAfter(line, R"("text":")")));
+      answer(line, "{}");
+    } else if (method == "turn/steer") {
+      answer(line, R"({"turnId":")" + ormel::benchmarks::turnID + "\"}");
+    } else if (line.find(R"("id":)") != std::string::npos) {
+      answer(line, "{}");
+    }
+  }
+}
+
 [[noreturn]] void playPing(std::size_t bytes) {
   const std::string reply = std::string(bytes - 1, 'x') + '\n';
   for (;;) {
@@ -172,6 +216,7 @@ void playTurn(std::string_view line) {
 }  // namespace
 
 int main(int count, char** texts) {
+  if (count == 2 && std::strcmp(texts[1], "mcp") == 0) serveModelContextProtocol();
   if (count < 4 || std::strcmp(texts[1], "bare") != 0) serve();
   const auto amount = static_cast<std::uint64_t>(std::strtoull(texts[3], nullptr, 10));
   if (std::strcmp(texts[2], "ping") == 0) playPing(static_cast<std::size_t>(amount));

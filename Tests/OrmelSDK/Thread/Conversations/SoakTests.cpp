@@ -44,11 +44,15 @@ class Soak {
   void run(Round round, Look look) const {
     const auto begin = std::chrono::steady_clock::now();
     const int warmUp = rounds_ / 5;
-    for (int index = 1; index <= warmUp; ++index) round(index);
+    for (int index = 1; index <= warmUp; ++index) {
+      round(index);
+      tellProgress(index, begin);
+    }
     const ProcessResources before = look();
     for (int index = warmUp + 1; index <= rounds_; ++index) {
       round(index);
       if (::testing::Test::HasFailure()) return;
+      tellProgress(index, begin);
     }
     const ProcessResources after = look();
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
@@ -68,6 +72,15 @@ class Soak {
   }
 
  private:
+  /// A line for each tenth of a long soak, in the form of those of the scripts.
+  void tellProgress(int index, std::chrono::steady_clock::time_point begin) const {
+    if (!isLong_ || rounds_ < 10 || index % (rounds_ / 10) != 0) return;
+    const auto taken =
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - begin).count();
+    std::cerr << "soak: [" << index << " of " << rounds_ << ", " << taken / 60 << ":" << taken / 10 % 6 << taken % 10
+              << "] " << name_ << '\n';
+  }
+
   const char* name_;
   int rounds_;
   bool isLong_;
