@@ -34,7 +34,7 @@ using ormel::JSONValue;
 
 constexpr std::uint64_t outputBytes = 100'000'000;
 
-/// What a ratio has to stay below or, for a rate, above.
+/// The limit that a ratio has to stay below or, for a rate, above.
 struct Limit {
   double ratio;
   bool isRate;

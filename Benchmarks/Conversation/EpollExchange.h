@@ -16,7 +16,7 @@
 
 namespace ormel::benchmarks {
 
-/// What a client cannot do without: a write, a wait in the poller, and a read.
+/// The least that a client must do: a write, a wait in the poller, and a read.
 class EpollExchange {
  public:
   EpollExchange() {

@@ -109,7 +109,7 @@ void CampaignThreadOracle::requireOperationIsNotDue(const Operation& operation) 
   require(!mustBeInterrupted(operation), "an operation that the application stops is interrupted at once");
 }
 
-// What the application stops.
+// The side of the application: everything that it stops.
 
 bool CampaignThreadOracle::isStoppedBy(const ThreadCallRecord& call, const Operation& operation) const {
   const auto now = world_.scheduler.now();
@@ -418,7 +418,7 @@ void CampaignThreadOracle::checkTimeout(const ThreadCallRecord& record, const Op
 
 void CampaignThreadOracle::checkItems(const ThreadCallRecord& record, const Operation& operation) {
   if (record.kind == ThreadCallKind::run && !record.turn) return;
-  // Of a line that breaks it is not known whether it counted as one.
+  // A line that breaks may have counted as one, or not.
   if (world_.plan().fault && operation.end->error) return;
   std::string seen;
   for (const std::string& item : record.items) seen += item + "; ";
