@@ -98,7 +98,7 @@ test("a page without the markers is an error", () => {
   for (const page of ["no markers\n", `${begin}\n`, `${end}\n${begin}\n`]) {
     const { status, said, page: after } = published(undefined, page);
     assert.equal(status, 1);
-    assert.match(said, /the page has no part between/);
+    assert.match(said, /^No table: the page has no part between/);
     assert.equal(after, page);
   }
 });
@@ -179,6 +179,19 @@ test("a figure that the system hides is told and does not stop the table", () =>
   assert.equal(status, 0);
   assert.equal(rowOf(page, "system calls of a round trip")[3], "not measured: ptrace: Operation not permitted");
   assert.match(chart, /not measured on this machine/);
+});
+
+test("a bar that keeps its aim ends before the aim, on either side, and one that misses it beyond", () => {
+  for (const [name, kept, missed] of [["latency", 1.5, 2.1], ["eventsOfLines", 0.7, 0.5]]) {
+    for (const [ratio, isKept] of [[kept, true], [missed, false]]) {
+      const { chart } = published((run) => run.edit("conversation.json", (value) => (value[name].ratio = ratio)));
+      const aim = Number(/<line x1="([\d.]+)"[^>]*class="aim"/.exec(chart)[1]);
+      const index = measured.findIndex((row) => row[1] === name);
+      const bars = [...chart.matchAll(/<rect x="([\d.]+)" y="[\d.]+" width="([\d.]+)" height="11"[^>]*class="ours"/g)];
+      assert.equal(bars.length, measured.length);
+      assert.equal(Number(bars[index][1]) + Number(bars[index][2]) < aim, isKept, `${name} ${ratio}`);
+    }
+  }
 });
 
 test("a bar stays within the chart however far a ratio is off", () => {
