@@ -8,6 +8,7 @@ import { tmpdir } from "node:os";
 import { join } from "node:path";
 import test from "node:test";
 import { fileURLToPath } from "node:url";
+import { NoTable, readFigures } from "../../scripts/speed/figures.mjs";
 
 const project = fileURLToPath(new URL("../../", import.meta.url));
 const publish = join(project, "scripts/speed/publish.mjs");
@@ -16,16 +17,16 @@ const figures = fileURLToPath(new URL("speed-figures", import.meta.url));
 const begin = "<!-- speed: written by scripts/bench -->";
 const end = "<!-- speed: end -->";
 
-/** A folder with the figures, changed by `change`, and a page; gives what publishing says and writes. */
-function published(change = () => {}, page = `before\n${begin}\nold\n${end}\nafter\n`) {
+/** Does `work` with a folder of the figures, changed by `change`. */
+function withFolder(change, work) {
   const folder = mkdtempSync(join(tmpdir(), "ormel-speed-"));
   try {
     cpSync(figures, folder, { recursive: true });
     change({
-      edit: (name, work) => {
+      edit: (name, deed) => {
         const file = join(folder, name);
         const value = JSON.parse(readFileSync(file, "utf8"));
-        work(value);
+        deed(value);
         writeFileSync(file, JSON.stringify(value));
       },
       replace: (name, from, to) => {
@@ -35,15 +36,22 @@ function published(change = () => {}, page = `before\n${begin}\nold\n${end}\naft
       },
       remove: (name) => rmSync(join(folder, name)),
     });
+    return work(folder);
+  } finally {
+    rmSync(folder, { recursive: true });
+  }
+}
+
+/** What publishing the figures on a page says and writes. */
+function published(change = () => {}, page = `before\n${begin}\nold\n${end}\nafter\n`) {
+  return withFolder(change, (folder) => {
     const pageFile = join(folder, "page.md");
     const chartFile = join(folder, "docs/speed.svg");
     writeFileSync(pageFile, page);
     const run = spawnSync(process.execPath, [publish, folder, pageFile, chartFile], { encoding: "utf8" });
     return { status: run.status, said: run.stderr, page: readFileSync(pageFile, "utf8"), before: page,
       chart: existsSync(chartFile) ? readFileSync(chartFile, "utf8") : undefined };
-  } finally {
-    rmSync(folder, { recursive: true });
-  }
+  });
 }
 
 function rowOf(page, words) {
@@ -138,15 +146,21 @@ for (const file of ["conversation.json", "conversation-busy.json", "bridge.json"
   losses.push([`${file} torn`, (run) => run.replace(file, "{", ""), `${file} is no JSON`]);
 }
 
-test("one figure that is missing or no number: no table, and a word about which", () => {
+test("one figure that is missing or no number is an error that says which", () => {
   for (const [title, change, words] of losses) {
-    const { status, said, page, before, chart } = published(change);
-    assert.equal(status, 1, `${title}: ${said}`);
-    assert.match(said, /^No table: /, title);
-    assert.ok(said.includes(words), `${title}: "${words}" is said, not: ${said}`);
-    assert.equal(page, before, title);
-    assert.equal(chart, undefined, title);
+    withFolder(change, (folder) => {
+      assert.throws(() => readFigures(folder), (error) => error instanceof NoTable && error.message.includes(words), title);
+    });
   }
+});
+
+test("without a figure there is neither a table nor a chart", () => {
+  const { status, said, page, before, chart } = published((run) =>
+    run.edit("conversation.json", (value) => (value.roundTrip.ratio = null)));
+  assert.equal(status, 1);
+  assert.match(said, /^No table: .*conversation\.json: the row "roundTrip\.ratio" is not a number\n$/);
+  assert.equal(page, before);
+  assert.equal(chart, undefined);
 });
 
 test("a bare NaN or inf, as the benchmarks write it, is no number", () => {
