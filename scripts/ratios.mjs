@@ -1,5 +1,5 @@
-// Prints the ratios between benchmarks of one run that the project promises, from Google Benchmark's JSON. Fails when one
-// of them was not measured, unless the run was a part on purpose.
+// Prints the ratios between benchmarks of one run that the project promises, from Google Benchmark's JSON. Fails when
+// one of them was not measured, unless the run was a part on purpose.
 // Usage: node scripts/ratios.mjs FILE [--partial]
 import process from "node:process";
 import { readLibrary, sample } from "./speed/library.mjs";

@@ -1,5 +1,5 @@
-// For scripts that take long: tells on standard error which step of how many begins and how long the script has run. The
-// lines are those of scripts/steps.sh.
+// For scripts that take long: tells on standard error which step of how many begins and how long the script has run.
+// The lines are those of scripts/steps.sh.
 
 import process from "node:process";
 

@@ -1,5 +1,7 @@
-# For scripts that take long, to be sourced: tells on standard error which step of how many begins and how long the script
-# has run, and at the end that all is done or which step failed. The lines are the same on a terminal and in a file.
+# shellcheck shell=bash
+# For scripts that take long, to be sourced: tells on standard error which step of how many begins and how long the
+# script has run, and at the end that all is done or which step failed. The lines are the same on a terminal and in a
+# file.
 #
 #   steps_of scripts/bench 3
 #   step "what the step does" COMMAND...

@@ -8,6 +8,7 @@ import { tmpdir } from "node:os";
 import { join } from "node:path";
 import test from "node:test";
 import { fileURLToPath } from "node:url";
+import { NoTable, readFigures } from "../../scripts/speed/figures.mjs";
 
 const project = fileURLToPath(new URL("../../", import.meta.url));
 const publish = join(project, "scripts/speed/publish.mjs");
@@ -16,16 +17,16 @@ const figures = fileURLToPath(new URL("speed-figures", import.meta.url));
 const begin = "<!-- speed: written by scripts/bench -->";
 const end = "<!-- speed: end -->";
 
-/** A folder with the figures, changed by `change`, and a page; gives what publishing says and writes. */
-function published(change = () => {}, page = `before\n${begin}\nold\n${end}\nafter\n`) {
+/** Does `work` with a folder of the figures, changed by `change`. */
+function withFolder(change, work) {
   const folder = mkdtempSync(join(tmpdir(), "ormel-speed-"));
   try {
     cpSync(figures, folder, { recursive: true });
     change({
-      edit: (name, work) => {
+      edit: (name, deed) => {
         const file = join(folder, name);
         const value = JSON.parse(readFileSync(file, "utf8"));
-        work(value);
+        deed(value);
         writeFileSync(file, JSON.stringify(value));
       },
       replace: (name, from, to) => {
@@ -35,15 +36,22 @@ function published(change = () => {}, page = `before\n${begin}\nold\n${end}\naft
       },
       remove: (name) => rmSync(join(folder, name)),
     });
+    return work(folder);
+  } finally {
+    rmSync(folder, { recursive: true });
+  }
+}
+
+/** What publishing the figures on a page says and writes. */
+function published(change = () => {}, page = `before\n${begin}\nold\n${end}\nafter\n`) {
+  return withFolder(change, (folder) => {
     const pageFile = join(folder, "page.md");
     const chartFile = join(folder, "docs/speed.svg");
     writeFileSync(pageFile, page);
     const run = spawnSync(process.execPath, [publish, folder, pageFile, chartFile], { encoding: "utf8" });
     return { status: run.status, said: run.stderr, page: readFileSync(pageFile, "utf8"), before: page,
       chart: existsSync(chartFile) ? readFileSync(chartFile, "utf8") : undefined };
-  } finally {
-    rmSync(folder, { recursive: true });
-  }
+  });
 }
 
 function rowOf(page, words) {
@@ -98,7 +106,7 @@ test("a page without the markers is an error", () => {
   for (const page of ["no markers\n", `${begin}\n`, `${end}\n${begin}\n`]) {
     const { status, said, page: after } = published(undefined, page);
     assert.equal(status, 1);
-    assert.match(said, /the page has no part between/);
+    assert.match(said, /^No table: the page has no part between/);
     assert.equal(after, page);
   }
 });
@@ -138,15 +146,21 @@ for (const file of ["conversation.json", "conversation-busy.json", "bridge.json"
   losses.push([`${file} torn`, (run) => run.replace(file, "{", ""), `${file} is no JSON`]);
 }
 
-test("one figure that is missing or no number: no table, and a word about which", () => {
+test("one figure that is missing or no number is an error that says which", () => {
   for (const [title, change, words] of losses) {
-    const { status, said, page, before, chart } = published(change);
-    assert.equal(status, 1, `${title}: ${said}`);
-    assert.match(said, /^No table: /, title);
-    assert.ok(said.includes(words), `${title}: "${words}" is said, not: ${said}`);
-    assert.equal(page, before, title);
-    assert.equal(chart, undefined, title);
+    withFolder(change, (folder) => {
+      assert.throws(() => readFigures(folder), (error) => error instanceof NoTable && error.message.includes(words), title);
+    });
   }
+});
+
+test("without a figure there is neither a table nor a chart", () => {
+  const { status, said, page, before, chart } = published((run) =>
+    run.edit("conversation.json", (value) => (value.roundTrip.ratio = null)));
+  assert.equal(status, 1);
+  assert.match(said, /^No table: .*conversation\.json: the row "roundTrip\.ratio" is not a number\n$/);
+  assert.equal(page, before);
+  assert.equal(chart, undefined);
 });
 
 test("a bare NaN or inf, as the benchmarks write it, is no number", () => {
@@ -179,6 +193,19 @@ test("a figure that the system hides is told and does not stop the table", () =>
   assert.equal(status, 0);
   assert.equal(rowOf(page, "system calls of a round trip")[3], "not measured: ptrace: Operation not permitted");
   assert.match(chart, /not measured on this machine/);
+});
+
+test("a bar that keeps its aim ends before the aim, on either side, and one that misses it beyond", () => {
+  for (const [name, kept, missed] of [["latency", 1.5, 2.1], ["eventsOfLines", 0.7, 0.5]]) {
+    for (const [ratio, isKept] of [[kept, true], [missed, false]]) {
+      const { chart } = published((run) => run.edit("conversation.json", (value) => (value[name].ratio = ratio)));
+      const aim = Number(/<line x1="([\d.]+)"[^>]*class="aim"/.exec(chart)[1]);
+      const index = measured.findIndex((row) => row[1] === name);
+      const bars = [...chart.matchAll(/<rect x="([\d.]+)" y="[\d.]+" width="([\d.]+)" height="11"[^>]*class="ours"/g)];
+      assert.equal(bars.length, measured.length);
+      assert.equal(Number(bars[index][1]) + Number(bars[index][2]) < aim, isKept, `${name} ${ratio}`);
+    }
+  }
 });
 
 test("a bar stays within the chart however far a ratio is off", () => {

@@ -13,8 +13,8 @@ const style = `
   .page { fill: #ffffff } .text { fill: #1f2328 } .faint { fill: #59636e } .grid { stroke: #d1d9e0 }
   .ours { fill: #0a5bd3 } .busy { fill: #8ab4f0 } .limit { fill: #59636e } .peer { fill: #b84a00 }
   .aim { stroke: #1f2328; stroke-dasharray: 4 3 }
-  text { font: 13px system-ui, "Segoe UI", "Helvetica Neue", Arial, sans-serif } .head { font-weight: 600; font-size: 15px }
-  .small { font-size: 12px }
+  text { font: 13px system-ui, "Segoe UI", "Helvetica Neue", Arial, sans-serif }
+  .head { font-weight: 600; font-size: 15px } .small { font-size: 12px }
   @media (prefers-color-scheme: dark) {
     .page { fill: #0d1117 } .text { fill: #f0f6fc } .faint { fill: #9198a1 } .grid { stroke: #3d444d }
     .ours { fill: #58a6ff } .busy { fill: #2f5f9e } .limit { fill: #9198a1 } .peer { fill: #f0883e }
@@ -33,7 +33,8 @@ const line = (x1, y1, x2, y2, name) =>
   `<line x1="${place(x1)}" y1="${place(y1)}" x2="${place(x2)}" y2="${place(y2)}" class="${name}"/>`;
 
 const bar = (x, y, length, height, name) =>
-  `<rect x="${place(x)}" y="${place(y)}" width="${place(Math.max(length, 1))}" height="${height}" rx="2" class="${name}"/>`;
+  `<rect x="${place(x)}" y="${place(y)}" width="${place(Math.max(length, 1))}" height="${height}" rx="2" ` +
+  `class="${name}"/>`;
 
 const dot = (x, y, name) => `<circle cx="${place(x)}" cy="${place(y)}" r="5" class="${name}"/>`;
 
@@ -74,7 +75,8 @@ function aimPanel(rows, top) {
     parts.push(text(plotLeft + plotWidth + 12, y + 14, `${ratioText(row.ratio)}, ${limitText(row.limit)}`));
   });
   const aim = plotLeft + scale;
-  parts.push(line(aim, first - 8, aim, bottom, "aim"), text(aim, bottom + 16, "aim", { anchor: "middle", style: "text small" }),
+  parts.push(line(aim, first - 8, aim, bottom, "aim"),
+    text(aim, bottom + 16, "aim", { anchor: "middle", style: "text small" }),
     text(plotLeft, bottom + 16, "0", { anchor: "middle", style: "faint small" }),
     text(plotLeft + 2 * scale, bottom + 16, "twice", { anchor: "middle", style: "faint small" }));
   return { parts, bottom: bottom + 24 };
@@ -116,12 +118,15 @@ function peerPanel(title, rows, top, { better }) {
 export function chartText({ rows, peers, machine }) {
   const charted = rows.filter((row) => row.charted);
   const aims = aimPanel(charted, 10);
-  const rates = peerPanel("Notifications a second", peers.filter((row) => row.isRate), aims.bottom + 14, { better: "more" });
-  const times = peerPanel("Round trips", peers.filter((row) => !row.isRate), rates.bottom + 14, { better: "less" });
+  const rateRows = peers.filter((row) => row.isRate);
+  const timeRows = peers.filter((row) => !row.isRate);
+  const rates = peerPanel("Notifications a second", rateRows, aims.bottom + 14, { better: "more" });
+  const times = peerPanel("Round trips", timeRows, rates.bottom + 14, { better: "less" });
   const height = times.bottom + 34;
   const said = `${machine.date}, ${machine.cores} cores, yardstick ${machine.yardstick} ns`;
   return [
-    `<svg xmlns="http://www.w3.org/2000/svg" width="${width}" height="${height}" viewBox="0 0 ${width} ${height}" role="img">`,
+    `<svg xmlns="http://www.w3.org/2000/svg" width="${width}" height="${height}" ` +
+      `viewBox="0 0 ${width} ${height}" role="img">`,
     "<title>The speed of a message: ours, the limit and a peer</title>",
     `<desc>${escaped(said)}. The figures are in the tables beside this picture.</desc>`,
     `<style>${style}\n</style>`,

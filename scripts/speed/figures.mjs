@@ -1,26 +1,26 @@
-// Finds the figures of each row in what one run has measured. A row without a figure is an error, for a table that lacks
-// one silently looks as good as a whole one.
+// Finds the figures of each row in what one run has measured. A row without a figure is an error, for a table that
+// lacks one silently looks as good as a whole one.
 
 import { existsSync, readFileSync } from "node:fs";
 import { join } from "node:path";
 import { readLibrary } from "./library.mjs";
 import { peerRows, rows } from "./rows.mjs";
 
-export class MissingFigure extends Error {}
+export class NoTable extends Error {}
 
 function readJSON(file) {
-  if (!existsSync(file)) throw new MissingFigure(`${file} is missing: run scripts/bench`);
+  if (!existsSync(file)) throw new NoTable(`${file} is missing: run scripts/bench`);
   const text = readFileSync(file, "utf8").replace(/:\s*-?(NaN|Infinity|inf)\b/gi, ": null");
   try {
     return JSON.parse(text);
   } catch (error) {
-    throw new MissingFigure(`${file} is no JSON: ${error.message}`);
+    throw new NoTable(`${file} is no JSON: ${error.message}`);
   }
 }
 
 function number(value, file, what) {
-  if (value === undefined) throw new MissingFigure(`${file} has no row "${what}"`);
-  if (!Number.isFinite(value)) throw new MissingFigure(`${file}: the row "${what}" is not a number`);
+  if (value === undefined) throw new NoTable(`${file} has no row "${what}"`);
+  if (!Number.isFinite(value)) throw new NoTable(`${file}: the row "${what}" is not a number`);
   return value;
 }
 
@@ -29,10 +29,12 @@ const isKept = (ratio, { atMost, atLeast }) => (atMost === undefined || ratio <=
 
 function pairOf(run, file, name) {
   const row = run[name];
-  if (row === undefined) throw new MissingFigure(`${file} has no row "${name}"`);
+  if (row === undefined) throw new NoTable(`${file} has no row "${name}"`);
   if (row.hidden !== undefined) return { hidden: row.hidden };
   const pair = { limit: {} };
-  for (const member of ["measured", "yardstick", "ratio"]) pair[member] = number(row[member], file, `${name}.${member}`);
+  for (const member of ["measured", "yardstick", "ratio"]) {
+    pair[member] = number(row[member], file, `${name}.${member}`);
+  }
   for (const member of ["atMost", "atLeast"]) {
     if (member in row) pair.limit[member] = number(row[member], file, `${name}.${member}`);
   }
@@ -74,7 +76,8 @@ export function readFigures(folder) {
   });
   const peers = peerRows.map((row) => {
     const ours = pairOf(quiet, files.quiet, row.name);
-    return { ...row, ours: ours.measured, limitFigure: ours.yardstick, peer: number(peer[row.name], files.peer, row.name) };
+    const theirs = number(peer[row.name], files.peer, row.name);
+    return { ...row, ours: ours.measured, limitFigure: ours.yardstick, peer: theirs };
   });
   return {
     rows: withFigures,

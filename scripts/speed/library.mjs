@@ -20,5 +20,5 @@ export function readLibrary(file) {
   return { fastest, highestRate };
 }
 
-/** The name of a benchmark of a sample of JSON: 0 is a line of 253 bytes, 1 are nested objects of 1 MB, 2 a text of 1 MB. */
+/** The name of a benchmark of a sample of JSON: 0 is a 253-byte line, 1 are nested objects of 1 MB, 2 a 1 MB text. */
 export const sample = (name, index) => `${name}/line=0,objects=1,string=2:${index}`;

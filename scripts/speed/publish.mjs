@@ -8,7 +8,7 @@ import { mkdirSync, readFileSync, writeFileSync } from "node:fs";
 import { dirname, join, relative } from "node:path";
 import process from "node:process";
 import { chartText } from "./chart.mjs";
-import { MissingFigure, readFigures } from "./figures.mjs";
+import { NoTable, readFigures } from "./figures.mjs";
 import { tableText, withTable } from "./table.mjs";
 
 const [folder, page, chart] = process.argv.slice(2);
@@ -25,7 +25,7 @@ try {
   writeFileSync(chart, chartText(figures));
   writeFileSync(target, whole);
 } catch (error) {
-  if (!(error instanceof MissingFigure)) throw error;
+  if (!(error instanceof NoTable)) throw error;
   console.error(`No table: ${error.message}`);
   process.exit(1);
 }

@@ -5,7 +5,8 @@ import { sample } from "./library.mjs";
 const third = 1 / 3;
 
 /** Times of Google Benchmark's; the limits are those of scripts/ratios.mjs. */
-const library = (what, against, measured, yardstick, atMost) => ({ what, against, library: { measured, yardstick }, atMost });
+const library = (what, against, measured, yardstick, atMost) =>
+  ({ what, against, library: { measured, yardstick }, atMost });
 
 /** A row of the benchmark of conversations has its limit in the figures; the unit is that of the benchmark. */
 const conversation = (name, what, against, unit, more = {}) => ({ what, against, conversation: name, unit, ...more });
@@ -21,7 +22,8 @@ export const rows = [
   conversation("eventsOfLines", "events, one line a write", "reading the bare pipe", "a second", { charted: true }),
   conversation("conversationsAtOnce", "turns of 400 conversations at once", "one at a time", "a second",
     { charted: true }),
-  conversation("systemCalls", "system calls of a round trip, awaited", "the bare exchange's", "calls", { charted: true }),
+  conversation("systemCalls", "system calls of a round trip, awaited", "the bare exchange's", "calls",
+    { charted: true }),
   conversation("idleConversations", "processor time of 1,000 idle conversations", "a millisecond a minute", "us",
     { charted: true, hasKnownYardstick: true }),
   conversation("commandOutput", "a turn with 100 MB of a command's output", "one with 25 MB", "us"),
@@ -35,8 +37,10 @@ export const rows = [
     sample("decodeBySimdjsonParseAndWalk", 1), 1.3),
   library("reading a 1 MB text", "the same", sample("decodePaddedToJSONValue", 2),
     sample("decodeBySimdjsonParseAndWalk", 2), 1.3),
-  library("writing a 253-byte line", "RapidJSON's writer", sample("encodeJSONValue", 0), sample("encodeByRapidJSON", 0), 1),
-  library("writing 1 MB of nested objects", "the same", sample("encodeJSONValue", 1), sample("encodeByRapidJSON", 1), 1),
+  library("writing a 253-byte line", "RapidJSON's writer", sample("encodeJSONValue", 0),
+    sample("encodeByRapidJSON", 0), 1),
+  library("writing 1 MB of nested objects", "the same", sample("encodeJSONValue", 1),
+    sample("encodeByRapidJSON", 1), 1),
   library("writing a 1 MB text", "the same", sample("encodeJSONValue", 2), sample("encodeByRapidJSON", 2), 1),
   library("a hop inside a strand", "Asio's", "strandHop", "strandHopOfAsio", third),
   library("a one-shot wait", "Asio's channel", "oneShotWait", "oneShotWaitOfAsio", third),
@@ -59,8 +63,10 @@ export const rows = [
 export const peerRows = [
   { name: "eventsOfBlocks", work: "notifications a second", what: "the server writes blocks",
     limit: "splitting and decoding alone", isRate: true },
-  { name: "eventsOfLines", work: "notifications a second", what: "one line a write", limit: "the bare pipe", isRate: true },
-  { name: "roundTripTimeP50", work: "a round trip", what: "half take less (p50)", limit: "a bare exchange", isRate: false },
+  { name: "eventsOfLines", work: "notifications a second", what: "one line a write", limit: "the bare pipe",
+    isRate: true },
+  { name: "roundTripTimeP50", work: "a round trip", what: "half take less (p50)", limit: "a bare exchange",
+    isRate: false },
   { name: "roundTripTimeP99", work: "a round trip", what: "99 of 100 take less (p99)", limit: "a bare exchange",
     isRate: false },
 ];

@@ -152,6 +152,8 @@ bool EventLoop::leave() noexcept {
   if (serving_ == 1) return false;
   --serving_;
   ++leaves_;
+  // The one other thread may be asleep, and what is in the queue have been left to this one.
+  if (hasWork() && isPolling_ && serving_ - parkedCount_ == 1) wakeForPost();
   if (isAttended()) return true;
   if (piecesToHandOver_ > 0 || hasWork() || !hasRelief_) {
     if (piecesToHandOver_ > 0) --piecesToHandOver_;
