@@ -167,6 +167,27 @@ TEST(EventLoop, RunsEachPieceOnce) {
   EXPECT_EQ(runs, pieces);
 }
 
+TEST(EventLoop, LeavesNoWorkBehindAPieceThatBlocks) {
+  ServedLoop loop(2);
+  for (int round = 0; round < 50; ++round) {
+    std::promise<void> promise;
+    bool ranMeanwhile = false;
+    std::latch done(1);
+    LoopPiece library([&] { promise.set_value(); });
+    LoopPiece blocking([&] {
+      ranMeanwhile = promise.get_future().wait_for(testing::patience) == std::future_status::ready;
+      done.count_down();
+    });
+    LoopPiece first([&] {
+      loop->post(blocking, WorkKind::application, true);
+      loop->post(library, WorkKind::library, true);
+    });
+    loop.post(first);
+    done.wait();
+    ASSERT_TRUE(ranMeanwhile) << "round " << round;
+  }
+}
+
 TEST(EventLoop, RunsWhatAPiecePostsOnItsOwnThreadOnceItHasEnded) {
   ServedLoop loop(1);
   std::promise<bool> ranAfter;
