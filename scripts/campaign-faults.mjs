@@ -82,9 +82,14 @@ function link(command, objects, program) {
   execFileSync("sh", ["-c", words], { cwd: build, stdio: ["ignore", "inherit", "pipe"] });
 }
 
-function play(program, schedules) {
+// No other scenario goes by a thread; each gets its share of the schedules all the same.
+function scenariosFor(file) {
+  return ofThread.some((source) => path.basename(source) === file) ? "Scenarios/*Seeds*/Thread*" : "Scenarios/*Seeds*";
+}
+
+function play(program, schedules, scenarios = "Scenarios/*Seeds*") {
   const begin = Date.now();
-  const result = spawnSync(program, ["--gtest_filter=Scenarios/*Seeds*", "--gtest_brief=1", "--gtest_fail_fast"], {
+  const result = spawnSync(program, [`--gtest_filter=${scenarios}`, "--gtest_brief=1", "--gtest_fail_fast"], {
     encoding: "utf8",
     env: { ...process.env, ORMEL_CAMPAIGN_SCHEDULES: String(schedules), ORMEL_CAMPAIGN_BASE: "1000000" },
     maxBuffer: 1 << 28,
@@ -134,7 +139,7 @@ function tryFault(fault, words, command, sources, schedules) {
   } catch (error) {
     throw new Failure(`it does not compile: ${error.stderr ?? error.message}`);
   }
-  const { isFound, how, where, seconds } = play(program, schedules);
+  const { isFound, how, where, seconds } = play(program, schedules, scenariosFor(fault.file));
   if (isFound) tell(fault.equivalent ? "NOT EQUAL" : "found", fault, `${how} (${where}, ${seconds} s)`);
   else tell(fault.equivalent ? "equivalent" : "SURVIVES", fault, fault.equivalent ?? `${schedules} schedules, ${seconds} s`);
   return isFound !== Boolean(fault.equivalent);

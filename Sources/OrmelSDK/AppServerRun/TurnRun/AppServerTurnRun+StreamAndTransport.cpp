@@ -1,6 +1,7 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "OrmelSDK/AppServerRun/Connection/ServerConnection.h"
@@ -172,10 +173,19 @@ bool AppServerTurnRun::handleIncomingLine(std::string_view paddedLine) noexcept 
     isMessage = message.objectValue() != nullptr;
     return handleMessage(classifiedAppServerMessage(std::move(message)));
   } catch (...) {
-    RunFailure failure = describedFailure(std::current_exception());
-    if (!isMessage && stream_.isPending()) failure.cause = causes().ofGarbage(paddedLine);
-    lifecycle_.finishCurrent(StreamCompletion::failed(std::move(failure)));
+    failByLine(std::current_exception(), isMessage ? std::nullopt : std::optional(paddedLine));
     return false;
+  }
+}
+
+void AppServerTurnRun::failByLine(const std::exception_ptr& error, std::optional<std::string_view> garbage) noexcept {
+  try {
+    RunFailure failure = describedFailure(error);
+    if (garbage && stream_.isPending()) failure.cause = causes().ofGarbage(*garbage);
+    lifecycle_.finishCurrent(StreamCompletion::failed(std::move(failure)));
+  } catch (...) {
+    // There is no memory to tell of the failure. So short a text needs none.
+    lifecycle_.finishCurrent(StreamCompletion::failed({"std::bad_alloc"}));
   }
 }
 

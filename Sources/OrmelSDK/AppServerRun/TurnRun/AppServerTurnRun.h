@@ -150,6 +150,8 @@ class AppServerTurnRun final : public std::enable_shared_from_this<AppServerTurn
   bool handleLines(ServerOutput& output);
   /// `jsonPadding` readable bytes stand behind the line. Returns whether it ended a request.
   bool handleIncomingLine(std::string_view paddedLine) noexcept;
+  /// Ends the operation for a line that could not be taken; `garbage` is the line if it is no message at all.
+  void failByLine(const std::exception_ptr& error, std::optional<std::string_view> garbage) noexcept;
   bool handleMessage(const AppServerMessage& message);
   /// Whether the standard error of the process would tell why the operation ended.
   FailureCauses causes() const;

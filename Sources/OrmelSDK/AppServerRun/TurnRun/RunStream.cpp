@@ -69,7 +69,9 @@ void RunStream::flush() {
 }
 
 void RunStream::finish(const StreamCompletion& with, std::optional<std::uint64_t> finishedOperationGeneration) {
-  streamCompletion_ = with;
+  // It either ends or, where there is no memory for it, goes on.
+  StreamCompletion completion = with;
+  streamCompletion_ = std::move(completion);
   if (finishedOperationGeneration) {
     completedOperationGenerationHighWaterMark_ =
         std::max(completedOperationGenerationHighWaterMark_, *finishedOperationGeneration);

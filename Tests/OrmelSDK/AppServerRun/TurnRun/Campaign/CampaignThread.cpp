@@ -54,6 +54,13 @@ ThreadCallRecord& CampaignThread::callWithin(ThreadCallKind kind, std::chrono::n
   return record;
 }
 
+ThreadCallRecord& CampaignThread::callAborted(ThreadCallKind kind) {
+  auto& record = newCall(kind);
+  record.controller.abort();
+  launch(record);
+  return record;
+}
+
 void CampaignThread::launch(ThreadCallRecord& record) {
   if (!thread_) {
     record.isOver = true;

@@ -30,6 +30,8 @@ class CampaignThread final : public CampaignObserver {
   // The application's actions; they do nothing once it has let go of the thread.
   ThreadCallRecord& call(ThreadCallKind kind, std::optional<std::uint64_t> readsAtMost = std::nullopt);
   ThreadCallRecord& callWithin(ThreadCallKind kind, std::chrono::nanoseconds timeout);
+  /// Its signal has been aborted before.
+  ThreadCallRecord& callAborted(ThreadCallKind kind);
   void steer() { join(ThreadJoin::Kind::steer); }
   void interrupt() { join(ThreadJoin::Kind::interrupt); }
   void answer() { join(ThreadJoin::Kind::answer); }

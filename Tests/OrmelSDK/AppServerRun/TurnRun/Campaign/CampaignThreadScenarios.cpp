@@ -110,6 +110,10 @@ void lateAbort(CampaignWorld& world) {
   auto& record = thread.call(thread.anyKind());
   thread.settle();
   thread.requirePlainEnd(record);
+  if (world.coin()) {
+    thread.callAborted(thread.anyKind());
+    thread.settle();
+  }
   const auto& next = thread.call(thread.anyKind());
   thread.atAnyStep([&] { record.controller.abort(); });
   thread.settle();

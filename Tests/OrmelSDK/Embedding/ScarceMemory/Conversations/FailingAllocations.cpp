@@ -11,14 +11,19 @@ namespace {
 std::atomic<bool> isArmed{false};
 std::atomic<bool> failed{false};
 std::atomic<long> left{0};
+std::atomic<long> run{1};
 std::atomic<long> blocks{0};
 void* callers[40];
 std::atomic<int> callerCount{0};
 
 bool failsNow() noexcept {
-  if (!isArmed.load(std::memory_order_relaxed) || left.fetch_sub(1) != 1) return false;
-  callerCount = ::backtrace(callers, 40);
-  failed = true;
+  if (!isArmed.load(std::memory_order_relaxed)) return false;
+  const long before = left.fetch_sub(1);
+  if (before > 1 || before <= 1 - run.load(std::memory_order_relaxed)) return false;
+  if (before == 1) {
+    callerCount = ::backtrace(callers, 40);
+    failed = true;
+  }
   return true;
 }
 
@@ -72,9 +77,10 @@ void operator delete[](void* block, const std::nothrow_t&) noexcept { freed(bloc
 
 namespace ormel::testing {
 
-void FailingAllocations::arm(long number) noexcept {
+void FailingAllocations::arm(long number, long count) noexcept {
   failed = false;
   callerCount = 0;
+  run = count;
   left = number;
   isArmed = true;
 }

@@ -10,9 +10,11 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <limits>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -37,6 +39,8 @@ constexpr int livesToWarmUp = 5;
 constexpr int livesToShowALeak = 10;
 /// The first use of the library makes fewer allocations of its own.
 constexpr long lastOfFirstUse = 150;
+/// All allocations until the turn is over fail.
+constexpr long all = std::numeric_limits<long>::max() / 2;
 /// Set to a file, it is told there which calls led to an allocation whose failure ended the process or left memory.
 constexpr const char* whereVariable = "ORMEL_TEST_OF_MEMORY_WHERE";
 
@@ -69,19 +73,21 @@ bool hasChildren() {
 /// A start, a turn with a handler and a release. Nothing but what the library does for it is counted.
 class Life {
  public:
-  Life() : scenario_(testing::embeddedTurnWithApproval), options_(optionsFor(scenario_)) {
+  /// So many allocations fail in a row, or as many as there are until the turn is over.
+  explicit Life(long count = 1)
+      : scenario_(testing::embeddedTurnWithApproval), options_(optionsFor(scenario_)), count_(count) {
     options_.executableTrustAssessment = [](const std::string&) { return OrmelExecutableTrustAssessment::trusted(); };
     threadOptions_ = testing::whenAskedForApproval([] {});
   }
 
-  /// Fails the allocation of this number, none if it is 0; counted from the making of the thread or from its use.
+  /// Fails the allocations from this number on, none if it is 0; counted from the making of the thread or from its use.
   Report live(long number, bool fromUse = false) const {
     Report report;
     report.number = number;
-    if (number > 0 && !fromUse) FailingAllocations::arm(number);
+    if (number > 0 && !fromUse) FailingAllocations::arm(number, count_);
     try {
       Thread thread = Ormel(options_).startThread(threadOptions_);
-      if (number > 0 && fromUse) FailingAllocations::arm(number);
+      if (number > 0 && fromUse) FailingAllocations::arm(number, count_);
       thread.run("go").get();
       report.outcome = Outcome::success;
     } catch (const Error& error) {
@@ -91,6 +97,7 @@ class Life {
     } catch (const std::exception& error) {
       tell(report, Outcome::foreignError, error.what());
     }
+    if (count_ == all) FailingAllocations::disarm();
     // The release goes on after the last handle has gone.
     static_cast<void>(testing::eventually([] { return !hasChildren(); }));
     if (number > 0 && !FailingAllocations::disarm()) report.outcome = Outcome::notHit;
@@ -100,12 +107,13 @@ class Life {
  private:
   static void tell(Report& report, Outcome outcome, const char* text) {
     report.outcome = outcome;
-    std::string(text).copy(report.text.data(), report.text.size() - 1);
+    std::string_view(text).copy(report.text.data(), report.text.size() - 1);
   }
 
   SimulatorScenario scenario_;
   OrmelOptions options_;
   ThreadOptions threadOptions_;
+  const long count_;
 };
 
 class Worker {
@@ -119,8 +127,8 @@ class Worker {
   }
 
   /// Lets each allocation from this one on fail in turn, and ends the process.
-  [[noreturn]] void tryAll(long first, long step, bool isWarm) {
-    const Life life;
+  [[noreturn]] void tryAll(long first, long step, long count, bool isWarm) {
+    const Life life(count);
     if (isWarm) {
       for (int lives = 0; lives < livesToWarmUp; ++lives) life.live(0);
       settle();
@@ -212,7 +220,7 @@ std::string endOf(int status) {
 /// Starts a process that has not used the library and judges what it tells.
 class Trial {
  public:
-  explicit Trial(bool isWarm, long step) : isWarm_(isWarm), step_(step) {}
+  explicit Trial(bool isWarm, long step, long count = 1) : isWarm_(isWarm), step_(step), count_(count) {}
 
   Table run() {
     for (long next = 1; next > 0 && (isWarm_ || next <= lastOfFirstUse);) next = runFrom(next);
@@ -226,7 +234,7 @@ class Trial {
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) return 0;
     const std::string errors = folder_.path() / "errors";
     const pid_t child = ::fork();
-    if (child == 0) Worker(ends[1], errors).tryAll(first, step_, isWarm_);
+    if (child == 0) Worker(ends[1], errors).tryAll(first, step_, count_, isWarm_);
     ::close(ends[1]);
     Report report;
     report.outcome = Outcome::notHit;
@@ -284,15 +292,16 @@ class Trial {
 
   bool isWarm_;
   long step_;
+  long count_;
   testing::TemporaryDirectory folder_;
   Table table_;
 };
 
-void expectSound(const Table& table) {
+void expectSound(const Table& table, long atLeast = 20) {
   std::printf("%ld allocations failed in turn; %ld blocks kept\n", table.tried, table.kept);
   for (const auto& [outcome, count] : table.outcomes) std::printf("%6d  %s\n", count, outcome.c_str());
   for (const auto& fault : table.faults) ADD_FAILURE() << fault;
-  EXPECT_GT(table.tried, 20);
+  EXPECT_GT(table.tried, atLeast);
 }
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -307,6 +316,22 @@ TEST(ScarceMemory, OfOneAllocationAtTheFirstUseIsAnErrorOrASuccessAndTheNextTryW
 
 TEST(ScarceMemory, OfOneAllocationInALifeIsAnErrorOrASuccessAndTheNextTryWorks) {
   expectSound(Trial(true, usualStep).run());
+}
+
+/// Memory is short for a while rather than once: what a failure is told by fails too.
+constexpr std::array<long, 3> runs = {3, 50, all};
+/// A few seconds' worth of places for them to begin.
+constexpr long stepOfRuns = 17 * usualStep;
+
+TEST(ScarceMemory, OfManyAllocationsInARowAtTheFirstUseIsAnErrorOrASuccessAndTheNextTryWorks) {
+  for (const long count : runs) expectSound(Trial(false, stepOfRuns, count).run(), 0);
+}
+
+TEST(ScarceMemory, OfManyAllocationsInARowInALifeIsAnErrorOrASuccessAndTheNextTryWorks) {
+  for (const long count : runs) {
+    SCOPED_TRACE("a run of " + std::to_string(count));
+    expectSound(Trial(true, stepOfRuns, count).run(), 3);
+  }
 }
 
 }  // namespace
