@@ -413,7 +413,14 @@ void CampaignThreadOracle::checkTimeout(const ThreadCallRecord& record, const Op
   const bool isToldSo = record.error == timeoutText(*record.timeout);
   require(!isToldSo || operation.end->at >= due, "no call times out before its time");
   const bool isLate = operation.end->error && operation.end->at > due;
-  require(!isLate || isToldSo, "a call that fails after its time tells of the time-out: " + record.error.value_or(""));
+  const bool mayBeOtherwise =
+      isClosed_ || record.controller.signal.isAborted() || record.stop.stop_requested() ||
+      std::any_of(joins_.begin(), joins_.end(), [&](const ThreadJoin* join) {
+        return join->kind == ThreadJoin::Kind::interrupt && join->generation == operation.generation;
+      });
+  const bool isByTime = operation.end->error == aborted && !mayBeOtherwise;
+  require((!isLate && !isByTime) || isToldSo,
+          "a call that fails after its time tells of the time-out: " + record.error.value_or(""));
 }
 
 void CampaignThreadOracle::checkItems(const ThreadCallRecord& record, const Operation& operation) {
