@@ -366,6 +366,8 @@ void CampaignThreadOracle::checkWithoutOperation(const ThreadCallRecord& record,
   if (isClosed_) allowed.push_back(closed);
   const std::string due = record.timeout ? timeoutText(*record.timeout) : "";
   if (record.timeout) allowed.push_back(due);
+  require(!record.timeout || *record.error != aborted || isStoppedOtherwise(record),
+          "a call that its time has ended tells of the time-out");
   bool isEnd = false;
   for (const auto& [generation, operation] : operations_) {
     const bool isUnknown = generation > call.newestBefore && !operation.call && operation.end;
@@ -408,12 +410,21 @@ void CampaignThreadOracle::checkOutcome(const ThreadCallRecord& record, const Op
   checkItems(record, operation);
 }
 
+/// By something else than the time that the call gave it.
+bool CampaignThreadOracle::isStoppedOtherwise(const ThreadCallRecord& record) const {
+  return isClosed_ || record.controller.signal.isAborted() || record.stop.stop_requested() ||
+         std::any_of(joins_.begin(), joins_.end(),
+                     [](const ThreadJoin* join) { return join->kind == ThreadJoin::Kind::interrupt; });
+}
+
 void CampaignThreadOracle::checkTimeout(const ThreadCallRecord& record, const Operation& operation) {
   const auto due = operation.begunAt + static_cast<std::uint64_t>(record.timeout->count());
   const bool isToldSo = record.error == timeoutText(*record.timeout);
   require(!isToldSo || operation.end->at >= due, "no call times out before its time");
   const bool isLate = operation.end->error && operation.end->at > due;
-  require(!isLate || isToldSo, "a call that fails after its time tells of the time-out: " + record.error.value_or(""));
+  const bool isByTime = operation.end->error == aborted && !isStoppedOtherwise(record);
+  require((!isLate && !isByTime) || isToldSo,
+          "a call that fails after its time tells of the time-out: " + record.error.value_or(""));
 }
 
 void CampaignThreadOracle::checkItems(const ThreadCallRecord& record, const Operation& operation) {

@@ -156,6 +156,7 @@ class CampaignThreadOracle {
   void checkWithoutOperation(const ThreadCallRecord& call, const Call& known);
   void checkOutcome(const ThreadCallRecord& call, const Operation& operation);
   std::optional<std::string> failureOfTurn(const Operation& operation) const;
+  bool isStoppedOtherwise(const ThreadCallRecord& call) const;
   void checkTimeout(const ThreadCallRecord& call, const Operation& operation);
   void checkItems(const ThreadCallRecord& call, const Operation& operation);
   void checkSteer(const ThreadJoin& join);

@@ -149,6 +149,23 @@ void idleExit(CampaignWorld& world) {
   thread.close();
 }
 
+/// The same in the very moment in which the operations are reserved.
+void idleEnd(CampaignWorld& world) {
+  constexpr std::uint64_t stepsOfReservation = 12;
+  dawdleOrNot(world);
+  CampaignThread thread(world, "thread-of-old");
+  thread.call(thread.anyKind());
+  thread.settle();
+  world.atAnyStep([&] { world.server.lastProcess().exit(0); }, stepsOfReservation);
+  for (auto starts = 3 + world.scheduler.choose(4); starts > 0; --starts) {
+    world.atAnyStep([&] { thread.call(thread.anyKind()); }, 2 * stepsOfReservation);
+  }
+  world.plan().exitsAfterTurn = true;
+  thread.settle();
+  requireErrorsOfPlan(world, thread, {alreadyActive, noLongerCurrent});
+  thread.close();
+}
+
 void ownThreads(CampaignWorld& world) {
   constexpr std::array faults = {Fault::malformedLine, Fault::exitInstead, Fault::endOfFile};
   if (world.coin()) world.plan().fault = anyOf(world, faults);
@@ -255,6 +272,8 @@ void threadTimeout(CampaignWorld& world) {
   world.plan().replies["turn/interrupt"] = anyOf(world, interruptReplies);
   world.plan().completesTurns = world.scheduler.choose(3) == 0;
   world.plan().endsInterruptedTurns = world.coin();
+  const bool isStartWithheld = world.scheduler.choose(3) == 0;
+  if (isStartWithheld) world.plan().replies["thread/resume"] = world.plan().replies["thread/start"] = Reply::withhold;
   dawdleOrNot(world);
   CampaignThread thread(world, anyThread(world));
   thread.callWithin(static_cast<ThreadCallKind>(world.coin()), anyOf(world, times));
@@ -265,6 +284,7 @@ void threadTimeout(CampaignWorld& world) {
   if (world.coin()) thread.atAnyStep([&] { thread.awaitIdle(); });
   thread.settle();
   world.plan().completesTurns = true;
+  world.plan().replies.clear();
   thenAnother(thread);
 }
 
@@ -401,6 +421,7 @@ std::vector<CampaignScenario> campaignThreadScenarios() {
       {"ThreadLateAbort", lateAbort},
       {"ThreadRace", race},
       {"ThreadIdleExit", idleExit},
+      {"ThreadIdleEnd", idleEnd},
       {"ThreadOwnThreads", ownThreads},
       {"ThreadJoins", joins},
       {"ThreadRelease", threadRelease},
