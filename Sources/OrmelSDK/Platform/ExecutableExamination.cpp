@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <optional>
 #include <span>
+#include <system_error>
 #include <utility>
 
 #include "OrmelSDK/Platform/FileDescriptor.h"
