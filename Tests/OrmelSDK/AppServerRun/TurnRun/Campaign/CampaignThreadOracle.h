@@ -98,6 +98,8 @@ class CampaignThreadOracle {
 
  private:
   struct End {
+    End() {}
+
     /// Null if the operation ended plainly.
     std::optional<std::string> error;
     std::uint64_t at = 0;
