@@ -6,13 +6,14 @@
 #include <OrmelSDK/Ormel.h>
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QLineEdit>
 #include <QPlainTextEdit>
-#include <QPointer>
 #include <QSocketNotifier>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWidget>
+#include <algorithm>
 #include <csignal>
 #include <iostream>
 #include <memory>
@@ -36,7 +37,8 @@ class LoopDriver {
   void run() {
     scheduler_.runReady();
     const auto time = scheduler_.timeToNextTimer();
-    if (time) timer_.start(std::chrono::ceil<std::chrono::milliseconds>(*time));
+    constexpr std::chrono::nanoseconds day = std::chrono::hours(24);
+    if (time) timer_.start(std::chrono::ceil<std::chrono::milliseconds>(std::min(*time, day)));
   }
 
   ormel::LoopScheduler& scheduler_;
@@ -49,12 +51,15 @@ int interruptWriteEnd = -1;
 
 class Interrupts {
  public:
-  Interrupts() {
+  explicit Interrupts(QWidget& window) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return;
     interruptWriteEnd = ends[1];
     notifier_ = std::make_unique<QSocketNotifier>(ends[0], QSocketNotifier::Read);
-    QObject::connect(notifier_.get(), &QSocketNotifier::activated, [] { QApplication::quit(); });
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, [this, &window] {
+      notifier_->setEnabled(false);
+      window.close();
+    });
     std::signal(SIGINT, [](int) { [[maybe_unused]] const auto written = write(interruptWriteEnd, "!", 1); });
   }
 
@@ -74,34 +79,35 @@ class ConversationWindow final : public QWidget {
     layout->addWidget(&prompt_);
     connect(&prompt_, &QLineEdit::returnPressed, [this] { ask(prompt_.text()); });
   }
-  ~ConversationWindow() override {
-    // The turn ends at the server too, and what is left of the task finds the window gone.
-    controller_.abort();
-  }
-
   void ask(const QString& question) {
     prompt_.clear();
     prompt_.setEnabled(false);
+    isAsking_ = true;
     shown_.appendPlainText("> " + question + "\n");
-    answer(thread_, question.toStdString(), this, controller_.signal)
-        .onScheduler(loop_)
-        .start([window = QPointer<ConversationWindow>(this)](ormel::TaskResult<void> result) {
-          if (window) window->answered(std::move(result));
-        });
+    answer(question.toStdString()).onScheduler(loop_).start([this](ormel::TaskResult<void> result) {
+      answered(std::move(result));
+    });
+  }
+
+ protected:
+  /// The turn ends first, at the server too: a task that waits on the loop must not outlive it.
+  void closeEvent(QCloseEvent* event) override {
+    isClosing_ = true;
+    if (!isAsking_) return QApplication::quit();
+    controller_.abort();
+    hide();
+    event->ignore();
   }
 
  private:
-  static ormel::Task<void> answer(ormel::Thread thread, std::string question, QPointer<ConversationWindow> window,
-                                  ormel::AbortSignal signal) {
+  /// All of it runs on the thread of the window, so it may change the window without a lock.
+  ormel::Task<void> answer(std::string question) {
     ormel::TurnOptions turnOptions;
-    turnOptions.signal = signal;
-    ormel::StreamedTurn turn = co_await thread.runStreamed(std::move(question), turnOptions);
+    turnOptions.signal = controller_.signal;
+    ormel::StreamedTurn turn = co_await thread_.runStreamed(std::move(question), turnOptions);
     ormel::TextNews news;
-    while (auto event = co_await turn.events.next()) {
-      const ormel::NewText added = news.ofMessage(*event);
-      // Still on the thread of the window, so it may be asked and changed without a lock.
-      if (window) window->show(QString::fromStdString(std::string(added.text)));
-    }
+    while (auto event = co_await turn.events.next())
+      show(QString::fromStdString(std::string(news.ofMessage(*event).text)));
   }
 
   void show(const QString& text) {
@@ -110,6 +116,8 @@ class ConversationWindow final : public QWidget {
   }
 
   void answered(ormel::TaskResult<void> result) {
+    isAsking_ = false;
+    if (isClosing_) return QApplication::quit();
     try {
       result.take();
     } catch (const ormel::Error& error) {
@@ -125,12 +133,15 @@ class ConversationWindow final : public QWidget {
   const ormel::AbortController controller_;
   QPlainTextEdit shown_;
   QLineEdit prompt_;
+  bool isAsking_ = false;
+  bool isClosing_ = false;
 };
 
 }  // namespace
 
 int main(int argumentCount, char** arguments) try {
   QApplication application(argumentCount, arguments);
+  QApplication::setQuitOnLastWindowClosed(false);
   QStringList words = QApplication::arguments().mid(1);
   const bool asks = words.size() > 1 && words.front() == "--ask";
   const QString question = asks ? words[1] : QString();
@@ -141,8 +152,8 @@ int main(int argumentCount, char** arguments) try {
 
   ormel::LoopScheduler loop;
   const LoopDriver driver(loop);
-  const Interrupts interrupts;
   ConversationWindow window(ormel::Ormel(options).startThread(), loop);
+  const Interrupts interrupts(window);
   window.QWidget::show();
   if (asks) window.ask(question);
   return QApplication::exec();

@@ -2,6 +2,7 @@
 // Ctrl-C, which ends the turn and then the program.
 // Usage: 11-event-loop [SERVER] [QUESTION]
 
+#include <OrmelSDK/Concurrency/ConcurrencyErrors.h>
 #include <OrmelSDK/Events/TextNews.h>
 #include <OrmelSDK/LoopScheduler.h>
 #include <OrmelSDK/Ormel.h>
@@ -11,6 +12,10 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
 #include <iostream>
 
 namespace {
@@ -37,10 +42,11 @@ ormel::Task<void> talk(ormel::Thread thread, std::string question, ormel::AbortS
   co_await thread.close();
 }
 
-/// Milliseconds, rounded up, for a wait that ends when the scheduler's next timer is due.
+/// Milliseconds, rounded up, for a wait that ends when the scheduler's next timer is due, or after a day.
 int waitingTime(const ormel::LoopScheduler& loop) {
-  const auto time = loop.timeToNextTimer();
-  return time ? static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(*time).count()) : -1;
+  constexpr std::chrono::nanoseconds day = std::chrono::hours(24);
+  const auto time = std::min(loop.timeToNextTimer().value_or(day), day);
+  return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(time).count());
 }
 
 }  // namespace
@@ -71,6 +77,7 @@ int main(int argumentCount, char** arguments) try {
   while (!isDone) {
     epoll_event event{};
     const int count = epoll_wait(poller, &event, 1, waitingTime(loop));
+    if (count < 0 && errno != EINTR) throw ormel::ResourceExhaustedError("descriptors", std::strerror(errno));
     signalfd_siginfo ignored{};
     const bool isInterrupted = count == 1 && event.data.fd == interrupt;
     if (isInterrupted && read(interrupt, &ignored, sizeof ignored) > 0) controller.abort();

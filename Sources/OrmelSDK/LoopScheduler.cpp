@@ -40,6 +40,7 @@ struct LoopScheduler::State {
     poller.wakeUp();
   }
   void untell() noexcept {
+    if (!isTold || hasNewTimer) return;
     std::array<detail::PollEvent, 1> none;
     poller.wait(none, std::chrono::nanoseconds(0));
     isTold = false;
@@ -68,6 +69,8 @@ struct LoopScheduler::State {
   detail::WorkItem* last = nullptr;
   std::size_t count = 0;
   bool isTold = false;
+  /// The descriptor tells of a timer that the loop has not reckoned with.
+  bool hasNewTimer = false;
 
   /// Locked before `mutex` where both are: a timer that falls due is queued under both, so that it can be disarmed
   /// until then.
@@ -77,7 +80,7 @@ struct LoopScheduler::State {
 
 LoopScheduler::LoopScheduler() try : state_(std::make_unique<State>()) {
 } catch (const std::system_error& error) {
-  throw ResourceExhaustedError("descriptors", error.what());
+  throw ResourceExhaustedError("descriptors", error.code().message());
 }
 
 LoopScheduler::~LoopScheduler() {
@@ -112,6 +115,8 @@ std::size_t LoopScheduler::runReady() {
     while (detail::TimerItem* due = state_->timers.takeDue(time)) due->fallDue();
     const std::lock_guard lock(state_->mutex);
     left = state_->count;
+    // The caller asks for the next timer before it sleeps again. A loop within a piece may be asleep already.
+    if (left == 0) state_->hasNewTimer = false;
     if (left == 0) state_->untell();
   }
   const RunningPieces running(*this);
@@ -146,8 +151,9 @@ void LoopScheduler::arm(detail::TimerItem& item, std::uint64_t deadline) {
   const std::lock_guard timersLock(state_->timersMutex);
   const bool isNext = state_->timers.empty() || deadline < state_->timers.nextDeadline();
   state_->timers.add(item, deadline);
-  if (!isNext || detail::executionState().scheduler == this) return;
+  if (!isNext) return;
   const std::lock_guard lock(state_->mutex);
+  state_->hasNewTimer = true;
   state_->tell();
 }
 
@@ -156,6 +162,8 @@ bool LoopScheduler::disarm(detail::TimerItem& item) noexcept {
   return state_->timers.remove(item);
 }
 
-std::size_t LoopScheduler::strandBatch() const noexcept { return 16; }
+std::size_t LoopScheduler::strandBatch() const noexcept { return 1; }
+
+Scheduler& LoopScheduler::applicationScheduler() noexcept { return productionScheduler(); }
 
 }  // namespace ormel

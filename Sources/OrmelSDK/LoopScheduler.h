@@ -52,6 +52,8 @@ class LoopAwaiter final : public PlaceAware {
 ///       loop.runReady();
 ///     }
 ///
+/// A coroutine that has no place of its own goes on where what it awaited was completed, which may be a piece here.
+///
 /// The server's output is still read, split and decoded on the library's own threads. Handlers for approvals and the
 /// like are called on the library's threads for application code; one that is a coroutine moves to the loop by
 /// `co_await loop.enter()`.
@@ -62,8 +64,8 @@ class LoopAwaiter final : public PlaceAware {
 /// *Blocking*: within a piece `Task::get` and the like throw `WouldDeadlockError`. Elsewhere on the loop's thread, a
 /// blocking wait for a task that is on this scheduler never ends, since only that thread could run it.
 ///
-/// *Object lifetimes*: it outlives everything that was placed on it. Destroying it discards work that has not begun; a
-/// coroutine that was suspended on it never resumes and is leaked.
+/// *Object lifetimes*: it outlives everything that was placed on it, and handlers that may `enter` it. Destroying it
+/// discards work that has not begun; a coroutine that was suspended on it never resumes and is leaked.
 class ORMEL_EXPORT LoopScheduler final : public Scheduler {
  public:
   /// Throws `ResourceExhaustedError` if the system has no descriptor left.
@@ -77,11 +79,12 @@ class ORMEL_EXPORT LoopScheduler final : public Scheduler {
   /// The time until `runReady` has something to run by itself: zero if it has now, none if there is no timer.
   std::optional<std::chrono::nanoseconds> timeToNextTimer() const noexcept;
 
-  /// Runs the pieces that are ready and the timers that are due when it is called, and none that these lead to, so that
-  /// the application's own events have their turn. Returns their number.
+  /// Runs as many pieces as are ready, or due, when it is called, and none that these lead to, so that the
+  /// application's own events have their turn. Returns their number. After a loop within a piece it may run pieces that
+  /// came meanwhile.
   std::size_t runReady();
 
-  /// Whether the calling code is a piece of this scheduler.
+  /// Whether the calling code is a piece of this scheduler and of no strand.
   bool isCurrent() const noexcept;
 
   /// `co_await loop.enter()`: moves a coroutine onto the loop's thread; does not suspend if it is there already. A
@@ -94,6 +97,8 @@ class ORMEL_EXPORT LoopScheduler final : public Scheduler {
   void arm(detail::TimerItem& item, std::uint64_t deadline) override;
   bool disarm(detail::TimerItem& item) noexcept override;
   std::size_t strandBatch() const noexcept override;
+  /// Code that was not placed on this scheduler does not run on it.
+  Scheduler& applicationScheduler() noexcept override;
 
  private:
   struct State;

@@ -4,9 +4,13 @@
 #include <poll.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <stdexcept>
 #include <stop_token>
 #include <string>
 #include <thread>
@@ -18,6 +22,7 @@
 #include "OrmelSDK/Concurrency/Task.h"
 #include "OrmelSDK/Concurrency/TaskGroup.h"
 #include "OrmelSDK/Concurrency/WithTimeout.h"
+#include "Support/Eventually.h"
 
 namespace ormel {
 namespace {
@@ -136,6 +141,44 @@ TEST(LoopScheduler, TellsOfTheNextTimer) {
   EXPECT_EQ(ran, std::vector<std::string>{"soon"});
 }
 
+TEST(LoopScheduler, TellsALoopWithinAPieceOfNewTimers) {
+  LoopScheduler loop;
+  std::vector<Timer> timers;
+  bool ran = false;
+  loop.post([&] {
+    // A dialogue sleeps as long as the descriptor lets it.
+    timers.push_back(loop.postAfter(1ms, [&] { ran = true; }));
+    ASSERT_TRUE(isReadable(loop));
+    loop.runReady();
+    runUntil(loop, [&] { return ran; });
+    std::jthread([&] { timers.push_back(loop.postAfter(1h, [] {})); }).join();
+    EXPECT_TRUE(isReadable(loop));
+  });
+  EXPECT_EQ(loop.runReady(), 1U);
+  EXPECT_TRUE(ran);
+}
+
+Task<void> tells(const OneShot<int>& answer, std::atomic<bool>& wasOnLoop, LoopScheduler& loop) {
+  co_await answer.wait();
+  wasOnLoop = loop.isCurrent();
+}
+
+TEST(LoopScheduler, LeavesCodeInItsPlaceThatAPieceWakes) {
+  LoopScheduler loop;
+  const OneShot<int> answer("answer");
+  std::atomic<bool> wasOnLoop{true};
+  std::atomic<bool> isDone{false};
+  const Strand strand(productionScheduler());
+  tells(answer, wasOnLoop, loop).onStrand(strand).start([&](TaskResult<void> result) {
+    result.take();
+    isDone = true;
+  });
+  loop.post([resolver = answer.resolver()] { resolver.resume(1); });
+  loop.runReady();
+  EXPECT_TRUE(testing::eventually([&] { return isDone.load(); }));
+  EXPECT_FALSE(wasOnLoop);
+}
+
 TEST(LoopScheduler, ShortensTheSleepForATimerOfAnotherThread) {
   LoopScheduler loop;
   Timer timer;
@@ -190,14 +233,13 @@ Task<std::string> wayAndBack(LoopScheduler& loop) {
 
 TEST(LoopScheduler, CanBeEnteredFromElsewhere) {
   LoopScheduler loop;
-  std::atomic<bool> isDone{false};
+  bool isDone = false;
   std::string way;
   wayAndBack(loop).onScheduler(productionScheduler()).start([&](TaskResult<std::string> result) {
     way = result.take();
-    isDone = true;
-    loop.post([] {});
+    loop.post([&] { isDone = true; });
   });
-  runUntil(loop, [&] { return isDone.load(); });
+  runUntil(loop, [&] { return isDone; });
   EXPECT_EQ(way, "elsewhere, loop, loop, loop, elsewhere");
 }
 

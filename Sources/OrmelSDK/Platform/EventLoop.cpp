@@ -152,7 +152,7 @@ bool EventLoop::leave() noexcept {
   if (serving_ == 1) return false;
   --serving_;
   ++leaves_;
-  // The one other thread may be asleep, and what is in the queue have been left to this one.
+  // The only other thread may be asleep in the poller, because the queued work was left to this one.
   if (hasWork() && isPolling_ && serving_ - parkedCount_ == 1) wakeForPost();
   if (isAttended()) return true;
   if (piecesToHandOver_ > 0 || hasWork() || !hasRelief_) {

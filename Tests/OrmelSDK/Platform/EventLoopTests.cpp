@@ -167,24 +167,36 @@ TEST(EventLoop, RunsEachPieceOnce) {
   EXPECT_EQ(runs, pieces);
 }
 
+/// A piece that blocks until another has run, both posted by a third.
+struct BlockingRound {
+  explicit BlockingRound(EventLoop& loop)
+      : library([this] { hasRun.set_value(); }),
+        blocking([this] {
+          ranMeanwhile = hasRun.get_future().wait_for(testing::patience) == std::future_status::ready;
+          done.set_value();
+        }),
+        first([this, &loop] {
+          loop.post(blocking, WorkKind::application, true);
+          loop.post(library, WorkKind::library, true);
+        }) {}
+
+  std::promise<void> hasRun;
+  std::promise<void> done;
+  bool ranMeanwhile = false;
+  LoopPiece library;
+  LoopPiece blocking;
+  LoopPiece first;
+};
+
 TEST(EventLoop, LeavesNoWorkBehindAPieceThatBlocks) {
+  // They outlive the threads, which may still be returning from a piece.
+  std::vector<std::unique_ptr<BlockingRound>> rounds;
   ServedLoop loop(2);
   for (int round = 0; round < 50; ++round) {
-    std::promise<void> promise;
-    bool ranMeanwhile = false;
-    std::latch done(1);
-    LoopPiece library([&] { promise.set_value(); });
-    LoopPiece blocking([&] {
-      ranMeanwhile = promise.get_future().wait_for(testing::patience) == std::future_status::ready;
-      done.count_down();
-    });
-    LoopPiece first([&] {
-      loop->post(blocking, WorkKind::application, true);
-      loop->post(library, WorkKind::library, true);
-    });
-    loop.post(first);
-    done.wait();
-    ASSERT_TRUE(ranMeanwhile) << "round " << round;
+    rounds.push_back(std::make_unique<BlockingRound>(*loop));
+    loop.post(rounds.back()->first);
+    rounds.back()->done.get_future().wait();
+    ASSERT_TRUE(rounds.back()->ranMeanwhile) << "round " << round;
   }
 }
 

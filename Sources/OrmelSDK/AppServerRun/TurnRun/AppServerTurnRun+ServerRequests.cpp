@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "OrmelSDK/AppServerRun/Parsing/ServerRequestParsing.h"
+#include "OrmelSDK/AppServerRun/TurnRun/RunClosing.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunItems.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunLife.h"
 #include "OrmelSDK/AppServerRun/TurnRun/RunLifecycle.h"
@@ -61,18 +62,18 @@ void ServerRequestDispatcher::dispatchServerRequest(const ServerRequestMessage& 
   if (!work) return;
   const ServerRequestScope scope{run_.transport.generation(), run_.stream.currentOperationGeneration(), UUID::random()};
   std::stop_token stop = run_.serverRequests.add(id, scope);
-  auto serving = serve(run_.life.run(), *this, std::string(request.method), id, scope, *std::move(work));
+  auto serving =
+      serve(run_.life.run(), *this, std::string(request.method), id, scope, run_.closing.begun(), *std::move(work));
   // Run concurrently with the reader: a handler may block on a human.
   auto& where = run_.life.strand().scheduler().applicationScheduler();
   std::move(serving).onScheduler(where).withStopToken(std::move(stop)).detach();
 }
 
 Task<void> ServerRequestDispatcher::serve(std::weak_ptr<void> run, ServerRequestDispatcher& self, std::string method,
-                                          AppServerRequestID id, ServerRequestScope scope,
+                                          AppServerRequestID id, ServerRequestScope scope, std::stop_token closing,
                                           PreparedServerRequestWork work) {
-  // Its thread may have been closed, and the application be gone, before this got its turn.
-  const std::stop_token stop = co_await currentStopToken();
-  if (stop.stop_requested()) co_return;
+  // An application that has closed its thread may be gone.
+  if (closing.stop_requested()) co_return;
   ServerRequestAnswer answer;
   std::exception_ptr failure;
   try {

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,6 +20,7 @@
 
 namespace ormel::detail {
 
+class RunClosing;
 class RunItems;
 class RunLife;
 class RunLifecycle;
@@ -47,6 +49,7 @@ struct PreparedServerRequestWork {
 /// The parts of a run that requests of the server act on.
 struct ServerRequestContext {
   const RunLife& life;
+  const RunClosing& closing;
   const ThreadOptions& threadOptions;
   RunTransport& transport;
   RunStream& stream;
@@ -72,9 +75,11 @@ class ServerRequestDispatcher {
                              std::optional<std::uint64_t> expectedOperationGeneration);
 
  private:
-  /// Works an answer out, and writes it if it is still wanted then. The run is held only for the second.
+  /// Works an answer out, unless the thread is closing, and writes it if it is still wanted then. The run is held only
+  /// for the second.
   static Task<void> serve(std::weak_ptr<void> run, ServerRequestDispatcher& self, std::string method,
-                          AppServerRequestID id, ServerRequestScope scope, PreparedServerRequestWork work);
+                          AppServerRequestID id, ServerRequestScope scope, std::stop_token closing,
+                          PreparedServerRequestWork work);
   /// Takes the request out, unless its answer is not wanted any more.
   bool takePendingServerRequest(const AppServerRequestID& id, const ServerRequestScope& scope);
   /// Each tells whether the request was still waiting.

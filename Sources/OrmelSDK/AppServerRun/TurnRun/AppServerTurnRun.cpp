@@ -21,7 +21,7 @@ AppServerTurnRun::AppServerTurnRun(AppServerTurnRunConfiguration configuration, 
                causes()}),
       turn_({stream_, scope_, items_, recovery_, lifecycle_}),
       recovery_({life_, configuration_.durations, stream_, scope_, serverRequests_, sender_, turn_, lifecycle_}),
-      serverRequestDispatcher_({life_, configuration_.threadOptions, transport_, stream_, scope_, items_,
+      serverRequestDispatcher_({life_, closing_, configuration_.threadOptions, transport_, stream_, scope_, items_,
                                 serverRequests_, lifecycle_, problems_}),
       notificationContext_{stream_, scope_, turn_, items_, serverRequests_, problems_} {}
 

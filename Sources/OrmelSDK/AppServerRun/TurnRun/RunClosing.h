@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <stop_token>
 #include <utility>
 #include <vector>
 
@@ -16,12 +17,22 @@ class RunClosing {
  public:
   enum class Stage { open, closing, closed };
 
+  RunClosing() = default;
+  RunClosing(const RunClosing&) = delete;
+  RunClosing& operator=(const RunClosing&) = delete;
+  ~RunClosing() { begun_.request_stop(); }
+
   Stage stage() const noexcept { return stage_; }
   void requireOpen() const {
     if (stage_ != Stage::open) throw ThreadRunError::streamError("The thread has been closed");
   }
 
-  void begin() noexcept { stage_ = Stage::closing; }
+  void begin() noexcept {
+    stage_ = Stage::closing;
+    begun_.request_stop();
+  }
+  /// Triggered once the closing has begun, or the run is gone; may be read on any thread.
+  std::stop_token begun() const noexcept { return begun_.get_token(); }
   void complete() {
     stage_ = Stage::closed;
     for (const auto& waiter : std::exchange(waiters_, {})) waiter.resume();
@@ -38,6 +49,7 @@ class RunClosing {
 
  private:
   Stage stage_ = Stage::open;
+  std::stop_source begun_;
   std::vector<OneShotResolver<void>> waiters_;
   std::shared_ptr<OneShot<void>> processEnd_;
 };
