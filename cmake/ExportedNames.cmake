@@ -35,13 +35,14 @@ set(text "ORMEL_${ABI} {\n  global:\n")
 # "6decode" is as long as the names of the inner namespaces.
 foreach(name IN ITEMS "[!6]*" "6[!cd]*" "6decode*")
   string(APPEND text "    _ZN5ormel${name}; _ZNK5ormel${name}; _ZN[RO]5ormel${name}; _ZNK[RO]5ormel${name};\n"
-    "    _ZT[ISV]N5ormel${name}; _ZGVN5ormel${name};\n")
+    "    _ZT[ISV]N5ormel${name}; _ZGVN5ormel${name}; _ZThn*_N5ormel${name}; _ZThn*_NK5ormel${name};\n")
 endforeach()
 foreach(name IN LISTS inner)
   string(REGEX REPLACE "^6(detail|coding)[0-9]+" "" word "${name}")
   string(FIND "${words}" " ${word} " found)
   if(NOT found EQUAL -1)
-    string(APPEND text "    _ZN5ormel${name}*; _ZNK5ormel${name}*; _ZT[ISV]N5ormel${name}*; _ZGVN5ormel${name}*;\n")
+    string(APPEND text "    _ZN5ormel${name}*; _ZNK5ormel${name}*; _ZT[ISV]N5ormel${name}*; _ZGVN5ormel${name}*;\n"
+      "    _ZThn*_N5ormel${name}*; _ZThn*_NK5ormel${name}*;\n")
   endif()
 endforeach()
 string(APPEND text "  local:\n    *;\n};\n")
