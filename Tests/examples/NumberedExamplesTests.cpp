@@ -1,21 +1,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 
 #include "examples/ExampleOutput.h"
 
 namespace ormel {
 namespace {
 
-using testing::ChildOptions;
-using testing::ChildProgram;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
 using testing::outputOf;
-using testing::SimulatorScenario;
-using ::testing::StartsWith;
-using testing::TemporaryDirectory;
 
 TEST(NumberedExamples, TakeAFirstTurnAndRememberIt) {
   EXPECT_THAT(outputOf("01-first-turn"),
@@ -63,27 +57,6 @@ TEST(NumberedExamples, HoldManyConversationsAtOnce) {
   EXPECT_THAT(outputOf("10-many-conversations"),
               MatchesRegex(".*the wren[^\n]*\n.*the owl[^\n]*\n.*the heron[^\n]*\n.*the swift[^\n]*\n"));
 }
-
-#if defined(__linux__)
-TEST(NumberedExamples, LiveInALoopOfTheirOwn) {
-  EXPECT_THAT(outputOf("11-event-loop"), MatchesRegex("You said: \"Tell me about loops\"[^\n]*\n"));
-}
-
-TEST(NumberedExamples, EndCleanlyWhenInterruptedInALoopOfTheirOwn) {
-  const TemporaryDirectory state;
-  ChildOptions options;
-  // An answer that goes on until it is interrupted.
-  options.arguments = {SimulatorScenario::executable(), "slow"};
-  options.environment = {"ORMEL_SIMULATOR_PACE_MS=1", "ORMEL_SIMULATOR_STATE=" + state.path().string()};
-  ChildProgram child(ORMEL_EXAMPLES_FOLDER "/11-event-loop", options);
-  child.closeInput();
-  testing::awaitReadable(child.outputDescriptor());
-  ::kill(child.processID(), SIGINT);
-  EXPECT_NE(child.readRestOfOutput(), "");
-  EXPECT_THAT(child.readErrors(), StartsWith("Operation aborted\n"));
-  EXPECT_EQ(child.wait().status, 0);
-}
-#endif
 
 }  // namespace
 }  // namespace ormel

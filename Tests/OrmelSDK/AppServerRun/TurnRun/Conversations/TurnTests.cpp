@@ -5,6 +5,7 @@
 
 #include "Support/ForeignReaping.h"
 #include "Support/ProcessResources.h"
+#include "Support/Sanitizers.h"
 #include "Support/TurnRunHarness.h"
 
 namespace {
@@ -197,7 +198,7 @@ TEST(AppServerTurnRun, LeavesNothingBehindHoweverOftenItIsStartedAndStopped) {
   round(true);
   EXPECT_TRUE(eventually([] { return !ProcessResources::now().hasChildren; }));
   const auto before = ProcessResources::now();
-  for (int count = 0; count < 1000; ++count) round(count % 2 == 0);
+  for (int count = 0; count < (ormel::testing::isSanitized ? 250 : 1000); ++count) round(count % 2 == 0);
   EXPECT_TRUE(eventually([&before] { return ProcessResources::now().isNoMoreThan(before); }));
 }
 
