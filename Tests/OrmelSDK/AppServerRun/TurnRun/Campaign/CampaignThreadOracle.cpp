@@ -301,7 +301,8 @@ void CampaignThreadOracle::take(Operation& operation, const JSONValue& line) {
   const std::string method = textOf(line, "method");
   if (method == "item/completed" && textOf(paramsOf(line), "turnId") == operation.turnID && !operation.status) {
     if (const JSONValue* item = paramsOf(line).find("item")) operation.items.push_back(wordsOfItem(*item));
-  } else if (method == "turn/completed") {
+  } else if (method == "turn/completed" && !operation.status) {
+    // The first one ends the operation; a second one may come with the same chunk.
     const JSONValue* turn = paramsOf(line).find("turn");
     if (turn && textOf(*turn, "id") == operation.turnID) operation.status = textOf(*turn, "status");
   }
@@ -456,8 +457,10 @@ void CampaignThreadOracle::ended(const ThreadJoin& join) {
 void CampaignThreadOracle::checkSteer(const ThreadJoin& join) {
   if (!join.generation) return require(join.error == noTurnToSteer, "an idle thread has no turn to steer");
   if (!join.error) return require(join.writes == 1 || canLoseWrites(), "a steer that succeeds was sent");
-  const Operation* operation = operationOf(join.generation);
-  const bool isEnd = operation && operation->end && operation->end->error == join.error;
+  // A steer outlasts a normal end of its operation: the next end that is a failure releases it.
+  auto failed = operations_.lower_bound(*join.generation);
+  while (failed != operations_.end() && failed->second.end && !failed->second.end->error) ++failed;
+  const bool isEnd = failed != operations_.end() && failed->second.end && failed->second.end->error == join.error;
   const std::vector<std::string_view> allowed = {noTurnToSteer,  refused,         timedOut,
                                                  streamFinished, noLongerCurrent, alreadyFinished};
   require(isEnd || isAmong(*join.error, allowed), "a steer may not fail with: " + *join.error);
